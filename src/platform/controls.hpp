@@ -1,0 +1,80 @@
+// The processor's floating-point controls as a kernel needs them, saved and restored with the scope.
+//
+// Every kernel runs with all exceptions masked. Its class says what else it wants of the x87 unit; the SSE
+// side is round to nearest, with subnormals kept or flushed as the thread's mode says. On exit the sticky
+// flags raised inside are merged into the caller's.
+#pragma once
+
+#include <xmmintrin.h>
+
+#include <cstdint>
+
+#include "platform/tier.hpp"
+#include "tmk/abi/vtm.h"
+
+TMK_TIER_OPEN
+
+enum class control_class {
+  a,  // x87: masks set, precision and rounding as found
+  b,  // x87: masks set, round to nearest, 53-bit precision
+  c,  // x87: masks set, round to nearest, 64-bit precision
+};
+
+enum class sse_control {
+  by_mode,     // round to nearest, subnormals by the mode word's denormal field
+  masks_only,  // rounding and flush as found
+  untouched,
+};
+
+class control_scope {
+ public:
+  explicit control_scope(control_class x87, sse_control sse = sse_control::by_mode) {
+    set_x87(x87);
+    if (sse != sse_control::untouched) set_sse(sse);
+  }
+
+  ~control_scope() {
+    if (x87_changed_) asm volatile("fldcw %0" : : "m"(x87_));
+    if (sse_changed_) _mm_setcsr(sse_ | (_mm_getcsr() & sticky));
+  }
+
+  control_scope(const control_scope&) = delete;
+  control_scope& operator=(const control_scope&) = delete;
+
+ private:
+  static constexpr uint32_t sticky = 0x3F;
+  static constexpr uint32_t sse_masks = 0x1F80;
+  static constexpr uint32_t sse_flush = 0x8040;  // flush to zero, denormals are zero
+
+  void set_x87(control_class wanted_class) {
+    struct field {
+      uint16_t mask, value;
+    };
+    constexpr field fields[] = {{0x003F, 0x003F}, {0x0F3F, 0x023F}, {0x0F3F, 0x033F}};
+    const field f = fields[static_cast<int>(wanted_class)];
+    asm volatile("fnstcw %0" : "=m"(x87_));
+    const uint16_t wanted = static_cast<uint16_t>((x87_ & ~f.mask) | f.value);
+    if (wanted == x87_) return;
+    asm volatile("fnclex\n\tfldcw %0" : : "m"(wanted));
+    x87_changed_ = true;
+  }
+
+  void set_sse(sse_control kind) {
+    sse_ = _mm_getcsr();
+    uint32_t wanted = sse_ | sse_masks;
+    if (kind == sse_control::by_mode) {
+      const bool flush = (tmk_vtm_kernel_GetMode() & VTM_DENORMALS_MASK) == VTM_DENORMALS_FLUSHED;
+      wanted = (sse_ & 0xFFFF003Fu) | sse_masks | (flush ? sse_flush : 0u);
+    }
+    if (wanted == sse_) return;
+    _mm_setcsr(wanted);
+    sse_changed_ = true;
+  }
+
+  uint16_t x87_ = 0;
+  bool x87_changed_ = false;
+  bool sse_changed_ = false;
+  uint32_t sse_ = 0;
+};
+
+TMK_TIER_CLOSE

@@ -1,0 +1,171 @@
+// The life of a vector kernel, as templates over a small description:
+//
+//   struct single_exp_ha {
+//     using real = float;
+//     static constexpr char name[] = "vsExp";                         // as reports carry it
+//     static constexpr auto controls = control_class::a;
+//     static constexpr int group = 8;                                 // elements looked at together
+//     static constexpr float filler = 0.75f;                          // masked walk: harmless for fast()
+//     static lane_mask<real> flagged(const f32& x, const f32& y);     // lanes that fast() does not serve
+//     static f32 fast(const f32& x);
+//     static int32_t rare(const float* a, float* r);                  // any element; returns its status
+//   };
+//   TMK_DEFINE_KERNEL(s, Exp, HAynn, run_blocks<single_exp_ha>)
+//
+// An element's result does not depend on where in the array it stands, nor on how a caller cuts the array:
+// rare() gives an element that fast() serves the same bits.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "platform/controls.hpp"
+#include "platform/simd.hpp"
+#include "vector/frame/shapes.h"
+
+#define TMK_KERNEL_NAME_(letter, stem, tier, tag) tmk_vtm_kernel_##letter##stem##_##tier##tag
+#define TMK_KERNEL_NAME(letter, stem, tier, tag) TMK_KERNEL_NAME_(letter, stem, tier, tag)
+
+// Gives the walk of a description its kernel name in this tier.
+#define TMK_DEFINE_KERNEL(letter, stem, tag, ...)                                          \
+  extern "C" void TMK_KERNEL_NAME(letter, stem, TMK_TIER, tag)(                            \
+      int32_t n, const TMK_ELEMENT_##letter* a, TMK_ELEMENT_##letter* r) {                 \
+    tmk::__VA_ARGS__(n, a, r);                                                             \
+  }
+
+TMK_TIER_OPEN
+
+inline void report(int32_t status, int32_t i, const float* a, float* r, const char* name) {
+  tmk_vtm_kernel_sError(status, i, a, a, r, r, name);
+}
+
+inline void report(int32_t status, int32_t i, const double* a, double* r, const char* name) {
+  tmk_vtm_kernel_dError(status, i, a, a, r, r, name);
+}
+
+// One element by the scalar road: the result stands in r before the report, which may replace it.
+template <class Kernel>
+void rare_element(const typename Kernel::real* a, typename Kernel::real* r, int32_t i) {
+  typename Kernel::real result;
+  const int32_t status = Kernel::rare(a + i, &result);
+  r[i] = result;
+  if (status != 0) [[unlikely]]
+    report(status, i, a, r, Kernel::name);
+}
+
+// A kernel may leave the SSE side to its own needs; by default the thread's mode decides.
+template <class Kernel>
+constexpr sse_control sse_of() {
+  if constexpr (requires { Kernel::sse; })
+    return Kernel::sse;
+  else
+    return sse_control::by_mode;
+}
+
+// The flagged lanes of a group, in order: store, report, read back what the report made of it.
+template <class Kernel>
+[[gnu::noinline]] void repair_lanes(uint32_t flags, int32_t first, const typename Kernel::real* x,
+                                    typename Kernel::real* y, const typename Kernel::real* a,
+                                    typename Kernel::real* r) {
+  for (; flags != 0; flags &= flags - 1) {
+    const int lane = std::countr_zero(flags);
+    const int32_t status = Kernel::rare(x + lane, y + lane);
+    if (status == 0) continue;
+    const int32_t i = first + lane;
+    r[i] = y[lane];
+    report(status, i, a, r, Kernel::name);
+    y[lane] = r[i];
+  }
+}
+
+// Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled register
+// leads up to the first 16-byte boundary of a, too.
+template <class Kernel>
+void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
+  using real = typename Kernel::real;
+  constexpr int width = lanes<real>;
+  constexpr int count = Kernel::group / width;
+  const control_scope controls(Kernel::controls, sse_of<Kernel>());
+
+  const auto partial = [&](int32_t i, int valid) {
+    const batch<real> x = load_partial(a + i, valid, Kernel::filler);
+    const batch<real> y = Kernel::fast(x);
+    uint32_t flags = lane_bits<real>(Kernel::flagged(x, y)) & ((1u << valid) - 1);
+    if (flags == 0) [[likely]] {
+      store_partial(r + i, valid, y);
+      return;
+    }
+    alignas(64) real xs[width], ys[width];
+    x.store_aligned(xs);
+    y.store_aligned(ys);
+    repair_lanes<Kernel>(flags, i, xs, ys, a, r);
+    std::copy_n(ys, valid, r + i);
+  };
+
+  int32_t i = 0;
+  if constexpr (is_baseline) {
+    const auto misaligned = reinterpret_cast<uintptr_t>(a) % 16;
+    const int head = static_cast<int>((16 - misaligned) % 16 / sizeof(real));
+    if (head != 0 && n > 0) {
+      partial(0, std::min(head, n));
+      i = std::min(head, n);
+    }
+  }
+  for (; n - i >= Kernel::group; i += Kernel::group) {
+    batch<real> x[count], y[count];
+    lane_mask<real> any_flagged(false);
+    for (int k = 0; k < count; ++k) {
+      x[k] = load(a + i + k * width);
+      y[k] = Kernel::fast(x[k]);
+      any_flagged = any_flagged | Kernel::flagged(x[k], y[k]);
+    }
+    if (lane_bits<real>(any_flagged) != 0) [[unlikely]] {
+      alignas(64) real xs[Kernel::group], ys[Kernel::group];
+      for (int k = 0; k < count; ++k) {
+        x[k].store_aligned(xs + k * width);
+        y[k].store_aligned(ys + k * width);
+      }
+      for (int k = 0; k < count; ++k)
+        repair_lanes<Kernel>(lane_bits<real>(Kernel::flagged(x[k], y[k])), i + k * width, xs + k * width,
+                             ys + k * width, a, r);
+      for (int k = 0; k < count; ++k) y[k] = batch<real>::load_aligned(ys + k * width);
+    }
+    for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
+  }
+  for (; i < n; i += width) partial(i, std::min(width, n - i));
+}
+
+// Block walk: a block with a flagged element goes element by element through rare(), and so does the tail.
+// After a flagged block the walk goes on by elements until whole blocks remain.
+// Kernels with `restores_input` write the head of such a block back over the input, in-place or not: callers
+// know that their input must be writable.
+template <class Kernel>
+void run_blocks(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
+  using real = typename Kernel::real;
+  constexpr int width = lanes<real>;
+  constexpr int count = Kernel::group / width;
+  const control_scope controls(Kernel::controls, sse_of<Kernel>());
+
+  int32_t i = 0;
+  while (n - i >= Kernel::group) {
+    batch<real> x[count], y[count];
+    lane_mask<real> any_flagged(false);
+    for (int k = 0; k < count; ++k) {
+      x[k] = load(a + i + k * width);
+      y[k] = Kernel::fast(x[k]);
+      any_flagged = any_flagged | Kernel::flagged(x[k], y[k]);
+    }
+    if (lane_bits<real>(any_flagged) == 0) [[likely]] {
+      for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
+      i += Kernel::group;
+      continue;
+    }
+    if constexpr (requires { Kernel::restores_input; }) store(const_cast<real*>(a) + i, x[0]);
+    do {
+      rare_element<Kernel>(a, r, i++);
+    } while ((n - i) % Kernel::group != 0);
+  }
+  while (i < n) rare_element<Kernel>(a, r, i++);
+}
+
+TMK_TIER_CLOSE

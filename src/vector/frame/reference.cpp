@@ -1,0 +1,120 @@
+// The extended-precision kernels: a loop over the reference scalars, one per row of functions.def.
+// Complex functions run with the x87 unit at 64-bit precision whatever the caller has set.
+#include <complex>
+#include <cstring>
+#include <type_traits>
+
+#include "platform/controls.hpp"
+#include "tmk/abi/vtm.h"
+#include "vector/complex/reference/complex.hpp"
+#include "vector/frame/shapes.h"
+#include "vector/real/reference/real.hpp"
+
+namespace {
+
+using namespace tmk;
+
+// The value type a reference scalar takes for an element of an array.
+template <class Element>
+struct value_of {
+  using type = Element;
+};
+template <>
+struct value_of<tmk_complex8> {
+  using type = std::complex<float>;
+};
+template <>
+struct value_of<tmk_complex16> {
+  using type = std::complex<double>;
+};
+
+template <class Element>
+auto value(Element x) {
+  return std::bit_cast<typename value_of<Element>::type>(x);
+}
+
+constexpr auto report_of(char letter) {
+  switch (letter) {
+    case 's': return tmk_vtm_kernel_sError;
+    case 'd': return tmk_vtm_kernel_dError;
+    case 'c': return tmk_vtm_kernel_cError;
+    default: return tmk_vtm_kernel_zError;
+  }
+}
+
+// What a row brings besides the arithmetic.
+struct call {
+  char letter;
+  const char* name;
+};
+
+// Runs scalar(i) for every element; scalar stores the results and returns the status.
+template <class Scalar>
+void for_each_element(const call& c, int32_t n, const void* a1, const void* a2, void* r1, void* r2, Scalar scalar) {
+  const control_scope controls(control_class::c, sse_control::untouched);
+  for (int32_t i = 0; i < n; ++i) {
+    const int32_t status = scalar(i);
+    if (status != 0) report_of(c.letter)(status, i, a1, a2, r1, r2, c.name);
+  }
+}
+
+// Computes into a value and stores its bits as an element.
+template <class Element, class Function>
+int32_t store_result(Element& r, Function function) {
+  typename value_of<Element>::type result;
+  const int32_t status = function(result);
+  r = std::bit_cast<Element>(result);
+  return status;
+}
+
+}  // namespace
+
+// One body per shape: F is the overload set of the row's stem.
+#define TMK_BODY_unary(F)                                                                          \
+  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                            \
+    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), result); });    \
+  });
+#define TMK_BODY_real_result TMK_BODY_unary
+#define TMK_BODY_real_argument TMK_BODY_unary
+#define TMK_BODY_binary(F)                                                                                   \
+  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                                                      \
+    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b[i]), result); }); \
+  });
+#define TMK_BODY_scalar_exponent(F)                                                                       \
+  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                                   \
+    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b), result); }); \
+  });
+#define TMK_BODY_two_results(F)                                                                 \
+  for_each_element(row, n, a, a, r1, r2, [=](int32_t i) {                                       \
+    return store_result(r2[i], [&](auto& second) {                                              \
+      return store_result(r1[i], [&](auto& first) { return reference::F(value(a[i]), first, second); }); \
+    });                                                                                         \
+  });
+#define TMK_BODY_linear_fraction(F)                                                                     \
+  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                                                 \
+    return store_result(                                                                                \
+        r[i], [&](auto& result) { return reference::F(a[i], b[i], scalea, shifta, scaleb, shiftb, result); }); \
+  });
+
+#define TMK_DEFINE_plain(letter, stem, shape)                                                      \
+  extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
+    constexpr call row{#letter[0], "v" #letter #stem};                                             \
+    TMK_BODY_##shape(stem)                                                                         \
+  }
+
+#define TMK_DEFINE_unary TMK_DEFINE_plain
+#define TMK_DEFINE_binary TMK_DEFINE_plain
+#define TMK_DEFINE_scalar_exponent TMK_DEFINE_plain
+#define TMK_DEFINE_two_results TMK_DEFINE_plain
+#define TMK_DEFINE_linear_fraction TMK_DEFINE_plain
+#define TMK_DEFINE_real_result TMK_DEFINE_plain
+#define TMK_DEFINE_real_argument TMK_DEFINE_plain
+#define TMK_DEFINE_pack_stride(letter, stem, shape)
+#define TMK_DEFINE_pack_mask TMK_DEFINE_pack_stride
+#define TMK_DEFINE_pack_index TMK_DEFINE_pack_stride
+#define TMK_DEFINE_unpack_stride TMK_DEFINE_pack_stride
+#define TMK_DEFINE_unpack_mask TMK_DEFINE_pack_stride
+#define TMK_DEFINE_unpack_index TMK_DEFINE_pack_stride
+
+#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_DEFINE_##shape(letter, stem, shape)
+#include "vector/frame/functions.def"
