@@ -35,6 +35,13 @@ batch<To> bits_as(const batch<From>& x) {
   return xsimd::bitwise_cast<batch<To>>(x);
 }
 
+// A mask over lanes of another type of the same width.
+template <class To, class From>
+lane_mask<To> mask_as(const xsimd::batch_bool<From>& m) {
+  static_assert(sizeof(To) == sizeof(From));
+  return lane_mask<To>(std::bit_cast<typename lane_mask<To>::register_type>(m.data));
+}
+
 template <class T>
 batch<T> load(const T* p) {
   return batch<T>::load_unaligned(p);
@@ -81,6 +88,11 @@ uint32_t lane_bits(const lane_mask<T>& m) {
 }
 
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
+// Doubles tested on their upper 32 bits: the mask holds in the sign bit that lane_bits looks at, and only there.
+inline lane_mask<double> mask_of_high_words(const xsimd::batch_bool<int32_t>& m) {
+  return lane_mask<double>(std::bit_cast<__m128d>(m.data));
+}
+
 // The 12-bit estimates of the baseline: part of the contract of its reciprocal family.
 inline f32 reciprocal_estimate(const f32& x) { return _mm_rcp_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm_rsqrt_ps(x); }

@@ -27,13 +27,16 @@
 #define TMK_KERNEL_NAME(letter, stem, tier, tag) TMK_KERNEL_NAME_(letter, stem, tier, tag)
 
 // Gives the walk of a description its kernel name in this tier.
-#define TMK_DEFINE_KERNEL(letter, stem, tag, ...)                                          \
-  extern "C" void TMK_KERNEL_NAME(letter, stem, TMK_TIER, tag)(                            \
-      int32_t n, const TMK_ELEMENT_##letter* a, TMK_ELEMENT_##letter* r) {                 \
-    tmk::__VA_ARGS__(n, a, r);                                                             \
+#define TMK_DEFINE_KERNEL(letter, stem, tag, ...)                          \
+  extern "C" void TMK_KERNEL_NAME(letter, stem, TMK_TIER, tag)(            \
+      int32_t n, const TMK_ELEMENT_##letter* a, TMK_ELEMENT_##letter* r) { \
+    using namespace tmk;                                                   \
+    __VA_ARGS__(n, a, r);                                                  \
   }
 
 TMK_TIER_OPEN
+
+enum class level { la, ha, ep };
 
 inline void report(int32_t status, int32_t i, const float* a, float* r, const char* name) {
   tmk_vtm_kernel_sError(status, i, a, a, r, r, name);

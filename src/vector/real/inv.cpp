@@ -1,0 +1,97 @@
+// 1 / x on the baseline.
+//   Single: the 12-bit estimate as it stands (EP), with one Newton step (LA), or the true division (HA).
+//   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0
+//   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA); or the true division (HA).
+#include "vector/frame/kernel.hpp"
+#include "vector/real/inv_rare.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <level Level>
+struct single_inv {
+  using real = float;
+  static constexpr char name[] = "vsInv";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 8;
+  static constexpr bool restores_input = true;
+
+  static f32 fast(const f32& x) {
+    const f32 y0 = reciprocal_estimate(x);
+    if constexpr (Level == level::ep) return y0;
+    return y0 * (f32(2.0f) - x * y0);
+  }
+  // Good: 2^-126 <= |x| <= 2^126, where neither x nor the estimate is subnormal.
+  static lane_mask<float> flagged(const f32& x, const f32&) {
+    return mask_as<float>(((bits_as<int32_t>(x) - i32(0x00800000)) & i32(0x7FFFFFFF)) > i32(0x7E000000));
+  }
+  static int32_t rare(const float* a, float* r) {
+    if (((to_bits(*a) - 0x00800000) & 0x7FFFFFFF) > 0x7E000000) return reciprocal_rare(a, r);
+    *r = fast(f32(*a)).get(0);
+    return VTM_STATUS_OK;
+  }
+};
+
+template <level Level>
+struct double_inv {
+  using real = double;
+  static constexpr char name[] = "vdInv";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = Level == level::ep ? 16 : 8;
+  static constexpr double filler = 0.75;
+
+  static f64 fast(const f64& x) {
+    const i32 high = bits_as<int32_t>(x);
+    const f32 mantissa = bits_as<float>(((high << 3) & i32(0x7FFFFF)) | i32(0x3F800000));
+    // The subtraction negates the exponent and, the sign lying within the mask, keeps the sign.
+    const i32 exponent = i32(0x77F00000) - (high & i32(static_cast<int32_t>(0xFFF00000)));
+    const u64 y0_bits = bits_as<uint64_t>((bits_as<int32_t>(reciprocal_estimate(mantissa)) >> 3) + exponent);
+    const f64 y0 = bits_as<double>(y0_bits & u64(0xFFFFFFFF00000000u));
+    const f64 e = f64(1.0) - x * y0;
+    if constexpr (Level == level::ep) return y0 + y0 * (e + e * e);
+    const f64 one(1.0);
+    return y0 + y0 * (e * (one + e * (one + e * (one + e))));
+  }
+  // Good: 2^-1021 <= |x| < 2^1022.
+  static lane_mask<double> flagged(const f64& x, const f64&) {
+    const i32 magnitude = bits_as<int32_t>(x) & i32(0x7FFFFFFF);
+    return mask_of_high_words(magnitude - i32(static_cast<int32_t>(0x80200000)) >
+                              i32(static_cast<int32_t>(0xFFAFFFFF)));
+  }
+  static int32_t rare(const double* a, double* r) { return reciprocal_rare(a, r); }
+};
+
+// Pairs are stored before their elements are tested, so that a report finds the quotients in place.
+template <class Real, const char* Name>
+void run_division(int32_t n, const Real* a, Real* r) {
+  constexpr int width = lanes<Real>;
+  const control_scope controls(control_class::a);
+  int32_t i = 0;
+  for (; n - i >= width; i += width) {
+    const batch<Real> x = load(a + i);
+    Real inputs[width];
+    store(inputs, x);
+    store(r + i, batch<Real>(Real(1)) / x);
+    for (int k = 0; k < width; ++k)
+      if (magnitude_bits(inputs[k]) == 0) [[unlikely]]
+        report(VTM_STATUS_SINGULARITY, i + k, a, r, Name);
+  }
+  for (; i < n; ++i) {
+    const Real x = a[i];
+    r[i] = Real(1) / x;
+    if (magnitude_bits(x) == 0) report(VTM_STATUS_SINGULARITY, i, a, r, Name);
+  }
+}
+
+constexpr char single_name[] = "vsInv";
+constexpr char double_name[] = "vdInv";
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_blocks<single_inv<level::ep>>)
+TMK_DEFINE_KERNEL(s, Inv, LAynn, run_blocks<single_inv<level::la>>)
+TMK_DEFINE_KERNEL(s, Inv, HAynn, run_division<float, single_name>)
+TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<double_inv<level::ep>>)
+TMK_DEFINE_KERNEL(d, Inv, LAynn, run_masked<double_inv<level::la>>)
+TMK_DEFINE_KERNEL(d, Inv, HAynn, run_division<double, double_name>)

@@ -1,0 +1,85 @@
+// sqrt(x) on the baseline: r estimates 1 / sqrt(x), and with e = x r^2 - 1
+//   sqrt(x) = x r (1 + e)^(-1/2) = x r (1 - e / 2 + 3 e^2 / 8 - 5 e^3 / 16 + ...)
+// With x = xh + xl and r of few bits, xh r is exact: that lifts HA to the full format without a wider one.
+#include "vector/frame/kernel.hpp"
+#include "vector/real/inv_rare.hpp"
+#include "vector/real/rsqrt_estimate.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <level Level>
+struct single_sqrt {
+  using real = float;
+  static constexpr char name[] = "vsSqrt";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = Level == level::la ? 16 : 8;
+  static constexpr bool restores_input = true;
+
+  // Zero lanes get a zero estimate: x r then is a zero of the same sign.
+  static f32 estimate_or_zero(const f32& x) {
+    return xsimd::bitwise_andnot(reciprocal_sqrt_estimate(x), f32(x == f32(0.0f)));
+  }
+
+  static f32 fast(const f32& x) {
+    const f32 r = estimate_or_zero(x);
+    if constexpr (Level == level::ep) return x * r;
+    if constexpr (Level == level::la) {
+      const f32 y = x * r;
+      return (f32(-0.5f) * y) * (y * r - f32(3.0f));
+    }
+    const f32 xh = keep_high_bits(x);
+    const f32 xl = x - xh;
+    const f32 rh = keep_high_bits(r);
+    const f32 product = xh * rh;
+    const f32 e = (product * rh - f32(1.0f)) + (xl * rh) * rh;
+    const f32 p = e * (f32(-0.5f) + e * (f32(0.375f) - f32(0.3125f) * e));
+    return ((p * rh) * x + xl * rh) + product;
+  }
+  // x r is infinite or a NaN for all but positive normal numbers and zeros.
+  static lane_mask<float> flagged(const f32& x, const f32&) {
+    const i32 magnitude = bits_as<int32_t>(x * estimate_or_zero(x)) & i32(0x7FFFFFFF);
+    return mask_as<float>(magnitude > i32(0x7F7FFFFF));
+  }
+  static int32_t rare(const float* a, float* r) {
+    return sqrt_rare(a, r, [](float x) { return fast(f32(x)).get(0); });
+  }
+};
+
+template <level Level>
+struct double_sqrt {
+  using real = double;
+  static constexpr char name[] = "vdSqrt";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 8;
+  static constexpr double filler = 0.75;
+
+  static f64 fast(const f64& x) {
+    const f64 r = rsqrt_estimate(x);
+    if constexpr (Level == level::ep) {
+      const f64 y = x * r;
+      const f64 e = y * r - f64(1.0);
+      return y + y * (e * (f64(-0.5) + e * f64(0.375)));
+    }
+    const f64 xh = keep_high_bits(x);
+    const f64 xl = x - xh;
+    const f64 product = xh * r;
+    const f64 e = (product * r - f64(1.0)) + (xl * r) * r;
+    const f64 p = inverse_root_series<Level>(e);
+    return ((p * r) * x + xl * r) + product;
+  }
+  static lane_mask<double> flagged(const f64& x, const f64&) { return not_positive_normal(x); }
+  static int32_t rare(const double* a, double* r) {
+    return sqrt_rare(a, r, [](double x) { return fast(f64(x)).get(0); });
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_blocks<single_sqrt<level::ep>>)
+TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_blocks<single_sqrt<level::la>>)
+TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_blocks<single_sqrt<level::ha>>)
+TMK_DEFINE_KERNEL(d, Sqrt, EPnnn, run_masked<double_sqrt<level::ep>>)
+TMK_DEFINE_KERNEL(d, Sqrt, LAynn, run_masked<double_sqrt<level::la>>)
+TMK_DEFINE_KERNEL(d, Sqrt, HAynn, run_masked<double_sqrt<level::ha>>)
