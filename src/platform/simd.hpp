@@ -96,6 +96,14 @@ inline lane_mask<double> mask_of_high_words(const xsimd::batch_bool<int32_t>& m)
 // The 12-bit estimates of the baseline: part of the contract of its reciprocal family.
 inline f32 reciprocal_estimate(const f32& x) { return _mm_rcp_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm_rsqrt_ps(x); }
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+inline f32 reciprocal_estimate(const f32& x) { return _mm256_rcp_ps(x); }
+inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm256_rsqrt_ps(x); }
+#else
+inline f32 reciprocal_estimate(const f32& x) { return _mm512_rcp14_ps(x); }
+inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm512_rsqrt14_ps(x); }
+inline f64 reciprocal_estimate(const f64& x) { return _mm512_rcp14_pd(x); }
+inline f64 reciprocal_sqrt_estimate(const f64& x) { return _mm512_rsqrt14_pd(x); }
 #endif
 
 TMK_TIER_CLOSE

@@ -3,6 +3,7 @@
 //   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0
 //   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA); or the true division (HA).
 #include "vector/frame/kernel.hpp"
+#include "vector/real/estimates.hpp"
 #include "vector/real/inv_rare.hpp"
 
 TMK_TIER_OPEN
@@ -41,12 +42,7 @@ struct double_inv {
   static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x) {
-    const i32 high = bits_as<int32_t>(x);
-    const f32 mantissa = bits_as<float>(((high << 3) & i32(0x7FFFFF)) | i32(0x3F800000));
-    // The subtraction negates the exponent and, the sign lying within the mask, keeps the sign.
-    const i32 exponent = i32(0x77F00000) - (high & i32(static_cast<int32_t>(0xFFF00000)));
-    const u64 y0_bits = bits_as<uint64_t>((bits_as<int32_t>(reciprocal_estimate(mantissa)) >> 3) + exponent);
-    const f64 y0 = bits_as<double>(y0_bits & u64(0xFFFFFFFF00000000u));
+    const f64 y0 = reciprocal_estimate(x);
     const f64 e = f64(1.0) - x * y0;
     if constexpr (Level == level::ep) return y0 + y0 * (e + e * e);
     const f64 one(1.0);

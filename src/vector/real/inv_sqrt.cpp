@@ -3,7 +3,7 @@
 #include "vector/frame/kernel.hpp"
 #include "vector/real/inv_rare.hpp"
 #include "vector/real/inv_sqrt_data.hpp"
-#include "vector/real/rsqrt_estimate.hpp"
+#include "vector/real/root_series.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -54,7 +54,7 @@ struct single_inv_sqrt {
 
   static f32 fast(const f32& x) {
     const f32 r = keep_high_bits(reciprocal_sqrt_estimate(x));
-    const f32 e = x * r * r - f32(1.0f);
+    const f32 e = x * (r * r) - f32(1.0f);  // r r is exact: one rounding
     if constexpr (Level == level::ep) return r + r * (e * (f32(-0.5f) + e * f32(0.375f)));
     return r + (r * e) * (f32(-0.5f) + e * (f32(0.375f) - f32(0.3125f) * e));
   }
@@ -96,7 +96,7 @@ struct double_inv_sqrt {
   static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x) {
-    const f64 r = rsqrt_estimate(x);
+    const f64 r = reciprocal_sqrt_estimate(x);
     const f64 xh = keep_high_bits(x);
     const f64 xl = x - xh;
     const f64 e = (xh * r * r - f64(1.0)) + (xl * r) * r;

@@ -3,7 +3,7 @@
 // With x = xh + xl and r of few bits, xh r is exact: that lifts HA to the full format without a wider one.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/inv_rare.hpp"
-#include "vector/real/rsqrt_estimate.hpp"
+#include "vector/real/root_series.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -18,7 +18,7 @@ struct single_sqrt {
 
   // Zero lanes get a zero estimate: x r then is a zero of the same sign.
   static f32 estimate_or_zero(const f32& x) {
-    return xsimd::bitwise_andnot(reciprocal_sqrt_estimate(x), f32(x == f32(0.0f)));
+    return xsimd::select(x == f32(0.0f), f32(0.0f), reciprocal_sqrt_estimate(x));
   }
 
   static f32 fast(const f32& x) {
@@ -55,7 +55,7 @@ struct double_sqrt {
   static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x) {
-    const f64 r = rsqrt_estimate(x);
+    const f64 r = reciprocal_sqrt_estimate(x);
     if constexpr (Level == level::ep) {
       const f64 y = x * r;
       const f64 e = y * r - f64(1.0);

@@ -1,0 +1,76 @@
+// 1 / x on the wide tiers: the processor's estimate (EP single), one Newton step (LA single), the series in
+// e = 1 - x y0 (double), or the true division (HA, correctly rounded).
+#include <limits>
+#include <type_traits>
+
+#include "vector/frame/kernel.hpp"
+#include "vector/real/estimates.hpp"
+#include "vector/real/inv_rare.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real>
+constexpr auto inv_name = sizeof(Real) == 4 ? "vsInv" : "vdInv";
+
+template <class Real, level Level>
+struct wide_inv {
+  using real = Real;
+  using value = batch<Real>;
+  static constexpr auto name = inv_name<Real>;
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 4 * lanes<Real>;
+  static constexpr Real filler = Real(0.75);
+
+  static value fast(const value& x) {
+    if constexpr (sizeof(Real) == 4) {
+      const value y0 = reciprocal_estimate(x);
+      if constexpr (Level == level::ep) return y0;
+      return xsimd::fma(xsimd::fnma(x, y0, value(Real(1))), y0, y0);
+    } else {
+      const value y0 = reciprocal_estimate(x);
+      const value e = xsimd::fnma(x, y0, value(1.0));
+      const value s = xsimd::fma(e, e, e);
+      if constexpr (Level == level::ep) return xsimd::fma(y0, s, y0);
+      return xsimd::fma(y0, xsimd::fma(e * e, s, s), y0);
+    }
+  }
+  // Good, as on the baseline: 2^-126 <= |x| <= 2^126, 2^-1021 <= |x| < 2^1022.
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    using bits = std::make_signed_t<typename format<Real>::bits>;
+    constexpr bool single = sizeof(Real) == 4;
+    constexpr auto magnitude = std::numeric_limits<bits>::max();
+    constexpr bits lowest = single ? bits(0x00800000) : bits(0x0020000000000000);
+    constexpr bits span = single ? bits(0x7E000000) : bits(0x7FAFFFFFFFFFFFFF);
+    return mask_as<Real>(((bits_as<bits>(x) - batch<bits>(lowest)) & batch<bits>(magnitude)) > batch<bits>(span));
+  }
+  static int32_t rare(const Real* a, Real* r) { return reciprocal_rare(a, r); }
+};
+
+template <class Real>
+struct wide_inv<Real, level::ha> {
+  using real = Real;
+  using value = batch<Real>;
+  static constexpr auto name = inv_name<Real>;
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 4 * lanes<Real>;
+  static constexpr Real filler = Real(0.75);
+
+  static value fast(const value& x) { return value(Real(1)) / x; }
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    using bits = std::make_signed_t<typename format<Real>::bits>;
+    constexpr auto magnitude = std::numeric_limits<bits>::max();
+    return mask_as<Real>((bits_as<bits>(x) & batch<bits>(magnitude)) == batch<bits>(bits(0)));
+  }
+  static int32_t rare(const Real* a, Real* r) { return reciprocal_rare(a, r); }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_masked<wide_inv<float, level::ep>>)
+TMK_DEFINE_KERNEL(s, Inv, LAynn, run_masked<wide_inv<float, level::la>>)
+TMK_DEFINE_KERNEL(s, Inv, HAynn, run_masked<wide_inv<float, level::ha>>)
+TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<wide_inv<double, level::ep>>)
+TMK_DEFINE_KERNEL(d, Inv, LAynn, run_masked<wide_inv<double, level::la>>)
+TMK_DEFINE_KERNEL(d, Inv, HAynn, run_masked<wide_inv<double, level::ha>>)

@@ -1,0 +1,44 @@
+// 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which HA takes without
+// the rounding of x r.
+#include "vector/frame/kernel.hpp"
+#include "vector/real/inv_rare.hpp"
+#include "vector/real/wide/root_series.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real, level Level>
+struct wide_inv_sqrt {
+  using real = Real;
+  using value = batch<Real>;
+  static constexpr auto name = sizeof(Real) == 4 ? "vsInvSqrt" : "vdInvSqrt";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 4 * lanes<Real>;
+  static constexpr Real filler = Real(0.75);
+
+  static value fast(const value& x) {
+    const value r = reciprocal_sqrt_estimate(x);
+    if constexpr (Level == level::ep) {
+      return r;
+    } else if constexpr (Level == level::la) {
+      const value e = xsimd::fms(x * r, r, value(Real(1)));
+      if constexpr (sizeof(Real) == 4) return xsimd::fma(r * e, value(Real(-0.5)), r);
+      return xsimd::fma(r, inverse_root_series<Level>(e), r);
+    } else {
+      return xsimd::fma(r, inverse_root_series<Level>(root_residual(x, r)), r);
+    }
+  }
+  static lane_mask<Real> flagged(const value& x, const value&) { return not_positive_normal(x); }
+  static int32_t rare(const Real* a, Real* r) {
+    return inv_sqrt_rare(a, r, [](Real x) { return fast(value(x)).get(0); });
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<wide_inv_sqrt<float, level::ep>>)
+TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_masked<wide_inv_sqrt<float, level::la>>)
+TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<wide_inv_sqrt<float, level::ha>>)
+TMK_DEFINE_KERNEL(d, InvSqrt, LAynn, run_masked<wide_inv_sqrt<double, level::la>>)
+TMK_DEFINE_KERNEL(d, InvSqrt, HAynn, run_masked<wide_inv_sqrt<double, level::ha>>)

@@ -1,0 +1,43 @@
+// sqrt(x) on the wide tiers: the processor's root (HA, correctly rounded), or x r (1 + e)^(-1/2) with an estimate
+// r of 1 / sqrt(x) and e = x r^2 - 1.
+#include "vector/frame/kernel.hpp"
+#include "vector/real/inv_rare.hpp"
+#include "vector/real/wide/root_series.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real, level Level>
+struct wide_sqrt {
+  using real = Real;
+  using value = batch<Real>;
+  static constexpr auto name = sizeof(Real) == 4 ? "vsSqrt" : "vdSqrt";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 4 * lanes<Real>;
+  static constexpr Real filler = Real(0.75);
+
+  static value fast(const value& x) {
+    if constexpr (Level == level::ha) {
+      return xsimd::sqrt(x);
+    } else {
+      const value r = reciprocal_sqrt_estimate(x);
+      const value y = x * r;
+      if constexpr (Level == level::ep && sizeof(Real) == 4) return y;
+      return xsimd::fma(y, inverse_root_series<Level>(xsimd::fms(y, r, value(Real(1)))), y);
+    }
+  }
+  static lane_mask<Real> flagged(const value& x, const value&) { return not_positive_normal(x); }
+  static int32_t rare(const Real* a, Real* r) {
+    return sqrt_rare(a, r, [](Real x) { return fast(value(x)).get(0); });
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_masked<wide_sqrt<float, level::ep>>)
+TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_masked<wide_sqrt<float, level::la>>)
+TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_masked<wide_sqrt<float, level::ha>>)
+TMK_DEFINE_KERNEL(d, Sqrt, EPnnn, run_masked<wide_sqrt<double, level::ep>>)
+TMK_DEFINE_KERNEL(d, Sqrt, LAynn, run_masked<wide_sqrt<double, level::la>>)
+TMK_DEFINE_KERNEL(d, Sqrt, HAynn, run_masked<wide_sqrt<double, level::ha>>)
