@@ -49,8 +49,8 @@ double round_to(const float_format& format, mpfr_srcptr v) {
   return format.precision == single_format.precision ? mpfr_get_flt(v, MPFR_RNDN) : mpfr_get_d(v, MPFR_RNDN);
 }
 
-// Describes v in the format. Returns whether an error of 2^(guard_bits - precision of v) leaves the rounding as
-// it is: it does unless v is that close to the midpoint of two neighbours.
+// Describes v in the format. Returns whether an error of 2^(guard_bits - precision of v) leaves the rounding
+// as it is: it does unless v is that close to the midpoint of two neighbours.
 bool describe(mpfr_srcptr v, const float_format& format, exact_value& out) {
   out = {round_to(format, v), 0, 0};
   if (!mpfr_regular_p(v)) return true;
@@ -102,7 +102,8 @@ oracle::oracle(std::string_view name) {
 exact_result oracle::operator()(const arguments& x) const {
   scoped_evaluation e(x, format_ == &single_format);
   exact_result result;
-  for (mpfr_prec_t precision = first_precision(*format_);; precision = std::min(2 * precision, last_precision)) {
+  for (mpfr_prec_t precision = first_precision(*format_);;
+       precision = std::min(2 * precision, last_precision)) {
     mpc_set_prec(e.r, precision);
     mpfr_set_zero(e.second(), 1);
     const bool exact = formula_(e) == 0;

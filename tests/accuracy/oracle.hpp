@@ -1,10 +1,10 @@
 // The exact value of every vector function, rounded as the element type rounds, and the error of a result.
 //
-// The unit: an error is |got - exact| in units of the spacing of the result's format at the exact value y, which
-// is 2^(max(e, emin) - p) for 2^(e-1) <= |y| < 2^e (subnormal range included), so a correctly rounded result is
-// at most 0.5 off. An infinite result is right (error 0) where rounding y gives that infinity, a NaN where there
-// is no value; any other meeting of a special with a number is infinitely wrong. The sign of a zero does not
-// count: tests of special values compare bits. A complex result is judged part by part.
+// The unit: an error is |got - exact| in units of the spacing of the result's format at the exact value y,
+// which is 2^(max(e, emin) - p) for 2^(e-1) <= |y| < 2^e (subnormal range included), so a correctly rounded
+// result is at most 0.5 off. An infinite result is right (error 0) where rounding y gives that infinity, a
+// NaN where there is no value; any other meeting of a special with a number is infinitely wrong. The sign of
+// a zero does not count: tests of special values compare bits. A complex result is judged part by part.
 #pragma once
 
 #include <array>
@@ -41,8 +41,8 @@ struct arguments {
   double scalea = 1, shifta = 0, scaleb = 0, shiftb = 1;
 };
 
-// Real and imaginary part of a complex result, or the two results of SinCos (sine, cosine) and Modf (integral,
-// fraction). Results that are one real number leave the second part zero.
+// Real and imaginary part of a complex result, or the two results of SinCos (sine, cosine) and Modf
+// (integral, fraction). Results that are one real number leave the second part zero.
 using exact_result = std::array<exact_value, 2>;
 
 struct evaluation;

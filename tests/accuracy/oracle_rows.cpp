@@ -101,7 +101,8 @@ int power_of_positive(evaluation& e) {
   const bool zero_to_zero = mpfr_zero_p(e.y()) && (mpfr_zero_p(e.x()) || mpfr_inf_p(e.x()));
   const bool one_to_infinity = mpfr_cmp_ui(e.x(), 1) == 0 && mpfr_inf_p(e.y());
   const bool negative = mpfr_signbit(e.x()) && !mpfr_zero_p(e.x());
-  if (mpfr_nan_p(e.x()) || mpfr_nan_p(e.y()) || negative || zero_to_zero || one_to_infinity) return undefined(e);
+  if (mpfr_nan_p(e.x()) || mpfr_nan_p(e.y()) || negative || zero_to_zero || one_to_infinity)
+    return undefined(e);
   mpfr_abs(e.x(), e.x(), nearest);
   return binary<mpfr_pow>(e);
 }

@@ -1,4 +1,5 @@
-// The judge judged: composed formulas against published values, and the unit of error at the edges of a format.
+// The judge judged: composed formulas against published values, and the unit of error at the edges of a
+// format.
 #include "accuracy/oracle.hpp"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,8 @@ struct known_value {
   double a, b, value;
 };
 
-// Values as tables of special functions print them (Abramowitz and Stegun, chapters 5, 6, 7 and 26), or exact.
+// Values as tables of special functions print them (Abramowitz and Stegun, chapters 5, 6, 7 and 26), or
+// exact.
 constexpr known_value known_values[] = {
     {"dExpInt1", 1, 0, 0.21938393439552027},
     {"dExpInt1", 0.5, 0, 0.55977359477616084},
@@ -92,7 +94,7 @@ TEST(Oracle, ComplexPartsAndSecondResults) {
 
 TEST(Oracle, RoundsAtTheEdgesOfTheFormat) {
   const oracle exp_single("sExp");
-  EXPECT_EQ(exp_single(0x1.62e43p6).rounded, infinity);              // first float whose exponential overflows
+  EXPECT_EQ(exp_single(0x1.62e43p6).rounded, infinity);  // first float whose exponential overflows
   EXPECT_EQ(exp_single(0x1.62e42ep6).rounded, 0x1.ffff08p127);
   EXPECT_EQ(exp_single(-0x1.9fe368p6).rounded, 0x1p-149);            // just above the midpoint below 2^-149
   EXPECT_EQ(exp_single(-0x1.9fe36ap6).rounded, 0);                   // just below it
