@@ -1,0 +1,25 @@
+// Where each function is measured.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace tmk::accuracy {
+
+struct interval {
+  double low, high;
+};
+
+// Samples are drawn over the numbers of `full` by their bits (each binade alike) and evenly over the reals of
+// `core`, besides the neighbourhoods of multiples of `period`, of the listed points and of the bounds.
+struct domain {
+  std::string_view stem;
+  interval full, core;
+  double period = 0;
+  std::array<double, 4> points{};
+};
+
+// Domain of an argument (0 or 1) of the function; both parts of a complex argument are drawn alike.
+const domain& find_domain(char letter, std::string_view stem, int argument);
+
+}  // namespace tmk::accuracy

@@ -1,0 +1,175 @@
+// A double-precision value y of the function, known to within |y| 2^-46, is 2^-22 ulp of a float off at most,
+// so nearly every result can be judged by it. Multiple precision is asked only where that leaves a doubt:
+// when the error may exceed the largest so far, when y is that close to the midpoint of two floats, and
+// wherever a special is involved that y does not settle. The bound on y is itself checked, at every 4099th
+// argument: a function that breaks it once is refused.
+#include "exhaustive.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace tmk::accuracy {
+namespace {
+
+struct filter {
+  std::string_view stem;
+  double (*value)(double);
+};
+
+// The C library states errors of a few units of 2^-53 for its double functions, and compositions add two or
+// three.
+constexpr filter filters[] = {
+    {"Inv", [](double x) { return 1 / x; }},
+    {"Sqrt", [](double x) { return std::sqrt(x); }},
+    {"InvSqrt", [](double x) { return 1 / std::sqrt(x); }},
+    {"Sqr", [](double x) { return x * x; }},
+    {"Cbrt", [](double x) { return std::cbrt(x); }},
+    {"InvCbrt", [](double x) { return 1 / std::cbrt(x); }},
+    {"Pow2o3", [](double x) { return std::cbrt(x * x); }},
+    {"Pow3o2", [](double x) { return x * std::sqrt(x); }},
+    {"Exp", [](double x) { return std::exp(x); }},
+    {"Exp2", [](double x) { return std::exp2(x); }},
+    {"Exp10", [](double x) { return std::pow(10, x); }},
+    {"Expm1", [](double x) { return std::expm1(x); }},
+    {"Ln", [](double x) { return std::log(x); }},
+    {"Log2", [](double x) { return std::log2(x); }},
+    {"Log10", [](double x) { return std::log10(x); }},
+    {"Log1p", [](double x) { return std::log1p(x); }},
+    {"Logb", [](double x) { return std::logb(x); }},
+    {"Sin", [](double x) { return std::sin(x); }},
+    {"Cos", [](double x) { return std::cos(x); }},
+    {"Tan", [](double x) { return std::tan(x); }},
+    {"Asin", [](double x) { return std::asin(x); }},
+    {"Acos", [](double x) { return std::acos(x); }},
+    {"Atan", [](double x) { return std::atan(x); }},
+    {"Asinpi", [](double x) { return std::asin(x) / M_PI; }},
+    {"Acospi", [](double x) { return std::acos(x) / M_PI; }},
+    {"Atanpi", [](double x) { return std::atan(x) / M_PI; }},
+    {"Sinh", [](double x) { return std::sinh(x); }},
+    {"Cosh", [](double x) { return std::cosh(x); }},
+    {"Tanh", [](double x) { return std::tanh(x); }},
+    {"Asinh", [](double x) { return std::asinh(x); }},
+    {"Acosh", [](double x) { return std::acosh(x); }},
+    {"Atanh", [](double x) { return std::atanh(x); }},
+    {"Erf", [](double x) { return std::erf(x); }},
+    {"Erfc", [](double x) { return std::erfc(x); }},
+    {"CdfNorm", [](double x) { return std::erfc(-x / M_SQRT2) / 2; }},
+    {"TGamma", [](double x) { return std::tgamma(x); }},
+    {"Floor", [](double x) { return std::floor(x); }},
+    {"Ceil", [](double x) { return std::ceil(x); }},
+    {"Trunc", [](double x) { return std::trunc(x); }},
+    {"Round", [](double x) { return std::round(x); }},
+    {"Rint", [](double x) { return std::rint(x); }},
+    {"NearbyInt", [](double x) { return std::nearbyint(x); }},
+    {"Frac", [](double x) { return x - std::trunc(x); }},
+};
+
+constexpr double trust = 0x1p-46;  // relative error of a filter's value
+constexpr std::int64_t check_every = 4099;
+constexpr std::int64_t block_size = 4096;
+constexpr std::int64_t task_size = std::int64_t{1} << 20;
+constexpr std::int64_t all_arguments = std::int64_t{1} << 32;
+constexpr double smallest_normal = std::numeric_limits<float>::min();
+constexpr double beyond_floats = 0x1p128;
+
+// 1 / the spacing of floats at y.
+double units_per_one(double y) {
+  const int exponent = static_cast<int>(std::bit_cast<std::uint64_t>(y) >> 52 & 0x7ff) - 1023;
+  const int ulp_exponent = std::max(exponent, -126) - 23;
+  return std::bit_cast<double>(static_cast<std::uint64_t>(1023 - ulp_exponent) << 52);
+}
+
+// Counts the result if the filter's value y settles it and it is no worse than the worst so far.
+bool settle(tally& t, double y, double got) {
+  if (std::isnan(y) && std::isnan(got)) {
+    ++t.count;
+    ++t.correctly_rounded;
+    return true;
+  }
+  const double magnitude = std::abs(y);
+  if (!(magnitude < beyond_floats) || !std::isfinite(got)) {
+    if (!(magnitude > beyond_floats * (1 + trust)) || got != std::copysign(HUGE_VAL, y)) return false;
+    ++t.count;
+    ++t.correctly_rounded;
+    return true;
+  }
+  const double rounded = static_cast<float>(y);
+  if (!std::isfinite(rounded)) return false;
+  const double units = units_per_one(y);
+  const double error = std::abs(got - y) * units;
+  const double doubt = magnitude * trust * units;
+  if (error + doubt > t.worst.error) return false;
+  if (std::abs(std::abs(y - rounded) * units - 0.5) <= doubt) return false;
+  ++t.count;
+  t.error_sum += error;
+  t.correctly_rounded += got == rounded;
+  if (magnitude >= smallest_normal)
+    t.worst_relative = std::max(t.worst_relative, std::abs(got - y) / magnitude);
+  return true;
+}
+
+// Whether y is as close to the exact value as a filter's value must be.
+bool holds(const exact_value& exact, double y) {
+  if (std::isnan(exact.rounded) || std::isnan(y)) return std::isnan(exact.rounded) && std::isnan(y);
+  if (std::isinf(exact.rounded)) return std::abs(y) >= 0x1.ffffffp127 * (1 - trust);
+  const double distance = std::abs(std::ldexp(y - exact.rounded, -exact.ulp_exponent) - exact.residual);
+  return distance <= std::ldexp(std::abs(y), -exact.ulp_exponent) * trust;
+}
+
+}  // namespace
+
+bool measure_exhaustively(measurement& m, int threads) {
+  const vector_function& f = *m.function;
+  const auto* own_filter = std::ranges::find(filters, f.stem, &filter::stem);
+  if (f.letter != 's' || f.shape != call_shape::unary || own_filter == std::end(filters)) {
+    std::fprintf(stderr,
+                 "%s: no exhaustive measurement (one single argument and a double-precision filter)\n",
+                 std::string(f.name).c_str());
+    return false;
+  }
+  const oracle exact(f.name);
+
+  // The worst of a sample to begin with: a low mark would send whole binades to multiple precision.
+  std::vector<measurement> sampled{m};
+  measure(sampled, 1 << 16, 1, threads, [](const measurement&) {});
+
+  std::atomic<std::uint64_t> broken_at = ~std::uint64_t{0};
+  constexpr std::int64_t tasks = all_arguments / task_size;
+  std::vector<std::vector<tally>> parts(tasks);
+  run_parallel(tasks, threads, [&](std::int64_t task) {
+    std::vector<tally> tallies(m.kernels.size());
+    for (std::size_t k = 0; k < tallies.size(); ++k) tallies[k].worst = sampled[0].kernels[k].errors.worst;
+    float x[block_size], got[block_size];
+    double y[block_size];
+    for (std::int64_t begin = task * task_size; begin < (task + 1) * task_size; begin += block_size) {
+      if (broken_at != ~std::uint64_t{0}) return;
+      for (std::int64_t i = 0; i < block_size; ++i) {
+        x[i] = std::bit_cast<float>(static_cast<std::uint32_t>(begin + i));
+        y[i] = own_filter->value(x[i]);
+        if ((begin + i) % check_every == 0 && !holds(exact(x[i]), y[i])) broken_at = begin + i;
+      }
+      for (std::size_t k = 0; k < tallies.size(); ++k) {
+        reinterpret_cast<void (*)(std::int32_t, const float*, float*)>(m.kernels[k].address)(block_size, x,
+                                                                                             got);
+        for (std::int64_t i = 0; i < block_size; ++i)
+          if (!settle(tallies[k], y[i], got[i]))
+            tallies[k].add(arguments{x[i]}, exact(arguments{x[i]}), {got[i], 0}, smallest_normal);
+      }
+    }
+    parts[task] = std::move(tallies);
+  });
+  if (broken_at != ~std::uint64_t{0}) {
+    std::fprintf(stderr, "%s: its filter is not exact enough at %a\n", std::string(f.name).c_str(),
+                 std::bit_cast<float>(static_cast<std::uint32_t>(broken_at)));
+    return false;
+  }
+  for (const auto& tallies : parts)
+    for (std::size_t k = 0; k < tallies.size(); ++k) m.kernels[k].errors.merge(tallies[k]);
+  return true;
+}
+
+}  // namespace tmk::accuracy

@@ -1,0 +1,12 @@
+// All 2^32 arguments of a single-precision function of one argument, in minutes.
+#pragma once
+
+#include "measure.hpp"
+
+namespace tmk::accuracy {
+
+// Measures every listed kernel. Returns false, having said why on stderr, for a function that is not of this
+// kind, or whose double-precision filter (see the source) failed its check.
+bool measure_exhaustively(measurement& m, int threads);
+
+}  // namespace tmk::accuracy

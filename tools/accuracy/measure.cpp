@@ -1,0 +1,120 @@
+#include "measure.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "batch.hpp"
+
+namespace tmk::accuracy {
+
+void tally::add(const arguments& x, const exact_result& exact, const std::array<double, 2>& got,
+                double smallest_normal) {
+  const double error = std::max(ulp_error(exact[0], got[0]), ulp_error(exact[1], got[1]));
+  ++count;
+  if (std::isfinite(error)) error_sum += error;
+  if (error > worst.error) worst = {error, x, got, exact};
+  bool all_rounded = true;
+  for (int part = 0; part < 2; ++part) {
+    const double rounded = exact[part].rounded;
+    all_rounded &= got[part] == rounded || (std::isnan(got[part]) && std::isnan(rounded));
+    if (std::isfinite(rounded) && std::abs(rounded) >= smallest_normal)
+      worst_relative = std::max(worst_relative, relative_error(exact[part], got[part]));
+  }
+  correctly_rounded += all_rounded;
+}
+
+void tally::merge(const tally& later) {
+  if (later.worst.error > worst.error) worst = later.worst;
+  error_sum += later.error_sum;
+  worst_relative = std::max(worst_relative, later.worst_relative);
+  count += later.count;
+  correctly_rounded += later.correctly_rounded;
+}
+
+std::vector<int> available_tiers() {
+  std::vector<int> tiers;
+  for (int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
+    if (tmk_select_tier(tier) == tier) tiers.push_back(tier);
+  return tiers;
+}
+
+std::vector<measurement> list_kernels(const std::vector<vector_function>& functions,
+                                      const selection& chosen) {
+  std::vector<measurement> all;
+  for (const vector_function& f : functions) all.push_back({&f, {}});
+  for (int tier : chosen.tiers) {
+    tmk_select_tier(tier);
+    for (measurement& m : all) {
+      for (int slot : chosen.slots) {
+        const VtmKernel address = m.function->record->kernel[slot];
+        auto kernel = std::ranges::find(m.kernels, address, &measured_kernel::address);
+        if (kernel == m.kernels.end()) kernel = m.kernels.insert(kernel, {address, {}, {}});
+        kernel->uses.push_back({tier, slot});
+      }
+    }
+  }
+  return all;
+}
+
+void run_parallel(std::int64_t count, int threads, const std::function<void(std::int64_t)>& task) {
+  std::atomic<std::int64_t> next = 0;
+  std::vector<std::jthread> pool;
+  for (int i = 0; i < threads; ++i) {
+    pool.emplace_back([&] {
+      _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
+      for (std::int64_t k; (k = next++) < count;) task(k);
+    });
+  }
+}
+
+namespace {
+
+template <class Real>
+std::vector<tally> measure_batch(const measurement& m, std::uint64_t seed) {
+  const vector_function& f = *m.function;
+  const auto sample = std::make_unique<batch<Real>>(f, seed);
+  const oracle exact(f.name);
+  std::vector<exact_result> values;
+  for (const arguments& x : sample->inputs()) values.push_back(exact(x));
+
+  std::vector<tally> tallies(m.kernels.size());
+  for (std::size_t k = 0; k < m.kernels.size(); ++k) {
+    sample->run(m.kernels[k].address);
+    for (std::int32_t i = 0; i < batch<Real>::size; ++i)
+      tallies[k].add(sample->inputs()[i], values[i], sample->result(i), std::numeric_limits<Real>::min());
+  }
+  return tallies;
+}
+
+}  // namespace
+
+void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
+             const std::function<void(const measurement&)>& done) {
+  constexpr std::int64_t batch_size = batch<float>::size;
+  const std::int64_t batches = (samples + batch_size - 1) / batch_size;
+  // Merged in the order of batches, so that the outcome does not depend on which thread was faster.
+  std::vector<std::vector<std::vector<tally>>> parts(all.size(), std::vector<std::vector<tally>>(batches));
+  std::vector<std::int64_t> missing(all.size(), batches);
+  std::mutex lock;
+  run_parallel(static_cast<std::int64_t>(all.size()) * batches, threads, [&](std::int64_t task) {
+    measurement& m = all[task / batches];
+    const std::uint64_t batch_seed = seed + task % batches;
+    auto part =
+        m.function->is_single() ? measure_batch<float>(m, batch_seed) : measure_batch<double>(m, batch_seed);
+    const std::scoped_lock guard(lock);
+    auto& own_parts = parts[task / batches];
+    own_parts[task % batches] = std::move(part);
+    if (--missing[task / batches] != 0) return;
+    for (const auto& tallies : own_parts)
+      for (std::size_t k = 0; k < tallies.size(); ++k) m.kernels[k].errors.merge(tallies[k]);
+    own_parts.clear();
+    done(m);
+  });
+}
+
+}  // namespace tmk::accuracy

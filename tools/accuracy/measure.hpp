@@ -1,0 +1,69 @@
+// Errors of the kernels of a function, over samples of its domain.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "accuracy/oracle.hpp"
+#include "functions.hpp"
+
+namespace tmk::accuracy {
+
+// What became of one result, judged by its worse part.
+struct finding {
+  double error = -1;  // ulp; infinite for a special where a number belongs, or the reverse
+  arguments where{};
+  std::array<double, 2> got{};
+  exact_result want{};
+};
+
+struct tally {
+  finding worst;
+  double error_sum = 0;       // of finite errors
+  double worst_relative = 0;  // where the exact value is a normal number
+  std::int64_t count = 0;
+  std::int64_t correctly_rounded = 0;
+
+  void add(const arguments& x, const exact_result& exact, const std::array<double, 2>& got,
+           double smallest_normal);
+  void merge(const tally& later);
+};
+
+// A kernel with every tier and slot that leads to it.
+struct kernel_use {
+  int tier, slot;  // of its first use
+};
+
+struct measured_kernel {
+  VtmKernel address;
+  std::vector<kernel_use> uses;
+  tally errors;
+};
+
+struct measurement {
+  const vector_function* function;
+  std::vector<measured_kernel> kernels;
+};
+
+struct selection {
+  std::vector<int> tiers;  // in rising order, each available
+  std::vector<int> slots;
+};
+
+// Tiers that the processor has and the environment's TMK_TIER allows.
+std::vector<int> available_tiers();
+
+// The distinct kernels of the functions in the selected tiers and slots, nothing measured yet. Selects tiers.
+std::vector<measurement> list_kernels(const std::vector<vector_function>& functions, const selection& chosen);
+
+// Measures every listed kernel over as many samples; `done` hears of each function that is complete.
+void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
+             const std::function<void(const measurement&)>& done);
+
+// Runs task(0) ... task(count - 1), in this order of beginning, on threads whose errors are not reported.
+void run_parallel(std::int64_t count, int threads, const std::function<void(std::int64_t)>& task);
+
+}  // namespace tmk::accuracy
