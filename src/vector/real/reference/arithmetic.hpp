@@ -80,7 +80,7 @@ int CopySign(std::floating_point auto a, auto b, auto& r) { return apply(copysig
 // Steps through the patterns of Real: the extended neighbour would be far too near.
 template <std::floating_point Real>
 int NextAfter(Real a, Real b, Real& r) {
-  const extended x = a, y = b;
+  const extended x = extend(a), y = extend(b);
   if (std::isnan(x) || std::isnan(y))
     r = static_cast<Real>(x + y);
   else if (x == y)
@@ -89,14 +89,15 @@ int NextAfter(Real a, Real b, Real& r) {
     r = std::copysign(std::numeric_limits<Real>::denorm_min(), b);
   else
     r = from_bits<Real>((x < y) == (x > 0) ? to_bits(a) + 1 : to_bits(a) - 1);
-  return conclude<exponential>(r, r, x, y);
+  const extended towards = std::isinf(y) ? x : y;  // infinity is but a direction
+  return conclude<exponential>(extend(r), r, x, towards);
 }
 
 template <std::floating_point Real>
 int LinearFrac(Real a, Real b, Real scalea, Real shifta, Real scaleb, Real shiftb, Real& r) {
-  const extended value = linear(scalea, a, shifta) / linear(scaleb, b, shiftb);
-  return conclude<shrinking>(value, r, extended{a}, extended{b}, extended{scalea}, extended{shifta},
-                             extended{scaleb}, extended{shiftb});
+  const extended x = extend(a), sx = extend(scalea), tx = extend(shifta);
+  const extended y = extend(b), sy = extend(scaleb), ty = extend(shiftb);
+  return conclude<shrinking>(linear(sx, x, tx) / linear(sy, y, ty), r, x, y, sx, tx, sy, ty);
 }
 
 int Floor(std::floating_point auto a, auto& r) { return apply(floorl, a, r); }

@@ -1,7 +1,7 @@
 // What the reference functions compute in: the x87 extended format, exact sums and products of it, and the
 // last step of each of them: the rounding to the result's format, with the status that goes with it.
 //
-// Comparisons are extended too: the caller's SSE controls may treat subnormals as zero.
+// Nothing is left to the SSE unit, whose controls are the caller's: it may treat subnormals as zero.
 #pragma once
 
 #include <cmath>
@@ -17,6 +17,13 @@ namespace tmk::reference {
 
 using extended = long double;
 using extended_pair = double_value<extended>;
+
+// Widens behind the compiler's back, which would else compare and round to integers in the narrow format.
+inline extended extend(std::floating_point auto a) {
+  extended x = a;
+  asm("" : "+t"(x));
+  return x;
+}
 
 // Exact for 64-bit factors whose product and its error neither overflow nor underflow (Dekker); `low` is NaN
 // where `high` is not finite.
@@ -62,7 +69,7 @@ int conclude(extended value, Real& r, extended first, Others... others) {
   const bool finite = std::isfinite(first) && (std::isfinite(others) && ...);
   if (!finite) return VTM_STATUS_OK;
 
-  const extended rounded = r;
+  const extended rounded = extend(r);
   const bool out_of_range = (Growth & expanding) != 0 && first != 0;
   if (std::isinf(rounded))
     return std::isinf(value) && !out_of_range ? VTM_STATUS_SINGULARITY : VTM_STATUS_OVERFLOW;
@@ -74,13 +81,13 @@ int conclude(extended value, Real& r, extended first, Others... others) {
 
 template <growth Growth = plain, std::floating_point Real>
 int apply(extended (*function)(extended), Real a, Real& r) {
-  const extended x = a;
+  const extended x = extend(a);
   return conclude<Growth>(function(x), r, x);
 }
 
 template <growth Growth = plain, std::floating_point Real>
 int apply(extended (*function)(extended, extended), Real a, Real b, Real& r) {
-  const extended x = a, y = b;
+  const extended x = extend(a), y = extend(b);
   return conclude<Growth>(function(x, y), r, x, y);
 }
 

@@ -1,0 +1,105 @@
+// Gather and scatter against their definition, for every element width, in the narrow and the wide form.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+extern "C" {
+#include "vector/frame/declarations.h"
+}
+
+namespace {
+
+template <class Element>
+struct kernels {
+  using by_stride = void (*)(int64_t, const Element*, int64_t, Element*, int32_t);
+  using to_stride = void (*)(int64_t, const Element*, Element*, int64_t, int32_t);
+  using by_entries = void (*)(int64_t, const Element*, const void*, Element*, int32_t);
+  using to_entries = void (*)(int64_t, const Element*, Element*, const void*, int32_t);
+  by_stride pack_stride;
+  to_stride unpack_stride;
+  by_entries pack_mask, pack_index;
+  to_entries unpack_mask, unpack_index;
+};
+
+#define KERNEL(letter, stem) tmk_vtm_kernel_##letter##stem##_PXHAynn
+#define KERNELS(letter)                                                                           \
+  kernels<TMK_ELEMENT_##letter> {                                                                 \
+    KERNEL(letter, PackI), KERNEL(letter, UnpackI), KERNEL(letter, PackM), KERNEL(letter, PackV), \
+        KERNEL(letter, UnpackM), KERNEL(letter, UnpackV)                                          \
+  }
+
+// An upper half that the narrow form, and every index, must not see.
+constexpr int64_t noise = int64_t{0x5A5A5A5A} << 32;
+
+// Any bits will do, signalling NaNs among them.
+template <class Element>
+std::vector<Element> any_bits(size_t n, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<Element> v(n);
+  auto* bytes = reinterpret_cast<unsigned char*>(v.data());
+  for (size_t i = 0; i < n * sizeof(Element); ++i) bytes[i] = static_cast<unsigned char>(random() | 0x7F);
+  return v;
+}
+
+template <class Element>
+void expect_same(const std::vector<Element>& got, const std::vector<Element>& want, const char* what) {
+  EXPECT_EQ(std::memcmp(got.data(), want.data(), want.size() * sizeof(Element)), 0) << what;
+}
+
+// `places[i]` is the place in the spread array of element i of the dense one.
+template <class Element, class Pack, class Unpack>
+void expect_moves(const std::vector<int64_t>& places, const char* what, Pack pack, Unpack unpack) {
+  const auto source = any_bits<Element>(64, 1), untouched = any_bits<Element>(64, 2);
+  auto packed = untouched, unpacked = untouched, want_packed = untouched, want_unpacked = untouched;
+  for (size_t i = 0; i < places.size(); ++i) {
+    std::memcpy(&want_packed[i], &source[32 + places[i]], sizeof(Element));
+    std::memcpy(&want_unpacked[32 + places[i]], &source[i], sizeof(Element));
+  }
+  pack(&source[32], packed.data());
+  unpack(source.data(), &unpacked[32]);
+  expect_same(packed, want_packed, what);
+  expect_same(unpacked, want_unpacked, what);
+}
+
+template <class Element, class Entry>
+void expect_definition(const kernels<Element>& k, int32_t narrow) {
+  for (const int64_t inc : {3, 1, 0, -2}) {
+    const int64_t unseen = narrow == 1 ? noise : 0;
+    const auto stride = static_cast<int64_t>(narrow == 1 ? noise | static_cast<uint32_t>(inc) : inc);
+    expect_moves<Element>(
+        {0, inc, 2 * inc, 3 * inc, 4 * inc}, "stride",
+        [&](auto* a, auto* y) { k.pack_stride(5 | unseen, a, stride, y, narrow); },
+        [&](auto* a, auto* y) { k.unpack_stride(5 | unseen, a, y, stride, narrow); });
+    expect_moves<Element>(
+        {}, "nothing to do", [&](auto* a, auto* y) { k.pack_stride(-5, a, stride, y, narrow); },
+        [&](auto* a, auto* y) { k.unpack_stride(unseen, a, y, stride, narrow); });
+  }
+  const Entry upper_half = sizeof(Entry) == 8 ? static_cast<Entry>(noise) : 4;
+  const Entry mask[] = {0, 1, 0, -1, upper_half, 0};
+  expect_moves<Element>(
+      {1, 3, 4}, "mask", [&](auto* a, auto* y) { k.pack_mask(6, a, mask, y, narrow); },
+      [&](auto* a, auto* y) { k.unpack_mask(6, a, y, mask, narrow); });
+  const Entry unseen = sizeof(Entry) == 8 ? static_cast<Entry>(noise) : 0;
+  const Entry index[] = {7, -3, 0 | unseen, 7, 2 | unseen};  // of two elements for one place, the later stays
+  expect_moves<Element>(
+      {7, -3, 0, 7, 2}, "index", [&](auto* a, auto* y) { k.pack_index(5, a, index, y, narrow); },
+      [&](auto* a, auto* y) { k.unpack_index(5, a, y, index, narrow); });
+}
+
+template <class Element>
+void expect_both_forms(const kernels<Element>& k) {
+  expect_definition<Element, int32_t>(k, 1);
+  expect_definition<Element, int64_t>(k, 0);
+  expect_definition<Element, int64_t>(k, 2);
+}
+
+TEST(pack, moves_what_the_definition_says) {
+  expect_both_forms(KERNELS(s));
+  expect_both_forms(KERNELS(d));
+  expect_both_forms(KERNELS(c));
+  expect_both_forms(KERNELS(z));
+}
+
+}  // namespace
