@@ -10,10 +10,13 @@
 #include <type_traits>
 
 #include "accuracy/oracle.hpp"
+#include "common/kernels.hpp"
 #include "domains.hpp"
-#include "functions.hpp"
 
 namespace tmk::accuracy {
+
+using tools::call_shape;
+using tools::vector_function;
 
 template <class Real>
 using bits_of = std::conditional_t<sizeof(Real) == sizeof(float), std::int32_t, std::int64_t>;

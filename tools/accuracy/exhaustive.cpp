@@ -13,6 +13,8 @@
 #include <limits>
 
 namespace tmk::accuracy {
+
+using tools::call_shape;
 namespace {
 
 struct filter {

@@ -11,6 +11,7 @@
 #include "report.hpp"
 
 using namespace tmk::accuracy;
+using namespace tmk::tools;
 
 namespace {
 
@@ -29,11 +30,11 @@ int slot_of(const std::string& level) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string function, level, tier, page;
+  std::string function, level, tier;
   std::int64_t samples = 0;
   std::uint64_t seed = 1;
   int threads = static_cast<int>(std::thread::hardware_concurrency());
-  bool exhaustive = false;
+  bool exhaustive = false, markdown = false;
 
   CLI::App app("Errors of the vector functions in ulp, against MPFR");
   app.add_option("function", function,
@@ -45,7 +46,7 @@ int main(int argc, char** argv) {
   app.add_option("--threads", threads, "threads");
   app.add_flag("--exhaustive", exhaustive,
                "every number of the format: single-precision functions of one argument");
-  app.add_flag("--markdown{docs/accuracy.md}", page, "write the page of the documentation");
+  app.add_flag("--markdown", markdown, "print docs/accuracy.md");
   CLI11_PARSE(app, argc, argv);
 
   const auto functions = functions_named(function);
@@ -53,26 +54,29 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "no function %s\n", function.c_str());
     return 2;
   }
-  if (exhaustive && !page.empty()) {
+  if (exhaustive && markdown) {
     std::fprintf(stderr, "the page is made of sampled errors\n");
     return 2;
   }
   if (samples <= 0) samples = function.empty() ? 1 << 16 : 1 << 20;
 
-  selection chosen{available_tiers(), {TMK_SLOT_LA, TMK_SLOT_HA, TMK_SLOT_EP}};
-  for (int t : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
-    if (std::ranges::find(chosen.tiers, t) == chosen.tiers.end())
+  auto tiers = available_tiers();
+  std::vector<int> slots{TMK_SLOT_LA, TMK_SLOT_HA, TMK_SLOT_EP};
+  for (int t : all_tiers)
+    if (std::ranges::find(tiers, t) == tiers.end())
       std::fprintf(stderr, "skipped: this processor or TMK_TIER has no %s\n", tmk_tier_name(t));
-  if (!tier.empty()) std::erase_if(chosen.tiers, [&](int t) { return tmk_tier_name(t) != tier; });
-  if (!level.empty()) chosen.slots = {slot_of(level)};
-  if (chosen.tiers.empty()) return 1;
+  if (!tier.empty()) std::erase_if(tiers, [&](int t) { return tmk_tier_name(t) != tier; });
+  if (!level.empty()) slots = {slot_of(level)};
+  if (tiers.empty()) return 1;
 
-  auto all = list_kernels(functions, chosen);
-  print_heading(stdout);
+  // Lines as they are measured; the page, which takes the output, when all is known.
+  auto all = list_kernels(functions, tiers, slots);
+  std::FILE* lines = markdown ? stderr : stdout;
+  print_heading(lines);
   const auto show = [&](const measurement& m) {
-    print_lines(stdout, m);
-    if (!function.empty()) print_source_comments(stdout, m);
-    std::fflush(stdout);
+    print_lines(lines, m);
+    if (!function.empty()) print_source_comments(lines, m);
+    std::fflush(lines);
   };
   if (exhaustive) {
     for (measurement& m : all)
@@ -80,12 +84,5 @@ int main(int argc, char** argv) {
   } else {
     measure(all, samples, seed, threads, show);
   }
-  if (page.empty()) return 0;
-  std::FILE* out = std::fopen(page.c_str(), "w");
-  if (out == nullptr) {
-    std::perror(page.c_str());
-    return 1;
-  }
-  print_markdown(out, all, chosen.tiers, samples);
-  std::fclose(out);
+  if (markdown) print_markdown(stdout, all, tiers, samples);
 }

@@ -36,27 +36,13 @@ void tally::merge(const tally& later) {
   correctly_rounded += later.correctly_rounded;
 }
 
-std::vector<int> available_tiers() {
-  std::vector<int> tiers;
-  for (int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
-    if (tmk_select_tier(tier) == tier) tiers.push_back(tier);
-  return tiers;
-}
-
 std::vector<measurement> list_kernels(const std::vector<vector_function>& functions,
-                                      const selection& chosen) {
+                                      const std::vector<int>& tiers, const std::vector<int>& slots) {
   std::vector<measurement> all;
-  for (const vector_function& f : functions) all.push_back({&f, {}});
-  for (int tier : chosen.tiers) {
-    tmk_select_tier(tier);
-    for (measurement& m : all) {
-      for (int slot : chosen.slots) {
-        const VtmKernel address = m.function->record->kernel[slot];
-        auto kernel = std::ranges::find(m.kernels, address, &measured_kernel::address);
-        if (kernel == m.kernels.end()) kernel = m.kernels.insert(kernel, {address, {}, {}});
-        kernel->uses.push_back({tier, slot});
-      }
-    }
+  for (const vector_function& f : functions) {
+    measurement& m = all.emplace_back(measurement{&f});
+    for (tools::kernel& kernel : tools::distinct_kernels(f, tiers, slots))
+      m.kernels.push_back({std::move(kernel), {}});
   }
   return all;
 }

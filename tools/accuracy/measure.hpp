@@ -8,9 +8,11 @@
 #include <vector>
 
 #include "accuracy/oracle.hpp"
-#include "functions.hpp"
+#include "common/kernels.hpp"
 
 namespace tmk::accuracy {
+
+using tools::vector_function;
 
 // What became of one result, judged by its worse part.
 struct finding {
@@ -32,32 +34,19 @@ struct tally {
   void merge(const tally& later);
 };
 
-// A kernel with every tier and slot that leads to it.
-struct kernel_use {
-  int tier, slot;  // of its first use
-};
-
-struct measured_kernel {
-  VtmKernel address;
-  std::vector<kernel_use> uses;
+struct measured_kernel : tools::kernel {
   tally errors;
 };
 
 struct measurement {
   const vector_function* function;
-  std::vector<measured_kernel> kernels;
+  std::vector<measured_kernel> kernels{};
 };
 
-struct selection {
-  std::vector<int> tiers;  // in rising order, each available
-  std::vector<int> slots;
-};
-
-// Tiers that the processor has and the environment's TMK_TIER allows.
-std::vector<int> available_tiers();
-
-// The distinct kernels of the functions in the selected tiers and slots, nothing measured yet. Selects tiers.
-std::vector<measurement> list_kernels(const std::vector<vector_function>& functions, const selection& chosen);
+// The distinct kernels of the functions in these tiers and slots, nothing measured yet. Selects the tiers in
+// turn.
+std::vector<measurement> list_kernels(const std::vector<vector_function>& functions,
+                                      const std::vector<int>& tiers, const std::vector<int>& slots);
 
 // Measures every listed kernel over as many samples; `done` hears of each function that is complete.
 void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,

@@ -7,6 +7,10 @@
 namespace tmk::accuracy {
 namespace {
 
+using tools::call_shape;
+using tools::kernel_use;
+using tools::level_names;
+
 std::string text(const char* format, auto... values) {
   char buffer[128];
   std::snprintf(buffer, sizeof buffer, format, values...);
@@ -173,7 +177,7 @@ and the sign of a zero does not count.
 
 )",
                static_cast<long long>(samples));
-  for (int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
+  for (int tier : tools::all_tiers)
     if (std::ranges::find(tiers, tier) == tiers.end())
       std::fprintf(out, "The tier %s was not measured: the processor of this run does not have it.\n\n",
                    tmk_tier_name(tier));
