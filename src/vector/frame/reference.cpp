@@ -1,5 +1,6 @@
 // The extended-precision kernels: a loop over the reference scalars, one per row of functions.def.
 // Complex functions run with the x87 unit at 64-bit precision whatever the caller has set.
+#include <cerrno>
 #include <complex>
 #include <cstring>
 #include <type_traits>
@@ -53,7 +54,9 @@ template <class Scalar>
 void for_each_element(const call& c, int32_t n, const void* a1, const void* a2, void* r1, void* r2, Scalar scalar) {
   const control_scope controls(control_class::c, sse_control::untouched);
   for (int32_t i = 0; i < n; ++i) {
+    const int caller_errno = errno;  // the C library's functions set it, but only a report may
     const int32_t status = scalar(i);
+    errno = caller_errno;
     if (status != 0) report_of(c.letter)(status, i, a1, a2, r1, r2, c.name);
   }
 }
