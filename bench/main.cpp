@@ -1,0 +1,214 @@
+// tmk-bench: kernels beside their peers, function by function, ratios from one run.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <random>
+#include <regex>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "common/kernels.hpp"
+#include "peers.hpp"
+#include "results.hpp"
+
+using namespace tmk;
+using namespace tmk::bench;
+
+namespace {
+
+constexpr int repetitions = 9;
+constexpr std::int32_t sizes[] = {8, 1000, 4'000'000};
+constexpr std::int32_t largest_size = 4'000'000;
+
+// The usual arguments of a function, drawn evenly: none of them is a rare case.
+struct workload {
+  const char* stem;
+  double low, high;
+  double low_double, high_double;
+};
+
+constexpr workload workloads[] = {
+    {"Inv", 0.1, 100, 0.1, 100},    {"Sqrt", 0.1, 100, 0.1, 100},    {"InvSqrt", 0.1, 100, 0.1, 100},
+    {"Abs", -100, 100, -100, 100},  {"Exp", -80, 80, -700, 700},     {"Exp2", -120, 120, -1000, 1000},
+    {"Exp10", -35, 35, -300, 300},  {"Expm1", -5, 5, -5, 5},         {"Ln", 0.01, 100, 0.01, 100},
+    {"Log2", 0.01, 100, 0.01, 100}, {"Log10", 0.01, 100, 0.01, 100}, {"Log1p", -0.9, 10, -0.9, 10},
+    {"Logb", 0.01, 100, 0.01, 100}, {"Sin", -30, 30, -30, 30},       {"Tanh", -3, 3, -3, 3},
+    {"Erf", -2, 2, -2, 2},          {"Cbrt", 0.01, 100, 0.01, 100},
+};
+
+// One allocation for all functions, so that all subjects meet the same pages.
+struct arrays {
+  std::vector<std::byte> a = std::vector<std::byte>(largest_size * sizeof(double));
+  std::vector<std::byte> r = std::vector<std::byte>(largest_size * sizeof(double));
+
+  template <class Real>
+  void fill(double low, double high) {
+    std::mt19937_64 generate(1);
+    std::uniform_real_distribution<double> draw(low, high);
+    Real* first = reinterpret_cast<Real*>(a.data());
+    std::generate_n(first, largest_size, [&] { return static_cast<Real>(draw(generate)); });
+  }
+};
+
+// Gathers the repetitions of each subject by the name under which it was registered.
+class gathering_reporter : public ::benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs)
+      if (run.run_type == Run::RT_Iteration && !run.error_occurred)
+        seconds_[run.run_name.function_name].push_back(run.cpu_accumulated_time /
+                                                       static_cast<double>(run.iterations));
+  }
+
+  double median_seconds(const std::string& name) {
+    auto& times = seconds_.at(name);
+    std::ranges::nth_element(times, times.begin() + times.size() / 2);
+    return times[times.size() / 2];
+  }
+
+ private:
+  std::map<std::string, std::vector<double>> seconds_;
+};
+
+struct candidate {
+  subject about;
+  array_function run;
+};
+
+using peer_source = peer_list (*)();
+constexpr peer_source peers_by_tier[] = {peers_W7, peers_V3, peers_V4};
+
+std::vector<candidate> candidates_for(const tools::vector_function& f, const std::vector<int>& tiers) {
+  std::vector<candidate> all;
+  for (const tools::kernel& kernel :
+       tools::distinct_kernels(f, tiers, {TMK_SLOT_LA, TMK_SLOT_HA, TMK_SLOT_EP})) {
+    const int tier = kernel.uses.front().tier;
+    std::string levels;
+    for (const tools::kernel_use& use : kernel.uses)
+      if (use.tier == tier) levels += (levels.empty() ? "" : "=") + std::string(tools::level_names[use.slot]);
+    all.push_back(
+        {{subject_kind::kernel, tier, levels, 0}, reinterpret_cast<array_function>(kernel.address)});
+  }
+  for (int tier : tiers) {
+    const peer_list peers = peers_by_tier[tier]();
+    for (const peer* p = peers.rows; p != peers.rows + peers.count; ++p) {
+      if (p->function != f.name) continue;
+      const bool copies = p->name == std::string(copy_name) || p->name == std::string("memcpy");
+      all.push_back({{copies ? subject_kind::copy : subject_kind::peer, tier, p->name, 0}, p->run});
+    }
+  }
+  return all;
+}
+
+// Whether results agree to what the coarsest level promises: a peer of another function would be no peer.
+template <class Real>
+bool agree(const void* first, const void* second, std::int32_t n) {
+  const auto alike = [](Real x, Real y) { return std::abs(x - y) <= 0x1p-9 * std::abs(y) + 0x1p-9; };
+  const Real* x = static_cast<const Real*>(first);
+  return std::equal(x, x + n, static_cast<const Real*>(second), alike);
+}
+
+// Every candidate but the copies must compute what the first does.
+void check(const tools::vector_function& f, const std::vector<candidate>& candidates, arrays& data) {
+  constexpr std::int32_t n = 1000;
+  std::vector<double> expected(n);
+  candidates[0].run(n, data.a.data(), expected.data());
+  for (const candidate& c : candidates) {
+    if (c.about.kind == subject_kind::copy) continue;
+    c.run(n, data.a.data(), data.r.data());
+    if (f.is_single() ? agree<float>(data.r.data(), expected.data(), n)
+                      : agree<double>(data.r.data(), expected.data(), n))
+      continue;
+    throw std::runtime_error(std::string(f.name) + ": " + c.about.name + " computes something else");
+  }
+}
+
+// Measures all candidates of one function and size; their repetitions are shuffled.
+group measure(const tools::vector_function& f, std::int32_t n, const std::vector<int>& tiers, arrays& data) {
+  group g{std::string(f.name), n, false, f.worked, {}};
+  const auto candidates = candidates_for(f, tiers);
+  check(f, candidates, data);
+  const auto name_of = [](std::size_t i) { return "candidate" + std::to_string(i); };
+  ::benchmark::ClearRegisteredBenchmarks();
+  for (std::size_t i = 0; i < candidates.size(); ++i) {
+    ::benchmark::RegisterBenchmark(name_of(i).c_str(), [&, i](::benchmark::State& state) {
+      for ([[maybe_unused]] auto _ : state) {
+        candidates[i].run(n, data.a.data(), data.r.data());
+        ::benchmark::ClobberMemory();
+      }
+    });
+  }
+  gathering_reporter times;
+  ::benchmark::RunSpecifiedBenchmarks(&times);
+  for (std::size_t i = 0; i < candidates.size(); ++i) {
+    g.subjects.push_back(candidates[i].about);
+    g.subjects.back().nanoseconds = times.median_seconds(name_of(i)) * 1e9 / n;
+    g.is_bound_by_memory |= candidates[i].about.kind == subject_kind::copy;
+  }
+  return g;
+}
+
+std::string processor_name() {
+  std::ifstream info("/proc/cpuinfo");
+  for (std::string line; std::getline(info, line);)
+    if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
+  return "unknown processor";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string fixed[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.01",
+                               "--benchmark_repetitions=" + std::to_string(repetitions)};
+  std::vector<char*> arguments{argv[0]};
+  for (const std::string& option : fixed) arguments.push_back(const_cast<char*>(option.c_str()));
+  std::string filter;
+  bool markdown = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word == "--markdown")
+      markdown = true;
+    else if (word.starts_with("--benchmark_"))
+      arguments.push_back(argv[i]);
+    else if (word.starts_with("-") || !filter.empty()) {
+      std::fprintf(stderr,
+                   "usage: tmk-bench [regular expression of sExp/1000] [--markdown] [--benchmark_...]\n");
+      return 2;
+    } else
+      filter = word;
+  }
+  int count = static_cast<int>(arguments.size());
+  ::benchmark::Initialize(&count, arguments.data());
+  const std::regex wanted(filter);
+
+  const auto tiers = tools::available_tiers();
+  const auto functions = tools::functions_with_value();
+  const auto data = std::make_unique<arrays>();
+  std::vector<group> groups;
+  for (const workload& w : workloads) {
+    for (const tools::vector_function& f : functions) {
+      if (f.stem != w.stem || f.is_complex()) continue;
+      bool filled = false;
+      for (std::int32_t n : sizes) {
+        if (!std::regex_search(std::string(f.name) + "/" + std::to_string(n), wanted)) continue;
+        if (!filled)
+          f.is_single() ? data->fill<float>(w.low, w.high) : data->fill<double>(w.low_double, w.high_double);
+        filled = true;
+        groups.push_back(measure(f, n, tiers, *data));
+        print(markdown ? stderr : stdout, groups.back());
+      }
+    }
+  }
+  if (groups.empty()) {
+    std::fprintf(stderr, "nothing matches %s\n", filter.c_str());
+    return 2;
+  }
+  if (markdown) print_markdown(stdout, groups, tiers, processor_name(), repetitions);
+}

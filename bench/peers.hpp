@@ -1,0 +1,30 @@
+// What a user would otherwise take: vector functions of other libraries, and the plain copy of an array.
+#pragma once
+
+#include <cstdint>
+
+namespace tmk::bench {
+
+// r[i] = f(a[i]); the element type is float or double, as the function's name says.
+using array_function = void (*)(std::int32_t n, const void* a, void* r);
+
+struct peer {
+  const char* function;  // "sExp"
+  const char* name;      // of the library, with its claimed error where it has several forms
+  array_function run;
+};
+
+struct peer_list {
+  const peer* rows;
+  int count;
+};
+
+// The copy is no peer of a function: it is the floor of those that wait for memory.
+inline constexpr const char* copy_name = "copy";
+
+// Peers in the instruction set of a tier, to be run only where the processor has it.
+peer_list peers_W7();
+peer_list peers_V3();
+peer_list peers_V4();
+
+}  // namespace tmk::bench
