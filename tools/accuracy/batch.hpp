@@ -70,8 +70,8 @@ class sampler {
   Real near(double x, Generator& generate) const {
     const int shift = static_cast<int>(generate() % (farthest + 1));
     const auto distance = static_cast<bits_of<Real>>(generate() % ((std::uint64_t{1} << shift) + 1));
-    const auto place = place_of(inside(x));
-    return inside(at_place<Real>(generate() % 2 ? place + distance : place - distance));
+    const auto place = place_of(inside(x)) + (generate() % 2 ? distance : -distance);
+    return at_place<Real>(std::clamp(place, place_of(low_), place_of(high_)));
   }
 
   template <class Generator>

@@ -94,6 +94,18 @@ std::string use_text(const kernel_use& use) {
   return std::string(tmk_tier_name(use.tier)) + " " + std::string(level_names[use.slot]);
 }
 
+// "W7 LA=HA": the first use, and those that share its kernel.
+std::string uses_text(const measured_kernel& kernel) {
+  std::string list;
+  int tier = -1;
+  for (const kernel_use& use : kernel.uses) {
+    const std::string level(level_names[use.slot]);
+    list += (list.empty() ? "" : "=") + (use.tier == tier ? level : use_text(use));
+    tier = use.tier;
+  }
+  return list;
+}
+
 std::string levels_in(const measured_kernel& kernel, int tier) {
   std::string levels;
   for (const kernel_use& use : kernel.uses)
@@ -130,12 +142,7 @@ void print_lines(std::FILE* out, const measurement& m) {
   for (const measured_kernel& kernel : m.kernels) {
     const tally& t = kernel.errors;
     const auto count = static_cast<double>(t.count);
-    std::string uses;
-    for (std::size_t i = 0; i < kernel.uses.size(); ++i) {
-      const bool same_tier = i != 0 && kernel.uses[i].tier == kernel.uses[i - 1].tier;
-      uses += same_tier ? "=" + std::string(level_names[kernel.uses[i].slot])
-                        : (i == 0 ? "" : "=") + use_text(kernel.uses[i]);
-    }
+    const std::string uses = f.worked ? uses_text(kernel) : "all (reference)";
     std::fprintf(out, "%-12s %-16s %10s %8.4f %8.3f%% %6.1f  %s: got %s, want %s\n", name_of(f).c_str(),
                  uses.c_str(), error_text(t.worst.error).c_str(), t.error_sum / count,
                  100 * static_cast<double>(t.correctly_rounded) / count, correct_bits(t, f),
