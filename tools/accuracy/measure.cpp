@@ -81,21 +81,31 @@ std::vector<tally> measure_batch(const measurement& m, std::uint64_t seed) {
 
 void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
              const std::function<void(const measurement&)>& done) {
-  constexpr std::int64_t batch_size = batch<float>::size;
-  const std::int64_t batches = (samples + batch_size - 1) / batch_size;
+  struct task {
+    std::size_t function, batch;
+  };
+  std::vector<task> tasks;
   // Merged in the order of batches, so that the outcome does not depend on which thread was faster.
-  std::vector<std::vector<std::vector<tally>>> parts(all.size(), std::vector<std::vector<tally>>(batches));
-  std::vector<std::int64_t> missing(all.size(), batches);
+  std::vector<std::vector<std::vector<tally>>> parts(all.size());
+  std::vector<std::size_t> missing(all.size());
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto own_samples = all[i].function->is_complex() ? samples / samples_per_complex_sample : samples;
+    missing[i] =
+        static_cast<std::size_t>(own_samples / batch<float>::size + (own_samples % batch<float>::size != 0));
+    parts[i].resize(missing[i]);
+    for (std::size_t k = 0; k < missing[i]; ++k) tasks.push_back({i, k});
+  }
   std::mutex lock;
-  run_parallel(static_cast<std::int64_t>(all.size()) * batches, threads, [&](std::int64_t task) {
-    measurement& m = all[task / batches];
-    const std::uint64_t batch_seed = seed + task % batches;
+  run_parallel(static_cast<std::int64_t>(tasks.size()), threads, [&](std::int64_t index) {
+    const auto [function, batch_index] = tasks[index];
+    measurement& m = all[function];
+    const std::uint64_t batch_seed = seed + batch_index;
     auto part =
         m.function->is_single() ? measure_batch<float>(m, batch_seed) : measure_batch<double>(m, batch_seed);
     const std::scoped_lock guard(lock);
-    auto& own_parts = parts[task / batches];
-    own_parts[task % batches] = std::move(part);
-    if (--missing[task / batches] != 0) return;
+    auto& own_parts = parts[function];
+    own_parts[batch_index] = std::move(part);
+    if (--missing[function] != 0) return;
     for (const auto& tallies : own_parts)
       for (std::size_t k = 0; k < tallies.size(); ++k) m.kernels[k].errors.merge(tallies[k]);
     own_parts.clear();

@@ -48,7 +48,11 @@ struct measurement {
 std::vector<measurement> list_kernels(const std::vector<vector_function>& functions,
                                       const std::vector<int>& tiers, const std::vector<int>& slots);
 
-// Measures every listed kernel over as many samples; `done` hears of each function that is complete.
+// Exact complex values cost a hundred times what real ones do, so they are drawn more sparingly.
+constexpr std::int64_t samples_per_complex_sample = 8;
+
+// Measures every listed kernel over as many samples (complex functions: an eighth of them); `done` hears of
+// each function that is complete.
 void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
              const std::function<void(const measurement&)>& done);
 

@@ -173,8 +173,9 @@ void print_markdown(std::FILE* out, const std::vector<measurement>& all, const s
   std::fprintf(out, R"(<!-- Made by `./dev accuracy --markdown`: do not edit. -->
 # Accuracy
 
-Measured against MPFR and MPC, over %lld seeded samples per function: drawn over the binades of the domain,
-evenly over its usual part, and around its bounds, zeros, poles and the arguments known to be hard.
+Measured against MPFR and MPC, over %lld seeded samples per function (%lld per complex function):
+drawn over the binades of the domain, evenly over its usual part, and around its bounds, zeros, poles and the
+arguments known to be hard.
 
 The unit is the spacing of the result's format at the exact value (2^(max(e, e_min) - p) for
 2^(e-1) <= |y| < 2^e), so 0.5 is a correctly rounded result; subnormal results are included, with the spacing
@@ -183,7 +184,7 @@ no value; `inf` in a table means that a number met a special. A complex result i
 and the sign of a zero does not count.
 
 )",
-               static_cast<long long>(samples));
+               static_cast<long long>(samples), static_cast<long long>(samples / samples_per_complex_sample));
   for (int tier : tools::all_tiers)
     if (std::ranges::find(tiers, tier) == tiers.end())
       std::fprintf(out, "The tier %s was not measured: the processor of this run does not have it.\n\n",
