@@ -63,6 +63,14 @@ constexpr Value polyeval(const Value& x, First c0, Rest... rest) {
   return Value(c0) + x * polyeval(x, rest...);
 }
 
+// The same with coefficients from an array.
+template <class Value, class C, int N>
+constexpr Value polyeval(const Value& x, const C (&coefficients)[N]) {
+  Value y(coefficients[N - 1]);
+  for (int i = N - 2; i >= 0; --i) y = Value(coefficients[i]) + x * y;
+  return y;
+}
+
 // A value as an unevaluated sum high + low, |low| <= ulp(high) / 2.
 template <class Value>
 struct double_value {

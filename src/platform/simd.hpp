@@ -52,21 +52,61 @@ void store(T* p, const batch<T>& x) {
   x.store_unaligned(p);
 }
 
+// The first `count` lanes of a register, as the tier's masked moves want them.
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+inline __mmask16 leading_lanes(int count) { return static_cast<__mmask16>((1u << count) - 1); }
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+template <class T>
+__m256i leading_lanes(int count) {
+  if constexpr (sizeof(T) == 4)
+    return _mm256_cmpgt_epi32(_mm256_set1_epi32(count), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+  else
+    return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_setr_epi64x(0, 1, 2, 3));
+}
+#endif
+
 // Lanes from `count` on get the filler; nothing behind p[count - 1] is read.
 template <class T>
 batch<T> load_partial(const T* p, int count, T filler) {
-  alignas(64) T lane[lanes<T>];
+  if (count == lanes<T>) return load(p);
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  if constexpr (sizeof(T) == 4)
+    return _mm512_mask_loadu_ps(batch<T>(filler), leading_lanes(count), p);
+  else
+    return _mm512_mask_loadu_pd(batch<T>(filler), static_cast<__mmask8>(leading_lanes(count)), p);
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m256i m = leading_lanes<T>(count);
+  if constexpr (sizeof(T) == 4)
+    return _mm256_blendv_ps(batch<T>(filler), _mm256_maskload_ps(p, m), _mm256_castsi256_ps(m));
+  else
+    return _mm256_blendv_pd(batch<T>(filler), _mm256_maskload_pd(p, m), _mm256_castsi256_pd(m));
+#else
+  alignas(16) T lane[lanes<T>];
   batch<T>(filler).store_aligned(lane);
   std::memcpy(lane, p, sizeof(T) * static_cast<size_t>(count));
   return batch<T>::load_aligned(lane);
+#endif
 }
 
 // Nothing behind p[count - 1] is written.
 template <class T>
 void store_partial(T* p, int count, const batch<T>& x) {
-  alignas(64) T lane[lanes<T>];
+  if (count == lanes<T>) return store(p, x);
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  if constexpr (sizeof(T) == 4)
+    _mm512_mask_storeu_ps(p, leading_lanes(count), x);
+  else
+    _mm512_mask_storeu_pd(p, static_cast<__mmask8>(leading_lanes(count)), x);
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  if constexpr (sizeof(T) == 4)
+    _mm256_maskstore_ps(p, leading_lanes<T>(count), x);
+  else
+    _mm256_maskstore_pd(p, leading_lanes<T>(count), x);
+#else
+  alignas(16) T lane[lanes<T>];
   x.store_aligned(lane);
   std::memcpy(p, lane, sizeof(T) * static_cast<size_t>(count));
+#endif
 }
 
 // A mask as an integer: bit i stands for lane i.
@@ -93,6 +133,69 @@ inline lane_mask<double> mask_of_high_words(const xsimd::batch_bool<int32_t>& m)
   return lane_mask<double>(std::bit_cast<__m128d>(m.data));
 }
 
+// Rows of two values, picked by each lane's index (below 2^16): a load per lane, for want of a gather instruction.
+template <class Row>
+double_value<f32> lookup(const Row* rows, const i32& index) {
+  static_assert(sizeof(Row) == 2 * sizeof(float));
+  const auto pair = [&](int first, int second) {
+    const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(rows + first));
+    return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(rows + second));
+  };
+  const __m128 a = pair(_mm_extract_epi16(index, 0), _mm_extract_epi16(index, 2));
+  const __m128 b = pair(_mm_extract_epi16(index, 4), _mm_extract_epi16(index, 6));
+  return {_mm_shuffle_ps(a, b, 0x88), _mm_shuffle_ps(a, b, 0xDD)};
+}
+
+template <class Row>
+double_value<f64> lookup(const Row* rows, const i64& index) {
+  static_assert(sizeof(Row) == 2 * sizeof(double));
+  const auto row = [&](int i) { return _mm_loadu_pd(reinterpret_cast<const double*>(rows + i)); };
+  const __m128d a = row(_mm_extract_epi16(index, 0));
+  const __m128d b = row(_mm_extract_epi16(index, 4));
+  return {_mm_unpacklo_pd(a, b), _mm_unpackhi_pd(a, b)};
+}
+
+// Rows of a table, one a lane, as columns: four singles or two doubles each. Offsets are in bytes, below 2^16
+// since SSE2 extracts nothing wider; those of doubles stand in the upper words.
+inline void load_rows(const void* table, const i32& offsets, f32 (&column)[4]) {
+  const auto row = [&](int offset) {
+    return _mm_load_ps(reinterpret_cast<const float*>(static_cast<const char*>(table) + offset));
+  };
+  const __m128 r0 = row(_mm_extract_epi16(offsets, 0)), r1 = row(_mm_extract_epi16(offsets, 2));
+  const __m128 r2 = row(_mm_extract_epi16(offsets, 4)), r3 = row(_mm_extract_epi16(offsets, 6));
+  const __m128 low01 = _mm_unpacklo_ps(r0, r1), low23 = _mm_unpacklo_ps(r2, r3);
+  const __m128 high01 = _mm_unpackhi_ps(r0, r1), high23 = _mm_unpackhi_ps(r2, r3);
+  column[0] = _mm_movelh_ps(low01, low23);
+  column[1] = _mm_movehl_ps(low23, low01);
+  column[2] = _mm_movelh_ps(high01, high23);
+  column[3] = _mm_movehl_ps(high23, high01);
+}
+
+inline void load_rows(const void* table, const i32& offsets, f64 (&column)[2]) {
+  const auto row = [&](int offset) {
+    return _mm_load_pd(reinterpret_cast<const double*>(static_cast<const char*>(table) + offset));
+  };
+  const __m128d r0 = row(_mm_extract_epi16(offsets, 2)), r1 = row(_mm_extract_epi16(offsets, 6));
+  column[0] = _mm_unpacklo_pd(r0, r1);
+  column[1] = _mm_unpackhi_pd(r0, r1);
+}
+
+// Single values likewise.
+inline f64 load_values(const double* table, const i32& offsets) {
+  const auto value = [&](int offset) {
+    return reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + offset);
+  };
+  const __m128d first = _mm_load_sd(value(_mm_extract_epi16(offsets, 2)));
+  return _mm_loadh_pd(first, value(_mm_extract_epi16(offsets, 6)));
+}
+
+// The values of four singles as doubles, the first two in `low`, and back.
+struct widened {
+  f64 low, high;
+};
+inline widened widen(const f32& x) { return {_mm_cvtps_pd(x), _mm_cvtps_pd(_mm_movehl_ps(x, x))}; }
+inline f32 narrow(const widened& x) { return _mm_movelh_ps(_mm_cvtpd_ps(x.low), _mm_cvtpd_ps(x.high)); }
+
 // The 12-bit estimates of the baseline: part of the contract of its reciprocal family.
 inline f32 reciprocal_estimate(const f32& x) { return _mm_rcp_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm_rsqrt_ps(x); }
@@ -104,6 +207,106 @@ inline f32 reciprocal_estimate(const f32& x) { return _mm512_rcp14_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm512_rsqrt14_ps(x); }
 inline f64 reciprocal_estimate(const f64& x) { return _mm512_rcp14_pd(x); }
 inline f64 reciprocal_sqrt_estimate(const f64& x) { return _mm512_rsqrt14_pd(x); }
+#endif
+
+#if TMK_TIER_NUMBER(TMK_TIER) > 0
+// c[0] + c[1] x + c[2] x^2 + ... in fused operations by Estrin's scheme, whose chain is short.
+template <class T, size_t Count>
+batch<T> estrin(const batch<T>& x, const batch<T> (&c)[Count]) {
+  if constexpr (Count == 1) {
+    return c[0];
+  } else {
+    batch<T> pairs[(Count + 1) / 2];
+#pragma GCC unroll 16
+    for (size_t i = 0; i < Count / 2; ++i) pairs[i] = xsimd::fma(c[2 * i + 1], x, c[2 * i]);
+    if constexpr (Count % 2 == 1) pairs[Count / 2] = c[Count - 1];
+    return estrin(x * x, pairs);
+  }
+}
+
+template <class T, size_t Count>
+batch<T> estrin(const batch<T>& x, const T (&c)[Count]) {
+  batch<T> coefficients[Count];
+#pragma GCC unroll 16
+  for (size_t i = 0; i < Count; ++i) coefficients[i] = batch<T>(c[i]);
+  return estrin(x, coefficients);
+}
+#endif
+
+#if TMK_TIER_NUMBER(TMK_TIER) > 0
+// A table of 8 entries held in registers, looked up by permutation. table_index makes the index vector from the
+// three bits of each lane that begin at `Shift`; the bits above them do not matter.
+template <class T>
+class register_table;
+
+template <>
+class register_table<float> {
+ public:
+  using index = i32;
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  explicit register_table(const float (&entries)[8]) : entries_(_mm256_loadu_ps(entries)) {}
+  f32 operator[](const index& i) const { return _mm256_permutevar8x32_ps(entries_, i); }
+  f32 leading(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m256 entries_;
+#else
+  explicit register_table(const float (&entries)[8]) : entries_(_mm512_broadcast_f32x8(_mm256_loadu_ps(entries))) {}
+  f32 operator[](const index& i) const { return _mm512_permutexvar_ps(i, entries_); }
+  f32 leading(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m512 entries_;
+#endif
+};
+
+template <>
+class register_table<double> {
+ public:
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  // Lower and upper words apart, so that a permutation of words serves 8 entries; the index stands in both words.
+  using index = i32;
+  explicit register_table(const double (&entries)[8]) {
+    const __m256 first = _mm256_castpd_ps(_mm256_loadu_pd(entries));
+    const __m256 second = _mm256_castpd_ps(_mm256_loadu_pd(entries + 4));
+    const __m256i order = _mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7);
+    low_ = _mm256_permutevar8x32_ps(_mm256_shuffle_ps(first, second, 0x88), order);
+    high_ = _mm256_permutevar8x32_ps(_mm256_shuffle_ps(first, second, 0xDD), order);
+  }
+  f64 operator[](const index& i) const {
+    return _mm256_castps_pd(
+        _mm256_blend_ps(_mm256_permutevar8x32_ps(low_, i), _mm256_permutevar8x32_ps(high_, i), 0xAA));
+  }
+  // The entry as far as its upper word goes, 20 fraction bits: one permutation instead of two.
+  f64 leading(const index& i) const { return _mm256_castps_pd(_mm256_permutevar8x32_ps(high_, i)); }
+
+ private:
+  __m256 low_, high_;
+#else
+  using index = u64;
+  explicit register_table(const double (&entries)[8]) : entries_(_mm512_loadu_pd(entries)) {}
+  f64 operator[](const index& i) const { return _mm512_permutexvar_pd(i, entries_); }
+  f64 leading(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m512d entries_;
+#endif
+};
+
+template <int Shift>
+register_table<float>::index table_index(const u32& bits) {
+  return bits_as<int32_t>(Shift == 0 ? bits : bits >> Shift);
+}
+
+template <int Shift>
+register_table<double>::index table_index(const u64& bits) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m256i words = _mm256_shuffle_epi32(bits, Shift < 32 ? 0xA0 : 0xF5);
+  return Shift % 32 == 0 ? words : _mm256_srli_epi32(words, Shift % 32);
+#else
+  return Shift == 0 ? bits : bits >> Shift;
+#endif
+}
 #endif
 
 TMK_TIER_CLOSE

@@ -22,8 +22,8 @@ bool is_infinite_or_nan(Real x) {
   return magnitude_bits(x) >= format<Real>::infinity;
 }
 
-// A logarithm in any base of any element. `formula(x, k)` gives log(x 2^k) for a positive normal x and an
-// integral value k of the same type: 0 for ordinary elements, and for a subnormal the exponent of its unit,
+// A logarithm in any base of any element. `formula(x, k)` gives log(x 2^k) for a positive normal x and
+// an integer k: 0 for ordinary elements, and for a subnormal the exponent of its unit,
 // with x its integer fraction.
 template <class Real, class Formula>
 int32_t log_rare(const Real* a, Real* r, Formula formula) {
@@ -43,9 +43,9 @@ int32_t log_rare(const Real* a, Real* r, Formula formula) {
     *r = x + x;
   } else if (bits >> format<Real>::fraction_bits == 0) {
     constexpr int unit = 1 - format<Real>::bias - format<Real>::fraction_bits;
-    *r = formula(static_cast<Real>(static_cast<integer>(bits)), Real(unit));
+    *r = formula(static_cast<Real>(static_cast<integer>(bits)), unit);
   } else {
-    *r = formula(x, Real(0));
+    *r = formula(x, 0);
   }
   return VTM_STATUS_OK;
 }

@@ -1,0 +1,97 @@
+// What the baseline's logarithms share: x = 2^k m, the row r of a table by the leading bits of m, and
+//   log(x) = k log(2) + log(1 / r) + log(1 + t),   t = m r - 1.
+// k = -1 meets the row of 2 when x is just below 1, and the first two terms cancel exactly.
+#pragma once
+
+#include "vector/frame/kernel.hpp"
+#include "vector/real/log_256_data.hpp"
+#include "vector/real/log_row.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+inline lane_mask<float> not_positive_normal(const f32& x) {
+  return mask_as<float>(bits_as<int32_t>(x) - i32(static_cast<int32_t>(0x80800000)) >
+                        i32(static_cast<int32_t>(0xFEFFFFFF)));
+}
+
+inline lane_mask<double> not_positive_normal(const f64& x) {
+  return mask_of_high_words(bits_as<int32_t>(x) - i32(static_cast<int32_t>(0x80100000)) >
+                            i32(static_cast<int32_t>(0xFFDFFFFF)));
+}
+
+inline f32 keep_bits(const f32& x, uint32_t kept) { return bits_as<float>(bits_as<uint32_t>(x) & u32(kept)); }
+
+inline i32 exponent_field(const f32& x) { return bits_as<int32_t>(x) >> 23; }
+
+// The mantissa as a value in [1, 2).
+inline f32 mantissa(const f32& x) {
+  return bits_as<float>((bits_as<uint32_t>(x) & u32(0x007FFFFF)) | u32(0x3F800000));
+}
+
+inline f64 mantissa(const f64& x) {
+  return bits_as<double>((bits_as<uint64_t>(x) & u64(0x000FFFFFFFFFFFFF)) | u64(0x3FF0000000000000));
+}
+
+// The exponent of a positive x, plus k0: the field becomes the last bits of 2^52 + field.
+inline f64 exponent(const f64& x, int k0) {
+  const u64 biased = (bits_as<uint64_t>(x) >> 52) | u64(0x4330000000000000);
+  return bits_as<double>(biased) - f64(0x1p52 + format<double>::bias - k0);
+}
+
+// Byte offset of the row by the first 6 fraction bits, rounded, and its center.
+inline i32 row_offset(const f32& x) {
+  return (((bits_as<int32_t>(x) >> 13) & i32(0x3F8)) + i32(8)) & i32(0x7F0);
+}
+
+inline f32 row_center(const f32& m) {
+  return keep_bits(bits_as<float>(bits_as<int32_t>(m) + i32(0x10000)), 0xFFFE0000);
+}
+
+// The same, but between 1 - 2^-7 and 1 + 2^-6 that of 1 or 2 itself, so that t is x - 1.
+inline i32 row_offset_near_one(const f32& x) {
+  const i32 bits = bits_as<int32_t>(x);
+  const auto near_one = bits + i32(0x407E0000) > i32(0x7FFC0000);
+  const i32 down_or_up = i32(8) - ((bits >> 19) & i32(0x10));  // the exponent's last bit is set from 1 on
+  const i32 adjustment = xsimd::select(near_one, down_or_up, i32(0));
+  return (((bits >> 13) & i32(0x3F8)) + (i32(8) + adjustment)) & i32(0x7F0);
+}
+
+// x = 2^k (1 + f) with 1 + f in [2/3, 4/3).
+struct about_one {
+  f32 k, f;
+};
+inline about_one reduce_about_one(const f32& x, int k0) {
+  constexpr int two_thirds = 0x3F2AAAAB;
+  const i32 i = bits_as<int32_t>(x) - i32(two_thirds);
+  const f32 m = bits_as<float>((i & i32(0x007FFFFF)) + i32(two_thirds));
+  return {xsimd::to_float((i >> 23) + i32(k0)), m - f32(1.0f)};
+}
+
+// The row of the 256 by the first 8 fraction bits of a positive x.
+struct log_row_256 {
+  f64 reciprocal, high, low;
+};
+inline log_row_256 row_256(const f64& x, const log_parts* logarithms) {
+  const i32 index = bits_as<int32_t>(x) >> 12;
+  const i32 offset = (index << 4) & i32(0xFF0);
+  f64 parts[2];
+  load_rows(logarithms, offset, parts);
+  return {load_values(log_256_data::reciprocals, offset >> 1), parts[0], parts[1]};
+}
+
+// t = m r - 1 in two parts: the first, of the leading 21 bits of m, is exact for short reciprocals.
+inline double_value<f64> reduce(const f64& m, const f64& reciprocal) {
+  const f64 mh = bits_as<double>(bits_as<uint64_t>(m) & u64(0xFFFFFFFF00000000));
+  return {mh * reciprocal - f64(1.0), (m - mh) * reciprocal};
+}
+
+// high + tail + rest, correct to little more than half a unit: high + tail keeps its rounding error.
+template <class Value>
+Value sum_of_three(const Value& high, const Value& tail, const Value& rest) {
+  const auto sum = fast_two_sum(high, tail);
+  return sum.high + (sum.low + rest);
+}
+
+}  // namespace
+TMK_TIER_CLOSE

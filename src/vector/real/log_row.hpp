@@ -1,0 +1,16 @@
+// The shapes of the logarithm tables. For an interval of the mantissa m, a reciprocal r of its center, and
+// log(1 / r) in two parts: log(m) = high + low + log(1 + t) with t = m r - 1.
+#pragma once
+
+namespace tmk {
+
+template <class Real>
+struct alignas(4 * sizeof(Real)) log_row {
+  Real reciprocal, high, low;
+};
+
+struct log_parts {
+  double high, low;
+};
+
+}  // namespace tmk
