@@ -63,8 +63,12 @@ int take(evaluation& e, mpfr_srcptr x) { return mpfr_set(e.first(), x, nearest);
 int absolute(evaluation& e) { return mpfr_abs(e.first(), e.x(), nearest); }
 
 int multiply_by_conjugate(evaluation& e) {
-  mpc_conj(e.b, e.b, nearest_parts);
-  return mpc_mul(e.r, e.a, e.b, nearest_parts);
+  mpc_t conjugate;
+  mpc_init2(conjugate, mpc_get_prec(e.b));
+  mpc_conj(conjugate, e.b, nearest_parts);
+  const int ternary = mpc_mul(e.r, e.a, conjugate, nearest_parts);
+  mpc_clear(conjugate);
+  return ternary;
 }
 
 // Numerator and denominator are rounded once each, so cancellation inside them costs nothing.
@@ -103,8 +107,9 @@ int power_of_positive(evaluation& e) {
   const bool negative = mpfr_signbit(e.x()) && !mpfr_zero_p(e.x());
   if (mpfr_nan_p(e.x()) || mpfr_nan_p(e.y()) || negative || zero_to_zero || one_to_infinity)
     return undefined(e);
-  mpfr_abs(e.x(), e.x(), nearest);
-  return binary<mpfr_pow>(e);
+  number base(e);
+  mpfr_abs(base, e.x(), nearest);
+  return mpfr_pow(e.first(), base, e.y(), nearest);
 }
 
 int two_thirds_power(evaluation& e) {
@@ -140,8 +145,9 @@ int log_abs_gamma(evaluation& e) {
 // E1(x) = -Ei(-x), for x >= 0.
 int exponential_integral(evaluation& e) {
   if (mpfr_signbit(e.x()) && !mpfr_zero_p(e.x())) return undefined(e);
-  mpfr_neg(e.x(), e.x(), nearest);
-  mpfr_eint(e.first(), e.x(), nearest);
+  number opposite(e);
+  mpfr_neg(opposite, e.x(), nearest);
+  mpfr_eint(e.first(), opposite, nearest);
   mpfr_neg(e.first(), e.first(), nearest);
   return inexact;
 }
@@ -176,7 +182,7 @@ bool is_last_step(evaluation& e, mpfr_ptr y, mpfr_ptr step) {
 }
 
 // y with erf(y) = x for 0 < |x| <= 1/2.
-void solve_erf(evaluation& e, mpfr_ptr y, mpfr_ptr x) {
+void solve_erf(evaluation& e, mpfr_ptr y, mpfr_srcptr x) {
   number step(e);
   mpfr_set(y, x, nearest);
   for (bool last = false;;) {
@@ -190,7 +196,7 @@ void solve_erf(evaluation& e, mpfr_ptr y, mpfr_ptr x) {
 
 // y with erfc(y) = c for 0 < c <= 1/2. Newton's method on ln erfc, which is nearly a parabola, converges from
 // far away: y -= (ln c - ln erfc(y)) erfc(y) / slope.
-void solve_erfc(evaluation& e, mpfr_ptr y, mpfr_ptr c) {
+void solve_erfc(evaluation& e, mpfr_ptr y, mpfr_srcptr c) {
   number value(e), step(e), log_c(e);
   mpfr_log(log_c, c, nearest);
   mpfr_neg(y, log_c, nearest);
@@ -207,7 +213,7 @@ void solve_erfc(evaluation& e, mpfr_ptr y, mpfr_ptr c) {
 }
 
 // The inverse of erfc on (0, 2), from the branch that keeps all bits of c.
-int inverse_erfc(evaluation& e, mpfr_ptr c) {
+int inverse_erfc(evaluation& e, mpfr_srcptr c) {
   if (mpfr_zero_p(c) || mpfr_cmp_ui(c, 2) == 0) {
     mpfr_set_inf(e.first(), mpfr_zero_p(c) ? 1 : -1);
     return 0;

@@ -14,8 +14,9 @@ struct evaluation {
   mpfr_t scalea, shifta, scaleb, shiftb;
   bool is_single;
 
-  mpfr_ptr x() { return mpc_realref(a); }
-  mpfr_ptr y() { return mpc_realref(b); }
+  // A formula may be asked again at a higher precision, so it leaves its arguments as they are.
+  mpfr_srcptr x() const { return mpc_realref(a); }
+  mpfr_srcptr y() const { return mpc_realref(b); }
   mpfr_ptr first() { return mpc_realref(r); }
   mpfr_ptr second() { return mpc_imagref(r); }
   mpfr_prec_t precision() { return mpfr_get_prec(first()); }
