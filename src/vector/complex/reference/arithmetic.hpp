@@ -68,7 +68,7 @@ inline extended_complex product(extended_complex x, extended_complex y) {
 // One step of long division: the remainder of the first quotient digit gives the second.
 inline extended_pair quotient(extended_pair n, extended_pair d) {
   const extended q = n.high / d.high;
-  return fast_two_sum(q, (n - d * extended_pair{q, 0}).high / d.high);
+  return fast_two_sum(q, (n - d * q).high / d.high);
 }
 
 // x / y = x conj(y) / |y|^2
@@ -85,7 +85,7 @@ inline extended_complex quotient(extended_complex x, extended_complex y) {
 template <std::floating_point Real>
 int apply(extended_complex (*operation)(extended_complex, extended_complex), std::complex<Real> a,
           std::complex<Real> b, std::complex<Real>& r) {
-  const extended_complex x(a), y(b), value = operation(x, y);
+  const extended_complex x = widened(a), y = widened(b), value = operation(x, y);
   round_parts(value, r);
   const auto overflows = [](extended exact, Real rounded) {
     return std::isfinite(exact) && std::isinf(rounded);

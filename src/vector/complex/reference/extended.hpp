@@ -14,6 +14,19 @@ using extended_complex = std::complex<extended>;
 template <class T>
 concept complex_number = std::same_as<T, std::complex<float>> || std::same_as<T, std::complex<double>>;
 
+// The barrier stops the compiler from moving a comparison with zero back into the narrow format, where the
+// caller's SSE controls may treat subnormals as zero.
+inline extended widened(std::floating_point auto x) {
+  extended wide = x;
+  asm("" : "+t"(wide));
+  return wide;
+}
+
+template <std::floating_point Real>
+extended_complex widened(std::complex<Real> z) {
+  return {widened(z.real()), widened(z.imag())};
+}
+
 inline extended_pair operator+(extended_pair x, extended_pair y) {
   const extended_pair s = two_sum(x.high, y.high);
   return fast_two_sum(s.high, s.low + (x.low + y.low));
@@ -22,9 +35,9 @@ inline extended_pair operator+(extended_pair x, extended_pair y) {
 inline extended_pair operator-(extended_pair x) { return {-x.high, -x.low}; }
 inline extended_pair operator-(extended_pair x, extended_pair y) { return x + -y; }
 
-inline extended_pair operator*(extended_pair x, extended_pair y) {
-  const extended_pair p = two_prod(x.high, y.high);
-  return fast_two_sum(p.high, p.low + (x.high * y.low + x.low * y.high));
+inline extended_pair operator*(extended_pair x, extended y) {
+  const extended_pair p = two_prod(x.high, y);
+  return fast_two_sum(p.high, p.low + x.low * y);
 }
 
 // For doubles both products are exact, and the lower halves of two that cancel have so few bits that their
@@ -51,7 +64,7 @@ int conclude(extended_complex value, std::complex<Real>& r, extended_complex fir
   if (has_nan(first) || (has_nan(others) || ...)) return VTM_STATUS_OK;
   const bool finite = is_finite(first) && (is_finite(others) && ...);
   const bool out_of_range = (Growth & expanding) != 0 && first != extended{0};
-  const extended_complex rounded(r);
+  const extended_complex rounded = widened(r);
   if (finite && has_infinity(rounded))
     return has_infinity(value) && !out_of_range ? VTM_STATUS_SINGULARITY : VTM_STATUS_OVERFLOW;
   if (has_nan(value)) return VTM_STATUS_DOMAIN;
@@ -66,7 +79,7 @@ int conclude(extended_complex value, std::complex<Real>& r, extended_complex fir
 template <growth Growth = plain, std::floating_point Real>
 int apply(extended_complex (*function)(const extended_complex&), std::complex<Real> a,
           std::complex<Real>& r) {
-  const extended_complex z(a);
+  const extended_complex z = widened(a);
   return conclude<Growth>(function(z), r, z);
 }
 

@@ -3,51 +3,29 @@
 //   a^b   = e^E (cos(T pi/2) + i sin(T pi/2)),        E = re(b ln a), T = im(b ln a) 2/pi
 // Angles are counted in right angles because those of the axes and diagonals are exact then: (1 + i)^4 is -4
 // with no imaginary part. An error of ln a is magnified by b, so that 64 bits may be too few. They are tried
-// first; the logarithm is refined to a pair where they do not suffice.
+// first, and 113 bits, which the processor has to emulate, where they do not suffice.
 #include "vector/complex/reference/power.hpp"
+
+#include <math.h>
 
 #include <utility>
 
 namespace tmk::reference {
 namespace {
 
-constexpr extended_pair ln_2{0x1.62e42fefa39ef358p-1L, -0x1.b0e2633fe0684a86p-67L};
-constexpr extended_pair right_angle{0x1.921fb54442d1846ap+0L, -0x1.d9cceba3f91f1976p-66L};
-constexpr extended_pair per_right_angle{0x1.45f306dc9c882a54p-1L, -0x1.ec54170565911f92p-71L};
+using quadruple = _Float128;
 
-extended_pair pair(extended x) { return {x, 0}; }
+constexpr quadruple right_angle = quadruple{0x1.921fb54442d1846ap+0L} - 0x1.d9cceba3f91f1976p-66L;
+constexpr quadruple per_right_angle = quadruple{0x1.45f306dc9c882a54p-1L} - 0x1.ec54170565911f92p-71L;
 
-struct complex_pair {
-  extended_pair re, im;
+extended whole(extended x) { return roundevenl(x); }
+quadruple whole(quadruple x) { return roundevenf128(x); }
 
-  friend complex_pair operator*(const complex_pair& x, const complex_pair& y) {
-    return {x.re * y.re - x.im * y.im, x.re * y.im + x.im * y.re};
-  }
-};
-
-// e^z for |z| <= 1: (sum of (z/32)^n / n!)^32, with an error near 2^-120. The sum runs to n = 16 over the
-// common denominator 16!, since its numerators 16! / n! are exact.
-complex_pair exponential_of(extended_complex z) {
-  const complex_pair x{pair(z.real() / 32), pair(z.imag() / 32)};
-  extended numerator = 1;
-  complex_pair sum{pair(1), pair(0)};
-  for (int n = 16; n > 0; --n) {
-    numerator *= n;
-    sum = sum * x;
-    sum.re = sum.re + pair(numerator);
-  }
-  const extended inverse = 1 / numerator;
-  const extended_pair product = two_prod(inverse, numerator);
-  const extended_pair scale{inverse, ((1 - product.high) - product.low) * inverse};
-  sum = {sum.re * scale, sum.im * scale};
-  for (int i = 0; i < 5; ++i) sum = sum * sum;
-  return sum;
-}
-
+template <class Number>
 struct polar_log {
-  extended_pair modulus;  // ln|a|
+  Number modulus;  // ln|a|
   extended quarter;
-  extended_pair fraction;
+  Number fraction;
 };
 
 // Turns a by whole right angles next to the positive real axis.
@@ -61,72 +39,74 @@ std::pair<extended_complex, extended> turned(extended_complex a) {
   return {-a, std::signbit(y) ? -2 : 2};
 }
 
-bool on_diagonal(extended_complex near_axis) { return std::fabs(near_axis.imag()) == near_axis.real(); }
+void logarithm(extended x, extended y, extended& modulus, extended& angle) {
+  const extended_complex w = std::log(extended_complex(x, y));
+  modulus = w.real();
+  angle = w.imag();
+}
 
-polar_log first_logarithm(extended_complex a) {
+// For doubles with x >= |y|; x^2 + y^2 - 1 is exact where it is small.
+void logarithm(quadruple x, quadruple y, quadruple& modulus, quadruple& angle) {
+  const quadruple excess = (x - 1) * (x + 1) + y * y;
+  const bool near_circle = excess > -0.5L && excess < 1;
+  modulus = (near_circle ? log1pf128(excess) : logf128(x * x + y * y)) / 2;
+  angle = atan2f128(y, x);
+}
+
+template <class Number>
+polar_log<Number> logarithm(extended_complex a) {
   const auto [z, quarter] = turned(a);
-  const extended_complex w = std::log(z);
-  const extended fraction = on_diagonal(z) ? std::copysign(0.5L, z.imag()) : w.imag() * per_right_angle.high;
-  return {pair(w.real()), quarter, pair(fraction)};
+  Number modulus, angle;
+  logarithm(z.real(), z.imag(), modulus, angle);
+  const bool diagonal = std::fabs(z.imag()) == z.real();
+  const Number fraction = diagonal ? std::copysign(0.5L, z.imag()) : angle * Number(per_right_angle);
+  return {modulus, quarter, fraction};
 }
 
-// Newton's step from the logarithm w of z = 2^-k a near |z| = 1:  ln z = w + (z e^-w - 1), to twice its bits.
-polar_log refined_logarithm(extended_complex a, const polar_log& first) {
-  const auto [unscaled, quarter] = turned(a);
-  const int k = static_cast<int>(rintl(first.modulus.high / ln_2.high));
-  const extended_complex z{scalbnl(unscaled.real(), -k), scalbnl(unscaled.imag(), -k)};
-  const extended_complex w = std::log(z);
-  complex_pair step{pair(0), pair(0)};
-  if (std::abs(w) > 0x1p-50L) {  // below, the step would drown in the error of e^-w
-    step = complex_pair{pair(z.real()), pair(z.imag())} * exponential_of(-w);
-    step.re = step.re - pair(1);
-  }
-  const extended_pair fraction =
-      on_diagonal(z) ? first.fraction : (pair(w.imag()) + step.im) * per_right_angle;
-  return {pair(k) * ln_2 + (pair(w.real()) + step.re), quarter, fraction};
-}
-
-// b ln a. The turn is split again, so that what the functions of the angle see keeps its low bits.
+// b ln a, parted anew: the functions of the angle see its low bits, the exponential those of E.
 struct polar_exponent {
-  extended_pair modulus;
+  extended modulus, modulus_rest;
   extended quarter;  // modulo 4
   extended fraction;
 };
 
-polar_exponent times(extended_complex b, const polar_log& log) {
-  const extended_pair br = pair(b.real()), bi = pair(b.imag());
-  const extended_pair angle = (pair(log.quarter) + log.fraction) * right_angle;
-  const extended_pair spin = br * log.fraction + bi * log.modulus * per_right_angle;
-  const extended_pair turn = two_sum(fmodl(b.real() * log.quarter, 4), fmodl(spin.high, 4));
-  const extended quarter = rintl(turn.high);
-  extended fraction = (turn.high - quarter) + (turn.low + spin.low);
-  if (fraction == 0) {  // the sum of pairs has no sign of zero
-    const extended on_axis = b.real() * log.fraction.high;
-    fraction = std::copysign(0, b.imag() == 0 ? on_axis : on_axis + b.imag() * log.modulus.high);
-  }
-  return {br * log.modulus - bi * angle, quarter, fraction};
+template <class Number>
+polar_exponent operator*(extended_complex b, const polar_log<Number>& log) {
+  const Number br = b.real(), bi = b.imag();
+  const Number modulus = br * log.modulus - bi * (log.quarter + log.fraction) * Number(right_angle);
+  Number spin = br * log.fraction;
+  if (bi != 0) spin += bi * log.modulus * Number(per_right_angle);
+
+  const extended turn = fmodl(b.real() * log.quarter, 4);
+  const Number parts = (spin - whole(spin)) + (turn - whole(turn));
+  const extended fraction = parts - whole(parts);
+  const extended quarter = fmodl(whole(spin), 4) + whole(turn) + static_cast<extended>(whole(parts));
+  const extended high = modulus;
+  return {high, static_cast<extended>(modulus - high), quarter,
+          fraction == 0 ? copysignl(0, static_cast<extended>(spin)) : fraction};
 }
 
-// Bounds of the error that the first logarithm leaves in E and in the angle of a^b.
-bool suffices(const polar_log& log, extended_complex b, const polar_exponent& product, int precision) {
+// Whether the errors that 64 bits leave in E and in the angle of a^b are below 1/8 of the last place.
+bool suffices(const polar_log<extended>& log, extended_complex b, const polar_exponent& product,
+              int precision) {
   constexpr extended unit = 0x1p-62L;
-  const extended tolerance = std::ldexp(extended{1}, -(precision + 5));
+  const extended tolerance = std::ldexp(extended{1}, -(precision + 3));
   const extended br = std::fabs(b.real()), bi = std::fabs(b.imag());
-  const extended length = std::fabs(log.modulus.high), angle = 2 * std::fabs(log.quarter + log.fraction.high);
-  const bool exact_angle = log.fraction.high == 0 || std::fabs(log.fraction.high) == 0.5L;
-  const extended angle_error = unit * (bi * length + (exact_angle ? 0 : br));
+  const extended length = std::fabs(log.modulus), angle = 2 * std::fabs(log.quarter + log.fraction);
+  const bool exact_angle = log.fraction == 0 || std::fabs(log.fraction) == 0.5L;
+  const extended angle_error = unit * (bi * length + (exact_angle ? 0 : br * std::fabs(log.fraction)));
   const extended error = unit * (br * length + bi * angle) + angle_error;
-  const extended off_axis = std::fabs(product.fraction);
-  return error <= tolerance && angle_error <= tolerance * off_axis;
+  return error <= tolerance && angle_error <= tolerance * std::fabs(product.fraction);
 }
 
-extended_complex exponential_of(const polar_exponent& x) {
-  const extended scale = expl(x.modulus.high) * (1 + x.modulus.low);
-  const extended angle = x.fraction * right_angle.high;
+extended_complex from_polar(const polar_exponent& x) {
+  const bool in_range = std::fabs(x.modulus) < 0x1p14L;  // beyond, the rest need not be small
+  const extended scale = expl(x.modulus) * (in_range ? 1 + x.modulus_rest : 1);
+  const extended angle = x.fraction * static_cast<extended>(right_angle);
   const auto scaled = [=](extended part) { return part == 0 ? part : scale * part; };
   const extended c = scaled(cosl(angle)), s = scaled(sinl(angle));
-  const extended_complex turned[] = {{c, s}, {-s, c}, {-c, -s}, {s, -c}};
-  return turned[static_cast<int>(x.quarter) & 3];
+  const extended_complex rotated[] = {{c, s}, {-s, c}, {-c, -s}, {s, -c}};
+  return rotated[static_cast<int>(x.quarter) & 3];
 }
 
 extended_complex power_of_zero(extended_complex b) {
@@ -151,10 +131,10 @@ extended_complex power(extended_complex a, extended_complex b, int precision) {
   if (b == extended{0}) return 1;
   if (a == extended{0}) return power_of_zero(b);
   if (!is_finite(a) || !is_finite(b)) return special_power(a, b);
-  const polar_log first = first_logarithm(a);
-  const polar_exponent product = times(b, first);
-  if (suffices(first, b, product, precision)) return exponential_of(product);
-  return exponential_of(times(b, refined_logarithm(a, first)));
+  const auto log = logarithm<extended>(a);
+  const polar_exponent product = b * log;
+  if (suffices(log, b, product, precision)) return from_polar(product);
+  return from_polar(b * logarithm<quadruple>(a));
 }
 
 }  // namespace tmk::reference
