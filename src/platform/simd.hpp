@@ -234,13 +234,14 @@ batch<T> estrin(const batch<T>& x, const T (&c)[Count]) {
 #endif
 
 #if TMK_TIER_NUMBER(TMK_TIER) > 0
-// A table of 8 entries held in registers, looked up by permutation. table_index makes the index vector from the
-// three bits of each lane that begin at `Shift`; the bits above them do not matter.
-template <class T>
+// A table of 8 or 4 entries held in registers, looked up by permutation. table_index makes the index vector from
+// the three or two bits of each lane that begin at `Shift`; the bits above them do not matter. Four entries cost
+// V3 the least: their words lie within reach of every 128-bit half.
+template <class T, int Count = 8>
 class register_table;
 
 template <>
-class register_table<float> {
+class register_table<float, 8> {
  public:
   using index = i32;
 #if TMK_TIER_NUMBER(TMK_TIER) == 1
@@ -261,7 +262,7 @@ class register_table<float> {
 };
 
 template <>
-class register_table<double> {
+class register_table<double, 8> {
  public:
 #if TMK_TIER_NUMBER(TMK_TIER) == 1
   // Lower and upper words apart, so that a permutation of words serves 8 entries; the index stands in both words.
@@ -287,6 +288,61 @@ class register_table<double> {
   explicit register_table(const double (&entries)[8]) : entries_(_mm512_loadu_pd(entries)) {}
   f64 operator[](const index& i) const { return _mm512_permutexvar_pd(i, entries_); }
   f64 leading(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m512d entries_;
+#endif
+};
+
+template <>
+class register_table<float, 4> {
+ public:
+  using index = i32;
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  explicit register_table(const float (&entries)[4])
+      : entries_(_mm256_broadcast_ps(reinterpret_cast<const __m128*>(entries))) {}
+  f32 operator[](const index& i) const { return _mm256_permutevar_ps(entries_, i); }
+  f32 short_entry(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m256 entries_;
+#else
+  explicit register_table(const float (&entries)[4]) : entries_(_mm512_broadcast_f32x4(_mm_loadu_ps(entries))) {}
+  f32 operator[](const index& i) const { return _mm512_permutevar_ps(entries_, i); }
+  f32 short_entry(const index& i) const { return (*this)[i]; }
+
+ private:
+  __m512 entries_;
+#endif
+};
+
+template <>
+class register_table<double, 4> {
+ public:
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  using index = i32;
+  explicit register_table(const double (&entries)[4]) {
+    const __m128 first = _mm_castpd_ps(_mm_loadu_pd(entries));
+    const __m128 second = _mm_castpd_ps(_mm_loadu_pd(entries + 2));
+    const __m128 low = _mm_shuffle_ps(first, second, 0x88), high = _mm_shuffle_ps(first, second, 0xDD);
+    low_ = _mm256_set_m128(low, low);
+    high_ = _mm256_set_m128(high, high);
+  }
+  f64 operator[](const index& i) const {
+    return _mm256_castps_pd(_mm256_blend_ps(_mm256_permutevar_ps(low_, i), _mm256_permutevar_ps(high_, i), 0xAA));
+  }
+  // For entries whose lower words are zero.
+  f64 short_entry(const index& i) const {
+    return _mm256_castps_pd(_mm256_blend_ps(_mm256_setzero_ps(), _mm256_permutevar_ps(high_, i), 0xAA));
+  }
+
+ private:
+  __m256 low_, high_;
+#else
+  using index = u64;
+  explicit register_table(const double (&entries)[4]) : entries_(_mm512_broadcast_f64x4(_mm256_loadu_pd(entries))) {}
+  f64 operator[](const index& i) const { return _mm512_permutexvar_pd(i, entries_); }
+  f64 short_entry(const index& i) const { return (*this)[i]; }
 
  private:
   __m512d entries_;

@@ -14,6 +14,8 @@
 //
 // An element's result does not depend on where in the array it stands, nor on how a caller cuts the array:
 // rare() gives an element that fast() serves the same bits.
+//
+// The walks are flattened: whatever fast() calls is compiled into the loop.
 #pragma once
 
 #include <algorithm>
@@ -48,7 +50,7 @@ inline void report(int32_t status, int32_t i, const double* a, double* r, const 
 
 // One element by the scalar road: the result stands in r before the report, which may replace it.
 template <class Kernel>
-void rare_element(const typename Kernel::real* a, typename Kernel::real* r, int32_t i) {
+[[gnu::noinline]] void rare_element(const typename Kernel::real* a, typename Kernel::real* r, int32_t i) {
   typename Kernel::real result;
   const int32_t status = Kernel::rare(a + i, &result);
   r[i] = result;
@@ -81,10 +83,25 @@ template <class Kernel>
   }
 }
 
+// The fast results of a whole group; true when a lane is flagged.
+template <class Kernel, size_t Count>
+inline bool compute_group(const typename Kernel::real* a,
+                                                 batch<typename Kernel::real> (&y)[Count]) {
+  using real = typename Kernel::real;
+  lane_mask<real> any_flagged(false);
+#pragma GCC unroll 16
+  for (size_t k = 0; k < Count; ++k) {
+    const batch<real> x = load(a + k * lanes<real>);
+    y[k] = Kernel::fast(x);
+    any_flagged = any_flagged | Kernel::flagged(x, y[k]);
+  }
+  return lane_bits<real>(any_flagged) != 0;
+}
+
 // Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled register
 // leads up to the first 16-byte boundary of a, too.
 template <class Kernel>
-void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
+[[gnu::flatten]] void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
   using real = typename Kernel::real;
   constexpr int width = lanes<real>;
   constexpr int count = Kernel::group / width;
@@ -115,25 +132,19 @@ void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real
     }
   }
   for (; n - i >= Kernel::group; i += Kernel::group) {
-    batch<real> x[count], y[count];
-    lane_mask<real> any_flagged(false);
-    for (int k = 0; k < count; ++k) {
-      x[k] = load(a + i + k * width);
-      y[k] = Kernel::fast(x[k]);
-      any_flagged = any_flagged | Kernel::flagged(x[k], y[k]);
-    }
-    if (lane_bits<real>(any_flagged) != 0) [[unlikely]] {
+    batch<real> y[count];
+    if (compute_group<Kernel>(a + i, y)) [[unlikely]] {
       alignas(64) real xs[Kernel::group], ys[Kernel::group];
-      for (int k = 0; k < count; ++k) {
-        x[k].store_aligned(xs + k * width);
-        y[k].store_aligned(ys + k * width);
-      }
+      std::copy_n(a + i, Kernel::group, xs);
+      for (int k = 0; k < count; ++k) y[k].store_aligned(ys + k * width);
       for (int k = 0; k < count; ++k)
-        repair_lanes<Kernel>(lane_bits<real>(Kernel::flagged(x[k], y[k])), i + k * width, xs + k * width,
-                             ys + k * width, a, r);
-      for (int k = 0; k < count; ++k) y[k] = batch<real>::load_aligned(ys + k * width);
+        repair_lanes<Kernel>(lane_bits<real>(Kernel::flagged(load(xs + k * width), y[k])), i + k * width,
+                             xs + k * width, ys + k * width, a, r);
+      std::copy_n(ys, Kernel::group, r + i);
+    } else {
+#pragma GCC unroll 16
+      for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
     }
-    for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
   }
   for (; i < n; i += width) partial(i, std::min(width, n - i));
 }
@@ -143,7 +154,7 @@ void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real
 // Kernels with `restores_input` write the head of such a block back over the input, in-place or not: callers
 // know that their input must be writable.
 template <class Kernel>
-void run_blocks(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
+[[gnu::flatten]] void run_blocks(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
   using real = typename Kernel::real;
   constexpr int width = lanes<real>;
   constexpr int count = Kernel::group / width;
@@ -151,19 +162,14 @@ void run_blocks(int32_t n, const typename Kernel::real* a, typename Kernel::real
 
   int32_t i = 0;
   while (n - i >= Kernel::group) {
-    batch<real> x[count], y[count];
-    lane_mask<real> any_flagged(false);
-    for (int k = 0; k < count; ++k) {
-      x[k] = load(a + i + k * width);
-      y[k] = Kernel::fast(x[k]);
-      any_flagged = any_flagged | Kernel::flagged(x[k], y[k]);
-    }
-    if (lane_bits<real>(any_flagged) == 0) [[likely]] {
+    batch<real> y[count];
+    if (!compute_group<Kernel>(a + i, y)) [[likely]] {
+#pragma GCC unroll 16
       for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
       i += Kernel::group;
       continue;
     }
-    if constexpr (requires { Kernel::restores_input; }) store(const_cast<real*>(a) + i, x[0]);
+    if constexpr (requires { Kernel::restores_input; }) store(const_cast<real*>(a) + i, load(a + i));
     do {
       rare_element<Kernel>(a, r, i++);
     } while ((n - i) % Kernel::group != 0);

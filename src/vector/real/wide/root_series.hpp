@@ -1,11 +1,9 @@
 // What the wide tiers' sqrt and inv_sqrt share around the estimate of 1 / sqrt(x).
 #pragma once
 
-#include <limits>
-#include <type_traits>
-
 #include "vector/frame/kernel.hpp"
 #include "vector/real/estimates.hpp"
+#include "vector/real/wide/lane_tests.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -29,17 +27,6 @@ batch<Real> inverse_root_series(const batch<Real>& e) {
     p = xsimd::fma(e, p, value(Real(0.375)));
   }
   return e * xsimd::fma(e, p, value(Real(-0.5)));
-}
-
-// Lanes that hold no positive normal number.
-template <class Real>
-lane_mask<Real> not_positive_normal(const batch<Real>& x) {
-  using bits = std::make_signed_t<typename format<Real>::bits>;
-  constexpr auto smallest = static_cast<bits>(typename format<Real>::bits{1} << format<Real>::fraction_bits);
-  constexpr auto low = std::numeric_limits<bits>::min();
-  constexpr auto span = static_cast<bits>(format<Real>::infinity) - smallest;
-  const auto position = bits_as<bits>(x) - batch<bits>(smallest) + batch<bits>(low);
-  return mask_as<Real>(position >= batch<bits>(low + span));
 }
 
 }  // namespace
