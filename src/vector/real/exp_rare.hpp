@@ -1,5 +1,6 @@
 // Elements that the fast formulas of the exponential family do not serve, on every tier: which case an
-// argument is, what it returns and its status. Values between the limits come from two formulas of the caller:
+// argument is, what it returns and its status. Values between the limits come from two formulas of the
+// caller:
 //   ordinary(x)  the kernel's own formula: an element that fast() serves gets the same bits here
 //   extreme(x)   where the exponent is at the format's ends: near overflow, and subnormal results
 #pragma once

@@ -1,0 +1,128 @@
+// e^x on the baseline: x = k log(2)/N + r with an integral k = N n + j, so that
+//   e^x = 2^n 2^(j/N) e^r,  |r| <= log(2) / (2 N).
+// The table holds 2^(j/N); r is so small that a short polynomial serves. Single EP does without a table (N =
+// 1).
+#include "vector/frame/kernel.hpp"
+#include "vector/real/exp_data.hpp"
+#include "vector/real/exp_rare.hpp"
+#include "vector/real/powers.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+using namespace exp_data;
+
+constexpr double log2_e = 0x1.71547652b82fep+0;
+
+// Rare elements of a kernel whose fast() takes the exponent's raise. Single: subnormals by way of double.
+template <class Kernel>
+int32_t exp_element(const float* a, float* r) {
+  return exp_rare(
+      a, r, [](float x) { return Kernel::fast(f32(x)).get(0); },
+      [](float x) { return x < 0 ? narrow_power(x * log2_e) : Kernel::fast(f32(x), -1).get(0) * 2.0f; });
+}
+
+template <class Kernel>
+int32_t exp_element(const double* a, double* r) {
+  return exp_rare(
+      a, r, [](double x) { return Kernel::fast(f64(x)).get(0); },
+      [](double x) {
+        return x < 0 ? Kernel::fast(f64(x), 64).get(0) * 0x1p-64 : Kernel::fast(f64(x), -1).get(0) * 2.0;
+      });
+}
+
+// The last bits of 2^(j/128) that the float in the table lacks are the difference between HA and LA.
+template <level Level>
+struct single_exp {
+  using real = float;
+  static constexpr char name[] = "vsExp";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 8;
+
+  static f32 fast(const f32& x, int raise = 0) {
+    const f32 shifter(0x1.6p+23f);
+    const f32 shifted = x * f32(single_inverse_step) + shifter;
+    const f32 k = shifted - shifter;
+    const f32 r = (x - k * f32(single_step_high)) - k * f32(single_step_low);
+    const i32 n = bits_as<int32_t>(shifted);
+    const auto [power, correction] = fraction_power<7>(n);
+    if constexpr (Level == level::ha)
+      return scale_power<7>(power + power * ((correction + r) + f32(0.5f) * r * r), n, raise);
+    return scale_power<7>(power * (f32(1.0f) + r * (f32(1.0f) + f32(0.5f) * r)), n, raise);
+  }
+  // Good: |x| < 87.3365..., where the result is a normal number.
+  static lane_mask<float> flagged(const f32& x, const f32&) {
+    return mask_as<float>((bits_as<int32_t>(x) & i32(0x7FFFFFFF)) > i32(0x42AEAC4F));
+  }
+  static int32_t rare(const float* a, float* r) { return exp_element<single_exp>(a, r); }
+};
+
+template <>
+struct single_exp<level::ep> {
+  using real = float;
+  static constexpr char name[] = "vsExp";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 8;
+
+  static f32 fast(const f32& x, int raise = 0) {
+    const f32 shifter(0x1.8p+23f);
+    const f32 shifted = x * f32(single_inverse_step_ep) + shifter;
+    const f32 k = shifted - shifter;
+    const f32 r = x - k * f32(single_step_ep);
+    const f32 p = polyeval(r, 1.0f, single_ep_c1, single_ep_c2, single_ep_c3);
+    return scale_power<0>(p, bits_as<int32_t>(shifted), raise);
+  }
+  // Good: |x| < 87.25.
+  static lane_mask<float> flagged(const f32& x, const f32&) {
+    return mask_as<float>((bits_as<int32_t>(x) & i32(0x7FFFFFFF)) > i32(0x42AE7FFF));
+  }
+  static int32_t rare(const float* a, float* r) { return exp_element<single_exp>(a, r); }
+};
+
+template <level Level>
+struct double_exp {
+  using real = double;
+  static constexpr char name[] = "vdExp";
+  static constexpr auto controls = control_class::a;
+  static constexpr int group = 4;
+
+  static f64 fast(const f64& x, int raise = 0) {
+    const f64 shifter(0x1.8p+52);
+    if constexpr (Level == level::ha) {
+      const f64 shifted = x * f64(double_inverse_step) + shifter;
+      const f64 k = shifted - shifter;
+      const f64 r = (x - k * f64(double_step_high)) - k * f64(double_step_low);
+      const f64 p = r + (r * r) * polyeval(r, double_c2, double_c3, double_c4, double_c5);
+      const i64 n = bits_as<int64_t>(shifted);
+      const auto [high, low] = fraction_power<6>(n);
+      return scale_power<6>(high + (low + high * p), n, raise);
+    }
+    const f64 shifted = x * f64(double_inverse_step_la) + shifter;
+    const f64 k = shifted - shifter;
+    f64 p;
+    if constexpr (Level == level::la) {
+      const f64 r = (x - k * f64(double_step_high_la)) - k * f64(double_step_low_la);
+      p = r + (r * r) * polyeval(r, 0.5, double_la_c3, double_la_c4);
+    } else {
+      const f64 r = x - k * f64(double_step_ep);
+      p = r + f64(0.5) * r * r;
+    }
+    const i64 n = bits_as<int64_t>(shifted);
+    return scale_power<7>(fraction_power<7>(n).high * (f64(1.0) + p), n, raise);
+  }
+  // Good: |x| < 708.39..., by the upper words, where the result is a normal number.
+  static lane_mask<double> flagged(const f64& x, const f64&) {
+    return mask_of_high_words((bits_as<int32_t>(x) & i32(0x7FFFFFFF)) > i32(0x4086232A));
+  }
+  static int32_t rare(const double* a, double* r) { return exp_element<double_exp>(a, r); }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Exp, LAynn, run_blocks<single_exp<level::la>>)
+TMK_DEFINE_KERNEL(s, Exp, HAynn, run_blocks<single_exp<level::ha>>)
+TMK_DEFINE_KERNEL(s, Exp, EPnnn, run_blocks<single_exp<level::ep>>)
+TMK_DEFINE_KERNEL(d, Exp, LAynn, run_blocks<double_exp<level::la>>)
+TMK_DEFINE_KERNEL(d, Exp, HAynn, run_blocks<double_exp<level::ha>>)
+TMK_DEFINE_KERNEL(d, Exp, EPnnn, run_blocks<double_exp<level::ep>>)
