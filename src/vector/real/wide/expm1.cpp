@@ -1,0 +1,55 @@
+// e^x - 1 on the wide tiers: with e^x = S (1 + r + t), S = 2^(k/8), it is
+//   (S - 1) + S (r + t).
+// Around x = 0 S - 1 is zero and r + t stands alone. One step away S - 1 has lost little to cancellation, but
+// then the rounding of S r shows: HA keeps S - 1, S r and their sum in two parts each.
+#include "vector/real/wide/exponential.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real, level Level>
+struct wide_expm1 {
+  using real = Real;
+  using value = batch<Real>;
+  using constants = exp_series<Real, exp_base::e>;
+  static constexpr bool single = sizeof(Real) == 4;
+  static constexpr auto name = single ? "vsExpm1" : "vdExpm1";
+  static constexpr auto controls = control_class::a;
+  static constexpr auto sse = single ? sse_control::masks_only : sse_control::by_mode;
+  static constexpr int group = 4 * lanes<Real>;
+  static constexpr Real filler = Real(0.75);
+
+  static value fast(const value& x) {
+    const auto arg = reduce<exp_base::e>(x);
+    const value& power = arg.power;
+    value y;
+    if constexpr (Level == level::ha) {
+      const value t = xsimd::fma(power_correction(arg), arg.r,
+                                 beyond_linear<exp_base::e, true>(arg, constants::minus_one));
+      const auto base = two_sum(power, value(Real(-1)));
+      const value slope = power * arg.r;
+      const auto sum = fast_two_sum(base.high, slope);
+      const value low = sum.low + (base.low + xsimd::fms(power, arg.r, slope));
+      y = sum.high + xsimd::fma(power, t, low);
+    } else {
+      const value t = beyond_linear<exp_base::e, false>(arg, constants::minus_one);
+      y = xsimd::fma(power, arg.reduced + t, power - value(Real(1)));
+    }
+    return y | (x & value(Real(-0.0)));  // x = -0
+  }
+  // Good: |x| < 87.3365..., 708.39...
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    return magnitude_from(x, integer<Real>(single ? 0x42AEAC50 : 0x4086232B00000000));
+  }
+  static int32_t rare(const Real* a, Real* r) {
+    const auto formula = extreme_exponential<exp_base::e, Real>;  // where it is called, 1 is nothing to e^x
+    return expm1_rare(a, r, formula, formula);
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Expm1, HAynn, run_masked<wide_expm1<float, level::ha>>)
+TMK_DEFINE_KERNEL(d, Expm1, LAynn, run_masked<wide_expm1<double, level::la>>)
+TMK_DEFINE_KERNEL(d, Expm1, HAynn, run_masked<wide_expm1<double, level::ha>>)
