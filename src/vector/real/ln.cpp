@@ -56,10 +56,10 @@ struct single_ln_ha {
     load_rows(single_ha_rows, row_offset_near_one(x), row);
     const f32 m = mantissa(x);
     const f32 mh = keep_bits(m, 0xFFFFC000);
-    const f32 t = (mh * row[0] - f32(1.0f)) + (m - mh) * row[0];
+    const auto [t, t_low] = fast_two_sum(mh * row[0] - f32(1.0f), (m - mh) * row[0]);
     const f32 p = (t * t) * (f32(-0.5f) + t * (f32(0x1.555556p-2f) - f32(0.25f) * t));
     const f32 low = k * f32(single_ha_unit_low) + row[2];
-    return sum_of_three(k * f32(single_ha_unit_high) + row[1], t, p + low);
+    return sum_of_three(k * f32(single_ha_unit_high) + row[1], t, t_low + (p + low));
   }
   static lane_mask<float> flagged(const f32& x, const f32&) { return not_positive_normal(x); }
   static int32_t rare(const float* a, float* r) {

@@ -9,7 +9,7 @@ struct alignas(4 * sizeof(Real)) log_row {
   Real reciprocal, high, low;
 };
 
-struct log_parts {
+struct alignas(2 * sizeof(double)) log_parts {
   double high, low;
 };
 
