@@ -76,12 +76,9 @@ const names arithmetic = {"Add", "Sub", "Mul", "MulByConj", "Div"};
 const names powers = {"Pow", "Powx"};
 const names odd = {"Sin", "Tan", "Asin", "Atan", "Sinh", "Tanh", "Asinh", "Atanh"};
 const names even = {"Cos", "Cosh"};
-const names other_unary = {"Exp", "Ln", "Log10", "Sqrt", "Acos", "Acosh"};
+const names not_unary = {"Add", "Sub", "Mul", "MulByConj", "Div", "Pow", "Powx", "Abs", "Arg", "CIS"};
 
 bool is_single(const std::string& name) { return name[0] == 'c'; }
-bool is_unary(const std::string& stem) {
-  return odd.contains(stem) || even.contains(stem) || other_unary.contains(stem);
-}
 
 struct sampler {
   bool single;
@@ -94,38 +91,30 @@ struct sampler {
     return std::ldexp(random() % 2 == 0 ? mantissa : -mantissa, exponent);
   }
 
-  number rounded(double x, double y) const {
-    return single ? number(std::complex<float>(number(x, y))) : number(x, y);
-  }
+  number rounded(number z) const { return single ? number(std::complex<float>(z)) : z; }
 
   number operator()(int i) {
-    const int last = single ? 126 : 1022;
+    const int wide = bounded ? 8 : single ? 126 : 1022;
     const double angle = scaled(-3, 1), one = random() % 2 == 0 ? 1 : -1;
-    switch (i % 7) {
-      case 0:
-        return rounded(scaled(-4, 4), scaled(-4, 4));
-      case 1:
-        return bounded ? rounded(scaled(-9, 8), scaled(-9, 8))
-                       : rounded(scaled(-last, last), scaled(-last, last));
-      case 2:
-        return rounded(std::cos(angle), std::sin(angle));  // the unit circle
-      case 3:
-        return rounded(one + scaled(-60, -1), scaled(-99, -1));  // beside a branch point
-      case 4:
-        return rounded(scaled(-99, -1), one + scaled(-60, -1));
-      case 5:
-        return rounded(M_PI_2 * static_cast<int>(random() % 40), scaled(-40, 8));
-      default:
-        return rounded(scaled(-40, 8), M_PI_2 * static_cast<int>(random() % 40));
-    }
+    const double quarters = M_PI_2 * static_cast<int>(random() % 40);
+    const number places[] = {
+        {scaled(-4, 4), scaled(-4, 4)},
+        {scaled(-wide, wide), scaled(-wide, wide)},
+        {std::cos(angle), std::sin(angle)},        // the unit circle
+        {one + scaled(-60, -1), scaled(-99, -1)},  // beside branch points
+        {scaled(-99, -1), one + scaled(-60, -1)},
+        {quarters, scaled(-40, 8)},
+        {scaled(-40, 8), quarters},
+    };
+    return rounded(places[i % 7]);
   }
 
   // Products that cancel but for the last bits; exponents that leave a power in range, whole ones among them.
   number partner(const std::string& stem, number a, int i) {
     if (!powers.contains(stem))
-      return i % 2 == 0 ? rounded(a.imag() * (1 + scaled(-52, -20)), a.real()) : (*this)(i / 2);
+      return i % 2 == 0 ? rounded({a.imag() * (1 + scaled(-52, -20)), a.real()}) : (*this)(i / 2);
     const int reach = std::abs(std::log(std::abs(a))) < 8 ? 5 : 1;
-    return i % 3 == 0 ? number(i % 32 - 16) : rounded(scaled(-9, reach), scaled(-9, reach));
+    return i % 3 == 0 ? number(i % 32 - 16) : rounded({scaled(-9, reach), scaled(-9, reach)});
   }
 };
 
@@ -184,6 +173,7 @@ TEST(reference_complex, hard_arguments) {
       {"zPow", {0.6, 0.8}, {0x1p40, 0}},
       {"zPow", {3, 4}, {440, 0}},
       {"zPow", {0x1.0000000000001p0, 0x1p-52}, {0x1.8p60, 0x1p52}},
+      {"zPow", {0x1.0000000000001p0, 0x1.66700266a98p-42}, {0x1.5p61, 0}},
       {"zPow", {-0x1p0, 0x1p-70}, {7, 0}},
   };
   for (const row& r : rows) expect_accurate(r.name, r.a, r.b);
@@ -222,7 +212,7 @@ void expect_special_everywhere(const std::string& name, const special& row) {
   expect_special(name, row);
   const std::string stem = name.substr(1);
   const auto& [a, b, re, im, status] = row;
-  if (is_unary(stem)) expect_special(name, {std::conj(a), b, re, -im, status});
+  if (!not_unary.contains(stem)) expect_special(name, {std::conj(a), b, re, -im, status});
   if (odd.contains(stem)) expect_special(name, {-a, b, -re, -im, status});
   if (even.contains(stem)) expect_special(name, {-a, b, re, im, status});
 }
@@ -265,7 +255,7 @@ bool same(outcome x, outcome y) {
 TEST(reference_complex, symmetries_are_exact) {
   for (const auto& [name, f] : functions) {
     const std::string stem = name.substr(1);
-    if (!is_unary(stem)) continue;
+    if (not_unary.contains(stem)) continue;
     sampler sample{is_single(name), false, std::mt19937_64(31)};
     for (int i = 0; i < 140; ++i) {
       const number a = sample(i);
