@@ -1,8 +1,7 @@
-// ln(x) on the baseline: the table and the identity of log_reduction.hpp, with
+// ln(x) on the baseline: the tables and the identity of log_reduction.hpp, with
 //   log(1 + t) = t - t^2 / 2 + t^3 / 3 - ...
 // EP in single goes without a table: x = 2^k m, m in [2/3, 4/3), and the series in m - 1.
 #include "vector/real/ln_data.hpp"
-#include "vector/real/log_rare.hpp"
 #include "vector/real/log_reduction.hpp"
 
 TMK_TIER_OPEN
@@ -18,119 +17,79 @@ Real extended_ln(Real x) {
   return static_cast<Real>(y);
 }
 
-struct single_ln_la {
-  using real = float;
+// Subnormals go the x87 way.
+template <class Real, class Kernel>
+struct logarithm_x87 : positive_logarithm<Real, Kernel> {
+  static int32_t rare(const Real* a, Real* r) {
+    return log_rare(a, r, [a](Real x, int k) {
+      return k == 0 ? Kernel::formula(batch<Real>(x), 0).get(0) : extended_ln(*a);
+    });
+  }
+};
+
+struct single_ln_la : logarithm_x87<float, single_ln_la> {
   static constexpr char name[] = "vsLn";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 4;
   static constexpr bool restores_input = true;
 
-  static f32 fast(const f32& x) {
-    const f32 k = xsimd::to_float(exponent_field(x) - i32(format<float>::bias));
-    f32 row[4];
-    load_rows(single_la_rows, row_offset(x), row);
-    const f32 m = mantissa(x);
-    const f32 t = (m - row_center(m)) * row[0];
+  static f32 formula(const f32& x, int k0) {
+    const auto [high, low, distance] = reduce_by_center(x, k0, single_la_rows, single_la_unit);
+    const f32 t = distance.high;
     const f32 p = (t * t) * (f32(-0x1.00018p-1f) + t * f32(0x1.555808p-2f));
-    const f32 low = k * f32(single_la_unit_low) + row[2];
-    return ((p + low) + t) + (k * f32(single_la_unit_high) + row[1]);
-  }
-  static lane_mask<float> flagged(const f32& x, const f32&) { return not_positive_normal(x); }
-  static int32_t rare(const float* a, float* r) {
-    return log_rare(a, r, [a](float x, int k) { return k == 0 ? fast(f32(x)).get(0) : extended_ln(*a); });
+    return ((p + low) + t) + high;
   }
 };
 
-// Between 1 - 2^-7 and 1 + 2^-6 the rows of 1 and 2 serve, by which t is x - 1 and nothing cancels.
-struct single_ln_ha {
-  using real = float;
+struct single_ln_ha : positive_logarithm<float, single_ln_ha> {
   static constexpr char name[] = "vsLn";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 8;
   static constexpr bool restores_input = true;
 
-  static f32 fast(const f32& x) { return formula(x, 0); }
   static f32 formula(const f32& x, int k0) {
-    const f32 k = xsimd::to_float(exponent_field(x) - i32(format<float>::bias - k0));
-    f32 row[4];
-    load_rows(single_ha_rows, row_offset_near_one(x), row);
-    const f32 m = mantissa(x);
-    const f32 mh = keep_bits(m, 0xFFFFC000);
-    const auto [t, t_low] = fast_two_sum(mh * row[0] - f32(1.0f), (m - mh) * row[0]);
+    const auto [high, low, parts] = reduce_by_64(x, k0, single_ha_rows, single_ha_unit);
+    const auto [t, t_low] = fast_two_sum(parts.high, parts.low);
     const f32 p = (t * t) * (f32(-0.5f) + t * (f32(0x1.555556p-2f) - f32(0.25f) * t));
-    const f32 low = k * f32(single_ha_unit_low) + row[2];
-    return sum_of_three(k * f32(single_ha_unit_high) + row[1], t, t_low + (p + low));
-  }
-  static lane_mask<float> flagged(const f32& x, const f32&) { return not_positive_normal(x); }
-  static int32_t rare(const float* a, float* r) {
-    return log_rare(a, r, [](float x, int k) { return formula(f32(x), k).get(0); });
+    return sum_of_three(high, t, t_low + (p + low));
   }
 };
 
-struct single_ln_ep {
-  using real = float;
+struct single_ln_ep : positive_logarithm<float, single_ln_ep> {
   static constexpr char name[] = "vsLn";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 16;
   static constexpr float filler = 0.75f;
 
-  static f32 fast(const f32& x) { return formula(x, 0); }
   static f32 formula(const f32& x, int k0) {
     const auto [k, f] = reduce_about_one(x, k0);
     const f32 p = polyeval(f, -0.5f, 0x1.54e2bep-2f, -0x1.11d1fcp-2f, 0x1.c25262p-3f);
     return k * f32(0x1.62e43p-1f) + (f + (f * f) * p);
   }
-  static lane_mask<float> flagged(const f32& x, const f32&) { return not_positive_normal(x); }
-  static int32_t rare(const float* a, float* r) {
-    return log_rare(a, r, [](float x, int k) { return formula(f32(x), k).get(0); });
-  }
 };
 
-struct double_ln_ha {
-  using real = double;
+struct double_ln_ha : positive_logarithm<double, double_ln_ha> {
   static constexpr char name[] = "vdLn";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 4;
   static constexpr bool restores_input = true;
 
-  static f64 fast(const f64& x) { return formula(x, 0); }
   static f64 formula(const f64& x, int k0) {
-    const i32 high = bits_as<int32_t>(x);
-    const f64 k = exponent(x, k0);
-    f64 row[2], low_column[2];  // of the first 9 fraction bits, rounded
-    const i32 offset = (((high & i32(0xFFC00)) + i32(0x400)) & i32(0x1FF800)) >> 6;
-    load_rows(double_ha_rows, offset, row);
-    load_rows(&double_ha_rows->low, offset, low_column);
-    const auto [th, tl] = reduce(mantissa(x), row[0]);
-    const f64 t = th + tl;
+    const auto [high, low, parts] = reduce_by_512(x, k0, double_ha_rows, double_unit);
+    const f64 t = parts.high + parts.low;
     const f64 p = (t * t) * polyeval(t, double_ha_polynomial);
-    const f64 low = k * f64(double_unit_low) + low_column[0];
-    return sum_of_three((k * f64(double_unit_high) + row[1]) + th, tl, low + p);
-  }
-  static lane_mask<double> flagged(const f64& x, const f64&) { return not_positive_normal(x); }
-  static int32_t rare(const double* a, double* r) {
-    return log_rare(a, r, [](double x, int k) { return formula(f64(x), k).get(0); });
+    return sum_of_three(high + parts.high, parts.low, low + p);
   }
 };
 
-struct double_ln_ep {
-  using real = double;
+struct double_ln_ep : logarithm_x87<double, double_ln_ep> {
   static constexpr char name[] = "vdLn";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 4;
   static constexpr bool restores_input = true;
 
-  static f64 fast(const f64& x) {
-    const i32 high = bits_as<int32_t>(x);
+  static f64 formula(const f64& x, int k0) {
     f64 row[2];  // of the first 8 fraction bits, rounded
-    load_rows(double_ep_rows, (((high & i32(0xFF800)) + i32(0x800)) & i32(0x1FF000)) >> 7, row);
+    load_rows(double_ep_rows, (((bits_as<int32_t>(x) & i32(0xFF800)) + i32(0x800)) & i32(0x1FF000)) >> 7,
+              row);
     const f64 t = mantissa(x) * row[0] - f64(1.0);
-    return (exponent(x, 0) * f64(double_unit_high) + row[1]) +
-           (t + (t * t) * polyeval(t, double_ep_polynomial));
-  }
-  static lane_mask<double> flagged(const f64& x, const f64&) { return not_positive_normal(x); }
-  static int32_t rare(const double* a, double* r) {
-    return log_rare(a, r, [a](double x, int k) { return k == 0 ? fast(f64(x)).get(0) : extended_ln(*a); });
+    const f64 high = exponent(x, k0) * f64(double_unit.high) + row[1];
+    return high + (t + (t * t) * polyeval(t, double_ep_polynomial));
   }
 };
 

@@ -6,8 +6,7 @@
 namespace tmk::ln_data {
 
 // Single, LA: ln 2 in two parts. High parts have 15 bits after the point: k high and its sums are exact.
-inline constexpr float single_la_unit_high = 0x1.62e4p-1f;
-inline constexpr float single_la_unit_low = 0x1.7f7d1cp-20f;
+inline constexpr log_unit<float> single_la_unit = {0x1.62e4p-1f, 0x1.7f7d1cp-20f};
 inline constexpr log_row<float> single_la_rows[] = {
     {0x1p0f, 0x0p0f, 0x0p0f},
     {0x1.f81f82p-1f, 0x1.fcp-7f, 0x1.5161f8p-20f},
@@ -77,8 +76,7 @@ inline constexpr log_row<float> single_la_rows[] = {
 };
 
 // Single, HA. Reciprocals of 14 bits: products with 10 bits of a mantissa are exact.
-inline constexpr float single_ha_unit_high = 0x1.62ep-1f;
-inline constexpr float single_ha_unit_low = 0x1.0bfbe8p-15f;
+inline constexpr log_unit<float> single_ha_unit = {0x1.62ep-1f, 0x1.0bfbe8p-15f};
 inline constexpr log_row<float> single_ha_rows[] = {
     {0x1p0f, 0x0p0f, 0x0p0f},
     {0x1.f82p-1f, 0x1.fcp-7f, -0x1.574ec4p-19f},
@@ -149,8 +147,7 @@ inline constexpr log_row<float> single_ha_rows[] = {
 
 // Double. High parts have 42 bits after the point, reciprocals 20: products with 21 bits of a mantissa are
 // exact, and so are their sums with a high part.
-inline constexpr double double_unit_high = 0x1.62e42fefa38p-1;
-inline constexpr double double_unit_low = 0x1.ef35793c7673p-45;
+inline constexpr log_unit<double> double_unit = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
 // Error relative to t at most 2^-67.5 for |t| <= 9.78e-4.
 inline constexpr double double_ha_polynomial[] = {
     -0x1p-1,

@@ -7,8 +7,7 @@ namespace tmk::log10_data {
 
 // Single: log10(2) in two parts, of which k times the first is exact; log10(e) in two parts, of which
 // the first has 7 bits. High parts of rows have 17 bits after the point.
-inline constexpr float single_unit_high = 0x1.3442p-2f;
-inline constexpr float single_unit_low = -0x1.95ecp-19f;
+inline constexpr log_unit<float> single_unit = {0x1.3442p-2f, -0x1.95ecp-19f};
 inline constexpr float single_e_high = 0x1.bcp-2f;
 // Error relative to t at most 2^-30.5 for |t| <= 1.5625e-2.
 inline constexpr float single_ha_polynomial[] = {
@@ -171,8 +170,7 @@ inline constexpr float single_ep_polynomial[] = {
 };
 
 // Double: the same in 43 and 11 bits after the point; reciprocals have 12.
-inline constexpr double double_unit_high = 0x1.34413509f78p-2;
-inline constexpr double double_unit_low = 0x1.fef311f12b358p-46;
+inline constexpr log_unit<double> double_unit = {0x1.34413509f78p-2, 0x1.fef311f12b358p-46};
 inline constexpr double double_e_high = 0x1.bc8p-2;
 // Error relative to t at most 2^-66.2 for |t| <= 1.221e-3.
 inline constexpr double double_polynomial[] = {

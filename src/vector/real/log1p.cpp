@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "vector/real/log1p_data.hpp"
-#include "vector/real/log_rare.hpp"
 #include "vector/real/log_reduction.hpp"
 
 TMK_TIER_OPEN
@@ -27,12 +26,12 @@ struct double_log1p {
     const f64 k = exponent(u, 0);
     // 2^-k, or 0 where k is 1023: c is below 2^-1000 u there.
     const u64 scale = u64(0x7FE0000000000000) - (bits_as<uint64_t>(u) & u64(0x7FF0000000000000));
-    const auto [th, tl] = reduce(mantissa(u), reciprocal);
+    const auto [th, tl] = split_product(mantissa(u), reciprocal);
     const f64 correction = (c * bits_as<double>(scale)) * reciprocal;
     const f64 t = th + (tl + correction);
     const f64 p = (t * t) * polyeval(t, double_polynomial);
-    const f64 low = k * f64(log_256_data::ln2_low) + log_low;
-    return sum_of_three((k * f64(log_256_data::ln2_high) + log_high) + th, tl, correction + (low + p));
+    const f64 low = k * f64(log_256_data::ln2.low) + log_low;
+    return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
   }
   // Good: 2^-48 <= |x|, -1 < x < infinity. Below, c is no longer small beside u - 1, nor its sum with p exact
   // enough.
@@ -65,7 +64,7 @@ struct single_log1p {
     const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
     const f64 t = mantissa(u) * reciprocal - f64(1.0);
     const f64 p = (t * t) * polyeval(t, single_polynomial);
-    return (exponent(u, 0) * f64(log_256_data::ln2_high) + log_high) + (t + p);
+    return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
   }
   // Good: 2^-25 <= |x|, -1 < x < infinity.
   static lane_mask<float> flagged(const f32& x, const f32&) {

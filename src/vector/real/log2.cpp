@@ -3,7 +3,6 @@
 // e_high times the short part of t is exact, and p takes the rest. k + log2(1 / r) needs no product at all.
 // EP in single goes without a table: x = 2^k m, m in [2/3, 4/3), and a polynomial in m - 1.
 #include "vector/real/log2_data.hpp"
-#include "vector/real/log_rare.hpp"
 #include "vector/real/log_reduction.hpp"
 
 TMK_TIER_OPEN
@@ -12,14 +11,11 @@ namespace {
 using namespace log2_data;
 
 template <level Level>
-struct single_log2 {
-  using real = float;
+struct single_log2 : positive_logarithm<float, single_log2<Level>> {
   static constexpr char name[] = "vsLog2";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 16;
   static constexpr float filler = 0.75f;
 
-  static f32 fast(const f32& x) { return formula(x, 0); }
   static f32 formula(const f32& x, int k0) {
     if constexpr (Level == level::ep) {
       const auto [k, f] = reduce_about_one(x, k0);
@@ -27,10 +23,7 @@ struct single_log2 {
     }
     f32 row[4];
     load_rows(single_rows, (bits_as<int32_t>(x) >> 14) & i32(0x1F0), row);
-    const f32 m = mantissa(x);
-    const f32 mh = keep_bits(m, 0xFFFFC000);
-    const f32 th = mh * row[0] - f32(1.0f);
-    const f32 tl = (m - mh) * row[0];
+    const auto [th, tl] = split_product(mantissa(x), row[0]);
     const f32 t = th + tl;
     const f32 high = xsimd::to_float(exponent_field(x) + i32(k0)) + row[1];
     if constexpr (Level == level::la) return high + (t * polyeval(t, single_la_polynomial) + row[2]);
@@ -38,21 +31,14 @@ struct single_log2 {
     const f32 rest = linear.low + (row[2] + t * polyeval(t, single_ha_polynomial));
     return sum_of_three(high, linear.high, rest);
   }
-  static lane_mask<float> flagged(const f32& x, const f32&) { return not_positive_normal(x); }
-  static int32_t rare(const float* a, float* r) {
-    return log_rare(a, r, [](float x, int k) { return formula(f32(x), k).get(0); });
-  }
 };
 
 template <level Level>
-struct double_log2 {
-  using real = double;
+struct double_log2 : positive_logarithm<double, double_log2<Level>> {
   static constexpr char name[] = "vdLog2";
-  static constexpr auto controls = control_class::a;
   static constexpr int group = 8;
   static constexpr double filler = 0.75;
 
-  static f64 fast(const f64& x) { return formula(x, 0); }
   static f64 formula(const f64& x, int k0) {
     const auto [reciprocal, log_high, log_low] = row_256(x, log_256_data::log2);
     const f64 m = mantissa(x);
@@ -61,15 +47,11 @@ struct double_log2 {
       const f64 t = m * reciprocal - f64(1.0);
       return high + t * polyeval(t, double_ep_polynomial);
     }
-    const auto [th, tl] = reduce(m, reciprocal);
+    const auto [th, tl] = split_product(m, reciprocal);
     const f64 t = th + tl;
     if constexpr (Level == level::la) return high + (t * polyeval(t, double_la_polynomial) + log_low);
     const f64 rest = log_low + t * polyeval(t, double_ha_polynomial);
     return sum_of_three(high + th * f64(double_e_high), tl * f64(double_e_high), rest);
-  }
-  static lane_mask<double> flagged(const f64& x, const f64&) { return not_positive_normal(x); }
-  static int32_t rare(const double* a, double* r) {
-    return log_rare(a, r, [](double x, int k) { return formula(f64(x), k).get(0); });
   }
 };
 

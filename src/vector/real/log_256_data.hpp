@@ -786,6 +786,5 @@ inline constexpr log_parts log2[] = {
 };
 
 // ln 2 in two such parts.
-inline constexpr double ln2_high = 0x1.62e42fefa38p-1;
-inline constexpr double ln2_low = 0x1.ef35793c7673p-45;
+inline constexpr log_unit<double> ln2 = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
 }  // namespace tmk::log_256_data

@@ -9,6 +9,12 @@ struct alignas(4 * sizeof(Real)) log_row {
   Real reciprocal, high, low;
 };
 
+// log(2) in two parts: its multiples by an exponent, taken of the first, are exact.
+template <class Real>
+struct log_unit {
+  Real high, low;
+};
+
 struct alignas(2 * sizeof(double)) log_parts {
   double high, low;
 };
