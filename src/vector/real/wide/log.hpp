@@ -134,9 +134,9 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
     static constexpr rounded_table<Real> table(constants::high, constants::low);
     const register_table<Real, 4> logarithm(table.entries);
     const value high = xsimd::fma(x.k, value(constants::two[0] + constants::two[1]), logarithm[cell]);
-    const value head = Base == log_base::e ? f : f * value(constants::scale[0]);
     const value f2 = f * f;
     const value q = Level == level::la ? even_odd(f, f2, constants::la) : even_odd(f, f2, constants::ep);
+    const value head = Base == log_base::e ? f : f * value(constants::scale[0]);
     return high + xsimd::fma(f2, q, head);
   }
 }

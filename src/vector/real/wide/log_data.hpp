@@ -38,13 +38,14 @@ constexpr float float_ln_ha[] = {
     -0x1.5b02bep-3,
     0x1.29e4aap-3,
 };
-// Relative error of the polynomial: 2^-24.7421875.
+// Relative error of the polynomial: 2^-28.65625.
 constexpr float float_ln_la[] = {
     -0x1p-1,
-    0x1.55526ep-2,
-    -0x1.fff9f2p-3,
-    0x1.9f62e6p-3,
-    -0x1.5ab084p-3,
+    0x1.555556p-2,
+    -0x1.fff8ep-3,
+    0x1.9991e8p-3,
+    -0x1.5b02bep-3,
+    0x1.29e4aap-3,
 };
 // Relative error of the polynomial: 2^-11.95703125.
 constexpr float float_ln_ep[] = {
@@ -80,13 +81,14 @@ constexpr float float_log2_ha[] = {
     -0x1.f5fa14p-3,
     0x1.afc6cep-3,
 };
-// Relative error of the polynomial: 2^-24.734375.
+// Relative error of the polynomial: 2^-29.3671875.
 constexpr float float_log2_la[] = {
-    -0x1.715476p-1,
-    0x1.ec6c6cp-2,
-    -0x1.7150bcp-2,
-    0x1.2ba3b6p-2,
-    -0x1.f3e9a6p-3,
+    -0x1.715478p-1,
+    0x1.ec70a4p-2,
+    -0x1.714bf6p-2,
+    0x1.276c2p-2,
+    -0x1.f5fa14p-3,
+    0x1.afc6cep-3,
 };
 // Relative error of the polynomial: 2^-11.95703125.
 constexpr float float_log2_ep[] = {
@@ -122,13 +124,14 @@ constexpr float float_log10_ha[] = {
     -0x1.2daedap-4,
     0x1.0331dep-4,
 };
-// Relative error of the polynomial: 2^-24.7578125.
+// Relative error of the polynomial: 2^-28.875.
 constexpr float float_log10_la[] = {
     -0x1.bcb7b2p-3,
-    0x1.2877fp-3,
-    -0x1.bcb112p-4,
-    0x1.68cd22p-4,
-    -0x1.2d6772p-4,
+    0x1.287a78p-3,
+    -0x1.bcb024p-4,
+    0x1.63bd2ep-4,
+    -0x1.2daedap-4,
+    0x1.0331dep-4,
 };
 // Relative error of the polynomial: 2^-11.95703125.
 constexpr float float_log10_ep[] = {
