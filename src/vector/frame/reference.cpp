@@ -1,4 +1,4 @@
-// The extended-precision kernels: a loop over the reference scalars, one per row of functions.def.
+// The extended-precision kernels: a loop over the reference scalars, one per reference row of functions.def.
 // Complex functions run with the x87 unit at 64-bit precision whatever the caller has set.
 #include <cerrno>
 #include <complex>
@@ -119,5 +119,9 @@ int32_t store_result(Element& r, Function function) {
 #define TMK_DEFINE_unpack_mask TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_index TMK_DEFINE_pack_stride
 
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_DEFINE_##shape(letter, stem, shape)
+// Worked functions have kernels of their own in every slot.
+#define TMK_DEFINE_reference(letter, stem, shape) TMK_DEFINE_##shape(letter, stem, shape)
+#define TMK_DEFINE_worked(letter, stem, shape)
+
+#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_DEFINE_##stage(letter, stem, shape)
 #include "vector/frame/functions.def"

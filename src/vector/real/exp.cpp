@@ -14,21 +14,17 @@ using namespace exp_data;
 
 constexpr double log2_e = 0x1.71547652b82fep+0;
 
-// Rare elements of a kernel whose fast() takes the exponent's raise. Single: subnormals by way of double.
 template <class Kernel>
 int32_t exp_element(const float* a, float* r) {
   return exp_rare(
       a, r, [](float x) { return Kernel::fast(f32(x)).get(0); },
-      [](float x) { return x < 0 ? narrow_power(x * log2_e) : Kernel::fast(f32(x), -1).get(0) * 2.0f; });
+      [](float x) { return single_power_at_end<Kernel>(x, log2_e); });
 }
 
 template <class Kernel>
 int32_t exp_element(const double* a, double* r) {
   return exp_rare(
-      a, r, [](double x) { return Kernel::fast(f64(x)).get(0); },
-      [](double x) {
-        return x < 0 ? Kernel::fast(f64(x), 64).get(0) * 0x1p-64 : Kernel::fast(f64(x), -1).get(0) * 2.0;
-      });
+      a, r, [](double x) { return Kernel::fast(f64(x)).get(0); }, power_at_end<Kernel>);
 }
 
 // The last bits of 2^(j/128) that the float in the table lacks are the difference between HA and LA.
@@ -89,22 +85,22 @@ struct double_exp {
   static f64 fast(const f64& x, int raise = 0) {
     const f64 shifter(0x1.8p+52);
     if constexpr (Level == level::ha) {
-      const f64 shifted = x * f64(double_inverse_step) + shifter;
+      const f64 shifted = x * f64(double_inverse_step_64) + shifter;
       const f64 k = shifted - shifter;
-      const f64 r = (x - k * f64(double_step_high)) - k * f64(double_step_low);
+      const f64 r = (x - k * f64(double_step_high_64)) - k * f64(double_step_low_64);
       const f64 p = r + (r * r) * polyeval(r, double_c2, double_c3, double_c4, double_c5);
       const i64 n = bits_as<int64_t>(shifted);
       const auto [high, low] = fraction_power<6>(n);
       return scale_power<6>(high + (low + high * p), n, raise);
     }
-    const f64 shifted = x * f64(double_inverse_step_la) + shifter;
+    const f64 shifted = x * f64(double_inverse_step_128) + shifter;
     const f64 k = shifted - shifter;
     f64 p;
     if constexpr (Level == level::la) {
-      const f64 r = (x - k * f64(double_step_high_la)) - k * f64(double_step_low_la);
+      const f64 r = (x - k * f64(double_step_high_128)) - k * f64(double_step_low_128);
       p = r + (r * r) * polyeval(r, 0.5, double_la_c3, double_la_c4);
     } else {
-      const f64 r = x - k * f64(double_step_ep);
+      const f64 r = x - k * f64(double_step_128);
       p = r + f64(0.5) * r * r;
     }
     const i64 n = bits_as<int64_t>(shifted);
