@@ -136,8 +136,8 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
     const value high = xsimd::fma(x.k, value(constants::two[0] + constants::two[1]), logarithm[cell]);
     const value f2 = f * f;
     const value q = Level == level::la ? even_odd(f, f2, constants::la) : even_odd(f, f2, constants::ep);
-    const value head = Base == log_base::e ? f : f * value(constants::scale[0]);
-    return high + xsimd::fma(f2, q, head);
+    if constexpr (Base == log_base::e) return high + xsimd::fma(f2, q, f);
+    return high + xsimd::fma(f, value(constants::scale[0]), f2 * q);
   }
 }
 
