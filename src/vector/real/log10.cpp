@@ -10,6 +10,8 @@ namespace {
 
 using namespace log10_data;
 
+// Maximum error 1.991 ulp at 0x1.fdfc8ep-1: got -0x1.c097bap-10, want -0x1.c097bdfae9567p-10 (all inputs),
+// 22.6 bits at 0x1.027d3cp+0.
 struct single_log10_la : positive_logarithm<float, single_log10_la> {
   static constexpr char name[] = "vsLog10";
   static constexpr int group = 4;
@@ -22,6 +24,7 @@ struct single_log10_la : positive_logarithm<float, single_log10_la> {
   }
 };
 
+// Maximum error 0.616 ulp at 0x1.fbec68p-1: got -0x1.c70a7cp-9, want -0x1.c70a7ac4df874p-9 (all inputs).
 struct single_log10_ha : positive_logarithm<float, single_log10_ha> {
   static constexpr char name[] = "vsLog10";
   static constexpr int group = 8;
@@ -35,6 +38,8 @@ struct single_log10_ha : positive_logarithm<float, single_log10_ha> {
   }
 };
 
+// Maximum relative error 2^-14.04 at 0x1.555576p+0: got 0x1.ffc834p-4, want 0x1.ffc06cfa113c4p-4
+// (all inputs).
 struct single_log10_ep : positive_logarithm<float, single_log10_ep> {
   static constexpr char name[] = "vsLog10";
   static constexpr int group = 16;
@@ -46,6 +51,8 @@ struct single_log10_ep : positive_logarithm<float, single_log10_ep> {
   }
 };
 
+// Maximum error 0.5007 ulp at 0x1.004611e96be81p+0: got 0x1.e6a2ca793a8ccp-12,
+// want 0x1.e6a2ca793a8cc8030e20p-12 (6,000,000 samples).
 struct double_log10_ha : positive_logarithm<double, double_log10_ha> {
   static constexpr char name[] = "vdLog10";
   static constexpr int group = 4;

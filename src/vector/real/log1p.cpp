@@ -12,6 +12,8 @@ namespace {
 
 using namespace log1p_data;
 
+// Maximum error 0.508 ulp at 0x1.16db5d480fb3ep-48: got 0x1.16db5d480fb34p-48,
+// want 0x1.16db5d480fb3481f6ab7p-48 (5,000,000 samples).
 struct double_log1p {
   using real = double;
   static constexpr char name[] = "vdLog1p";
@@ -47,6 +49,7 @@ struct double_log1p {
   }
 };
 
+// Maximum error 0.5002 ulp at -0x1.8488b6p-8: got -0x1.85b0b8p-8, want -0x1.85b0b900193acp-8 (all inputs).
 struct single_log1p {
   using real = float;
   static constexpr char name[] = "vsLog1p";

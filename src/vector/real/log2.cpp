@@ -10,6 +10,9 @@ namespace {
 
 using namespace log2_data;
 
+// Maximum error, all inputs: 1.422 ulp (LA) at 0x1.0a5784p+0: got 0x1.d40d9p-5, want 0x1.d40d8d27e2fb3p-5;
+// 0.570 ulp (HA) at 0x1.096f54p+0: got 0x1.abbcf8p-5, want 0x1.abbcf6dc7b081p-5.
+// Maximum relative error 2^-14.04 (EP) at 0x1.5555a2p+0: got 0x1.a90754p-2, want 0x1.a900e2e9cdb06p-2.
 template <level Level>
 struct single_log2 : positive_logarithm<float, single_log2<Level>> {
   static constexpr char name[] = "vsLog2";
@@ -33,6 +36,10 @@ struct single_log2 : positive_logarithm<float, single_log2<Level>> {
   }
 };
 
+// Maximum error in 6,000,000 samples: 1.42 ulp (LA) at 0x1.005870f2591e9p+0: got 0x1.fe07d83feac0fp-10,
+// want 0x1.fe07d83feac106b912a1p-10; 0.502 ulp (HA) at 0x1.00e7cb19a4a0fp+0: got 0x1.4dd13034db03p-8,
+// want 0x1.4dd13034db02f7fa296bp-8; relative 2^-27.7 (EP) at 0x1.0087d41b0e49dp+0: got 0x1.87834282a1bfcp-9,
+// want 0x1.878342a00356fp-9.
 template <level Level>
 struct double_log2 : positive_logarithm<double, double_log2<Level>> {
   static constexpr char name[] = "vdLog2";
