@@ -34,7 +34,7 @@ struct single_sqrt {
     const f32 product = xh * rh;
     const f32 e = (product * rh - f32(1.0f)) + (xl * rh) * rh;
     const f32 p = e * (f32(-0.5f) + e * (f32(0.375f) - f32(0.3125f) * e));
-    return ((p * rh) * x + xl * rh) + product;
+    return (((p * rh) * x + xl * rh) + product) | (x & f32(-0.0f));  // of all good lanes -0 alone has a sign
   }
   // Good: zeros and positive normal numbers. Tested on x: whether x r comes out infinite for a subnormal depends on
   // the processor's estimate.
