@@ -3,6 +3,8 @@
 // fills.
 #pragma once
 
+#include <algorithm>
+
 #include "platform/simd.hpp"
 #include "vector/real/powers_data.hpp"
 
@@ -46,16 +48,23 @@ inline float narrow_power(double t) {
   return static_cast<float>(power * from_bits<double>(((k >> 7) + format<double>::bias) << 52));
 }
 
+// The error of a level must not carry the last finite results to infinity.
+template <class Real>
+Real clamped_to_finite(Real y) {
+  return std::min(y, from_bits<Real>(format<Real>::infinity - 1));
+}
+
 // Results at the ends of the format, for exp_rare.hpp: the kernel's formula with n moved inside, and an exact
 // way back; single subnormals by way of double, with the function as 2^(x log2_base).
 template <class Kernel>
 double power_at_end(double x) {
-  return x < 0 ? Kernel::fast(f64(x), 64).get(0) * 0x1p-64 : Kernel::fast(f64(x), -1).get(0) * 2.0;
+  return x < 0 ? Kernel::fast(f64(x), 64).get(0) * 0x1p-64
+               : clamped_to_finite(Kernel::fast(f64(x), -1).get(0) * 2.0);
 }
 
 template <class Kernel>
 float single_power_at_end(float x, double log2_base) {
-  return x < 0 ? narrow_power(x * log2_base) : Kernel::fast(f32(x), -1).get(0) * 2.0f;
+  return x < 0 ? narrow_power(x * log2_base) : clamped_to_finite(Kernel::fast(f32(x), -1).get(0) * 2.0f);
 }
 
 }  // namespace
