@@ -1,7 +1,8 @@
 // e^x on the baseline: x = k log(2)/N + r with an integral k = N n + j, so that
 //   e^x = 2^n 2^(j/N) e^r,  |r| <= log(2) / (2 N).
-// The table holds 2^(j/N); r is so small that a short polynomial serves. Single EP does without a table (N =
-// 1).
+// The table holds 2^(j/N); r is so small that a short polynomial serves. Single EP has no table: N is 1.
+// The errors below hold for normal results. Subnormal doubles are rounded twice: HA within 0.754 ulp.
+// Subnormal singles are rounded once, but end early: from -103.279 down the result is 0, by the limits.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/exp_data.hpp"
 #include "vector/real/exp_rare.hpp"
@@ -28,6 +29,8 @@ int32_t exp_element(const double* a, double* r) {
 }
 
 // The last bits of 2^(j/128) that the float in the table lacks are the difference between HA and LA.
+// Maximum error, every 2^-40 <= |x| <= 160: 0.574 ulp (HA) at 0x1.30c77p+6: got 0x1.e655ccp+109, want
+// 0x1.e655cada4ep+109; 1.969 ulp (LA) at -0x1.e81654p-6: got 0x1.f0f8ep-1, want 0x1.f0f8e3efe8p-1.
 template <level Level>
 struct single_exp {
   using real = float;
@@ -53,6 +56,8 @@ struct single_exp {
   static int32_t rare(const float* a, float* r) { return exp_element<single_exp>(a, r); }
 };
 
+// Maximum error, every 2^-40 <= |x| <= 160: 2159.3 ulp (12.9 bits) at 0x1.1ef684p+6: got 0x1.69f978p+103,
+// want 0x1.6a0a569056p+103.
 template <>
 struct single_exp<level::ep> {
   using real = float;
@@ -75,6 +80,10 @@ struct single_exp<level::ep> {
   static int32_t rare(const float* a, float* r) { return exp_element<single_exp>(a, r); }
 };
 
+// Maximum error in 3,000,000 samples: 0.527 ulp (HA) at -0x1.66654c5b717c7p+8: got 0x1.ec9c84019a1d8p-518,
+// want 0x1.ec9c84019a1d779p-518; 4.43 ulp (LA, 50.8 bits) at -0x1.3692a1dbe5e8dp-6: got 0x1.f662d17ef84b2p-1,
+// want 0x1.f662d17ef84b66dp-1; 28.2 bits (EP) at -0x1.62e05b522b167p-9: got 0x1.fe9d9aa0fe20bp-1,
+// want 0x1.fe9d9a8498ef338p-1.
 template <level Level>
 struct double_exp {
   using real = double;

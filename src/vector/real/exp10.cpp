@@ -12,6 +12,8 @@ using namespace exp10_data;
 
 constexpr double log2_10 = 0x1.a934f0979a371p+1;
 
+// Maximum error, every 2^-40 <= |x| <= 160: 0.557 ulp at 0x1.20fbe4p+5: got 0x1.ff493ap+119,
+// want 0x1.ff493b1ce3p+119.
 struct single_exp10 {
   using real = float;
   static constexpr char name[] = "vsExp10";
@@ -40,6 +42,8 @@ struct single_exp10 {
   }
 };
 
+// Maximum error in 3,000,000 samples: 0.508 ulp at -0x1.70b5d25d8e8a6p+6: got 0x1.bb7e9e6f070fcp-307,
+// want 0x1.bb7e9e6f070fb7ep-307; subnormal results, rounded twice, 0.749 ulp.
 struct double_exp10 {
   using real = double;
   static constexpr char name[] = "vdExp10";

@@ -11,8 +11,8 @@ inline constexpr double double_inverse_step = 0x1.a934f0979a371p8;
 inline constexpr double double_step_high = 0x1.3441350ap-9;
 inline constexpr double double_step_low = -0x1.0c0219dc1da99p-46;
 
-// Relative error of 1 + p(r): 2^-29.9, |r| <= 1.18e-3.
-inline constexpr float single_c1 = 0x1.26bb2cp1f;
+// Relative error of 1 + p(r): 2^-30.1, |r| <= 1.18e-3.
+inline constexpr float single_c1 = 0x1.26bb2ep1f;
 inline constexpr float single_c2 = 0x1.535254p1f;
 
 // Relative error of 1 + p(r): 2^-63.1, |r| <= 1.18e-3.

@@ -10,6 +10,8 @@ namespace {
 
 using namespace exp2_data;
 
+// Maximum error, every 2^-40 <= |x| <= 160: 0.619 ulp at -0x1.7ff216p-6: got 0x1.f7c028p-1,
+// want 0x1.f7c026c373p-1.
 struct single_exp2 {
   using real = float;
   static constexpr char name[] = "vsExp2";
@@ -37,6 +39,8 @@ struct single_exp2 {
   }
 };
 
+// Maximum error in 3,000,000 samples: 0.522 ulp at 0x1.cf8d5bf6161p+5: got 0x1.ec83c53ff0642p+57,
+// want 0x1.ec83c53ff06417ap+57; subnormal results, rounded twice, 0.752 ulp.
 struct double_exp2 {
   using real = double;
   static constexpr char name[] = "vdExp2";

@@ -4,7 +4,7 @@
 namespace tmk::exp2_data {
 
 // Relative error of 1 + p(r): 2^-27.1, |r| <= 7.81e-3.
-inline constexpr float single_c1 = 0x1.62e484p-1f;
+inline constexpr float single_c1 = 0x1.62e486p-1f;
 inline constexpr float single_c2 = 0x1.ebfbfap-3f;
 
 // Relative error of 1 + p(r): 2^-59.3, |r| <= 7.81e-3.

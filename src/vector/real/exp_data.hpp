@@ -3,7 +3,8 @@
 
 namespace tmk::exp_data {
 
-// Single, HA and LA: step = log(2) / 128. Products of step_high (9 bits) with k (15 bits) are exact.
+// Single, HA and LA: step = log(2) / 128.
+// Products of step_high (9 bits) with k (15 bits) are exact.
 inline constexpr float single_inverse_step = 0x1.715476p7f;
 inline constexpr float single_step_high = 0x1.63p-8f;
 inline constexpr float single_step_low = -0x1.bd0106p-20f;

@@ -17,6 +17,8 @@ using namespace expm1_data;
 
 constexpr double shifter = 0x1.8p+52;
 
+// Maximum error, every 2^-40 <= |x| <= 160: 0.505 ulp at 0x1.63063p-9: got 0x1.638162p-9,
+// want 0x1.6381630275p-9.
 struct single_expm1 {
   using real = float;
   static constexpr char name[] = "vsExpm1";
@@ -47,6 +49,9 @@ struct single_expm1 {
 };
 
 // HA keeps S - 1 and S r in two parts each: S r by halves of 26 and 27 bits, whose product is exact.
+// Maximum error in 3,000,000 samples: 0.503 ulp (HA) at 0x1.8803d73104ap-9: got 0x1.889a10765552fp-9,
+// want 0x1.889a10765552f81p-9; 1.987 ulp (LA) at -0x1.67a38a93876p-9: got -0x1.6725591b78b2ap-9,
+// want -0x1.6725591b78b2804p-9.
 template <level Level>
 struct double_expm1 {
   using real = double;

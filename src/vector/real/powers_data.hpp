@@ -5,7 +5,8 @@
 
 namespace tmk {
 
-// The fraction bits of the nearest float, ready for an exponent, and what that float lacks, relative to it.
+// The fraction bits of the nearest float, ready for an exponent,
+// and what that float lacks, relative to it.
 struct single_power {
   uint32_t fraction;
   float correction;
