@@ -1,0 +1,194 @@
+// Function objects by shape of the arguments. Each overload packs its arguments into one `call`; the library
+// checks and runs it.
+#pragma once
+
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <tmk/scopes.hpp>
+#include <type_traits>
+
+namespace tmk::detail {
+
+// Stems of the C interface's names.
+enum class stem : std::uint8_t {
+  // clang-format off
+  Add, Sub, Mul, MulByConj, Div, Sqr, Abs, Conj, Arg, LinearFrac, Fmod, Remainder, Fdim, Fmax, Fmin, MaxMag,
+  MinMag, CopySign, NextAfter,
+  Inv, Sqrt, InvSqrt, Cbrt, InvCbrt, Pow, Powx, Powr, Pow2o3, Pow3o2, Hypot,
+  Exp, Exp2, Exp10, Expm1, Ln, Log2, Log10, Log1p, Logb,
+  Sin, Cos, SinCos, Tan, CIS, Sinpi, Cospi, Tanpi, Sind, Cosd, Tand,
+  Asin, Acos, Atan, Atan2, Asinpi, Acospi, Atanpi, Atan2pi,
+  Sinh, Cosh, Tanh, Asinh, Acosh, Atanh,
+  Erf, Erfc, ErfInv, ErfcInv, CdfNorm, CdfNormInv, LGamma, TGamma, ExpInt1,
+  Floor, Ceil, Trunc, Round, NearbyInt, Rint, Modf, Frac,
+  PackI, PackM, PackV, UnpackI, UnpackM, UnpackV,
+  count
+  // clang-format on
+};
+
+enum class precision : std::uint8_t { s, d, c, z };
+
+template <class T>
+constexpr bool is_complex = !std::is_floating_point_v<T>;
+
+template <class T>
+constexpr bool is_double = std::is_same_v<T, double> || std::is_same_v<T, std::complex<double>>;
+
+// The precision letter of a function between these element types: complex when either is.
+template <class A, class R = A>
+constexpr precision precision_of = static_cast<precision>(2 * (is_complex<A> || is_complex<R>)+is_double<A>);
+
+struct array {
+  const void* data = nullptr;
+  std::size_t size = 0;
+};
+
+template <class T>
+array describe(std::span<T> s) {
+  return {s.data(), s.size()};
+}
+
+// One call. A shape without b or r2 leaves them empty; scalars points to the values passed beside the arrays.
+struct call {
+  stem function;
+  precision letter;
+  accuracy level;
+  array a, b, r, r2;
+  const void* scalars;
+};
+
+void run(const call& c);
+
+// A gather or scatter: the spread array is the one walked by stride, mask or index.
+struct movement {
+  stem function;
+  precision letter;
+  array a, y;
+  array entries;  // mask or index
+  bool wide;      // entries of 64 bits
+  std::int64_t stride;
+};
+
+std::size_t run(const movement& m);
+
+template <class... Overloads>
+struct overload_set : Overloads... {
+  using Overloads::operator()...;
+};
+
+template <stem Stem, class A, class R = A>
+struct unary_call {
+  void operator()(std::span<const A> a, std::span<R> r, accuracy level = accuracy::inherited) const {
+    run(call{Stem, precision_of<A, R>, level, describe(a), {}, describe(r), {}, nullptr});
+  }
+};
+
+template <stem Stem, class T>
+struct binary_call {
+  void operator()(std::span<const T> a, std::span<const T> b, std::span<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run(call{Stem, precision_of<T>, level, describe(a), describe(b), describe(r), {}, nullptr});
+  }
+};
+
+template <stem Stem, class T>
+struct scalar_exponent_call {
+  void operator()(std::span<const T> a, std::type_identity_t<T> b, std::span<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r), {}, &b});
+  }
+};
+
+template <stem Stem, class T>
+struct two_results_call {
+  void operator()(std::span<const T> a, std::span<T> r1, std::span<T> r2,
+                  accuracy level = accuracy::inherited) const {
+    run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r1), describe(r2), nullptr});
+  }
+};
+
+template <class T>
+struct linear_frac_call {
+  void operator()(std::span<const T> a, std::span<const T> b, T scalea, T shifta, T scaleb, T shiftb,
+                  std::span<T> r, accuracy level = accuracy::inherited) const {
+    const T scalars[] = {scalea, shifta, scaleb, shiftb};
+    run(call{stem::LinearFrac, precision_of<T>, level, describe(a), describe(b), describe(r), {}, scalars});
+  }
+};
+
+template <stem, class T>
+struct pack_stride {
+  void operator()(std::span<const T> a, std::int64_t stride, std::span<T> y) const {
+    run(movement{stem::PackI, precision_of<T>, describe(a), describe(y), {}, true, stride});
+  }
+};
+
+template <stem, class T>
+struct unpack_stride {
+  void operator()(std::span<const T> a, std::span<T> y, std::int64_t stride) const {
+    run(movement{stem::UnpackI, precision_of<T>, describe(a), describe(y), {}, true, stride});
+  }
+};
+
+template <stem Stem, class T, class Integer>
+struct pack_call {
+  std::size_t operator()(std::span<const T> a, std::span<const Integer> entries, std::span<T> y) const {
+    return run(movement{Stem, precision_of<T>, describe(a), describe(y), describe(entries),
+                        sizeof(Integer) == 8, 0});
+  }
+};
+
+template <stem Stem, class T, class Integer>
+struct unpack_call {
+  std::size_t operator()(std::span<const T> a, std::span<T> y, std::span<const Integer> entries) const {
+    return run(movement{Stem, precision_of<T>, describe(a), describe(y), describe(entries),
+                        sizeof(Integer) == 8, 0});
+  }
+};
+
+using single_complex = std::complex<float>;
+using double_complex = std::complex<double>;
+
+// A call shape over the real types, the complex types, or all four.
+template <template <stem, class> class Call, stem Stem>
+using over_reals = overload_set<Call<Stem, float>, Call<Stem, double>>;
+template <template <stem, class> class Call, stem Stem>
+using over_complex = overload_set<Call<Stem, single_complex>, Call<Stem, double_complex>>;
+template <template <stem, class> class Call, stem Stem>
+using over_all = overload_set<over_reals<Call, Stem>, over_complex<Call, Stem>>;
+
+template <stem Stem, class T>
+struct elementwise : unary_call<Stem, T> {};
+
+template <stem Stem>
+using real_unary = over_reals<elementwise, Stem>;
+template <stem Stem>
+using complex_unary = over_complex<elementwise, Stem>;
+template <stem Stem>
+using unary = over_all<elementwise, Stem>;
+template <stem Stem>
+using real_binary = over_reals<binary_call, Stem>;
+template <stem Stem>
+using complex_binary = over_complex<binary_call, Stem>;
+template <stem Stem>
+using binary = over_all<binary_call, Stem>;
+template <stem Stem>
+using scalar_exponent = over_all<scalar_exponent_call, Stem>;
+template <stem Stem>
+using two_results = over_reals<two_results_call, Stem>;
+template <stem Stem>
+using real_result =
+    overload_set<unary_call<Stem, single_complex, float>, unary_call<Stem, double_complex, double>>;
+template <stem Stem>
+using real_argument =
+    overload_set<unary_call<Stem, float, single_complex>, unary_call<Stem, double, double_complex>>;
+
+template <stem Stem, class T>
+struct pack_entries : overload_set<pack_call<Stem, T, std::int32_t>, pack_call<Stem, T, std::int64_t>> {};
+template <stem Stem, class T>
+struct unpack_entries : overload_set<unpack_call<Stem, T, std::int32_t>, unpack_call<Stem, T, std::int64_t>> {
+};
+
+}  // namespace tmk::detail

@@ -1,0 +1,73 @@
+#include "api/check.hpp"
+
+#include <string>
+
+namespace tmk::detail {
+
+int slot_of(const row& f, accuracy level) {
+  const int slot =
+      level == accuracy::inherited ? tmk_vtm_kernel_GetTTableIndex() : static_cast<int>(level) - 1;
+  if (slot < TMK_SLOT_LA || slot > TMK_SLOT_EP) [[unlikely]] {
+    const std::string value = std::to_string(slot + 1);
+    refuse(
+        f.name.data(), "level", value,
+        "is " + value + (level == accuracy::inherited ? " in the thread's mode" : "") + ", want 1, 2 or 3");
+  }
+  return slot;
+}
+
+void refuse(const char* function, std::string argument, std::string value, std::string complaint) {
+  throw error(VTM_STATUS_BADARG, function, std::move(argument), std::move(value), complaint);
+}
+
+void check_data(const char* function, const operand& o) {
+  if (o.values.data == nullptr && o.values.size != 0) [[unlikely]]
+    refuse(function, o.name, "null", "is null, want " + std::to_string(o.values.size) + " elements");
+}
+
+void check_overlap(const char* function, const operand& result, const operand& other, bool in_place) {
+  const auto r = reinterpret_cast<std::uintptr_t>(result.values.data);
+  const auto x = reinterpret_cast<std::uintptr_t>(other.values.data);
+  if (r == x && in_place) return;
+  const bool apart = r + result.values.size * result.width <= x || x + other.values.size * other.width <= r;
+  if (apart) [[likely]]
+    return;
+  const auto distance = static_cast<std::intptr_t>(r - x);
+  const std::string value = "begins " + std::to_string(distance) + " bytes from " + other.name;
+  refuse(function, result.name, value, value + " and overlaps it");
+}
+
+namespace {
+
+void check_size(const char* function, const operand& o, std::size_t want) {
+  if (o.values.size != want) [[unlikely]]
+    refuse(function, o.name, std::to_string(o.values.size),
+           "has size " + std::to_string(o.values.size) + ", want " + std::to_string(want));
+}
+
+}  // namespace
+
+void check(const row& f, const call& c) {
+  const char* function = f.name.data();
+  const operand a{"a", c.a, f.a.width()}, b{"b", c.b, f.a.width()};
+  const operand r{f.has_r2 ? "r1" : "r", c.r, f.r.width()}, r2{"r2", c.r2, f.r.width()};
+  const bool in_place = a.width == r.width;
+
+  check_data(function, a);
+  if (f.has_b) {
+    check_size(function, b, c.a.size);
+    check_data(function, b);
+  }
+  check_size(function, r, c.a.size);
+  check_data(function, r);
+  check_overlap(function, r, a, in_place);
+  if (f.has_b) check_overlap(function, r, b, in_place);
+  if (f.has_r2) {
+    check_size(function, r2, c.a.size);
+    check_data(function, r2);
+    check_overlap(function, r2, a, in_place);
+    check_overlap(function, r2, r, false);
+  }
+}
+
+}  // namespace tmk::detail
