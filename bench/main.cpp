@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -22,7 +24,7 @@ using namespace tmk::bench;
 
 namespace {
 
-constexpr int repetitions = 9;
+constexpr int default_repetitions = 9;
 constexpr std::int32_t sizes[] = {8, 1000, 4'000'000};
 constexpr std::int32_t largest_size = 4'000'000;
 
@@ -165,25 +167,26 @@ std::string processor_name() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string fixed[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.01",
-                               "--benchmark_repetitions=" + std::to_string(repetitions)};
+  std::string options[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.01", ""};
   std::vector<char*> arguments{argv[0]};
-  for (const std::string& option : fixed) arguments.push_back(const_cast<char*>(option.c_str()));
   std::string filter;
   bool markdown = false;
+  int repetitions = default_repetitions;
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--markdown")
       markdown = true;
-    else if (word.starts_with("--benchmark_"))
-      arguments.push_back(argv[i]);
+    else if (word.starts_with("--repetitions="))
+      repetitions = std::max(1, std::atoi(word.c_str() + std::strlen("--repetitions=")));
     else if (word.starts_with("-") || !filter.empty()) {
       std::fprintf(stderr,
-                   "usage: tmk-bench [regular expression of sExp/1000] [--markdown] [--benchmark_...]\n");
+                   "usage: tmk-bench [regular expression of sExp/1000] [--markdown] [--repetitions=N]\n");
       return 2;
     } else
       filter = word;
   }
+  options[2] = "--benchmark_repetitions=" + std::to_string(repetitions);
+  for (std::string& option : options) arguments.push_back(option.data());
   int count = static_cast<int>(arguments.size());
   ::benchmark::Initialize(&count, arguments.data());
   const std::regex wanted(filter);

@@ -1,6 +1,7 @@
 #include "results.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 
 #include "peers.hpp"
@@ -22,6 +23,12 @@ const subject* find_level(const group& g, int tier, const char* level) {
   };
   const auto found = std::ranges::find_if(g.subjects, serves);
   return found == g.subjects.end() ? nullptr : &*found;
+}
+
+// How busy the machine was besides: processor time is counted, but caches and memory are shared.
+double load_average() {
+  double load = 0;
+  return getloadavg(&load, 1) == 1 ? load : 0;
 }
 
 std::string today() {
@@ -130,16 +137,17 @@ void print_markdown(std::FILE* out, const std::vector<group>& groups, const std:
   std::fprintf(out, R"(<!-- Made by `./dev bench --markdown`: do not edit. -->
 # Performance
 
-%s, %s. Nanoseconds per element of processor time on one core; the median of %d repetitions, those of the
-function's kernels and peers in random order, in one process, on the same arrays. In brackets: the time
-divided by that of the fastest peer in the same instruction set, so below 1 the kernel is faster.
+%s, %s, load average %.1f. Nanoseconds per element of processor time on one core; the median of %d
+repetitions, those of the function's kernels and peers in random order, in one process, on the same arrays. In
+brackets: the time divided by that of the fastest peer in the same instruction set, so below 1 the kernel is
+faster.
 
 Peers: the C library's vector functions (libmvec, up to 4 ulp), SLEEF (u10: 1.0 ulp, u35: 3.5 ulp), Eigen's
 array expressions, and the plain loop over the C library's scalar function. Kernels are called through the
 dispatch record; a column without a figure shares the kernel of a narrower tier. Functions with * have no
 kernels of their own yet: they run in extended precision at every level.
 )",
-               processor.c_str(), today().c_str(), repetitions);
+               processor.c_str(), today().c_str(), load_average(), repetitions);
   for (int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
     if (std::ranges::find(tiers, tier) == tiers.end())
       std::fprintf(out, "\nThe tier %s was not measured: the processor does not have it.\n",
