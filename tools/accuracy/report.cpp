@@ -170,7 +170,7 @@ void print_source_comments(std::FILE* out, const measurement& m) {
 
 void print_markdown(std::FILE* out, const std::vector<measurement>& all, const std::vector<int>& tiers,
                     std::int64_t samples) {
-  std::fprintf(out, R"(<!-- Made by `./dev accuracy --markdown`: do not edit. -->
+  std::fprintf(out, R"(<!-- Made by `./dev accuracy --markdown --samples %lld`: do not edit. -->
 # Accuracy
 
 Measured against MPFR and MPC, over %lld seeded samples per function (%lld per complex function):
@@ -184,7 +184,8 @@ no value; `inf` in a table means that a number met a special. A complex result i
 and the sign of a zero does not count.
 
 )",
-               static_cast<long long>(samples), static_cast<long long>(samples / samples_per_complex_sample));
+               static_cast<long long>(samples), static_cast<long long>(samples),
+               static_cast<long long>(samples / samples_per_complex_sample));
   for (int tier : tools::all_tiers)
     if (std::ranges::find(tiers, tier) == tiers.end())
       std::fprintf(out, "The tier %s was not measured: the processor of this run does not have it.\n\n",
