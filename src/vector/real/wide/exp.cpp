@@ -5,6 +5,15 @@
 TMK_TIER_OPEN
 namespace {
 
+// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
+//   single HA: 0.537 ulp at -0x1.eddd82p+5: got 0x1.ea6bf4p-90, want 0x1.ea6bf2edp-90.
+//   single LA: 1.135 ulp at 0x1.75540cp+2: got 0x1.5577e4p+8, want 0x1.5577e1bbp+8.
+//   single EP: 1651 ulp at -0x1.5b783ep+6: got 0x1.9949f6p-126, want 0x1.993d102ap-126.
+//   double HA: 0.583 ulp at 0x1.204fd5f92971ep-1: got 0x1.c191576a36aeep+0, want 0x1.c191576a36aee958p+0.
+//   double LA: 1.253 ulp at -0x1.1fca7e69c8055p+2: got 0x1.6d35d8fc6a198p-7, want 0x1.6d35d8fc6a196bf8p-7.
+//   double EP: 2.28e7 ulp at 0x1.621a09b1fc0ep+9: got 0x1.a622c1402613dp+1021,
+//     want 0x1.a622c12a6091ab18p+1021.
+// Single ends at -103.278..., as defined: where the last subnormal would still be nearest, the result is 0.
 template <class Real, level Level>
 struct wide_exp {
   using real = Real;

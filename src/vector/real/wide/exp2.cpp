@@ -4,6 +4,9 @@
 TMK_TIER_OPEN
 namespace {
 
+// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
+//   single: 0.536 ulp at 0x1.999878p-1: got 0x1.bdb82p+0, want 0x1.bdb81eeep+0.
+//   double: 0.559 ulp at 0x1.f2587373afe84p+9: got 0x1.9d4b2b3ca188cp+996, want 0x1.9d4b2b3ca188b71p+996.
 template <class Real>
 struct wide_exp2 {
   using real = Real;

@@ -7,6 +7,10 @@
 TMK_TIER_OPEN
 namespace {
 
+// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
+//   single: 0.554 ulp at -0x1.6e8dp-5: got -0x1.667898p-5, want -0x1.6678991cp-5.
+//   double HA: 0.561 ulp at -0x1.62f48d1c9ed16p-5: got -0x1.5b6008e8f033p-5, want -0x1.5b6008e8f032f708p-5.
+//   double LA: 1.473 ulp at -0x1.735af1045d2e8p-5: got -0x1.6b105fc670b77p-5, want -0x1.6b105fc670b7587p-5.
 template <class Real, level Level>
 struct wide_expm1 {
   using real = Real;
