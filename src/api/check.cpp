@@ -16,7 +16,7 @@ int slot_of(const row& f, accuracy level) {
   return slot;
 }
 
-void refuse(const char* function, std::string argument, std::string value, std::string complaint) {
+void refuse(const char* function, std::string argument, std::string value, const std::string& complaint) {
   throw error(VTM_STATUS_BADARG, function, std::move(argument), std::move(value), complaint);
 }
 

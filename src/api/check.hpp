@@ -12,7 +12,7 @@ int slot_of(const row& f, accuracy level);
 void check(const row& f, const call& c);
 
 [[noreturn]] void refuse(const char* function, std::string argument, std::string value,
-                         std::string complaint);
+                         const std::string& complaint);
 
 struct operand {
   const char* name;
