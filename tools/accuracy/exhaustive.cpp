@@ -70,7 +70,8 @@ constexpr filter filters[] = {
     {"Frac", [](double x) { return x - std::trunc(x); }},
 };
 
-constexpr double trust = 0x1p-46;  // relative error of a filter's value
+constexpr double trust = 0x1p-46;            // relative error of a filter's value
+constexpr double underflow_doubt = 0x1p-60;  // ulp of a float: more than a double loses where it underflows
 constexpr std::int64_t check_every = 4099;
 constexpr std::int64_t block_size = 4096;
 constexpr std::int64_t task_size = std::int64_t{1} << 20;
@@ -103,7 +104,7 @@ bool settle(tally& t, double y, double got) {
   if (!std::isfinite(rounded)) return false;
   const double units = units_per_one(y);
   const double error = std::abs(got - y) * units;
-  const double doubt = magnitude * trust * units;
+  const double doubt = magnitude * trust * units + underflow_doubt;
   if (error + doubt > t.worst.error) return false;
   if (std::abs(std::abs(y - rounded) * units - 0.5) <= doubt) return false;
   ++t.count;
@@ -119,7 +120,7 @@ bool holds(const exact_value& exact, double y) {
   if (std::isnan(exact.rounded) || std::isnan(y)) return std::isnan(exact.rounded) && std::isnan(y);
   if (std::isinf(exact.rounded)) return std::abs(y) >= 0x1.ffffffp127 * (1 - trust);
   const double distance = std::abs(std::ldexp(y - exact.rounded, -exact.ulp_exponent) - exact.residual);
-  return distance <= std::ldexp(std::abs(y), -exact.ulp_exponent) * trust;
+  return distance <= std::ldexp(std::abs(y), -exact.ulp_exponent) * trust + underflow_doubt;
 }
 
 }  // namespace
