@@ -15,6 +15,7 @@ struct thread_state {
   capture* watching = nullptr;  // whoever takes the reports of the kernel that runs
 };
 
-inline constinit thread_local thread_state state;
+// In the static block of thread-local storage: found without a call, also from the shared library.
+[[gnu::tls_model("initial-exec")]] inline constinit thread_local thread_state state;
 
 }  // namespace tmk::detail

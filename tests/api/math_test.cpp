@@ -203,7 +203,7 @@ TEST(math, gather_and_scatter_in_pieces) {
 
 TEST(math, index_beyond_32_bits) {
   if constexpr (sizeof(void*) == 8) {
-    constexpr std::size_t size = (std::size_t{1} << 32) + 16;
+    constexpr auto size = static_cast<std::size_t>((std::uint64_t{1} << 32) + 16);
     void* const memory = mmap(nullptr, size * sizeof(float), PROT_READ | PROT_WRITE,
                               MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) GTEST_SKIP() << "no address space of 16 GB";
