@@ -170,12 +170,14 @@ uint32_t lane_bits(const lane_mask<T>& m) {
 }
 
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
-// Doubles tested on their upper 32 bits: the mask holds in the sign bit that lane_bits looks at, and only there.
+// Doubles tested on their upper 32 bits: the mask holds in the sign bit that lane_bits looks at, and only
+// there.
 inline lane_mask<double> mask_of_high_words(const xsimd::batch_bool<int32_t>& m) {
   return lane_mask<double>(std::bit_cast<__m128d>(m.data));
 }
 
-// Rows of two values, picked by each lane's index (below 2^16): a load per lane, for want of a gather instruction.
+// Rows of two values, picked by each lane's index (below 2^16): a load per lane, for want of a gather
+// instruction.
 template <class Row>
 double_value<f32> lookup(const Row* rows, const i32& index) {
   static_assert(sizeof(Row) == 2 * sizeof(float));
@@ -276,9 +278,9 @@ batch<T> estrin(const batch<T>& x, const T (&c)[Count]) {
 #endif
 
 #if TMK_TIER_NUMBER(TMK_TIER) > 0
-// A table of 8 or 4 entries held in registers, looked up by permutation. table_index makes the index vector from
-// the three or two bits of each lane that begin at `Shift`; the bits above them do not matter. Four entries cost
-// V3 the least: their words lie within reach of every 128-bit half.
+// A table of 8 or 4 entries held in registers, looked up by permutation. table_index makes the index vector
+// from the three or two bits of each lane that begin at `Shift`; the bits above them do not matter. Four
+// entries cost V3 the least: their words lie within reach of every 128-bit half.
 template <class T, int Count = 8>
 class register_table;
 
@@ -294,7 +296,8 @@ class register_table<float, 8> {
  private:
   __m256 entries_;
 #else
-  explicit register_table(const float (&entries)[8]) : entries_(_mm512_broadcast_f32x8(_mm256_loadu_ps(entries))) {}
+  explicit register_table(const float (&entries)[8])
+      : entries_(_mm512_broadcast_f32x8(_mm256_loadu_ps(entries))) {}
   f32 operator[](const index& i) const { return _mm512_permutexvar_ps(i, entries_); }
   f32 leading(const index& i) const { return (*this)[i]; }
 
@@ -307,7 +310,8 @@ template <>
 class register_table<double, 8> {
  public:
 #if TMK_TIER_NUMBER(TMK_TIER) == 1
-  // Lower and upper words apart, so that a permutation of words serves 8 entries; the index stands in both words.
+  // Lower and upper words apart, so that a permutation of words serves 8 entries; the index stands in both
+  // words.
   using index = i32;
   explicit register_table(const double (&entries)[8]) {
     const __m256 first = _mm256_castpd_ps(_mm256_loadu_pd(entries));
@@ -349,7 +353,8 @@ class register_table<float, 4> {
  private:
   __m256 entries_;
 #else
-  explicit register_table(const float (&entries)[4]) : entries_(_mm512_broadcast_f32x4(_mm_loadu_ps(entries))) {}
+  explicit register_table(const float (&entries)[4])
+      : entries_(_mm512_broadcast_f32x4(_mm_loadu_ps(entries))) {}
   f32 operator[](const index& i) const { return _mm512_permutevar_ps(entries_, i); }
   f32 short_entry(const index& i) const { return (*this)[i]; }
 
@@ -371,7 +376,8 @@ class register_table<double, 4> {
     high_ = _mm256_set_m128(high, high);
   }
   f64 operator[](const index& i) const {
-    return _mm256_castps_pd(_mm256_blend_ps(_mm256_permutevar_ps(low_, i), _mm256_permutevar_ps(high_, i), 0xAA));
+    return _mm256_castps_pd(
+        _mm256_blend_ps(_mm256_permutevar_ps(low_, i), _mm256_permutevar_ps(high_, i), 0xAA));
   }
   // For entries whose lower words are zero.
   f64 short_entry(const index& i) const {
@@ -382,7 +388,8 @@ class register_table<double, 4> {
   __m256 low_, high_;
 #else
   using index = u64;
-  explicit register_table(const double (&entries)[4]) : entries_(_mm512_broadcast_f64x4(_mm256_loadu_pd(entries))) {}
+  explicit register_table(const double (&entries)[4])
+      : entries_(_mm512_broadcast_f64x4(_mm256_loadu_pd(entries))) {}
   f64 operator[](const index& i) const { return _mm512_permutexvar_pd(i, entries_); }
   f64 short_entry(const index& i) const { return (*this)[i]; }
 

@@ -1,13 +1,14 @@
 // The tier a translation unit is compiled for. Everything inline that a kernel may use lives in the inline
-// namespace of its tier, so that no instantiation made for wide registers can replace one made for narrow ones.
+// namespace of its tier, so that no instantiation made for wide registers can replace one made for narrow
+// ones.
 #pragma once
 
 #ifndef TMK_TIER
 #define TMK_TIER W7
 #endif
 
-#define TMK_TIER_OPEN    \
-  namespace tmk {        \
+#define TMK_TIER_OPEN \
+  namespace tmk {     \
   inline namespace TMK_TIER {
 #define TMK_TIER_CLOSE \
   }                    \

@@ -23,8 +23,9 @@ struct function_row {
 };
 
 const function_row functions[] = {
-#define TMK_FUNCTION(letter, stem, shape, slots, stage)                                    \
-  {#letter #stem, #slots, #stage, &tmk_vtm_kernel_##letter##stem##_ttab, &tmk_vtm_kernel_##letter##stem##_ctab},
+#define TMK_FUNCTION(letter, stem, shape, slots, stage)                  \
+  {#letter #stem, #slots, #stage, &tmk_vtm_kernel_##letter##stem##_ttab, \
+   &tmk_vtm_kernel_##letter##stem##_ctab},
 #include "vector/frame/functions.def"
 };
 
@@ -49,7 +50,8 @@ TEST_P(each_tier, slots_are_shared_as_the_list_says) {
       for (int j = 0; j < i; ++j) {
         // A wide tier brings a kernel of its own where the baseline falls back to the generic one.
         const bool shared = f.stage == "reference" || f.slots[i] == f.slots[j];
-        EXPECT_EQ(k[i] == k[j], shared) << f.name << " slots " << j << " and " << i << (wide ? " (wide)" : "");
+        EXPECT_EQ(k[i] == k[j], shared)
+            << f.name << " slots " << j << " and " << i << (wide ? " (wide)" : "");
       }
     }
   }
@@ -86,7 +88,8 @@ TEST(tiers, selection_obeys_the_processor_the_cap_and_itself) {
   unsetenv("TMK_TIER");
   EXPECT_EQ(tmk_select_tier(TMK_TIER_AUTO), TMK_TIER_W7) << "an earlier choice stays";
   const int32_t widest = tmk_select_tier(TMK_TIER_WIDEST);
-  for (int32_t tier = widest + 1; tier <= TMK_TIER_V4; ++tier) EXPECT_EQ(tmk_select_tier(tier), TMK_TIER_UNAVAILABLE);
+  for (int32_t tier = widest + 1; tier <= TMK_TIER_V4; ++tier)
+    EXPECT_EQ(tmk_select_tier(tier), TMK_TIER_UNAVAILABLE);
   if (!restore.empty()) setenv("TMK_TIER", restore.c_str(), 1);
   tmk_select_tier(TMK_TIER_WIDEST);
 }
@@ -95,7 +98,8 @@ TEST(tiers, selection_obeys_the_processor_the_cap_and_itself) {
 TEST(entry_points, run_their_slot_whatever_the_mode) {
   static thread_local std::vector<int> ran;
   const auto spy = [](auto slot) {
-    return reinterpret_cast<VtmKernel>(+[](int32_t, const float*, float*) { ran.push_back(decltype(slot)::value); });
+    return reinterpret_cast<VtmKernel>(
+        +[](int32_t, const float*, float*) { ran.push_back(decltype(slot)::value); });
   };
   const VtmDispatchRecord saved = tmk_vtm_kernel_sSin_ttab;
   tmk_vtm_kernel_sSin_ttab = {{spy(std::integral_constant<int, 0>()), spy(std::integral_constant<int, 1>()),
@@ -132,10 +136,10 @@ TEST(costs, telling_rows_and_shared_slots) {
     const char* name;
     float cost[3];
   } rows[] = {
-      {"sAdd", {1.82f, 1.82f, 1.82f}},    {"sInv", {3.59f, 9.95f, 2.97f}},
-      {"sSin", {10.93f, 18.58f, 8.43f}},  {"dSin", {35.90f, 35.90f, 32.00f}},
-      {"dExp", {17.45f, 26.45f, 13.02f}}, {"dPow", {78.34f, 85.52f, 78.34f}},
-      {"dExpm1", {90.44f, 158.31f, 90.44f}}, {"zDiv", {210.08f, 210.08f, 36.22f}},
+      {"sAdd", {1.82f, 1.82f, 1.82f}},          {"sInv", {3.59f, 9.95f, 2.97f}},
+      {"sSin", {10.93f, 18.58f, 8.43f}},        {"dSin", {35.90f, 35.90f, 32.00f}},
+      {"dExp", {17.45f, 26.45f, 13.02f}},       {"dPow", {78.34f, 85.52f, 78.34f}},
+      {"dExpm1", {90.44f, 158.31f, 90.44f}},    {"zDiv", {210.08f, 210.08f, 36.22f}},
       {"cSin", {1343.47f, 1343.47f, 1343.47f}},
   };
   for (const function_row& f : functions) {
@@ -165,7 +169,7 @@ TEST_P(each_tier, controls_come_back_as_found) {
   const uint32_t sse_found = _mm_getcsr();
   const double a[3] = {0, 3, 1};
   double r[3];
-  set_x87_control(0x027E);  // 53 bits, invalid unmasked
+  set_x87_control(0x027E);       // 53 bits, invalid unmasked
   _mm_setcsr(0x7F80 & ~0x1000);  // round toward zero, precision unmasked
   _vtmdInv(3, a, r);
   const uint16_t x87_after = x87_control();

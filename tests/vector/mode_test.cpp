@@ -43,11 +43,13 @@ TEST(mode, environment_is_taken_whole_or_not_at_all) {
       {" VTM_LA", 0x1A02},
       {"", 0x1A02},
       {std::string(300, 'V'), 0x1A02},
-      {std::string("VTM_LA") + [] {
-         std::string more;
-         for (int i = 0; i < 40; ++i) more += ",VTM_LA";
-         return more;
-       }(), 0x1A02},  // cut off in the middle of a keyword
+      {std::string("VTM_LA") +
+           [] {
+             std::string more;
+             for (int i = 0; i < 40; ++i) more += ",VTM_LA";
+             return more;
+           }(),
+       0x1A02},  // cut off in the middle of a keyword
   };
   for (const auto& row : rows)
     in_new_thread(row.value.c_str(), [&] { EXPECT_EQ(tmk_vtm_kernel_GetMode(), row.mode) << row.value; });
@@ -180,7 +182,7 @@ TEST(error_channel, printed_lines_follow_the_shape) {
   const double a[] = {2}, b[] = {3};
   double r1[] = {4}, r2[] = {5};
   const struct {
-    const double *a2;
+    const double* a2;
     double* r2;
     int32_t status;
     const char* text;

@@ -17,8 +17,8 @@ void* tmk_serv_allocate(size_t size, size_t alignment);
 /* Gives back what tmk_serv_allocate gave; null is allowed. */
 void tmk_serv_deallocate(void* pointer);
 
-/* Copies `count` bytes when they fit. Returns 0, or EINVAL for a null pointer and ERANGE when `count` is above
- * `destination_size`; then a destination that is not null is zeroed over its whole size. */
+/* Copies `count` bytes when they fit. Returns 0, or EINVAL for a null pointer and ERANGE when `count` is
+ * above `destination_size`; then a destination that is not null is zeroed over its whole size. */
 int32_t tmk_serv_memcpy_s(void* destination, size_t destination_size, const void* source, size_t count);
 
 /* Copies the value of an environment variable, cut to `size` - 1 characters and terminated, into `buffer`.
@@ -26,9 +26,9 @@ int32_t tmk_serv_memcpy_s(void* destination, size_t destination_size, const void
 int32_t tmk_serv_getenv(const char* name, char* buffer, int32_t size);
 
 /* Prints message `number` (735 to 753) with its arguments on the standard error stream. `channel` is 1 and
- * `count` is the number of arguments that follow: a name (const char*), an index (int32_t) or a value (double),
- * as the message needs. Returns the number of characters printed, or a negative value when the message is
- * unknown, the count does not fit, or the printing failed. */
+ * `count` is the number of arguments that follow: a name (const char*), an index (int32_t) or a value
+ * (double), as the message needs. Returns the number of characters printed, or a negative value when the
+ * message is unknown, the count does not fit, or the printing failed. */
 int32_t tmk_serv_print(int32_t channel, int32_t number, int32_t count, ...);
 
 #ifdef __GNUC__

@@ -16,14 +16,22 @@ extern "C" {
 #endif
 
 /* Complex elements: interleaved real and imaginary part, passed by value like the C complex types. */
-typedef struct { float re, im; } tmk_complex8;
-typedef struct { double re, im; } tmk_complex16;
+typedef struct {
+  float re, im;
+} tmk_complex8;
+typedef struct {
+  double re, im;
+} tmk_complex16;
 
 /* A function's kernels by accuracy level. Several slots may hold the same kernel; none is ever empty. */
 enum { TMK_SLOT_LA = 0, TMK_SLOT_HA = 1, TMK_SLOT_EP = 2 };
 typedef void (*VtmKernel)(void); /* cast to the function's own signature before the call */
-typedef struct { VtmKernel kernel[3]; } VtmDispatchRecord;
-typedef struct { float cost[3]; } VtmCostRecord; /* relative cost per element, same slots */
+typedef struct {
+  VtmKernel kernel[3];
+} VtmDispatchRecord;
+typedef struct {
+  float cost[3];
+} VtmCostRecord; /* relative cost per element, same slots */
 
 /* Mode word: one field per mask. The default is HA with ERRMODE_DEFAULT, 0x1A02. */
 enum {
@@ -84,18 +92,20 @@ typedef struct {
  * on the reporting thread inside the kernel and must leave the floating-point controls as they are. */
 typedef int32_t (*VtmErrorCallback)(VtmErrorContext*);
 
-#define TMK_VTM_STATE(operation, result, parameters)      \
-  result tmk_vtm_kernel_##operation parameters;           \
+#define TMK_VTM_STATE(operation, result, parameters) \
+  result tmk_vtm_kernel_##operation parameters;      \
   result _vtm##operation parameters;
 TMK_VTM_STATE(GetMode, uint32_t, (void))
-TMK_VTM_STATE(SetMode, uint32_t, (uint32_t mode)) /* fields that are zero in mode stay; returns the old word */
+TMK_VTM_STATE(SetMode, uint32_t,
+              (uint32_t mode)) /* fields that are zero in mode stay; returns the old word */
 TMK_VTM_STATE(GetErrStatus, int32_t, (void))
 TMK_VTM_STATE(SetErrStatus, int32_t, (int32_t status))
 TMK_VTM_STATE(ClearErrStatus, int32_t, (void))
 TMK_VTM_STATE(GetErrorCallBack, VtmErrorCallback, (void))
 TMK_VTM_STATE(SetErrorCallBack, VtmErrorCallback, (VtmErrorCallback callback))
 TMK_VTM_STATE(ClearErrorCallBack, VtmErrorCallback, (void))
-TMK_VTM_STATE(SetInterfInputVectorPointer, const void*, (const void* base)) /* index base of reports; 0: none */
+TMK_VTM_STATE(SetInterfInputVectorPointer, const void*,
+              (const void* base)) /* index base of reports; 0: none */
 #undef TMK_VTM_STATE
 
 /* The mode that VTM_ keywords in the environment variable TMK_VTM_MODE ask for, or all ones. */
@@ -103,10 +113,14 @@ uint64_t tmk_vtm_kernel_ReadEnvVarMode(void);
 
 /* Reports element i of a call: the pointers are the beginnings of its vectors, passed twice where there is
  * only one argument or result. */
-void tmk_vtm_kernel_sError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2, const char* name);
-void tmk_vtm_kernel_dError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2, const char* name);
-void tmk_vtm_kernel_cError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2, const char* name);
-void tmk_vtm_kernel_zError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2, const char* name);
+void tmk_vtm_kernel_sError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
+                           const char* name);
+void tmk_vtm_kernel_dError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
+                           const char* name);
+void tmk_vtm_kernel_cError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
+                           const char* name);
+void tmk_vtm_kernel_zError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
+                           const char* name);
 
 /* The slot that the thread's mode (or the given mode word) asks for: accuracy nibble - 1, unchecked. */
 int32_t tmk_vtm_kernel_GetTTableIndex(void);
@@ -128,8 +142,8 @@ int32_t tmk_select_tier(int32_t tier);
 int32_t tmk_current_tier(void);
 const char* tmk_tier_name(int32_t tier); /* "W7", "V3", "V4"; null for no tier */
 
-/* Per function: its dispatch record (_ttab), its cost record (_ctab), and four entry points: the bare name and
- * _HA run slot 1, _21 or _50 slot 0, _11 or _26 slot 2, whatever the thread's mode says. */
+/* Per function: its dispatch record (_ttab), its cost record (_ctab), and four entry points: the bare name
+ * and _HA run slot 1, _21 or _50 slot 0, _11 or _26 slot 2, whatever the thread's mode says. */
 #include <tmk/abi/vtm_functions.h>
 
 #ifdef __GNUC__

@@ -1,5 +1,5 @@
-/* Declares every kernel that functions.def speaks of. For C, where the address of a function in the initialiser
- * of a static record is a constant whatever its type. */
+/* Declares every kernel that functions.def speaks of. For C, where the address of a function in the
+ * initialiser of a static record is a constant whatever its type. */
 #ifndef TMK_VECTOR_FRAME_DECLARATIONS_H
 #define TMK_VECTOR_FRAME_DECLARATIONS_H
 
@@ -9,9 +9,9 @@
 #define TMK_KERNEL(letter, stem, tag, shape) \
   void tmk_vtm_kernel_##letter##stem##_##tag TMK_ROW_KERNEL_PARAMETERS(letter, shape);
 
-#define TMK_LEVELS(letter, stem, shape, tier)        \
-  TMK_KERNEL(letter, stem, tier##LAynn, shape)       \
-  TMK_KERNEL(letter, stem, tier##HAynn, shape)       \
+#define TMK_LEVELS(letter, stem, shape, tier)  \
+  TMK_KERNEL(letter, stem, tier##LAynn, shape) \
+  TMK_KERNEL(letter, stem, tier##HAynn, shape) \
   TMK_KERNEL(letter, stem, tier##EPnnn, shape)
 
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) \
@@ -21,8 +21,9 @@
   TMK_LEVELS(letter, stem, shape, V4)
 #include "vector/frame/functions.def"
 
-/* The kernels of a row's three slots in one tier, as initialisers: L, H, E are the tier's own, P the generic. */
-#define TMK_ADDRESS(name, tag) (VtmKernel)tmk_vtm_kernel_##name##_##tag
+/* The kernels of a row's three slots in one tier, as initialisers: L, H, E are the tier's own, P the generic.
+ */
+#define TMK_ADDRESS(name, tag) (VtmKernel) tmk_vtm_kernel_##name##_##tag
 #define TMK_SLOTS_HHH(name, tier) \
   { TMK_ADDRESS(name, tier##HAynn), TMK_ADDRESS(name, tier##HAynn), TMK_ADDRESS(name, tier##HAynn) }
 #define TMK_SLOTS_HHE(name, tier) \

@@ -17,7 +17,7 @@ struct consequence {
 
 consequence consequence_of(int32_t status) {
   constexpr consequence rows[] = {
-      {EACCES, 0, 736}, {EINVAL, 0, 735}, {0, 0, 0},          {EDOM, 0x01, 737},
+      {EACCES, 0, 736},    {EINVAL, 0, 735},    {0, 0, 0},           {EDOM, 0x01, 737},
       {ERANGE, 0x04, 738}, {ERANGE, 0x08, 739}, {ERANGE, 0x10, 740},
   };
   if (status < VTM_STATUS_CALLFAIL || status > VTM_STATUS_UNDERFLOW) return {EFAULT, 0, 741};
@@ -118,7 +118,8 @@ void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1,
   context.code = status;
   context.index = i;
   if (vtmInterfInputVecorPointer != nullptr) {
-    const intptr_t distance = static_cast<const char*>(a1) - static_cast<const char*>(vtmInterfInputVecorPointer);
+    const intptr_t distance =
+        static_cast<const char*>(a1) - static_cast<const char*>(vtmInterfInputVecorPointer);
     constexpr int shift = std::countr_zero(static_cast<unsigned>(Element::width));
     context.index = static_cast<int32_t>(i + (distance >> shift));
   }

@@ -29,11 +29,11 @@
 #define TMK_KERNEL_NAME(letter, stem, tier, tag) TMK_KERNEL_NAME_(letter, stem, tier, tag)
 
 // Gives the walk of a description its kernel name in this tier.
-#define TMK_DEFINE_KERNEL(letter, stem, tag, ...)                          \
-  extern "C" void TMK_KERNEL_NAME(letter, stem, TMK_TIER, tag)(            \
-      int32_t n, const TMK_ELEMENT_##letter* a, TMK_ELEMENT_##letter* r) { \
-    using namespace tmk;                                                   \
-    __VA_ARGS__(n, a, r);                                                  \
+#define TMK_DEFINE_KERNEL(letter, stem, tag, ...)                                                        \
+  extern "C" void TMK_KERNEL_NAME(letter, stem, TMK_TIER, tag)(int32_t n, const TMK_ELEMENT_##letter* a, \
+                                                               TMK_ELEMENT_##letter* r) {                \
+    using namespace tmk;                                                                                 \
+    __VA_ARGS__(n, a, r);                                                                                \
   }
 
 TMK_TIER_OPEN
@@ -85,8 +85,7 @@ template <class Kernel>
 
 // The fast results of a whole group; true when a lane is flagged.
 template <class Kernel, size_t Count>
-inline bool compute_group(const typename Kernel::real* a,
-                                                 batch<typename Kernel::real> (&y)[Count]) {
+inline bool compute_group(const typename Kernel::real* a, batch<typename Kernel::real> (&y)[Count]) {
   using real = typename Kernel::real;
   lane_mask<real> any_flagged(false);
 #pragma GCC unroll 16
@@ -98,8 +97,8 @@ inline bool compute_group(const typename Kernel::real* a,
   return lane_bits<real>(any_flagged) != 0;
 }
 
-// Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled register
-// leads up to the first 16-byte boundary of a, too.
+// Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled
+// register leads up to the first 16-byte boundary of a, too.
 template <class Kernel>
 [[gnu::flatten]] void run_masked(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
   using real = typename Kernel::real;

@@ -104,7 +104,8 @@ VtmErrorCallback tmk_vtm_kernel_GetErrorCallBack(void) { return vtmErrorCallBack
 VtmErrorCallback tmk_vtm_kernel_SetErrorCallBack(VtmErrorCallback callback) {
   const uint32_t mode = tmk_vtm_kernel_GetMode();
   const VtmErrorCallback old = std::exchange(vtmErrorCallBack, callback);
-  tmk_vtm_kernel_SetMode(callback != nullptr ? mode | VTM_ERRMODE_CALLBACK : mode & ~uint32_t{VTM_ERRMODE_CALLBACK});
+  tmk_vtm_kernel_SetMode(callback != nullptr ? mode | VTM_ERRMODE_CALLBACK
+                                             : mode & ~uint32_t{VTM_ERRMODE_CALLBACK});
   return old;
 }
 
@@ -130,7 +131,9 @@ int32_t _vtmGetErrStatus(void) { return tmk_vtm_kernel_GetErrStatus(); }
 int32_t _vtmSetErrStatus(int32_t status) { return tmk_vtm_kernel_SetErrStatus(status); }
 int32_t _vtmClearErrStatus(void) { return tmk_vtm_kernel_ClearErrStatus(); }
 VtmErrorCallback _vtmGetErrorCallBack(void) { return tmk_vtm_kernel_GetErrorCallBack(); }
-VtmErrorCallback _vtmSetErrorCallBack(VtmErrorCallback callback) { return tmk_vtm_kernel_SetErrorCallBack(callback); }
+VtmErrorCallback _vtmSetErrorCallBack(VtmErrorCallback callback) {
+  return tmk_vtm_kernel_SetErrorCallBack(callback);
+}
 VtmErrorCallback _vtmClearErrorCallBack(void) { return tmk_vtm_kernel_ClearErrorCallBack(); }
 const void* _vtmSetInterfInputVectorPointer(const void* base) {
   return tmk_vtm_kernel_SetInterfInputVectorPointer(base);

@@ -36,10 +36,14 @@ auto value(Element x) {
 
 constexpr auto report_of(char letter) {
   switch (letter) {
-    case 's': return tmk_vtm_kernel_sError;
-    case 'd': return tmk_vtm_kernel_dError;
-    case 'c': return tmk_vtm_kernel_cError;
-    default: return tmk_vtm_kernel_zError;
+    case 's':
+      return tmk_vtm_kernel_sError;
+    case 'd':
+      return tmk_vtm_kernel_dError;
+    case 'c':
+      return tmk_vtm_kernel_cError;
+    default:
+      return tmk_vtm_kernel_zError;
   }
 }
 
@@ -51,7 +55,8 @@ struct call {
 
 // Runs scalar(i) for every element; scalar stores the results and returns the status.
 template <class Scalar>
-void for_each_element(const call& c, int32_t n, const void* a1, const void* a2, void* r1, void* r2, Scalar scalar) {
+void for_each_element(const call& c, int32_t n, const void* a1, const void* a2, void* r1, void* r2,
+                      Scalar scalar) {
   const control_scope controls(control_class::c, sse_control::untouched);
   for (int32_t i = 0; i < n; ++i) {
     const int caller_errno = errno;  // the C library's functions set it, but only a report may
@@ -73,9 +78,9 @@ int32_t store_result(Element& r, Function function) {
 }  // namespace
 
 // One body per shape: F is the overload set of the row's stem.
-#define TMK_BODY_unary(F)                                                                          \
-  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                            \
-    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), result); });    \
+#define TMK_BODY_unary(F)                                                                       \
+  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                         \
+    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), result); }); \
   });
 #define TMK_BODY_real_result TMK_BODY_unary
 #define TMK_BODY_real_argument TMK_BODY_unary
@@ -87,22 +92,23 @@ int32_t store_result(Element& r, Function function) {
   for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                                   \
     return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b), result); }); \
   });
-#define TMK_BODY_two_results(F)                                                                 \
-  for_each_element(row, n, a, a, r1, r2, [=](int32_t i) {                                       \
-    return store_result(r2[i], [&](auto& second) {                                              \
+#define TMK_BODY_two_results(F)                                                                          \
+  for_each_element(row, n, a, a, r1, r2, [=](int32_t i) {                                                \
+    return store_result(r2[i], [&](auto& second) {                                                       \
       return store_result(r1[i], [&](auto& first) { return reference::F(value(a[i]), first, second); }); \
-    });                                                                                         \
+    });                                                                                                  \
   });
-#define TMK_BODY_linear_fraction(F)                                                                     \
-  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                                                 \
-    return store_result(                                                                                \
-        r[i], [&](auto& result) { return reference::F(a[i], b[i], scalea, shifta, scaleb, shiftb, result); }); \
+#define TMK_BODY_linear_fraction(F)                                            \
+  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                        \
+    return store_result(r[i], [&](auto& result) {                              \
+      return reference::F(a[i], b[i], scalea, shifta, scaleb, shiftb, result); \
+    });                                                                        \
   });
 
-#define TMK_DEFINE_plain(letter, stem, shape)                                                      \
+#define TMK_DEFINE_plain(letter, stem, shape)                                                        \
   extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
-    constexpr call row{#letter[0], "v" #letter #stem};                                             \
-    TMK_BODY_##shape(stem)                                                                         \
+    constexpr call row{#letter[0], "v" #letter #stem};                                               \
+    TMK_BODY_##shape(stem)                                                                           \
   }
 
 #define TMK_DEFINE_unary TMK_DEFINE_plain

@@ -1,5 +1,6 @@
 /* Parameter and argument lists of the call shapes: E is the element type, R its real part's type.
- * For the preprocessor alone: functions.def names the shapes, and headers, records and entry points paste them. */
+ * For the preprocessor alone: functions.def names the shapes, and headers, records and entry points paste
+ * them. */
 #define TMK_PARAMETERS_unary(E, R) (int32_t n, const E* a, E* r)
 #define TMK_PARAMETERS_binary(E, R) (int32_t n, const E* a, const E* b, E* r)
 #define TMK_PARAMETERS_scalar_exponent(E, R) (int32_t n, const E* a, E b, E* r)
@@ -15,7 +16,8 @@
 #define TMK_PARAMETERS_unpack_mask(E, R) (int64_t n, const E* a, E* y, const int32_t* mask)
 #define TMK_PARAMETERS_unpack_index(E, R) (int64_t n, const E* a, E* y, const int32_t* index)
 
-/* Kernels take what their entry point takes, but the gather and scatter kernels have the flag `narrow` behind. */
+/* Kernels take what their entry point takes, but the gather and scatter kernels have the flag `narrow`
+ * behind. */
 #define TMK_KERNEL_PARAMETERS_unary TMK_PARAMETERS_unary
 #define TMK_KERNEL_PARAMETERS_binary TMK_PARAMETERS_binary
 #define TMK_KERNEL_PARAMETERS_scalar_exponent TMK_PARAMETERS_scalar_exponent
@@ -25,10 +27,13 @@
 #define TMK_KERNEL_PARAMETERS_real_argument TMK_PARAMETERS_real_argument
 #define TMK_KERNEL_PARAMETERS_pack_stride(E, R) (int64_t n, const E* a, int64_t inc, E* y, int32_t narrow)
 #define TMK_KERNEL_PARAMETERS_pack_mask(E, R) (int64_t n, const E* a, const void* mask, E* y, int32_t narrow)
-#define TMK_KERNEL_PARAMETERS_pack_index(E, R) (int64_t n, const E* a, const void* index, E* y, int32_t narrow)
+#define TMK_KERNEL_PARAMETERS_pack_index(E, R) \
+  (int64_t n, const E* a, const void* index, E* y, int32_t narrow)
 #define TMK_KERNEL_PARAMETERS_unpack_stride(E, R) (int64_t n, const E* a, E* y, int64_t inc, int32_t narrow)
-#define TMK_KERNEL_PARAMETERS_unpack_mask(E, R) (int64_t n, const E* a, E* y, const void* mask, int32_t narrow)
-#define TMK_KERNEL_PARAMETERS_unpack_index(E, R) (int64_t n, const E* a, E* y, const void* index, int32_t narrow)
+#define TMK_KERNEL_PARAMETERS_unpack_mask(E, R) \
+  (int64_t n, const E* a, E* y, const void* mask, int32_t narrow)
+#define TMK_KERNEL_PARAMETERS_unpack_index(E, R) \
+  (int64_t n, const E* a, E* y, const void* index, int32_t narrow)
 
 /* What an entry point hands to the kernel. */
 #define TMK_ARGUMENTS_unary (n, a, r)
@@ -68,4 +73,5 @@
 
 /* Parameter lists of one row of functions.def. */
 #define TMK_ROW_PARAMETERS(letter, shape) TMK_PARAMETERS_##shape(TMK_ELEMENT_##letter, TMK_REAL_##letter)
-#define TMK_ROW_KERNEL_PARAMETERS(letter, shape) TMK_KERNEL_PARAMETERS_##shape(TMK_ELEMENT_##letter, TMK_REAL_##letter)
+#define TMK_ROW_KERNEL_PARAMETERS(letter, shape) \
+  TMK_KERNEL_PARAMETERS_##shape(TMK_ELEMENT_##letter, TMK_REAL_##letter)

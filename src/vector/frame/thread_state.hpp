@@ -5,8 +5,10 @@
 
 #include "tmk/abi/vtm.h"
 
-// Initial-exec: every kernel call reads the mode, and 24 bytes fit the room that loaders keep for late libraries.
-#define TMK_THREAD_STATE extern "C" __attribute__((visibility("hidden"), tls_model("initial-exec"))) thread_local
+// Initial-exec: every kernel call reads the mode, and 24 bytes fit the room that loaders keep for late
+// libraries.
+#define TMK_THREAD_STATE \
+  extern "C" __attribute__((visibility("hidden"), tls_model("initial-exec"))) thread_local
 
 TMK_THREAD_STATE const void* vtmInterfInputVecorPointer;
 TMK_THREAD_STATE VtmErrorCallback vtmErrorCallBack;

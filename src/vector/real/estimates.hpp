@@ -1,5 +1,6 @@
-// Estimates of 1 / x and 1 / sqrt(x) in double, good to 11 bits on normal numbers (1 / x: 2^-1021 <= |x| < 2^1022).
-// A processor that estimates singles only gives the estimate of the mantissa; the exponent follows by integer steps.
+// Estimates of 1 / x and 1 / sqrt(x) in double, good to 11 bits on normal numbers (1 / x: 2^-1021 <= |x| <
+// 2^1022). A processor that estimates singles only gives the estimate of the mantissa; the exponent follows
+// by integer steps.
 #pragma once
 
 #include "platform/simd.hpp"
@@ -21,7 +22,8 @@ inline f64 reciprocal_estimate(const f64& x) {
 inline f64 reciprocal_sqrt_estimate(const f64& x) {
   const u64 bits = bits_as<uint64_t>(x);
   const u64 mantissa = (((bits >> 29) & u64(0xFFFFFF)) ^ u64(0x800000)) + u64(0x3F800000);
-  const u64 estimate = bits_as<uint64_t>(reciprocal_sqrt_estimate(bits_as<float>(mantissa))) & u64(0xFFFFFFFF);
+  const u64 estimate =
+      bits_as<uint64_t>(reciprocal_sqrt_estimate(bits_as<float>(mantissa))) & u64(0xFFFFFFFF);
   const u64 half_exponent = ((bits - u64(0x0010000000000000)) & u64(0xFFE0000000000000)) >> 1;
   return bits_as<double>((((estimate >> 3) + u64(0x57F00000)) << 32) - half_exponent);
 }

@@ -2,6 +2,8 @@
 //   Single: the 12-bit estimate as it stands (EP), with one Newton step (LA), or the true division (HA).
 //   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0
 //   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA); or the true division (HA).
+#include <bit>
+
 #include "vector/frame/kernel.hpp"
 #include "vector/real/estimates.hpp"
 #include "vector/real/inv_rare.hpp"
@@ -57,7 +59,18 @@ struct double_inv {
   static int32_t rare(const double* a, double* r) { return reciprocal_rare(a, r); }
 };
 
-// Pairs are stored before their elements are tested, so that a report finds the quotients in place.
+// Lanes that hold a zero of either sign, by their bits: shifted left, the sign is gone and zeros are all that
+// is left.
+inline uint32_t zero_lanes(const f32& x) {
+  return lane_bits<float>(mask_as<float>((bits_as<int32_t>(x) << 1) == i32(0)));
+}
+inline uint32_t zero_lanes(const f64& x) {
+  const f64 magnitude = xsimd::abs(x);
+  const u64 bits = bits_as<uint64_t>(magnitude);
+  return lane_bits<double>(mask_as<double>(bits == u64(0)));
+}
+
+// Registers are stored before their elements are tested, so that a report finds the quotients in place.
 template <class Real, const char* Name>
 void run_division(int32_t n, const Real* a, Real* r) {
   constexpr int width = lanes<Real>;
@@ -65,12 +78,9 @@ void run_division(int32_t n, const Real* a, Real* r) {
   int32_t i = 0;
   for (; n - i >= width; i += width) {
     const batch<Real> x = load(a + i);
-    Real inputs[width];
-    store(inputs, x);
     store(r + i, batch<Real>(Real(1)) / x);
-    for (int k = 0; k < width; ++k)
-      if (magnitude_bits(inputs[k]) == 0) [[unlikely]]
-        report(VTM_STATUS_SINGULARITY, i + k, a, r, Name);
+    for (uint32_t zeros = zero_lanes(x); zeros != 0; zeros &= zeros - 1)
+      report(VTM_STATUS_SINGULARITY, i + std::countr_zero(zeros), a, r, Name);
   }
   for (; i < n; ++i) {
     const Real x = a[i];

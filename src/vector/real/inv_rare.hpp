@@ -23,7 +23,8 @@ bool is_negative(Real x) {
 }
 
 // An exact quotient 1 / x whatever the flush controls say. Single: the x87 quotient, whose 64 bits leave one
-// rounding. Double: a subnormal is scaled up by its integer fraction first; its reciprocal is never subnormal.
+// rounding. Double: a subnormal is scaled up by its integer fraction first; its reciprocal is never
+// subnormal.
 inline int32_t reciprocal_rare(const float* a, float* r) {
   *r = static_cast<float>(1.0L / *a);
   return magnitude_bits(*a) == 0 ? VTM_STATUS_SINGULARITY : VTM_STATUS_OK;

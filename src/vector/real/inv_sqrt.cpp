@@ -37,7 +37,8 @@ int32_t inv_sqrt_in_double(const float* a, float* r) {
   const double mh = (m + m * 0x1p27) - m * 0x1p27;
   const double ml = m - mh;
   const double e = (1.0 - mh * t * t) - ml * t * t;
-  const double p = e * polyeval(e, 0.5, 0.375, 0.3125, 0.2734375, 0.24609374, 0.22558603, 0.20955022, 0.19612131);
+  const double p =
+      e * polyeval(e, 0.5, 0.375, 0.3125, 0.2734375, 0.24609374, 0.22558603, 0.20955022, 0.19612131);
   const int half = (exponent - odd) / 2;
   const double scale = from_bits<double>(static_cast<uint64_t>(format<double>::bias - half) << 52);
   *r = static_cast<float>((t * p + t) * scale);

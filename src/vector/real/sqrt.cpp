@@ -36,8 +36,8 @@ struct single_sqrt {
     const f32 p = e * (f32(-0.5f) + e * (f32(0.375f) - f32(0.3125f) * e));
     return (((p * rh) * x + xl * rh) + product) | (x & f32(-0.0f));  // of all good lanes -0 alone has a sign
   }
-  // Good: zeros and positive normal numbers. Tested on x: whether x r comes out infinite for a subnormal depends on
-  // the processor's estimate.
+  // Good: zeros and positive normal numbers. Tested on x: whether x r comes out infinite for a subnormal
+  // depends on the processor's estimate.
   static lane_mask<float> flagged(const f32& x, const f32&) {
     const i32 bits = bits_as<int32_t>(x);
     const auto zero = (bits & i32(0x7FFFFFFF)) == i32(0);

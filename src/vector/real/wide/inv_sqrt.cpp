@@ -1,5 +1,5 @@
-// 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which HA takes without
-// the rounding of x r.
+// 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which HA takes
+// without the rounding of x r.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/inv_rare.hpp"
 #include "vector/real/wide/root_series.hpp"

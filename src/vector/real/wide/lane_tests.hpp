@@ -9,7 +9,8 @@
 TMK_TIER_OPEN
 namespace {
 
-// Lanes that hold no positive normal number. The shift puts those numbers at the lower end of the signed range.
+// Lanes that hold no positive normal number. The shift puts those numbers at the lower end of the signed
+// range.
 template <class Real>
 lane_mask<Real> not_positive_normal(const batch<Real>& x) {
   using bits = std::make_signed_t<typename format<Real>::bits>;

@@ -1,6 +1,6 @@
 // Logarithms on the wide tiers, in any base.
-//   x = 2^k m with m in [2/3, 4/3), and r one of 4 reciprocals held in registers, so short that f = m r - 1 is exact:
-//   log x = k log 2 - log r + log(1 + f),   log(1 + f) = c f + f^2 q(f),   |f| <= 1/8
+//   x = 2^k m with m in [2/3, 4/3), and r one of 4 reciprocals held in registers, so short that f = m r - 1
+//   is exact: log x = k log 2 - log r + log(1 + f),   log(1 + f) = c f + f^2 q(f),   |f| <= 1/8
 // k log 2 - log r is exact in its high part. Around x = 1 it is zero, and the polynomial stands alone.
 #pragma once
 
@@ -17,18 +17,18 @@ enum class log_base { e, two, ten };
 template <class Real, log_base Base>
 struct log_constants;
 
-#define TMK_LOG_CONSTANTS(type, base, stem, report)                            \
-  template <>                                                                  \
-  struct log_constants<type, log_base::base> {                                 \
-    static constexpr auto name = report;                                       \
-    static constexpr auto& high = wide_log_data::type##_##stem##_high;         \
-    static constexpr auto& low = wide_log_data::type##_##stem##_low;           \
-    static constexpr auto& two = wide_log_data::type##_##stem##_two;           \
-    static constexpr auto& scale = wide_log_data::type##_##stem##_scale;       \
-    static constexpr auto& ha = wide_log_data::type##_##stem##_ha;             \
-    static constexpr auto& la = wide_log_data::type##_##stem##_la;             \
-    static constexpr auto& ep = wide_log_data::type##_##stem##_ep;             \
-    static constexpr auto& reciprocal = wide_log_data::type##_reciprocal;      \
+#define TMK_LOG_CONSTANTS(type, base, stem, report)                       \
+  template <>                                                             \
+  struct log_constants<type, log_base::base> {                            \
+    static constexpr auto name = report;                                  \
+    static constexpr auto& high = wide_log_data::type##_##stem##_high;    \
+    static constexpr auto& low = wide_log_data::type##_##stem##_low;      \
+    static constexpr auto& two = wide_log_data::type##_##stem##_two;      \
+    static constexpr auto& scale = wide_log_data::type##_##stem##_scale;  \
+    static constexpr auto& ha = wide_log_data::type##_##stem##_ha;        \
+    static constexpr auto& la = wide_log_data::type##_##stem##_la;        \
+    static constexpr auto& ep = wide_log_data::type##_##stem##_ep;        \
+    static constexpr auto& reciprocal = wide_log_data::type##_reciprocal; \
   };
 TMK_LOG_CONSTANTS(float, e, ln, "vsLn")
 TMK_LOG_CONSTANTS(float, two, log2, "vsLog2")
@@ -38,8 +38,8 @@ TMK_LOG_CONSTANTS(double, two, log2, "vdLog2")
 TMK_LOG_CONSTANTS(double, ten, log10, "vdLog10")
 #undef TMK_LOG_CONSTANTS
 
-// x = 2^k m; `position` counts in units of x's last place from the lower end of m's range, the exponent shifted
-// to stay positive. Its leading fraction bits number the cell of m.
+// x = 2^k m; `position` counts in units of x's last place from the lower end of m's range, the exponent
+// shifted to stay positive. Its leading fraction bits number the cell of m.
 template <class Real>
 struct log_argument {
   using bits = typename format<Real>::bits;
@@ -63,8 +63,8 @@ log_argument<Real> split_for_log(const batch<Real>& x) {
   return s;
 }
 
-// c[0] + c[1] x + ..., two chains for the price of one, since x^2 is wanted anyway: x (O(x^2) + x E(x^2)) + c[0].
-// c[0] comes last, with the only rounding that counts.
+// c[0] + c[1] x + ..., two chains for the price of one, since x^2 is wanted anyway: x (O(x^2) + x E(x^2)) +
+// c[0]. c[0] comes last, with the only rounding that counts.
 template <class Real, size_t Count>
 batch<Real> even_odd(const batch<Real>& x, const batch<Real>& x2, const Real (&c)[Count]) {
   static_assert(Count >= 2);

@@ -33,7 +33,8 @@ struct wide_log1p {
     const auto b = bits_as<bits>(x);
     const auto too_large = b > batch<bits>(static_cast<bits>(to_bits(largest) - 1));
     const auto negative = batch<bits>(bits{0}) > b;
-    return mask_as<Real>(too_large | (negative & (b > batch<bits>(static_cast<bits>(to_bits(Real(-1)) - 1)))));
+    return mask_as<Real>(too_large |
+                         (negative & (b > batch<bits>(static_cast<bits>(to_bits(Real(-1)) - 1)))));
   }
   // A large x is its own 1 + x.
   static int32_t rare(const Real* a, Real* r) {

@@ -1,4 +1,5 @@
-// The unbiased exponent on the wide tiers: the exponent field in the fraction of a power of two whose unit is 1.
+// The unbiased exponent on the wide tiers: the exponent field in the fraction of a power of two whose unit
+// is 1.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/log_rare.hpp"
 #include "vector/real/wide/lane_tests.hpp"

@@ -22,7 +22,8 @@ batch<Real> inverse_root_series(const batch<Real>& e) {
   using value = batch<Real>;
   value p(Real(0.375));
   if constexpr (sizeof(Real) == 8 && Level != level::ep) {
-    p = Level == level::ha ? xsimd::fma(e, value(Real(-0.24609375)), value(Real(0.2734375))) : value(Real(0.2734375));
+    p = Level == level::ha ? xsimd::fma(e, value(Real(-0.24609375)), value(Real(0.2734375)))
+                           : value(Real(0.2734375));
     p = xsimd::fma(e, p, value(Real(-0.3125)));
     p = xsimd::fma(e, p, value(Real(0.375)));
   }

@@ -1,5 +1,5 @@
-// sqrt(x) on the wide tiers: the processor's root (HA, correctly rounded), or x r (1 + e)^(-1/2) with an estimate
-// r of 1 / sqrt(x) and e = x r^2 - 1.
+// sqrt(x) on the wide tiers: the processor's root (HA, correctly rounded), or x r (1 + e)^(-1/2) with an
+// estimate r of 1 / sqrt(x) and e = x r^2 - 1.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/inv_rare.hpp"
 #include "vector/real/wide/root_series.hpp"
@@ -17,7 +17,8 @@ struct wide_sqrt {
   static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
-    if constexpr (Level == level::ha) {
+    // On V3 an LA estimate put together from singles would take longer than the root itself.
+    if constexpr (Level == level::ha || (Level == level::la && sizeof(Real) == 8 && this_tier == 1)) {
       return xsimd::sqrt(x);
     } else {
       const value r = reciprocal_sqrt_estimate(x);
