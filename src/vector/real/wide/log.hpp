@@ -107,8 +107,18 @@ batch<Real> sum_of_log(const batch<Real>& high, const batch<Real>& low, const ba
     tail = xsimd::fma(f, value(constants::scale[1]), tail) + xsimd::fms(f, c, head);
   }
   const value sum = high + head;
+  const value lost = (head - (sum - high)) + tail;
   const value f2 = f * f;
-  return sum + xsimd::fma(f2, even_odd(f, f2, constants::ha), (head - (sum - high)) + tail);
+  if constexpr (Base == log_base::e && sizeof(Real) == 4) {
+    // -f^2 / 2 joins the sum with what its rounding loses: f^3 is all that is rounded more than once.
+    static_assert(constants::ha[0] == Real(-0.5));
+    constexpr Real c[] = {constants::ha[1], constants::ha[2], constants::ha[3], constants::ha[4],
+                          constants::ha[5]};
+    const value h = f * value(Real(-0.5));
+    const value sum_of_two = xsimd::fma(h, f, sum);
+    return sum_of_two + xsimd::fma(f2 * f, even_odd(f, f2, c), xsimd::fma(h, f, sum - sum_of_two) + lost);
+  }
+  return sum + xsimd::fma(f2, even_odd(f, f2, constants::ha), lost);
 }
 
 // log((m + m_low) 2^k); m_low, if given, is below half a unit of m's last place.
