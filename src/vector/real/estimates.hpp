@@ -17,6 +17,7 @@ inline f64 reciprocal_estimate(const f64& x) {
   return bits_as<double>(bits_as<uint64_t>(y0) & u64(0xFFFFFFFF00000000u));
 }
 
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 // 20 fraction bits. The parity of the exponent goes into the mantissa, which so lies in [1, 4), and half the
 // exponent is negated.
 inline f64 reciprocal_sqrt_estimate(const f64& x) {
@@ -27,6 +28,17 @@ inline f64 reciprocal_sqrt_estimate(const f64& x) {
   const u64 half_exponent = ((bits - u64(0x0010000000000000)) & u64(0xFFE0000000000000)) >> 1;
   return bits_as<double>((((estimate >> 3) + u64(0x57F00000)) << 32) - half_exponent);
 }
+#else
+// On upper words. x = 4^j m with m in [1/2, 2), which takes the parity of the exponent along; lower words come
+// out as they fall, far below the estimate's error.
+inline f64 reciprocal_sqrt_estimate(const f64& x) {
+  const i32 high = bits_as<int32_t>(x);
+  const f32 mantissa = bits_as<float>(((high << 3) & i32(0xFFFFFF)) | i32(0x3F000000));
+  const i32 half_exponent = (high >> 1) & i32(0x3FF00000);
+  const i32 estimate = bits_as<int32_t>(reciprocal_sqrt_estimate(mantissa)) >> 3;
+  return bits_as<double>(estimate + (i32(0x57F00000) - half_exponent));
+}
+#endif
 #endif
 
 TMK_TIER_CLOSE

@@ -1,5 +1,5 @@
-// 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which HA takes
-// without the rounding of x r.
+// 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which but for single LA
+// is rounded once.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/inv_rare.hpp"
 #include "vector/real/wide/root_series.hpp"
@@ -20,17 +20,22 @@ struct wide_inv_sqrt {
     const value r = reciprocal_sqrt_estimate(x);
     if constexpr (Level == level::ep) {
       return r;
-    } else if constexpr (Level == level::la) {
-      const value e = xsimd::fms(x * r, r, value(Real(1)));
-      if constexpr (sizeof(Real) == 4) return xsimd::fma(r * e, value(Real(-0.5)), r);
-      return xsimd::fma(r, inverse_root_series<Level>(e), r);
+    } else if constexpr (Level == level::la && sizeof(Real) == 4) {
+      return xsimd::fma(r * xsimd::fms(x * r, r, value(Real(1))), value(Real(-0.5)), r);
     } else {
-      return xsimd::fma(r, inverse_root_series<Level>(root_residual(x, r)), r);
+      const value s = shortened(r);
+      return xsimd::fma(s, inverse_root_series<Level>(xsimd::fms(x, s * s, value(Real(1)))), s);
     }
   }
-  static lane_mask<Real> flagged(const value& x, const value&) { return not_positive_normal(x); }
+  // From here on the square of r comes near the subnormals, which a thread's mode may flush.
+  static constexpr Real large = sizeof(Real) == 4 ? Real(0x1p125) : Real(0x1p1021);
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    return not_positive_normal<Real, to_bits(large)>(x);
+  }
   static int32_t rare(const Real* a, Real* r) {
-    return inv_sqrt_rare(a, r, [](Real x) { return fast(value(x)).get(0); });
+    return inv_sqrt_rare(a, r, [](Real x) {
+      return x < large ? fast(value(x)).get(0) : fast(value(x * Real(0.25))).get(0) * Real(0.5);
+    });
   }
 };
 
