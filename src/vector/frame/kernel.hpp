@@ -67,20 +67,28 @@ constexpr sse_control sse_of() {
     return sse_control::by_mode;
 }
 
-// The flagged lanes of a group, in order: store, report, read back what the report made of it.
+// One register of elements, the first `valid` lanes of it, some flagged: these in order, stored, reported and
+// read back, since a report may replace them. Computes the others anew, so that the walks need not keep them.
 template <class Kernel>
-[[gnu::noinline]] void repair_lanes(uint32_t flags, int32_t first, const typename Kernel::real* x,
-                                    typename Kernel::real* y, const typename Kernel::real* a,
-                                    typename Kernel::real* r) {
-  for (; flags != 0; flags &= flags - 1) {
+[[gnu::noinline, gnu::flatten]] void repair_register(int32_t first, int valid, const typename Kernel::real* a,
+                                                     typename Kernel::real* r) {
+  using real = typename Kernel::real;
+  const batch<real> x = load_partial(a + first, valid, Kernel::filler);
+  const batch<real> y = Kernel::fast(x);
+  alignas(64) real xs[lanes<real>], ys[lanes<real>];
+  x.store_aligned(xs);
+  y.store_aligned(ys);
+  for (uint32_t flags = lane_bits<real>(Kernel::flagged(x, y)) & ((1u << valid) - 1); flags != 0;
+       flags &= flags - 1) {
     const int lane = std::countr_zero(flags);
-    const int32_t status = Kernel::rare(x + lane, y + lane);
+    const int32_t status = Kernel::rare(xs + lane, ys + lane);
     if (status == 0) continue;
     const int32_t i = first + lane;
-    r[i] = y[lane];
+    r[i] = ys[lane];
     report(status, i, a, r, Kernel::name);
-    y[lane] = r[i];
+    ys[lane] = r[i];
   }
+  std::copy_n(ys, valid, r + first);
 }
 
 // The fast results of a whole group; true when a lane is flagged.
@@ -109,16 +117,10 @@ template <class Kernel>
   const auto partial = [&](int32_t i, int valid) {
     const batch<real> x = load_partial(a + i, valid, Kernel::filler);
     const batch<real> y = Kernel::fast(x);
-    uint32_t flags = lane_bits<real>(Kernel::flagged(x, y)) & ((1u << valid) - 1);
-    if (flags == 0) [[likely]] {
+    if ((lane_bits<real>(Kernel::flagged(x, y)) & ((1u << valid) - 1)) == 0) [[likely]]
       store_partial(r + i, valid, y);
-      return;
-    }
-    alignas(64) real xs[width], ys[width];
-    x.store_aligned(xs);
-    y.store_aligned(ys);
-    repair_lanes<Kernel>(flags, i, xs, ys, a, r);
-    std::copy_n(ys, valid, r + i);
+    else
+      repair_register<Kernel>(i, valid, a, r);
   };
 
   int32_t i = 0;
@@ -133,13 +135,7 @@ template <class Kernel>
   for (; n - i >= Kernel::group; i += Kernel::group) {
     batch<real> y[count];
     if (compute_group<Kernel>(a + i, y)) [[unlikely]] {
-      alignas(64) real xs[Kernel::group], ys[Kernel::group];
-      std::copy_n(a + i, Kernel::group, xs);
-      for (int k = 0; k < count; ++k) y[k].store_aligned(ys + k * width);
-      for (int k = 0; k < count; ++k)
-        repair_lanes<Kernel>(lane_bits<real>(Kernel::flagged(load(xs + k * width), y[k])), i + k * width,
-                             xs + k * width, ys + k * width, a, r);
-      std::copy_n(ys, Kernel::group, r + i);
+      for (int k = 0; k < count; ++k) repair_register<Kernel>(i + k * width, width, a, r);
     } else {
 #pragma GCC unroll 16
       for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
