@@ -47,7 +47,8 @@ typedef struct {
   int32_t count;
 } Tier;
 
-#define TMK_TIER_ENTRY(tier) {#tier, rows_##tier, sizeof rows_##tier / sizeof rows_##tier[0]}
+#define TMK_TIER_ENTRY(tier) \
+  { #tier, rows_##tier, sizeof rows_##tier / sizeof rows_##tier[0] }
 static const Tier tiers[] = {
     TMK_TIER_ENTRY(W7),
 #if TMK_HAS_WIDE_TIERS

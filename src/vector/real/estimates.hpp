@@ -29,8 +29,8 @@ inline f64 reciprocal_sqrt_estimate(const f64& x) {
   return bits_as<double>((((estimate >> 3) + u64(0x57F00000)) << 32) - half_exponent);
 }
 #else
-// On upper words. x = 4^j m with m in [1/2, 2), which takes the parity of the exponent along; lower words come
-// out as they fall, far below the estimate's error.
+// On upper words. x = 4^j m with m in [1/2, 2), which takes the parity of the exponent along; lower words
+// come out as they fall, far below the estimate's error.
 inline f64 reciprocal_sqrt_estimate(const f64& x) {
   const i32 high = bits_as<int32_t>(x);
   const f32 mantissa = bits_as<float>(((high << 3) & i32(0xFFFFFF)) | i32(0x3F000000));

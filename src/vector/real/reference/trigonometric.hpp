@@ -11,16 +11,17 @@
 namespace tmk::reference {
 
 constexpr extended pi = std::numbers::pi_v<extended>;
-constexpr extended half_turns = 0.5L;  // the right angle in each unit
-constexpr extended degrees = 90;
+constexpr int half_turns = 1;  // the straight angle in each unit
+constexpr int degrees = 180;
 
 // sin of x and of x + `shift` right angles; zeros have the sign that IEEE 754 gives sinPi and cosPi.
-template <extended RightAngle, int Shift>
+template <int StraightAngle, int Shift>
 extended sine(extended x) {
+  constexpr extended right_angle = StraightAngle / 2.0L;
   if (!std::isfinite(x)) return x - x;
-  const extended turn = fmodl(x, 4 * RightAngle);
-  const extended quarter = rintl(turn / RightAngle);
-  const extended angle = (turn - quarter * RightAngle) * (pi / (2 * RightAngle));
+  const extended turn = fmodl(x, 2 * StraightAngle);
+  const extended quarter = rintl(turn / right_angle);
+  const extended angle = (turn - quarter * right_angle) * (pi / StraightAngle);
   const int quadrant = (static_cast<int>(quarter) + Shift) & 3;
   if (angle == 0 && (quadrant & 1) == 0) return Shift == 0 ? copysignl(0, x) : 0;
   const extended magnitude = (quadrant & 1) != 0 ? cosl(angle) : sinl(angle);
@@ -28,9 +29,9 @@ extended sine(extended x) {
 }
 
 // Zeros and poles take their sign from those of the quotient's parts.
-template <extended RightAngle>
+template <int StraightAngle>
 extended tangent(extended x) {
-  return sine<RightAngle, 0>(x) / sine<RightAngle, 1>(x);
+  return sine<StraightAngle, 0>(x) / sine<StraightAngle, 1>(x);
 }
 
 inline extended asin_pi(extended x) { return asinl(x) / pi; }
