@@ -1,0 +1,25 @@
+// Hot loops exist once per tier: a table of functions that a file in generators/loops/ fills for its tier.
+//   struct mt19937_loops { void (*twist)(uint32_t* mt); };   in a header
+//   TMK_DECLARE_LOOPS(mt19937_loops)                         behind it: mt19937_loops_now() is the tier's in
+//   force TMK_DEFINE_LOOPS(mt19937_loops) = {twist};               in the file that is compiled per tier
+#pragma once
+
+#include "platform/tier.hpp"
+#include "tmk/abi/vtm.h"
+
+#if defined(__x86_64__)
+#define TMK_DECLARE_LOOPS(table)                                                          \
+  extern "C" const tmk::table table##_W7, table##_V3, table##_V4;                         \
+  inline const tmk::table& table##_now() {                                                \
+    static constexpr const tmk::table* tiers[] = {&table##_W7, &table##_V3, &table##_V4}; \
+    return *tiers[tmk_current_tier()];                                                    \
+  }
+#else
+#define TMK_DECLARE_LOOPS(table)          \
+  extern "C" const tmk::table table##_W7; \
+  inline const tmk::table& table##_now() { return table##_W7; }
+#endif
+
+#define TMK_LOOPS_NAME_(table, tier) table##_##tier
+#define TMK_LOOPS_NAME(table, tier) TMK_LOOPS_NAME_(table, tier)
+#define TMK_DEFINE_LOOPS(table) extern "C" const tmk::table TMK_LOOPS_NAME(table, TMK_TIER)
