@@ -94,6 +94,28 @@ void store(T* p, const batch<T>& x) {
   x.store_unaligned(p);
 }
 
+// Past the caches; p is aligned to the register. streaming_done() makes such stores visible in order.
+template <class T>
+void stream(T* p, const batch<T>& x) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  if constexpr (sizeof(T) == 4)
+    _mm512_stream_ps(p, x);
+  else
+    _mm512_stream_pd(p, x);
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  if constexpr (sizeof(T) == 4)
+    _mm256_stream_ps(p, x);
+  else
+    _mm256_stream_pd(p, x);
+#else
+  if constexpr (sizeof(T) == 4)
+    _mm_stream_ps(p, x);
+  else
+    _mm_stream_pd(p, x);
+#endif
+}
+inline void streaming_done() { _mm_sfence(); }
+
 // The first `count` lanes of a register, as the tier's masked moves want them.
 #if TMK_TIER_NUMBER(TMK_TIER) == 2
 inline __mmask16 leading_lanes(int count) { return static_cast<__mmask16>((1u << count) - 1); }

@@ -105,6 +105,10 @@ inline bool compute_group(const typename Kernel::real* a, batch<typename Kernel:
   return lane_bits<real>(any_flagged) != 0;
 }
 
+// Results of this many bytes do not stay in a cache. A kernel that says `memory_bound` takes less time than
+// its results need to get to memory, and stores them past the caches.
+constexpr int streaming_threshold = 8 << 20;
+
 // Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled
 // register leads up to the first 16-byte boundary of a, too.
 template <class Kernel>
@@ -132,15 +136,30 @@ template <class Kernel>
       i = std::min(head, n);
     }
   }
-  for (; n - i >= Kernel::group; i += Kernel::group) {
-    batch<real> y[count];
-    if (compute_group<Kernel>(a + i, y)) [[unlikely]] {
-      for (int k = 0; k < count; ++k) repair_register<Kernel>(i + k * width, width, a, r);
-    } else {
+  const auto whole_groups = [&](auto put) {
+    for (; n - i >= Kernel::group; i += Kernel::group) {
+      batch<real> y[count];
+      if (compute_group<Kernel>(a + i, y)) [[unlikely]] {
+        for (int k = 0; k < count; ++k) repair_register<Kernel>(i + k * width, width, a, r);
+      } else {
 #pragma GCC unroll 16
-      for (int k = 0; k < count; ++k) store(r + i + k * width, y[k]);
+        for (int k = 0; k < count; ++k) put(r + i + k * width, y[k]);
+      }
+    }
+  };
+  if constexpr (requires { Kernel::memory_bound; }) {
+    if (n >= streaming_threshold / static_cast<int>(sizeof(real)) && a != r) {
+      const auto misaligned = reinterpret_cast<uintptr_t>(r + i) % sizeof(batch<real>);
+      if (misaligned != 0) {
+        const int head = width - static_cast<int>(misaligned / sizeof(real));
+        partial(i, head);
+        i += head;
+      }
+      whole_groups([](real* p, const batch<real>& y) { stream(p, y); });
+      streaming_done();
     }
   }
+  whole_groups([](real* p, const batch<real>& y) { store(p, y); });
   for (; i < n; i += width) partial(i, std::min(width, n - i));
 }
 

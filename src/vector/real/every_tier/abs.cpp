@@ -10,6 +10,7 @@ struct absolute_value {
   using value = batch<Real>;
   static constexpr auto name = sizeof(Real) == 4 ? "vsAbs" : "vdAbs";
   static constexpr auto controls = control_class::a;
+  static constexpr bool memory_bound = true;
   static constexpr auto sse = sse_control::masks_only;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = 0;

@@ -19,6 +19,7 @@ struct wide_inv {
   using value = batch<Real>;
   static constexpr auto name = inv_name<Real>;
   static constexpr auto controls = control_class::a;
+  static constexpr bool memory_bound = true;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = Real(0.75);
 
@@ -56,6 +57,7 @@ struct wide_inv<Real, level::ha> {
   using value = batch<Real>;
   static constexpr auto name = inv_name<Real>;
   static constexpr auto controls = control_class::a;
+  static constexpr bool memory_bound = true;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = Real(0.75);
 

@@ -13,6 +13,7 @@ struct wide_sqrt {
   using value = batch<Real>;
   static constexpr auto name = sizeof(Real) == 4 ? "vsSqrt" : "vdSqrt";
   static constexpr auto controls = control_class::a;
+  static constexpr bool memory_bound = true;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = Real(0.75);
 
