@@ -114,6 +114,12 @@ struct double_inv_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp over 2^20 samples:
+//   single LA: 2.622 at 0x1.0570e6p+52: got 0x1.faa4e6p-27, want 0x1.faa4eb3ep-27
+//   single HA: 0.9574 at 0x1.141fa4p-2: got 0x1.ecfd78p+0, want 0x1.ecfd7616p+0
+//   single EP: 1.769 at 0x1.f8257p+1: got 0x1.01fc7cp-1, want 0x1.01fc7f8ap-1
+//   double LA, EP: 0.5481 at 0x1.51efe3bea3245p+1: got 0x1.3b1b33c61ed4dp-1, want 0x1.3b1b33c61ed4c74p-1
+//   double HA: 0.5002 at 0x1.1f1a79dbe99ep-1: got 0x1.55ddaa7b6e57ap+0, want 0x1.55ddaa7b6e57a8p+0
 TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<single_inv_sqrt<level::ep>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_blocks<single_inv_sqrt<level::la>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<single_inv_sqrt<level::ha>>)

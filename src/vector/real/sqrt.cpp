@@ -81,6 +81,13 @@ struct double_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp over 2^20 samples:
+//   single LA: 3.270 at 0x1.f0214p+1: got 0x1.f8009cp+0, want 0x1.f800a28ap+0
+//   single HA: 0.8866 at 0x1.360d82p+1: got 0x1.8e6e4p+0, want 0x1.8e6e41c6p+0
+//   single EP: 4150 at 0x1.df2fe4p+1: got 0x1.ef72d4p+0, want 0x1.ef5267d1p+0
+//   double LA: 0.5690 at 0x1.df2f530ae30d2p+1: got 0x1.ef521ce56e1f4p+0, want 0x1.ef521ce56e1f36ep+0
+//   double HA: 0.5003 at 0x1.9f24p-1059: got 0x1.cd089b6860626p-530, want 0x1.cd089b68606268p-530
+//   double EP: 364280 at 0x1.df2fe46f8875p+1: got 0x1.ef52680ac1651p+0, want 0x1.ef52680a68758f2p+0
 TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_blocks<single_sqrt<level::ep>>)
 TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_blocks<single_sqrt<level::la>>)
 TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_blocks<single_sqrt<level::ha>>)

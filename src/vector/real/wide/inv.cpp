@@ -73,6 +73,13 @@ struct wide_inv<Real, level::ha> {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp over 2^20 samples (V3):
+//   single LA: 1.757 at 0x1.0d2f42p+6: got 0x1.e6ec1cp-7, want 0x1.e6ec1f84p-7
+//   single HA: 0.5000 at 0x1.fffffep+0: got 0x1.000002p-1, want 0x1.000001p-1
+//   single EP: 4757 at -0x1.0d2ff8p+1: got -0x1.e71p-2, want -0x1.e6ead64dp-2
+//   double LA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
+//   double HA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
+//   double EP: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
 TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_masked<wide_inv<float, level::ep>>)
 TMK_DEFINE_KERNEL(s, Inv, LAynn, run_masked<wide_inv<float, level::la>>)
 TMK_DEFINE_KERNEL(s, Inv, HAynn, run_masked<wide_inv<float, level::ha>>)

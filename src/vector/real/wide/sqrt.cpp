@@ -37,6 +37,13 @@ struct wide_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp over 2^20 samples (V3):
+//   single LA: 0.7493 at 0x1.dfap-138: got 0x1.5e67ccp-69, want 0x1.5e67cd8p-69
+//   single HA: 0.5000 at 0x1.fffffep+127: got 0x1.fffffep+63, want 0x1.ffffffp+63
+//   single EP: 4150 at 0x1.df2fe4p+1: got 0x1.ef72d4p+0, want 0x1.ef5267d1p+0
+//   double LA: 0.5000 at 0x1.fffffffffffffp+1023: got 0x1.fffffffffffffp+511, want 0x1.fffffffffffff8p+511
+//   double HA: 0.5000 at 0x1.fffffffffffffp+1023: got 0x1.fffffffffffffp+511, want 0x1.fffffffffffff8p+511
+//   double EP: 365211 at 0x1.df2fe46f8875p+1: got 0x1.ef52680ac19f4p+0, want 0x1.ef52680a68758f2p+0
 TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_masked<wide_sqrt<float, level::ep>>)
 TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_masked<wide_sqrt<float, level::la>>)
 TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_masked<wide_sqrt<float, level::ha>>)
