@@ -1,13 +1,8 @@
 // tmk-bench: kernels beside their peers, function by function, ratios from one run.
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <map>
+#include <functional>
 #include <memory>
 #include <random>
 #include <regex>
@@ -18,13 +13,13 @@
 #include "common/kernels.hpp"
 #include "peers.hpp"
 #include "results.hpp"
+#include "timing.hpp"
 
 using namespace tmk;
 using namespace tmk::bench;
 
 namespace {
 
-constexpr int default_repetitions = 9;
 constexpr std::int32_t sizes[] = {8, 1000, 4'000'000};
 constexpr std::int32_t largest_size = 4'000'000;
 
@@ -56,27 +51,6 @@ struct arrays {
     Real* first = reinterpret_cast<Real*>(a.data());
     std::generate_n(first, largest_size, [&] { return static_cast<Real>(draw(generate)); });
   }
-};
-
-// Gathers the repetitions of each subject by the name under which it was registered.
-class gathering_reporter : public ::benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context&) override { return true; }
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs)
-      if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-        seconds_[run.run_name.function_name].push_back(run.cpu_accumulated_time /
-                                                       static_cast<double>(run.iterations));
-  }
-
-  double median_seconds(const std::string& name) {
-    auto& times = seconds_.at(name);
-    std::ranges::nth_element(times, times.begin() + times.size() / 2);
-    return times[times.size() / 2];
-  }
-
- private:
-  std::map<std::string, std::vector<double>> seconds_;
 };
 
 struct candidate {
@@ -137,59 +111,23 @@ group measure(const tools::vector_function& f, std::int32_t n, const std::vector
   group g{std::string(f.name), n, false, f.worked, {}};
   const auto candidates = candidates_for(f, tiers);
   check(f, candidates, data);
-  const auto name_of = [](std::size_t i) { return "candidate" + std::to_string(i); };
-  ::benchmark::ClearRegisteredBenchmarks();
-  for (std::size_t i = 0; i < candidates.size(); ++i) {
-    ::benchmark::RegisterBenchmark(name_of(i).c_str(), [&, i](::benchmark::State& state) {
-      for ([[maybe_unused]] auto _ : state) {
-        candidates[i].run(n, data.a.data(), data.r.data());
-        ::benchmark::ClobberMemory();
-      }
-    });
-  }
-  gathering_reporter times;
-  ::benchmark::RunSpecifiedBenchmarks(&times);
+  std::vector<std::function<void()>> calls;
+  for (const candidate& c : candidates)
+    calls.emplace_back([&c, &data, n] { c.run(n, data.a.data(), data.r.data()); });
+  const std::vector<double> seconds = median_seconds(calls);
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     g.subjects.push_back(candidates[i].about);
-    g.subjects.back().nanoseconds = times.median_seconds(name_of(i)) * 1e9 / n;
+    g.subjects.back().nanoseconds = seconds[i] * 1e9 / n;
     g.is_bound_by_memory |= candidates[i].about.kind == subject_kind::copy;
   }
   return g;
 }
 
-std::string processor_name() {
-  std::ifstream info("/proc/cpuinfo");
-  for (std::string line; std::getline(info, line);)
-    if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
-  return "unknown processor";
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string options[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.01", ""};
-  std::vector<char*> arguments{argv[0]};
-  std::string filter;
-  bool markdown = false;
-  int repetitions = default_repetitions;
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    if (word == "--markdown")
-      markdown = true;
-    else if (word.starts_with("--repetitions="))
-      repetitions = std::max(1, std::atoi(word.c_str() + std::strlen("--repetitions=")));
-    else if (word.starts_with("-") || !filter.empty()) {
-      std::fprintf(stderr,
-                   "usage: tmk-bench [regular expression of sExp/1000] [--markdown] [--repetitions=N]\n");
-      return 2;
-    } else
-      filter = word;
-  }
-  options[2] = "--benchmark_repetitions=" + std::to_string(repetitions);
-  for (std::string& option : options) arguments.push_back(option.data());
-  int count = static_cast<int>(arguments.size());
-  ::benchmark::Initialize(&count, arguments.data());
-  const std::regex wanted(filter);
+  const options wish = start(argc, argv, "sExp/1000");
+  const std::regex wanted(wish.filter);
 
   const auto tiers = tools::available_tiers();
   const auto functions = tools::functions_with_value();
@@ -205,13 +143,13 @@ int main(int argc, char** argv) {
           f.is_single() ? data->fill<float>(w.low, w.high) : data->fill<double>(w.low_double, w.high_double);
         filled = true;
         groups.push_back(measure(f, n, tiers, *data));
-        print(markdown ? stderr : stdout, groups.back());
+        print(wish.markdown ? stderr : stdout, groups.back());
       }
     }
   }
   if (groups.empty()) {
-    std::fprintf(stderr, "nothing matches %s\n", filter.c_str());
+    std::fprintf(stderr, "nothing matches %s\n", wish.filter.c_str());
     return 2;
   }
-  if (markdown) print_markdown(stdout, groups, tiers, processor_name(), repetitions);
+  if (wish.markdown) print_markdown(stdout, groups, tiers, processor_name(), wish.repetitions);
 }
