@@ -24,7 +24,8 @@ struct single_inv {
     if constexpr (Level == level::ep) return y0;
     return y0 * (f32(2.0f) - x * y0);
   }
-  // Good: 2^-126 <= |x| <= 2^126, where neither x nor the estimate is subnormal.
+  // Good: 2^-126 <= |x| <= 2^126. The upper end is part of the interface, though the estimate of 1 / 2^126
+  // may come out below the normal numbers, which the processor flushes to 0.
   static lane_mask<float> flagged(const f32& x, const f32&) {
     return mask_as<float>(((bits_as<int32_t>(x) - i32(0x00800000)) & i32(0x7FFFFFFF)) > i32(0x7E000000));
   }

@@ -38,13 +38,13 @@ struct wide_inv {
       return xsimd::fma(y0, xsimd::fma(e * e, s, s), y0);
     }
   }
-  // Good, as on the baseline: 2^-126 <= |x| <= 2^126, 2^-1021 <= |x| < 2^1022.
+  // Good: 2^-126 <= |x| < 2^126, 2^-1021 <= |x| < 2^1022. The estimate of 2^-126 itself may be flushed to 0.
   static lane_mask<Real> flagged(const value& x, const value&) {
     using bits = std::make_signed_t<typename format<Real>::bits>;
     constexpr bool single = sizeof(Real) == 4;
     constexpr auto magnitude = std::numeric_limits<bits>::max();
     constexpr bits lowest = single ? bits(0x00800000) : bits(0x0020000000000000);
-    constexpr bits span = single ? bits(0x7E000000) : bits(0x7FAFFFFFFFFFFFFF);
+    constexpr bits span = single ? bits(0x7DFFFFFF) : bits(0x7FAFFFFFFFFFFFFF);
     return mask_as<Real>(((bits_as<bits>(x) - batch<bits>(lowest)) & batch<bits>(magnitude)) >
                          batch<bits>(span));
   }
