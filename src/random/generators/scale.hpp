@@ -2,6 +2,7 @@
 // rounded once more at the end. The same bits on every tier.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "random/core/by_tier.hpp"
@@ -15,6 +16,33 @@ struct scale_loops {
   void (*unsigned_to_single)(int32_t n, const uint32_t* w, float* r, double k, double a);  // r may be w
   void (*signed_to_single)(int32_t n, const uint32_t* w, float* r, double k, double a);    // r may be w
 };
+
+// Words and what is made of them stay in the first cache.
+constexpr int32_t scale_block = 2048;
+
+// Doubles from a generator of 32-bit words: draw(count, words) fills the upper half of a block of r, convert
+// is one of the loops above.
+template <class Draw>
+void doubles_from_words(int32_t n, double* r, decltype(scale_loops::unsigned_to_double) convert, double k,
+                        double a, Draw draw) {
+  for (int32_t count; n > 0; n -= count, r += count) {
+    count = std::min(n, scale_block);
+    uint32_t* words = reinterpret_cast<uint32_t*>(r) + count;
+    draw(count, words);
+    convert(count, words, r, k, a);
+  }
+}
+
+template <class Draw>
+void singles_from_words(int32_t n, float* r, decltype(scale_loops::unsigned_to_single) convert, double k,
+                        double a, Draw draw) {
+  for (int32_t count; n > 0; n -= count, r += count) {
+    count = std::min(n, scale_block);
+    uint32_t* words = reinterpret_cast<uint32_t*>(r);
+    draw(count, words);
+    convert(count, words, r, k, a);
+  }
+}
 
 }  // namespace tmk
 

@@ -1,0 +1,24 @@
+// x <- a x mod 2^59. The state holds the next element.
+#pragma once
+
+#include <cstdint>
+
+#include "random/core/by_tier.hpp"
+#include "random/core/states.hpp"
+
+namespace tmk {
+
+constexpr uint64_t mcg59_mask = 0x07FFFFFFFFFFFFFF;
+
+struct mcg59_loops {
+  void (*words)(mcg59_state* state, int32_t n, uint64_t* r);
+  // Elements to numbers of an interval, k = (b - a) 2^-59. The two orders of adding differ, and stay.
+  void (*to_double)(int32_t n, const uint64_t* x, double* r, double k, double a);  // r may be x
+  void (*to_single)(int32_t n, const uint64_t* x, float* r, double k, double a);
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(mcg59_loops)
+
+extern "C" uint64_t __vtsiPowMod2P59(uint64_t base, uint64_t e);
