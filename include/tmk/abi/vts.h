@@ -90,6 +90,133 @@ typedef struct {
   VtsIBrng iBrng; /* n >= 1 elements of wordBytes each */
 } VtsBrngProperties;
 
+/* The registry, 512 rows each. __RegBrngsNew holds the rows of the identifiers above, __RegBrngs those of the
+ * legacy numbers below 0x100000: 0 MCG31M1, 1 R250, 2 MRG32K3A, 3 MCG59, 4 to 276 the sets of WH, 277 SOBOL,
+ * 278 NIEDERR; rows 279 and 280 are valid and empty. NumOffsets counts the parameter sets of each row of
+ * __RegBrngsNew, NRegBrngsNew the rows in use. */
+extern VtsBrngProperties __RegBrngsNew[512];
+extern VtsBrngProperties __RegBrngs[512];
+extern int32_t NumOffsets[512];
+extern int32_t NRegBrngsNew;
+
+/* Adds a generator and returns its identifier, a positive number. VTS_STATUS_BAD_STATE_SIZE for a negative
+ * stateBytes, _BAD_WORD_SIZE for a wordBytes other than 4, 8, 16, _BAD_SEED_COUNT and _BAD_BIT_COUNT for
+ * counts below 1, _NULL_CALLBACK for a missing function. The 512 rows are not counted: the caller does. */
+int32_t __vtsRegisterBrng(const VtsBrngProperties* properties);
+int32_t __vtsGetNumRegBrngs(void);
+/* Copies the record of an identifier. VTS_STATUS_INVALID_BRNG when there is none. */
+int32_t __vtsGetBrngProperties(int32_t brngId, VtsBrngProperties* properties);
+/* The table that an identifier means, with the row in it and the parameter set. Nothing is checked. */
+VtsBrngProperties* __vtsGetBrngBaseOffset(int32_t brngId, int32_t* row, int32_t* offset);
+/* 0 or VTS_STATUS_INVALID_BRNG. Of the legacy table any row below 281 is valid, negative ones too. */
+int32_t __vtsIsBrngValid(const VtsBrngProperties* table, int32_t row, int32_t offset);
+
+/* Creates a stream from n seed words. The abstract kinds have constructors of their own and are refused as
+ * VTS_STATUS_INVALID_BRNG. When the generator refuses the seeds, its status is returned, and the stream
+ * exists for the caller to delete. */
+int32_t __vtsNewStreamEx(VtsStreamHandle* stream, int32_t brngId, int32_t n, const uint32_t* seeds);
+/* Allocates a stream with nothing but its header. VTS_STATUS_INVALID_BRNG, also for a row without a record;
+ * VTS_STATUS_NO_MEMORY. */
+int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* table, int32_t brngId,
+                            int32_t row, int32_t offset);
+/* Frees a stream with its chunks and makes the handle null. */
+int32_t __vtsDeleteStream(VtsStreamHandle* stream);
+/* A new stream with the whole state and copies of the chunks. */
+int32_t __vtsCopyStream(VtsStreamHandle* copy, VtsStreamHandle source);
+/* Copies wordBytes * seedWords bytes of the source's state, as far as both blocks reach, and its chunks. The
+ * generators are not compared, and a multiplier that leapfrogging changed stays behind. */
+int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source);
+/* From now on the stream yields elements k, k + nstreams, k + 2 nstreams, ... of what it would have.
+ * VTS_STATUS_BAD_NSTREAMS for a negative nstreams, VTS_STATUS_NO_LEAPFROG. */
+int32_t __vtsLeapfrogStream(VtsStreamHandle stream, int32_t k, int32_t nstreams);
+/* Leaves nskip elements out. VTS_STATUS_NO_SKIPAHEAD. */
+int32_t __vtsSkipAheadStream(VtsStreamHandle stream, int64_t nskip);
+int32_t __vtsGetStreamStateBrng(VtsStreamHandle stream);
+
+/* 1 when the processor has the instructions of ARS5 (AES beside SSE2), and of the hardware generator. */
+int32_t __vtsCPUisAES(void);
+int32_t __vtsCPUisRDRAND(void);
+
+/* Streams over an array of the caller's, which is circular. When a draw needs more elements than are left,
+ * the callback writes from *nmin to *nmax new ones into buffer (*n elements long) from index *idx on, past
+ * its end to its beginning, and returns how many it wrote. A negative return is the draw's status; a return
+ * below *nmin or above *nmax fails the draw with VTS_STATUS_BAD_ARGUMENT. The array must outlive the stream
+ * and its copies; what it holds at first is not used. The d and s kinds hold values of [a, b) and draw their
+ * own precision, the i kind holds 32-bit words and draws words; the other draws write nothing and return
+ * VTS_STATUS_INVALID_BRNG. VTS_STATUS_BAD_ARGUMENT for n below 1, a null pointer, or a not below b. */
+typedef int32_t (*VtsIUpdate)(VtsStreamHandle stream, int32_t* n, uint32_t* buffer, const int32_t* nmin,
+                              const int32_t* nmax, const int32_t* idx);
+typedef int32_t (*VtsDUpdate)(VtsStreamHandle stream, int32_t* n, double* buffer, const int32_t* nmin,
+                              const int32_t* nmax, const int32_t* idx);
+typedef int32_t (*VtsSUpdate)(VtsStreamHandle stream, int32_t* n, float* buffer, const int32_t* nmin,
+                              const int32_t* nmax, const int32_t* idx);
+int32_t __vtsiNewAbstractStream(VtsStreamHandle* stream, int32_t n, const uint32_t* buffer,
+                                VtsIUpdate callback);
+int32_t __vtsdNewAbstractStream(VtsStreamHandle* stream, int32_t n, const double* buffer, double a, double b,
+                                VtsDUpdate callback);
+int32_t __vtssNewAbstractStream(VtsStreamHandle* stream, int32_t n, const float* buffer, float a, float b,
+                                VtsSUpdate callback);
+
+/* Blobs that a stream carries for a distribution or a generator. A blob under a key that is not all zero is
+ * shared: streams that hold the key hold one blob, which lives until the last of them lets go. */
+typedef struct VtsChunk {
+  uint32_t chunkId;
+  uint32_t dataBytes;
+  void* data; /* from tmk_serv_allocate */
+  struct VtsChunk* next;
+  uint32_t key[4];
+} VtsChunk;
+
+typedef struct {
+  uint32_t key[4];
+  uint32_t refCount; /* chunks that point to data */
+  void* data;
+} VtsGlobRODataEntry;
+
+/* Attaches a blob, which the stream then owns, at the head of the list. A null key makes it private. When the
+ * key is known, the chunk takes the shared blob instead, and data stays with the caller.
+ * VTS_STATUS_NO_MEMORY. */
+int32_t __vtsAddChunk(VtsStreamHandle stream, uint32_t chunkId, const uint32_t* key, void* data,
+                      uint32_t dataBytes);
+/* The blob of the first chunk of that kind, or null. */
+void* __vtsSearchChunk(VtsStreamHandle stream, uint32_t chunkId);
+int32_t __vtsGetNumChunks(VtsStreamHandle stream);
+/* Appends copies in reverse order; on failure the destination has no chunks. VTS_STATUS_NO_MEMORY. */
+int32_t __vtsCopyChunks(VtsStreamHandle destination, VtsStreamHandle source);
+int32_t __vtsDeleteChunks(VtsStreamHandle stream);
+/* Meant for a kind of which a stream has one chunk: of several other chunks only the last stays in the list.
+ */
+int32_t __vtsDeleteChunksById(VtsStreamHandle stream, uint32_t chunkId);
+
+/* The table of shared blobs, safe to use from several threads. An entry pointer is good until the next
+ * removal. VTS_STATUS_RO_ENTRY_NOT_FOUND for an unknown, null or all-zero key; VTS_STATUS_RO_TABLE_FULL at
+ * 128 entries. */
+extern VtsGlobRODataEntry _GlobRODataTable[128];
+extern uint32_t _GlobRODataTableCount;
+extern uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
+int32_t __vtsCreateGlobRODataTableEntry(VtsGlobRODataEntry** entry, const uint32_t* key, void* data);
+int32_t __vtsFindGlobRODataTableEntry(VtsGlobRODataEntry** entry, const uint32_t* key);
+int32_t __vtsRegisterGlobRODataReference(VtsChunk* chunk, const uint32_t* key);
+int32_t __vtsUnregisterGlobRODataReference(const uint32_t* key);
+/* A key that the table does not hold: the time-stamp counter, then the tag. */
+int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t* key, int32_t tag);
+
+/* Persistence: a little-endian image of state and chunks, the same in a file and in memory and on 32-bit and
+ * 64-bit machines. A nameLength of 0 or more counts the characters of fileName; a negative one says that it
+ * is terminated. A save to memory takes __vtsGetStreamSize bytes. VTS_STATUS_NO_MEMORY, _FILE_OPEN,
+ * _FILE_CLOSE, _FILE_WRITE, _FILE_READ; loading, when the handle is null afterwards: _BAD_IMAGE,
+ * _BAD_IMAGE_VERSION, _NO_RDRAND, _NO_AES. */
+int32_t __vtsGetStreamSize(VtsStreamHandle stream);
+int32_t __vtsSaveStreamF(VtsStreamHandle stream, const char* fileName, int32_t nameLength);
+int32_t __vtsSaveStreamM(VtsStreamHandle stream, void* block);
+int32_t __vtsLoadStreamF(VtsStreamHandle* stream, const char* fileName, int32_t nameLength);
+int32_t __vtsLoadStreamM(VtsStreamHandle* stream, const void* block);
+/* Loads an image of nobody's making: never reads past the block (VTS_STATUS_FILE_READ), and refuses abstract
+ * streams, which hold addresses, as VTS_STATUS_BAD_IMAGE. */
+int32_t tmk_vts_load_stream_bounded(VtsStreamHandle* stream, const void* block, uint64_t bytes);
+
+/* Distributions. */
+
 #ifdef __GNUC__
 #pragma GCC visibility pop
 #endif

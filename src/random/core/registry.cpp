@@ -1,28 +1,28 @@
 // The registry: which generators there are, and what an identifier means.
-#include <cstddef>
+#include "random/core/registry.hpp"
 
-#include "random/core/states.hpp"
-#include "random/core/stream.hpp"
+#include "random/core/rows.hpp"
+
+namespace {
+
+constexpr int32_t first_current_id = 0x100000;
+constexpr int32_t legacy_rows = 281;
+
+namespace row = tmk::row;
+static_assert(row::MCG31M1.stateBytes == 24 && row::R250.stateBytes == 1024 &&
+              row::MRG32K3A.stateBytes == 40 && row::MCG59.stateBytes == 32 && row::WH.stateBytes == 48 &&
+              row::Sobol.stateBytes == 11712 && row::Niederr.stateBytes == 84288 &&
+              row::MT19937.stateBytes == 2516 && row::MT2203.stateBytes == 308 &&
+              row::SFMT19937.stateBytes == 2536 && row::TRNG.stateBytes == 24 && row::ARS5.stateBytes == 68 &&
+              row::PHILOX4X32X10.stateBytes == 60);
+static_assert(sizeof(void*) == 8 || (row::iAbstract.stateBytes == 36 && row::dAbstract.stateBytes == 52 &&
+                                     row::sAbstract.stateBytes == 44));
+
+}  // namespace
 
 extern "C" {
-#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets)                             \
-  [[gnu::weak]] int32_t __vtsBRng##name##InitStream(int32_t, VtsStreamHandle, int32_t, const uint32_t*); \
-  [[gnu::weak]] int32_t __vtssBRng##name(VtsStreamHandle, int32_t, float*, float, float);                \
-  [[gnu::weak]] int32_t __vtsdBRng##name(VtsStreamHandle, int32_t, double*, double, double);             \
-  [[gnu::weak]] int32_t __vtsiBRng##name(VtsStreamHandle, int32_t, void*);
-#include "random/core/generators.def"
-#undef TMK_GENERATOR
 
-#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets) \
-  {static_cast<int32_t>(sizeof(tmk::stream_header) + sizeof(tmk::state)),    \
-   seed_words,                                                               \
-   zero,                                                                     \
-   word_bytes,                                                               \
-   bits,                                                                     \
-   __vtsBRng##name##InitStream,                                              \
-   __vtssBRng##name,                                                         \
-   __vtsdBRng##name,                                                         \
-   __vtsiBRng##name},
+#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets) tmk::row::name,
 VtsBrngProperties __RegBrngsNew[512] = {
 #include "random/core/generators.def"
 };
@@ -33,20 +33,58 @@ int32_t NumOffsets[512] = {
 #include "random/core/generators.def"
 };
 #undef TMK_GENERATOR
+
 int32_t NRegBrngsNew = 16;
+
+int32_t __vtsRegisterBrng(const VtsBrngProperties* properties) {
+  const VtsBrngProperties& p = *properties;
+  const struct {
+    bool refused;
+    int32_t status;
+  } checks[] = {
+      {p.stateBytes < 0, VTS_STATUS_BAD_STATE_SIZE},
+      {p.wordBytes != 4 && p.wordBytes != 8 && p.wordBytes != 16, VTS_STATUS_BAD_WORD_SIZE},
+      {p.seedWords < 1, VTS_STATUS_BAD_SEED_COUNT},
+      {p.bitsPerWord < 1, VTS_STATUS_BAD_BIT_COUNT},
+      {!p.dBrng || !p.sBrng || !p.iBrng || !p.initStream, VTS_STATUS_NULL_CALLBACK},
+  };
+  for (const auto& check : checks)
+    if (check.refused) return check.status;
+
+  const int32_t row = NRegBrngsNew++;
+  __RegBrngsNew[row] = p;
+  NumOffsets[row] = 1;
+  return (row << 20) + first_current_id;
 }
 
-namespace {
-enum : size_t {
-#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets) \
-  name##_bytes = sizeof(tmk::stream_header) + sizeof(tmk::state),
-#include "random/core/generators.def"
-#undef TMK_GENERATOR
-};
-static_assert(MCG31M1_bytes == 24 && R250_bytes == 1024 && MRG32K3A_bytes == 40 && MCG59_bytes == 32 &&
-              WH_bytes == 48 && Sobol_bytes == 11712 && Niederr_bytes == 84288 && MT19937_bytes == 2516 &&
-              MT2203_bytes == 308 && SFMT19937_bytes == 2536 && TRNG_bytes == 24 && ARS5_bytes == 68 &&
-              PHILOX4X32X10_bytes == 60);
-static_assert(sizeof(void*) == 8 ||
-              (iAbstract_bytes == 36 && dAbstract_bytes == 52 && sAbstract_bytes == 44));
-}  // namespace
+int32_t __vtsGetNumRegBrngs(void) { return NRegBrngsNew; }
+
+VtsBrngProperties* __vtsGetBrngBaseOffset(int32_t brngId, int32_t* row, int32_t* offset) {
+  *offset = tmk::parameter_set(brngId);
+  if (brngId >= first_current_id) {
+    *row = (brngId >> 20) - 1;
+    return __RegBrngsNew;
+  }
+  *row = brngId >= 4 && brngId <= 276 ? 4 : brngId;
+  return __RegBrngs;
+}
+
+int32_t __vtsIsBrngValid(const VtsBrngProperties* table, int32_t row, int32_t offset) {
+  const bool valid = table == __RegBrngs ? row < legacy_rows : row < NRegBrngsNew && offset < NumOffsets[row];
+  return valid ? VTS_STATUS_OK : VTS_STATUS_INVALID_BRNG;
+}
+
+int32_t __vtsGetBrngProperties(int32_t brngId, VtsBrngProperties* properties) {
+  const VtsBrngProperties* record = tmk::find_record(brngId);
+  if (record == nullptr) return VTS_STATUS_INVALID_BRNG;
+  *properties = *record;
+  return VTS_STATUS_OK;
+}
+
+}  // extern "C"
+
+const VtsBrngProperties* tmk::find_record(int32_t brng_id) {
+  int32_t row, offset;
+  const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brng_id, &row, &offset);
+  return row >= 0 && __vtsIsBrngValid(table, row, offset) == VTS_STATUS_OK ? table + row : nullptr;
+}

@@ -1,0 +1,23 @@
+// The blobs of a stream, walked from the head of its list.
+#pragma once
+
+#include "random/core/stream.hpp"
+
+namespace tmk {
+
+inline VtsChunk* first_chunk(VtsStreamHandle stream) {
+  return reinterpret_cast<VtsChunk*>(static_cast<uintptr_t>(header_of(stream).chunk_list));
+}
+inline void set_first_chunk(VtsStreamHandle stream, VtsChunk* chunk) {
+  header_of(stream).chunk_list = reinterpret_cast<uintptr_t>(chunk);
+}
+
+// Finds or makes the shared blob of the chunk's key in one step under the lock, so that two threads adding
+// one key cannot both make it. A key that the table has no room for is cleared: the blob is private then.
+void share_blob(VtsChunk& chunk);
+
+// Whether a blob of that size may stand for the one shared under the key: the key is free, or held by a
+// chunk's blob of the same size.
+bool may_share(const uint32_t* key, uint32_t bytes);
+
+}  // namespace tmk

@@ -1,0 +1,93 @@
+// Streams: made, copied, moved along, deleted. What a generator does itself is asked of its record.
+#include "random/core/stream.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "random/core/registry.hpp"
+#include "tmk/abi/serv.h"
+
+namespace {
+
+constexpr int32_t header_bytes = sizeof(tmk::stream_header);
+
+// The abstract kinds, which only their constructors make; clearing bit 20 takes two of them to one number.
+bool is_abstract(int32_t brng_id) {
+  return (brng_id & ~0x100000) == VTS_BRNG_IABSTRACT || brng_id == VTS_BRNG_SABSTRACT;
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* table, int32_t brngId,
+                            int32_t row, int32_t offset) {
+  if (__vtsIsBrngValid(table, row, offset) != VTS_STATUS_OK) return VTS_STATUS_INVALID_BRNG;
+  // Valid rows without a record: below zero, the two empty legacy rows, and what a caller registered too
+  // small.
+  if (row < 0 || table[row].stateBytes < header_bytes) return VTS_STATUS_INVALID_BRNG;
+
+  void* block = tmk_serv_allocate(static_cast<size_t>(table[row].stateBytes), tmk::stream_alignment);
+  if (block == nullptr) return VTS_STATUS_NO_MEMORY;
+  *stream = static_cast<VtsStreamHandle>(block);
+  tmk::header_of(*stream) = {brngId, 1, 0};
+  return VTS_STATUS_OK;
+}
+
+int32_t __vtsNewStreamEx(VtsStreamHandle* stream, int32_t brngId, int32_t n, const uint32_t* seeds) {
+  if (is_abstract(brngId)) return VTS_STATUS_INVALID_BRNG;
+  int32_t row, offset;
+  const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brngId, &row, &offset);
+  const int32_t status = __vtsAllocateStream(stream, table, brngId, row, offset);
+  if (status < 0) return status;
+  return table[row].initStream(VTS_INIT_SEED, *stream, n, seeds);
+}
+
+int32_t __vtsDeleteStream(VtsStreamHandle* stream) {
+  if (*stream != nullptr) {
+    __vtsDeleteChunks(*stream);
+    tmk_serv_deallocate(*stream);
+    *stream = nullptr;
+  }
+  return VTS_STATUS_OK;
+}
+
+int32_t __vtsCopyStream(VtsStreamHandle* copy, VtsStreamHandle source) {
+  int32_t row, offset;
+  const int32_t brng_id = tmk::header_of(source).brng_id;
+  const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brng_id, &row, &offset);
+  const int32_t status = __vtsAllocateStream(copy, table, brng_id, row, offset);
+  if (status < 0) return status;
+  std::memcpy(static_cast<void*>(*copy), source, static_cast<size_t>(table[row].stateBytes));
+  tmk::header_of(*copy).chunk_list = 0;
+  return __vtsCopyChunks(*copy, source);
+}
+
+int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source) {
+  if (destination == source) return VTS_STATUS_OK;
+  const VtsBrngProperties& from = tmk::record_of(source);
+  const VtsBrngProperties& to = tmk::record_of(destination);
+  // WH counts four words of 16 bytes where its state has 32.
+  const int64_t counted = int64_t{from.wordBytes} * from.seedWords;
+  const int64_t reached = std::min(from.stateBytes, to.stateBytes) - header_bytes;
+  std::memcpy(&tmk::state_of<char>(destination), &tmk::state_of<char>(source),
+              static_cast<size_t>(std::min(counted, reached)));
+  __vtsDeleteChunks(destination);
+  return __vtsCopyChunks(destination, source);
+}
+
+int32_t __vtsLeapfrogStream(VtsStreamHandle stream, int32_t k, int32_t nstreams) {
+  if (nstreams < 0) return VTS_STATUS_BAD_NSTREAMS;
+  const auto index = static_cast<uint32_t>(k);
+  return tmk::record_of(stream).initStream(VTS_INIT_LEAPFROG, stream, nstreams, &index);
+}
+
+int32_t __vtsSkipAheadStream(VtsStreamHandle stream, int64_t nskip) {
+  uint32_t words[2];
+  std::memcpy(words, &nskip, sizeof(words));
+  return tmk::record_of(stream).initStream(VTS_INIT_SKIPAHEAD, stream, 2, words);
+}
+
+int32_t __vtsGetStreamStateBrng(VtsStreamHandle stream) { return tmk::header_of(stream).brng_id; }
+
+}  // extern "C"
