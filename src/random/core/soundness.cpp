@@ -1,0 +1,49 @@
+// States from outside: positions within arrays are all that a draw relies on, any other word is a valid one.
+#include "random/core/image.hpp"
+#include "random/core/registry.hpp"
+#include "random/core/rows.hpp"
+
+namespace {
+using namespace tmk;
+
+bool r250_is_sound(VtsStreamHandle stream) {
+  const auto& s = state_of<r250_state>(stream);
+  return s.index < 250 && s.lagged < 250;
+}
+
+bool sfmt19937_is_sound(VtsStreamHandle stream) {
+  const auto& s = state_of<sfmt19937_state>(stream);
+  return s.index <= 624 && s.tail_position >= 0 && s.tail_position <= s.tail_end && s.tail_end <= 3;
+}
+
+// For states whose one position may stand behind the last element.
+template <class State, uint32_t Size>
+bool index_is_sound(VtsStreamHandle stream) {
+  return state_of<State>(stream).index <= Size;
+}
+
+constexpr struct {
+  VtsInitStream owner;
+  bool (*is_sound)(VtsStreamHandle);
+} states_with_positions[] = {
+    {__vtsBRngR250InitStream, r250_is_sound},
+    {__vtsBRngMT19937InitStream, index_is_sound<mt19937_state, 624>},
+    {__vtsBRngMT2203InitStream, index_is_sound<mt2203_state, 69>},
+    {__vtsBRngSFMT19937InitStream, sfmt19937_is_sound},
+    {__vtsBRngARS5InitStream, index_is_sound<ars5_state, 4>},
+    {__vtsBRngPHILOX4X32X10InitStream, index_is_sound<philox_state, 4>},
+};
+
+}  // namespace
+
+bool tmk::state_is_sound(VtsStreamHandle stream) {
+  for (const auto& state : states_with_positions)
+    if (state.owner == record_of(stream).initStream) return state.is_sound(stream);
+  return true;
+}
+
+bool tmk::state_holds_addresses(const VtsBrngProperties& record) {
+  return record.initStream == __vtsBRngiAbstractInitStream ||
+         record.initStream == __vtsBRngdAbstractInitStream ||
+         record.initStream == __vtsBRngsAbstractInitStream;
+}
