@@ -64,4 +64,58 @@ inline void store_singles(float* p, const f64& x) {
 #endif
 }
 
+// Doubles that hold words, four vectors of them: the words of each lane side by side, lane after lane.
+inline void store_interleaved_words(uint32_t* p, const f64 (&x)[4]) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  const __m256i a = _mm512_cvtpd_epi32(x[0]), b = _mm512_cvtpd_epi32(x[1]);
+  const __m256i c = _mm512_cvtpd_epi32(x[2]), d = _mm512_cvtpd_epi32(x[3]);
+  const __m256i ab_low = _mm256_unpacklo_epi32(a, b), ab_high = _mm256_unpackhi_epi32(a, b);
+  const __m256i cd_low = _mm256_unpacklo_epi32(c, d), cd_high = _mm256_unpackhi_epi32(c, d);
+  const __m256i lanes04 = _mm256_unpacklo_epi64(ab_low, cd_low);
+  const __m256i lanes15 = _mm256_unpackhi_epi64(ab_low, cd_low);
+  const __m256i lanes26 = _mm256_unpacklo_epi64(ab_high, cd_high);
+  const __m256i lanes37 = _mm256_unpackhi_epi64(ab_high, cd_high);
+  __m256i* to = reinterpret_cast<__m256i*>(p);
+  _mm256_storeu_si256(to, _mm256_permute2x128_si256(lanes04, lanes15, 0x20));
+  _mm256_storeu_si256(to + 1, _mm256_permute2x128_si256(lanes26, lanes37, 0x20));
+  _mm256_storeu_si256(to + 2, _mm256_permute2x128_si256(lanes04, lanes15, 0x31));
+  _mm256_storeu_si256(to + 3, _mm256_permute2x128_si256(lanes26, lanes37, 0x31));
+#else
+  __m128i* to = reinterpret_cast<__m128i*>(p);
+#if TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m128i a = _mm256_cvtpd_epi32(x[0]), b = _mm256_cvtpd_epi32(x[1]);
+  const __m128i c = _mm256_cvtpd_epi32(x[2]), d = _mm256_cvtpd_epi32(x[3]);
+  const __m128i ab_high = _mm_unpackhi_epi32(a, b), cd_high = _mm_unpackhi_epi32(c, d);
+  _mm_storeu_si128(to + 2, _mm_unpacklo_epi64(ab_high, cd_high));
+  _mm_storeu_si128(to + 3, _mm_unpackhi_epi64(ab_high, cd_high));
+#else
+  const __m128i a = _mm_cvtpd_epi32(x[0]), b = _mm_cvtpd_epi32(x[1]);
+  const __m128i c = _mm_cvtpd_epi32(x[2]), d = _mm_cvtpd_epi32(x[3]);
+#endif
+  const __m128i ab_low = _mm_unpacklo_epi32(a, b), cd_low = _mm_unpacklo_epi32(c, d);
+  _mm_storeu_si128(to, _mm_unpacklo_epi64(ab_low, cd_low));
+  _mm_storeu_si128(to + 1, _mm_unpackhi_epi64(ab_low, cd_low));
+#endif
+}
+
+// A lane of 128 bits, on every tier. << and >> shift each of its four words; the other two shift the lane by
+// whole bytes.
+struct lane128 {
+  __m128i bits;
+  static lane128 load(const uint32_t* p) { return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))}; }
+  void store(uint32_t* p) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), bits); }
+  lane128 operator^(const lane128& y) const { return {_mm_xor_si128(bits, y.bits)}; }
+  lane128 operator&(const lane128& y) const { return {_mm_and_si128(bits, y.bits)}; }
+  lane128 operator<<(int n) const { return {_mm_slli_epi32(bits, n)}; }
+  lane128 operator>>(int n) const { return {_mm_srli_epi32(bits, n)}; }
+};
+template <int Bytes>
+lane128 shift_lane_left(const lane128& x) {
+  return {_mm_bslli_si128(x.bits, Bytes)};
+}
+template <int Bytes>
+lane128 shift_lane_right(const lane128& x) {
+  return {_mm_bsrli_si128(x.bits, Bytes)};
+}
+
 TMK_TIER_CLOSE

@@ -1,0 +1,18 @@
+// The twister of 624 words: a ring, whose words before the index are of the present round and the others of
+// the round before.
+#pragma once
+
+#include <cstdint>
+
+#include "random/core/by_tier.hpp"
+#include "random/core/states.hpp"
+
+namespace tmk {
+
+struct mt19937_loops {
+  void (*words)(mt19937_state* state, int32_t n, uint32_t* r);
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(mt19937_loops)

@@ -1,0 +1,17 @@
+// Small twisters of one shape, 69 words with a middle of 34, and 6024 sets of constants: a stream per set.
+#pragma once
+
+#include <cstdint>
+
+#include "random/core/by_tier.hpp"
+#include "random/core/states.hpp"
+
+namespace tmk {
+
+struct mt2203_loops {
+  void (*words)(mt2203_state* state, int32_t n, uint32_t* r);
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(mt2203_loops)

@@ -1,0 +1,115 @@
+// SFMT19937, the SIMD-oriented Mersenne twister.
+// M. Saito, M. Matsumoto, SIMD-oriented fast Mersenne twister: a 128-bit pseudorandom number generator, Monte
+// Carlo and Quasi-Monte Carlo Methods 2006.
+#include "random/generators/sfmt19937.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "random/core/stream.hpp"
+#include "random/generators/requests.hpp"
+#include "random/generators/scale.hpp"
+
+namespace {
+using namespace tmk;
+
+constexpr int ring = sfmt19937_words;
+
+// Every word of the key reaches every word of the state; a key of no words is the single word 1.
+void initialise(uint32_t (&s)[ring], int32_t n, const uint32_t* key) {
+  constexpr int lag = 11, middle = 306;
+  constexpr uint32_t one = 1;
+  if (n < 1) {
+    n = 1;
+    key = &one;
+  }
+  std::memset(s, 0x8B, sizeof s);
+  uint32_t i = 0;
+  // mix and spread are the operations of a pass; `extra` is added between the two spreads.
+  const auto round = [&](auto mix, auto spread, uint32_t extra) {
+    uint32_t r = mix(s[i], s[(i + middle) % ring], s[(i + ring - 1) % ring]);
+    spread(s[(i + middle) % ring], r);
+    r += extra;
+    spread(s[(i + middle + lag) % ring], r);
+    s[i] = r;
+    i = (i + 1) % ring;
+  };
+  const auto folded = [](uint32_t x) { return x ^ (x >> 27); };
+  const auto mix_bits = [&](uint32_t x, uint32_t y, uint32_t z) { return folded(x ^ y ^ z) * 1664525; };
+  const auto mix_sums = [&](uint32_t x, uint32_t y, uint32_t z) { return folded(x + y + z) * 1566083941; };
+  const auto add = [](uint32_t& x, uint32_t r) { x += r; };
+  const auto invert = [](uint32_t& x, uint32_t r) { x ^= r; };
+
+  round(mix_bits, add, static_cast<uint32_t>(n));
+  for (int32_t j = 0; j < std::max(n, ring - 1); ++j) round(mix_bits, add, i + (j < n ? key[j] : 0));
+  for (int j = 0; j < ring; ++j) round(mix_sums, invert, 0 - i);
+}
+
+// The period is a multiple of 2^19937 - 1 when these bits of the first lane have odd parity.
+void certify_period(uint32_t (&s)[ring]) {
+  constexpr uint32_t parity[4] = {0x00000001, 0x00000000, 0x00000000, 0x13C9E684};
+  uint32_t bits = 0;
+  for (int i = 0; i < 4; ++i) bits ^= s[i] & parity[i];
+  if (__builtin_parity(bits) == 0) s[0] ^= 1;
+}
+
+// What is left of the last lane first; of the lane after the last whole one, the rest is kept.
+void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
+  const bool valid = s->tail_position >= 0 && s->tail_position < s->tail_end && s->tail_end <= 3;
+  const int32_t kept = valid ? std::min(n, s->tail_end - s->tail_position) : 0;
+  std::copy_n(s->tail + s->tail_position, kept, r);
+  s->tail_position += kept;
+  r += kept;
+  n -= kept;
+  const auto lanes = sfmt19937_loops_now().lanes;
+  if (n >= 4) lanes(s, n / 4, r);
+  const int32_t rest = n % 4;
+  if (rest == 0) return;
+  uint32_t lane[4];
+  lanes(s, 1, lane);
+  std::copy_n(lane, rest, r + (n - rest));
+  std::copy_n(lane + rest, 4 - rest, s->tail);
+  s->tail_position = 0;
+  s->tail_end = 4 - rest;
+}
+
+auto words_of(VtsStreamHandle stream) {
+  return [state = &state_of<sfmt19937_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
+}
+}  // namespace
+
+extern "C" {
+
+int32_t __vtsBRngSFMT19937InitStream(int32_t method, VtsStreamHandle stream, int32_t n,
+                                     const uint32_t* params) {
+  return answer_request(
+      method, n, params,
+      [&](int32_t count, const uint32_t* key) {
+        sfmt19937_state& s = state_of<sfmt19937_state>(stream);
+        initialise(s.sfmt, count, key);
+        certify_period(s.sfmt);
+        s.index = ring;
+        s.tail_position = s.tail_end = 0;
+        return VTS_STATUS_OK;
+      },
+      no_leapfrog, [&](uint64_t count) { return VTS_STATUS_NO_SKIPAHEAD * int(count > 0); });
+}
+
+int32_t __vtsiBRngSFMT19937(VtsStreamHandle stream, int32_t n, void* r) {
+  words_of(stream)(n, static_cast<uint32_t*>(r));
+  return VTS_STATUS_OK;
+}
+
+// Words count as signed: those with a clear top bit fill the upper half of the interval.
+int32_t __vtsdBRngSFMT19937(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
+  doubles_from_words(n, r, scale_loops_now().signed_to_double, (b - a) * 0x1p-32, (a + b) * 0.5,
+                     words_of(stream));
+  return VTS_STATUS_OK;
+}
+
+int32_t __vtssBRngSFMT19937(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
+  singles_from_words(n, r, scale_loops_now().signed_to_single, (double{b} - a) * 0x1p-32,
+                     (double{a} + b) * 0.5, words_of(stream));
+  return VTS_STATUS_OK;
+}
+}

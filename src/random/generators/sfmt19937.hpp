@@ -1,0 +1,20 @@
+// The SIMD-oriented twister of 156 lanes of 128 bits: a ring, with the words of a lane that were not asked
+// for in `tail`.
+#pragma once
+
+#include <cstdint>
+
+#include "random/core/by_tier.hpp"
+#include "random/core/states.hpp"
+
+namespace tmk {
+
+constexpr int sfmt19937_words = 624;
+
+struct sfmt19937_loops {
+  void (*lanes)(sfmt19937_state* state, int32_t count, uint32_t* r);  // four words each, past the tail
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(sfmt19937_loops)
