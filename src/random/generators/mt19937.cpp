@@ -3,8 +3,11 @@
 // number generator, ACM TOMACS 8 (1998).
 #include "random/generators/mt19937.hpp"
 
+#include <algorithm>
+#include <array>
 #include <iterator>
 
+#include "random/core/jump.hpp"
 #include "random/core/stream.hpp"
 #include "random/generators/requests.hpp"
 #include "random/generators/scale.hpp"
@@ -16,6 +19,77 @@ using namespace tmk;
 auto words_of(VtsStreamHandle stream) {
   return [state = &state_of<mt19937_state>(stream), draw = mt19937_loops_now().words](
              int32_t n, uint32_t* r) { draw(state, n, r); };
+}
+
+// The exponents of the characteristic polynomial. With u = x^624 + x^397 and v = x^623 + x^396 it is
+//   u v^31 + (sum over bits i < 31 of A of u v^(30 - i)) + (bit 31 of A).
+constexpr int degree = 19937;
+constexpr auto polynomial = [] {
+  std::array<bool, degree + 1> coefficient{};
+  // u v^j = (x^624 + x^397) (sum of x^(623 s + 396 (j - s)) over the s whose bits are among those of j).
+  const auto flip_product = [&](int j) {
+    for (int s = j;; s = (s - 1) & j) {
+      const int exponent = 623 * s + 396 * (j - s);
+      coefficient[exponent + 624] ^= true;
+      coefficient[exponent + 397] ^= true;
+      if (s == 0) return;
+    }
+  };
+  flip_product(31);
+  for (int i = 0; i < 31; ++i)
+    if (mt19937_matrix >> i & 1) flip_product(30 - i);
+  coefficient[0] ^= mt19937_matrix >> 31;
+  std::array<int32_t, 135> exponents{};
+  size_t terms = 0;
+  for (int i = 0; i <= degree; ++i)
+    if (coefficient[i]) exponents[terms++] = i;
+  return exponents;
+}();
+
+void drop(VtsStreamHandle stream, uint64_t count) {
+  constexpr uint64_t block = 2048;
+  uint32_t words[block];
+  const auto draw = words_of(stream);
+  for (uint64_t part; count > 0; count -= part) {
+    part = std::min(count, block);
+    draw(static_cast<int32_t>(part), words);
+  }
+}
+
+void zero(VtsStreamHandle block) { state_of<mt19937_state>(block) = {}; }
+void copy(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
+  state_of<mt19937_state>(destination) = state_of<mt19937_state>(source);
+}
+void add(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
+  mt19937_state& to = state_of<mt19937_state>(destination);
+  const mt19937_state& from = state_of<mt19937_state>(source);
+  add_ring(to.mt, static_cast<int32_t>(to.index), from.mt, static_cast<int32_t>(from.index),
+           std::size(to.mt));
+}
+void step(VtsStreamHandle block) { drop(block, 1); }
+
+// The rest of the ring costs less by generation.
+int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* offset) {
+  const mt19937_state& s = state_of<mt19937_state>(stream);
+  const uint64_t count = std::min<uint64_t>(*nskip, std::size(s.mt) - s.index);
+  drop(stream, count);
+  *nskip -= count;
+  *offset = 0;
+  return *nskip != 0;
+}
+
+// Below this count, generation takes less time than the polynomial.
+constexpr uint64_t shortest_jump = 0x200000;
+
+int32_t skip(VtsStreamHandle stream, uint64_t count) {
+  if (count < shortest_jump) {
+    drop(stream, count);
+    return VTS_STATUS_OK;
+  }
+  return __vts_SkipAheadSWin(stream, zero, add, copy, step, copy, absorb, static_cast<uint32_t>(count),
+                             static_cast<uint32_t>(count >> 32), 624, degree,
+                             sizeof(stream_header) + sizeof(mt19937_state), polynomial.size(),
+                             polynomial.data());
 }
 }  // namespace
 
@@ -31,7 +105,7 @@ int32_t __vtsBRngMT19937InitStream(int32_t method, VtsStreamHandle stream, int32
         s.index = std::size(s.mt);
         return VTS_STATUS_OK;
       },
-      no_leapfrog, [&](uint64_t count) { return VTS_STATUS_NO_SKIPAHEAD * int(count > 0); });
+      no_leapfrog, [&](uint64_t count) { return skip(stream, count); });
 }
 
 int32_t __vtsiBRngMT19937(VtsStreamHandle stream, int32_t n, void* r) {

@@ -9,6 +9,8 @@
 
 namespace tmk {
 
+constexpr uint32_t mt19937_matrix = 0x9908B0DF;
+
 struct mt19937_loops {
   void (*words)(mt19937_state* state, int32_t n, uint32_t* r);
 };

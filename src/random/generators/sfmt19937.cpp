@@ -5,10 +5,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <vector>
 
+#include "random/core/jump.hpp"
 #include "random/core/stream.hpp"
 #include "random/generators/requests.hpp"
 #include "random/generators/scale.hpp"
+#include "random/generators/sfmt19937_data.hpp"
 
 namespace {
 using namespace tmk;
@@ -55,8 +59,7 @@ void certify_period(uint32_t (&s)[ring]) {
 
 // What is left of the last lane first; of the lane after the last whole one, the rest is kept.
 void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
-  const bool valid = s->tail_position >= 0 && s->tail_position < s->tail_end && s->tail_end <= 3;
-  const int32_t kept = valid ? std::min(n, s->tail_end - s->tail_position) : 0;
+  const int32_t kept = std::min(n, s->tail_end - s->tail_position);
   std::copy_n(s->tail + s->tail_position, kept, r);
   s->tail_position += kept;
   r += kept;
@@ -76,6 +79,68 @@ void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
 auto words_of(VtsStreamHandle stream) {
   return [state = &state_of<sfmt19937_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
 }
+
+// Jumps are over lanes, on the ring alone.
+constexpr int degree = 64 * static_cast<int>(std::size(sfmt19937_polynomial));
+
+const std::vector<int32_t>& exponents() {
+  static const auto list = [] {
+    std::vector<int32_t> exponents;
+    for (int i = 0; i < degree; ++i)
+      if (sfmt19937_polynomial[i / 64] >> i % 64 & 1) exponents.push_back(i);
+    exponents.push_back(degree);
+    return exponents;
+  }();
+  return list;
+}
+
+void zero(VtsStreamHandle block) { state_of<sfmt19937_state>(block) = {}; }
+void copy_ring(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
+  sfmt19937_state& to = state_of<sfmt19937_state>(destination);
+  const sfmt19937_state& from = state_of<sfmt19937_state>(source);
+  std::copy_n(from.sfmt, ring, to.sfmt);
+  to.index = from.index;
+}
+void add_rings(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
+  sfmt19937_state& to = state_of<sfmt19937_state>(destination);
+  const sfmt19937_state& from = state_of<sfmt19937_state>(source);
+  add_ring(to.sfmt, static_cast<int32_t>(to.index), from.sfmt, static_cast<int32_t>(from.index), ring);
+}
+void step(VtsStreamHandle block) {
+  uint32_t lane[4];
+  sfmt19937_loops_now().lanes(&state_of<sfmt19937_state>(block), 1, lane);
+}
+
+void drop_words(VtsStreamHandle stream, int32_t count) {  // up to three
+  uint32_t words[3];
+  if (count > 0) draw(&state_of<sfmt19937_state>(stream), count, words);
+}
+void copy_back(VtsStreamHandle stream, VtsStreamHandle work, int32_t words_beyond) {
+  copy_ring(stream, work, 0);
+  drop_words(stream, words_beyond);
+}
+
+// What is left of the last lane, then whole lanes; the words beyond these wait for the copy back.
+int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* words_beyond) {
+  sfmt19937_state& s = state_of<sfmt19937_state>(stream);
+  const uint64_t kept = static_cast<uint64_t>(s.tail_end - s.tail_position);
+  const uint64_t count = std::min(*nskip, kept);
+  s.tail_position += static_cast<int32_t>(count);
+  *nskip -= count;
+  *words_beyond = static_cast<int32_t>(*nskip % 4);
+  *nskip /= 4;
+  if (*nskip != 0) return 1;
+  drop_words(stream, *words_beyond);
+  return 0;
+}
+
+int32_t skip(VtsStreamHandle stream, uint64_t count) {
+  const auto jump = count < degree ? __vts_SkipAheadHorner : __vts_SkipAheadSWin;
+  return jump(stream, zero, add_rings, copy_ring, step, copy_back, absorb, static_cast<uint32_t>(count),
+              static_cast<uint32_t>(count >> 32), ring, degree,
+              sizeof(stream_header) + sizeof(sfmt19937_state), static_cast<int32_t>(exponents().size()),
+              exponents().data());
+}
 }  // namespace
 
 extern "C" {
@@ -92,7 +157,7 @@ int32_t __vtsBRngSFMT19937InitStream(int32_t method, VtsStreamHandle stream, int
         s.tail_position = s.tail_end = 0;
         return VTS_STATUS_OK;
       },
-      no_leapfrog, [&](uint64_t count) { return VTS_STATUS_NO_SKIPAHEAD * int(count > 0); });
+      no_leapfrog, [&](uint64_t count) { return skip(stream, count); });
 }
 
 int32_t __vtsiBRngSFMT19937(VtsStreamHandle stream, int32_t n, void* r) {

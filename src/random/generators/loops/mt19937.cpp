@@ -8,7 +8,7 @@ namespace {
 
 struct mt19937_shape {
   static constexpr int ring = 624, middle = 397, lower_bits = 31, first_shift = 11;
-  static constexpr uint32_t matrix_a = 0x9908B0DF, temper_b = 0x9D2C5680, temper_c = 0xEFC60000;
+  static constexpr uint32_t matrix_a = mt19937_matrix, temper_b = 0x9D2C5680, temper_c = 0xEFC60000;
 };
 
 void words(mt19937_state* state, int32_t n, uint32_t* r) {

@@ -31,7 +31,7 @@ struct newest_lanes {
 
 void draw_lanes(sfmt19937_state* state, int32_t count, uint32_t* r) {
   uint32_t* w = state->sfmt;
-  int i = static_cast<int>(std::min<uint32_t>(state->index / 4, ring));  // a loaded state may hold anything
+  int i = static_cast<int>(state->index / 4);
   newest_lanes newest{lane128::load(w + (i + ring - 2) % ring * 4),
                       lane128::load(w + (i + ring - 1) % ring * 4), lane128::load(mask_words)};
   while (count > 0) {

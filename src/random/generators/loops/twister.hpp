@@ -57,7 +57,7 @@ struct twister {
   void draw(uint32_t* w, uint32_t& index, int32_t n, uint32_t* r) const {
     constexpr int ring = Shape::ring, middle = Shape::middle, wrapped = ring - middle;
     static_assert(middle >= lanes<uint32_t> && wrapped >= lanes<uint32_t>);
-    int i = static_cast<int>(std::min<uint32_t>(index, ring));  // a loaded state may hold anything
+    int i = static_cast<int>(index);
     while (n > 0) {
       if (i == ring) i = 0;
       const auto advance = [&](int last, auto update) {

@@ -1,0 +1,64 @@
+// Jumps of generators that are linear over GF(2): the state after n steps is g(T) s with g = x^n modulo the
+// characteristic polynomial of the step T. The polynomials are known by the exponents of their terms, rising.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "random/core/by_tier.hpp"
+#include "tmk/abi/vts.h"
+
+namespace tmk {
+
+// What a generator tells of its state. Blocks have the shape of its streams; work blocks have no header to
+// speak of. Each carries its own position in its ring, and additions align the two positions.
+using zero_state = void (*)(VtsStreamHandle block);
+using combine_states = void (*)(VtsStreamHandle destination, VtsStreamHandle source, int32_t offset);
+using step_state = void (*)(VtsStreamHandle block);
+// Takes from *nskip what is skipped without a jump; 0 when that was all. What remains counts steps, and
+// *offset goes to the copy back.
+using absorb_skip = int32_t (*)(VtsStreamHandle stream, uint64_t* nskip, int32_t* offset);
+
+struct jump_loops {
+  void (*add)(unsigned char* r, const unsigned char* a, int32_t bytes);  // r ^= a
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(jump_loops)
+
+namespace tmk {
+
+// r ^= a for rings of `size` words whose oldest words stand at these positions.
+inline void add_ring(uint32_t* r, int32_t r_position, const uint32_t* a, int32_t a_position, int32_t size) {
+  const auto add = jump_loops_now().add;
+  for (int32_t run, left = size; left > 0; left -= run, r_position += run, a_position += run) {
+    r_position %= size;
+    a_position %= size;
+    run = std::min({left, size - r_position, size - a_position});
+    add(reinterpret_cast<unsigned char*>(r + r_position),
+        reinterpret_cast<const unsigned char*>(a + a_position), 4 * run);
+  }
+}
+
+}  // namespace tmk
+
+extern "C" {
+// Both leave the stream as nskip steps would and return 0, or -4 for want of memory, the stream unchanged but
+// for what absorb took. `words` is the count of 32-bit words that hold a polynomial below `degree`.
+int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::zero_state zero, tmk::combine_states add,
+                              tmk::combine_states copy_to_work, tmk::step_state step,
+                              tmk::combine_states copy_back, tmk::absorb_skip absorb, uint32_t nskip_low,
+                              uint32_t nskip_high, int32_t words, int32_t degree, int32_t state_bytes,
+                              int32_t terms, const int32_t* polynomial);
+int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::zero_state zero, tmk::combine_states add,
+                            tmk::combine_states copy_to_work, tmk::step_state step,
+                            tmk::combine_states copy_back, tmk::absorb_skip absorb, uint32_t nskip_low,
+                            uint32_t nskip_high, int32_t words, int32_t degree, int32_t state_bytes,
+                            int32_t terms, const int32_t* polynomial);
+
+// x^nskip modulo the polynomial into out[0] to out[2 * words - 1], the words from `words` on zero. Returns 0,
+// or -4 for want of memory.
+int32_t x_pow_nskip_mod_cpoly(uint64_t nskip, int32_t degree, int32_t terms, const int32_t* polynomial,
+                              int32_t words, uint32_t* out);
+}
