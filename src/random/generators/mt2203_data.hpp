@@ -1,4 +1,4 @@
-// Made by tools/tables/mt2203.cpp: twist constant and two tempering masks of each set.
+// Made by tools/tables/random/mt2203.cpp: twist constant and two tempering masks of each set.
 #pragma once
 
 #include <cstdint>
