@@ -99,6 +99,31 @@ extern VtsBrngProperties __RegBrngs[512];
 extern int32_t NumOffsets[512];
 extern int32_t NRegBrngsNew;
 
+/* The functions of every row: __vtsBRng<X>InitStream and the draws __vtss-, __vtsd- and __vtsiBRng<X>. */
+#define TMK_VTS_GENERATOR(X)                                                               \
+  int32_t __vtsBRng##X##InitStream(int32_t method, VtsStreamHandle stream, int32_t n,      \
+                                   const uint32_t* params);                                \
+  int32_t __vtssBRng##X(VtsStreamHandle stream, int32_t n, float* r, float a, float b);    \
+  int32_t __vtsdBRng##X(VtsStreamHandle stream, int32_t n, double* r, double a, double b); \
+  int32_t __vtsiBRng##X(VtsStreamHandle stream, int32_t n, void* r);
+TMK_VTS_GENERATOR(MCG31M1)
+TMK_VTS_GENERATOR(R250)
+TMK_VTS_GENERATOR(MRG32K3A)
+TMK_VTS_GENERATOR(MCG59)
+TMK_VTS_GENERATOR(WH)
+TMK_VTS_GENERATOR(Sobol)
+TMK_VTS_GENERATOR(Niederr)
+TMK_VTS_GENERATOR(MT19937)
+TMK_VTS_GENERATOR(MT2203)
+TMK_VTS_GENERATOR(iAbstract)
+TMK_VTS_GENERATOR(dAbstract)
+TMK_VTS_GENERATOR(sAbstract)
+TMK_VTS_GENERATOR(SFMT19937)
+TMK_VTS_GENERATOR(TRNG)
+TMK_VTS_GENERATOR(ARS5)
+TMK_VTS_GENERATOR(PHILOX4X32X10)
+#undef TMK_VTS_GENERATOR
+
 /* Adds a generator and returns its identifier, a positive number. VTS_STATUS_BAD_STATE_SIZE for a negative
  * stateBytes, _BAD_WORD_SIZE for a wordBytes other than 4, 8, 16, _BAD_SEED_COUNT and _BAD_BIT_COUNT for
  * counts below 1, _NULL_CALLBACK for a missing function. The 512 rows are not counted: the caller does. */

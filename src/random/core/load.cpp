@@ -100,7 +100,7 @@ int32_t check_header(const tmk::image_header& header, const VtsBrngProperties* r
   if (first > tmk::image_version && last > tmk::image_version) return VTS_STATUS_BAD_IMAGE_VERSION;
   const bool fits =
       record != nullptr && header.header_bytes >= sizeof header &&
-      header.state_bytes + sizeof(tmk::stream_header) == static_cast<uint64_t>(record->stateBytes);
+      uint64_t{header.state_bytes} + sizeof(tmk::stream_header) == static_cast<uint64_t>(record->stateBytes);
   return fits ? VTS_STATUS_OK : VTS_STATUS_BAD_IMAGE;
 }
 
