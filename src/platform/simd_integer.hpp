@@ -64,6 +64,32 @@ inline void store_singles(float* p, const f64& x) {
 #endif
 }
 
+// As many integers as x has lanes, each the greatest one not above its lane: truncated, less 1 where that
+// went up. What does not fit becomes the least integer.
+inline void store_floor(int32_t* p, const f32& x) {
+  const i32 whole = xsimd::to_int(x);
+  const f32 above = xsimd::select(x < xsimd::to_float(whole), f32(1), f32(0));
+  store(p, whole - xsimd::to_int(above));
+}
+inline void store_floor(int32_t* p, const f64& x) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  const __m256i whole = _mm512_cvttpd_epi32(x);
+  const __mmask8 above = _mm512_cmp_pd_mask(x, _mm512_cvtepi32_pd(whole), _CMP_LT_OQ);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p),
+                      _mm256_mask_sub_epi32(whole, above, whole, _mm256_set1_epi32(1)));
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m128i whole = _mm256_cvttpd_epi32(x);
+  const __m256d above = _mm256_cmp_pd(x, _mm256_cvtepi32_pd(whole), _CMP_LT_OQ);
+  const __m128i one = _mm256_cvttpd_epi32(_mm256_and_pd(above, _mm256_set1_pd(1)));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_sub_epi32(whole, one));
+#else
+  const __m128i whole = _mm_cvttpd_epi32(x);
+  const __m128d above = _mm_cmplt_pd(x, _mm_cvtepi32_pd(whole));
+  const __m128i one = _mm_cvttpd_epi32(_mm_and_pd(above, _mm_set1_pd(1)));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_sub_epi32(whole, one));
+#endif
+}
+
 // Doubles that hold words, four vectors of them: the words of each lane side by side, lane after lane.
 inline void store_interleaved_words(uint32_t* p, const f64 (&x)[4]) {
 #if TMK_TIER_NUMBER(TMK_TIER) == 2

@@ -240,7 +240,93 @@ int32_t __vtsLoadStreamM(VtsStreamHandle* stream, const void* block);
  * streams, which hold addresses, as VTS_STATUS_BAD_IMAGE. */
 int32_t tmk_vts_load_stream_bounded(VtsStreamHandle* stream, const void* block, uint64_t bytes);
 
-/* Distributions. */
+/* Distributions. Each fills r with n variates (n below 1: nothing happens) and returns the status of the
+ * first draw that failed, with the elements before it written, or of the last draw. Parameters are not
+ * checked. `method` is 0 unless said otherwise; u is uniform over (0, 1), and a logarithm of 0 that of the
+ * smallest positive number. d draws doubles, s singles, each in its own precision. A sequence does not depend
+ * on how it is cut into draws, but for Gaussian method 0. */
+
+/* Uniform over (a, b); rounding may yield a or b. With VTS_METHOD_ACCURATE nothing outside [a, b] comes out.
+ */
+enum { VTS_METHOD_ACCURATE = 0x40000000 };
+int32_t _vtsdRngUniform(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a, double b);
+int32_t _vtssRngUniform(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float b);
+/* a + beta (-ln u) */
+int32_t _vtsdRngExponential(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                            double beta);
+int32_t _vtssRngExponential(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+/* a + beta tan(pi (u - 1/2)) */
+int32_t _vtsdRngCauchy(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t _vtssRngCauchy(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+/* a + beta ln(-ln u): the law of the least of many. That of the greatest has a negative beta. */
+int32_t _vtsdRngGumbel(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t _vtssRngGumbel(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+/* a - beta ln u or a + beta ln u, by a second uniform: two per element. */
+int32_t _vtsdRngLaplace(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t _vtssRngLaplace(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+/* a + beta sqrt(-ln u): beta is sqrt(2) times the usual scale. */
+int32_t _vtsdRngRayleigh(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t _vtssRngRayleigh(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+/* a + beta (-ln u)^(1/alpha) */
+int32_t _vtsdRngWeibull(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double alpha, double a,
+                        double beta);
+int32_t _vtssRngWeibull(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float alpha, float a,
+                        float beta);
+/* Normal with mean a and standard deviation sigma. Methods, not checked: 0 pairs by Box and Muller, of which
+ * an odd draw drops the last number; 1 the same, where the stream keeps that number for the next draw of the
+ * same precision (VTS_STATUS_NO_MEMORY); 2 by inversion. */
+int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                         double sigma);
+int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+/* b + beta e^z, z normal: method 0 by Gaussian method 1, any other by 2. An overflow of e^z is reported as
+ * the thread's mode says. */
+int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                          double sigma, double b, double beta);
+int32_t _vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma,
+                          float b, float beta);
+/* The three methods of Gaussian, without its care for singular logarithms. */
+int32_t _vdRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
+int32_t _vsRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+int32_t _vdRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
+int32_t _vsRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+int32_t _vdRngGaussianICDF(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
+int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+
+/* Integers from a to b - 1; b itself where a uniform is rounded up to it. */
+int32_t _vtsiRngUniform(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t a, int32_t b);
+/* 1 with probability p, rounded to single precision; else 0. */
+int32_t _vtsiRngBernoulli(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double p);
+/* Failures before the first success: floor(ln u / ln(1 - p)), in single precision. INT32_MIN where that does
+ * not fit. */
+int32_t _vtsiRngGeometric(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double p);
+/* The generator's own elements, of the record's wordBytes each. */
+int32_t _vtsiRngUniformBits(int32_t method, VtsStreamHandle stream, int32_t n, void* r);
+/* Words of 32 and 64 random bits: those of generators with words of 32 bits (64: two words, the lower first),
+ * and the upper 32 of MCG59's 59 bits. VTS_STATUS_NO_FIXED_WIDTH_BITS for other generators, with nothing
+ * done. */
+int32_t _vtsiRngUniformBits32(int32_t method, VtsStreamHandle stream, int32_t n, uint32_t* r);
+int32_t _vtsiRngUniformBits64(int32_t method, VtsStreamHandle stream, int32_t n, uint64_t* r);
+/* The same for a stream whose generator is known. */
+#define TMK_VTS_FIXED_WIDTH(name)                                                \
+  int32_t _viRngUniformBits32##name(VtsStreamHandle stream, int32_t n, void* r); \
+  int32_t _viRngUniformBits64##name(VtsStreamHandle stream, int32_t n, void* r);
+TMK_VTS_FIXED_WIDTH(MCG31)
+TMK_VTS_FIXED_WIDTH(R250)
+TMK_VTS_FIXED_WIDTH(MRG32K3A)
+TMK_VTS_FIXED_WIDTH(MCG59)
+TMK_VTS_FIXED_WIDTH(WH)
+TMK_VTS_FIXED_WIDTH(SOBOL)
+TMK_VTS_FIXED_WIDTH(NIEDERREITER)
+TMK_VTS_FIXED_WIDTH(MT19937)
+TMK_VTS_FIXED_WIDTH(MT2203)
+TMK_VTS_FIXED_WIDTH(IABSTRACT)
+TMK_VTS_FIXED_WIDTH(DABSTRACT)
+TMK_VTS_FIXED_WIDTH(SABSTRACT)
+TMK_VTS_FIXED_WIDTH(SFMT19937)
+TMK_VTS_FIXED_WIDTH(NONDETERM)
+TMK_VTS_FIXED_WIDTH(ARS5)
+TMK_VTS_FIXED_WIDTH(PHILOX4X32X10)
+#undef TMK_VTS_FIXED_WIDTH
 
 #ifdef __GNUC__
 #pragma GCC visibility pop

@@ -1,0 +1,175 @@
+// Normal variates, and their exponentials.
+//   pairs by Box and Muller (1958): rho = sqrt(-2 ln u), z = rho cos(2 pi v), z' = rho sin(2 pi v)
+//   by inversion: z = sqrt(2) erf^-1(u), u uniform over (-1, 1)
+#include <cstring>
+
+#include "random/core/chunk_kinds.hpp"
+#include "random/core/stream.hpp"
+#include "random/distributions/frame.hpp"
+#include "tmk/abi/serv.h"
+
+namespace {
+using namespace tmk;
+
+// A logarithm's pole, then those of the inverse error function.
+template <class Real>
+int32_t repair_gaussian(VtmErrorContext* context) {
+  constexpr double erf_inv_pole = 5.8635847487551676;
+  const bool pole = context->code == VTM_STATUS_SINGULARITY;
+  if (pole && context->a1 == 0) return repair_ln<Real>(context);
+  if (pole || context->code == VTM_STATUS_DOMAIN)
+    context->r1 = context->r2 = context->a1 < 0 ? -erf_inv_pole : erf_inv_pole;
+  return 0;
+}
+
+// n variates, n even and at most a block.
+template <class Real>
+int32_t draw_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  constexpr Real two_pi = 4 * precision<Real>::half_pi;
+  constexpr int32_t most = distribution_block / 2;
+  alignas(64) Real u[2 * most], rho[most], sine[most], cosine[most];
+  const int32_t pairs = n / 2;
+  const auto& loops = precision<Real>::loops();
+  const int32_t status = precision<Real>::uniform(0, stream, n, u, 0, 1);
+  if (status < 0) return status;
+  loops.split_pairs(pairs, u, rho);
+  run_kernel(precision<Real>::ln, pairs, rho, rho);
+  loops.scale(pairs, rho, -2);
+  run_kernel(precision<Real>::sqrt, pairs, rho, rho);
+  loops.scale(pairs, u, two_pi);
+  run_kernel(precision<Real>::sin_cos, pairs, u, sine, cosine);
+  loops.join_pairs(pairs, r, rho, cosine, sine, sigma, a);
+  return status;
+}
+
+// Of the last pair of an odd count the second goes to `leftover`, with mean 0 and deviation 1.
+template <class Real>
+int32_t fill_with_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma, Real& leftover) {
+  const int32_t status = in_blocks(
+      n & ~1, r, [=](int32_t count, Real* block) { return draw_pairs(stream, count, block, a, sigma); });
+  if (status < 0 || n <= 0 || n % 2 == 0) return status;
+  Real pair[2];
+  const int32_t last = draw_pairs(stream, 2, pair, Real{0}, Real{1});
+  if (last < 0) return last;
+  r[n - 1] = pair[0] * sigma + a;
+  leftover = pair[1];
+  return last;
+}
+
+template <class Real>
+int32_t box_muller(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  Real dropped;
+  return fill_with_pairs(stream, n, r, a, sigma, dropped);
+}
+
+// The second of a pair that is not handed out yet, as it lies in the stream's chunk.
+template <class Real>
+struct kept_partner {
+  Real variate;
+  uint32_t present;
+};
+static_assert(sizeof(kept_partner<float>) == least_bytes_of_kind(chunk_gaussian_single));
+
+template <class Real>
+kept_partner<Real>* find_or_add_partner(VtsStreamHandle stream) {
+  constexpr chunk_kind kind = sizeof(Real) == 4 ? chunk_gaussian_single : chunk_gaussian_double;
+  constexpr uint32_t bytes = least_bytes_of_kind(kind);
+  static_assert(bytes >= sizeof(kept_partner<Real>));
+  if (void* found = __vtsSearchChunk(stream, kind)) return static_cast<kept_partner<Real>*>(found);
+  void* blob = tmk_serv_allocate(bytes, stream_alignment);
+  if (blob == nullptr) return nullptr;
+  std::memset(blob, 0, bytes);
+  if (__vtsAddChunk(stream, kind, nullptr, blob, bytes) >= 0) return static_cast<kept_partner<Real>*>(blob);
+  tmk_serv_deallocate(blob);
+  return nullptr;
+}
+
+// One sequence, however the draws are cut: what an odd draw leaves begins the next.
+template <class Real>
+int32_t box_muller_keeping_partner(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  if (n <= 0) return VTS_STATUS_OK;
+  kept_partner<Real>* partner = find_or_add_partner<Real>(stream);
+  if (partner == nullptr) return VTS_STATUS_NO_MEMORY;
+  if (partner->present != 0) {
+    *r++ = partner->variate * sigma + a;
+    --n;
+    partner->present = 0;
+  }
+  Real leftover;
+  const int32_t status = fill_with_pairs(stream, n, r, a, sigma, leftover);
+  if (status >= 0 && n % 2 != 0) *partner = {leftover, 1};
+  return status;
+}
+
+template <class Real>
+int32_t by_inversion(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  return in_blocks(n, r, [=](int32_t count, Real* block) {
+    const int32_t status = precision<Real>::uniform(0, stream, count, block, -1, 1);
+    if (status < 0) return status;
+    run_kernel(precision<Real>::erf_inv, count, block, block);
+    precision<Real>::loops().place(count, block, precision<Real>::sqrt_2 * sigma, a);
+    return status;
+  });
+}
+
+template <class Real>
+int32_t gaussian(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  static constexpr int32_t (*methods[])(VtsStreamHandle, int32_t, Real*, Real, Real) = {
+      box_muller<Real>, box_muller_keeping_partner<Real>, by_inversion<Real>};
+  const distribution_frame frame(repair_gaussian<Real>);
+  return methods[method](stream, n, r, a, sigma);
+}
+
+// b + beta e^z. Overflow of the exponential is reported as the thread's mode says.
+template <class Real>
+int32_t lognormal(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma, Real b,
+                  Real beta) {
+  const int32_t of_gaussian = method == 0 ? 1 : 2;
+  return in_blocks(n, r, [=](int32_t count, Real* block) {
+    const int32_t status = gaussian(of_gaussian, stream, count, block, a, sigma);
+    if (status < 0) return status;
+    run_kernel(precision<Real>::exp, count, block, block);
+    precision<Real>::loops().place_above(count, block, beta, b);
+    return status;
+  });
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t _vdRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
+  return box_muller(stream, n, r, a, sigma);
+}
+int32_t _vdRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
+  return box_muller_keeping_partner(stream, n, r, a, sigma);
+}
+int32_t _vdRngGaussianICDF(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
+  return by_inversion(stream, n, r, a, sigma);
+}
+int32_t _vsRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
+  return box_muller(stream, n, r, a, sigma);
+}
+int32_t _vsRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
+  return box_muller_keeping_partner(stream, n, r, a, sigma);
+}
+int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
+  return by_inversion(stream, n, r, a, sigma);
+}
+
+int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                         double sigma) {
+  return gaussian(method, stream, n, r, a, sigma);
+}
+int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
+  return gaussian(method, stream, n, r, a, sigma);
+}
+int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                          double sigma, double b, double beta) {
+  return lognormal(method, stream, n, r, a, sigma, b, beta);
+}
+int32_t _vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma,
+                          float b, float beta) {
+  return lognormal(method, stream, n, r, a, sigma, b, beta);
+}
+}

@@ -1,0 +1,121 @@
+// Element-wise steps between uniforms, vector kernels and variates.
+#include "platform/simd_integer.hpp"
+#include "random/distributions/loops.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// r[i] = f(r[i], p[i]...), where f takes vectors. The rest lies in one partly filled register.
+template <class Real, class F, class... Pointers>
+void map(int32_t n, Real* r, F f, Pointers... p) {
+  constexpr int width = lanes<Real>;
+  int32_t i = 0;
+  for (; n - i >= 2 * width; i += 2 * width) {
+    const batch<Real> first = f(load(r + i), load(p + i)...);
+    const batch<Real> second = f(load(r + i + width), load(p + i + width)...);
+    store(r + i, first);
+    store(r + i + width, second);
+  }
+  for (int count; i < n; i += count) {
+    count = std::min(n - i, width);
+    store_partial(r + i, count,
+                  f(load_partial(r + i, count, Real{0}), load_partial(p + i, count, Real{0})...));
+  }
+}
+
+template <class Real>
+void scale(int32_t n, Real* r, Real factor) {
+  map(n, r, [=](const auto& x) { return x * factor; });
+}
+template <class Real>
+void place(int32_t n, Real* r, Real factor, Real a) {
+  map(n, r, [=](const auto& x) { return x * factor + a; });
+}
+
+// Where x is not a number, or equal to the bound, the bound.
+template <class Real>
+batch<Real> at_least(const batch<Real>& x, Real bound) {
+  return xsimd::max(x, batch<Real>(bound));
+}
+
+template <class Real>
+void place_above(int32_t n, Real* r, Real factor, Real a) {
+  map(n, r, [=](const auto& x) { return at_least<Real>(x * factor + a, a); });
+}
+template <class Real>
+void subtract_above(int32_t n, Real* r, Real factor, Real a) {
+  map(n, r, [=](const auto& x) { return at_least<Real>(a - x * factor, a); });
+}
+template <class Real>
+void clamp(int32_t n, Real* r, Real a, Real b) {
+  map(n, r, [=](const auto& x) { return xsimd::min(at_least<Real>(x, a), batch<Real>(b)); });
+}
+
+template <class Real>
+void split_pairs(int32_t n, Real* u, Real* r) {
+  for (int32_t i = 0; i < n; ++i) {
+    const Real second = u[2 * i + 1];
+    r[i] = u[2 * i];
+    u[i] = second;
+  }
+}
+
+template <class Real>
+void place_either_side(int32_t n, Real* r, const Real* u, Real beta, Real a) {
+  const batch<Real> up(beta), down(-beta), half(Real{0.5});
+  map(
+      n, r, [&](const auto& x, const auto& side) { return x * xsimd::select(side <= half, down, up) + a; },
+      u);
+}
+
+template <class Real>
+void join_pairs(int32_t n, Real* r, const Real* radius, const Real* x, const Real* y, Real sigma, Real a) {
+  constexpr int width = lanes<Real>;
+  const auto variate = [=](const auto& rho, const auto& z) { return rho * z * sigma + a; };
+  int32_t i = 0;
+  for (; n - i >= width; i += width) {
+    const batch<Real> rho = load(radius + i), even = variate(rho, load(x + i)),
+                      odd = variate(rho, load(y + i));
+    store(r + 2 * i, xsimd::zip_lo(even, odd));
+    store(r + 2 * i + width, xsimd::zip_hi(even, odd));
+  }
+  for (; i < n; ++i) {
+    r[2 * i] = variate(radius[i], x[i]);
+    r[2 * i + 1] = variate(radius[i], y[i]);
+  }
+}
+
+// Truncation, and one less where that went up. What does not fit becomes the least integer.
+template <class Real>
+void floor(int32_t n, const Real* x, int32_t* r) {
+  constexpr int width = lanes<Real>;
+  int32_t i = 0;
+  for (; n - i >= width; i += width) store_floor(r + i, load(x + i));
+  alignas(64) int32_t rest[width];
+  store_floor(rest, load_partial(x + i, n - i, Real{0}));
+  std::copy_n(rest, n - i, r + i);
+}
+
+void below(int32_t n, const int32_t* x, int32_t bound, int32_t* r) {
+  constexpr int width = lanes<int32_t>;
+  int32_t i = 0;
+  for (; n - i >= width; i += width) store(r + i, xsimd::select(load(x + i) < i32(bound), i32(1), i32(0)));
+  for (; i < n; ++i) r[i] = x[i] < bound;
+}
+
+void upper_32_of_59(int32_t n, const uint64_t* words, uint32_t* r) {
+  for (int32_t i = 0; i < n; ++i) r[i] = static_cast<uint32_t>(words[i] >> 27);
+}
+
+template <class Real>
+constexpr distribution_loops<Real> loops = {
+    scale<Real>, place<Real>,       place_above<Real>,       subtract_above<Real>,
+    clamp<Real>, split_pairs<Real>, place_either_side<Real>, join_pairs<Real>,
+    floor<Real>};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_LOOPS(single_loops) = {tmk::loops<float>};
+TMK_DEFINE_LOOPS(double_loops) = {tmk::loops<double>};
+TMK_DEFINE_LOOPS(bit_loops) = {tmk::below, tmk::upper_32_of_59};
