@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -43,7 +44,8 @@ image older(const image& now, unsigned char version) {
   return bytes;
 }
 
-std::vector<image> whole_images() {
+// The streams stay: their shared blobs are there for damaged images to lay hold of.
+std::vector<image> whole_images(std::vector<VtsStreamHandle>& streams) {
   std::vector<image> images;
   const uint32_t seeds[] = {2, 7, 1, 8, 2, 8};
   uint32_t shared = 1;
@@ -64,7 +66,7 @@ std::vector<image> whole_images() {
       images.push_back(image_of(stream));
       images.push_back(older(images.back(), 0));
     }
-    __vtsDeleteStream(&stream);
+    streams.push_back(stream);
   }
   return images;
 }
@@ -154,7 +156,13 @@ int main(int count, char** arguments) {
   std::printf("seed %lu\n", seed);
   std::fflush(stdout);
 
-  const std::vector<image> whole = whole_images();
+  std::signal(SIGALRM, [](int) {
+    tell_round();
+    std::abort();
+  });
+
+  std::vector<VtsStreamHandle> streams;
+  const std::vector<image> whole = whole_images(streams);
   const std::string file = "/tmp/tmk-fuzz-" + std::to_string(getpid());
   do {
     std::seed_seq numbers{seed, fuzz_round};
@@ -166,6 +174,7 @@ int main(int count, char** arguments) {
     ++fuzz_round;
   } while (!one_round && std::chrono::steady_clock::now() < end);
   std::remove(file.c_str());
+  for (VtsStreamHandle& stream : streams) __vtsDeleteStream(&stream);
   std::printf("%lu images, %lu loaded\n", fuzz_round, loaded);
   return loaded > 0 || one_round ? 0 : 1;
 }
