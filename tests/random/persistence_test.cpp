@@ -84,7 +84,7 @@ TEST(persistence, a_registered_generator_and_an_abstract_one_load_where_they_liv
   EXPECT_EQ(draw_bytes(loaded, 3), draw_bytes(stream, 3));
 
   uint32_t array[4];
-  owned_stream abstract, again;
+  owned_stream abstract, again, refused;
   ASSERT_EQ(
       __vtsiNewAbstractStream(&abstract.handle, 4, array,
                               [](VtsStreamHandle, int32_t*, uint32_t* buffer, const int32_t*, const int32_t*,
@@ -93,7 +93,7 @@ TEST(persistence, a_registered_generator_and_an_abstract_one_load_where_they_liv
   const image bytes = image_of(abstract);
   ASSERT_EQ(__vtsLoadStreamM(&again.handle, bytes.data()), 0);
   EXPECT_EQ(draw_bytes(again, 1), draw_bytes(abstract, 1));
-  EXPECT_EQ(load_bounded(&loaded.handle, bytes), VTS_STATUS_BAD_IMAGE);
+  EXPECT_EQ(load_bounded(&refused.handle, bytes), VTS_STATUS_BAD_IMAGE);
 }
 
 TEST(persistence, broken_images_say_what_is_wrong) {

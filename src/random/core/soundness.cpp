@@ -13,7 +13,8 @@ bool r250_is_sound(VtsStreamHandle stream) {
 
 bool sfmt19937_is_sound(VtsStreamHandle stream) {
   const auto& s = state_of<sfmt19937_state>(stream);
-  return s.index <= 624 && s.tail_position >= 0 && s.tail_position <= s.tail_end && s.tail_end <= 3;
+  return s.index <= 624 && s.index % 4 == 0 && s.tail_position >= 0 && s.tail_position <= s.tail_end &&
+         s.tail_end <= 3;
 }
 
 // For states whose one position may stand behind the last element.
