@@ -6,10 +6,6 @@
 #include "random/core/chunks.hpp"
 #include "tmk/abi/serv.h"
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <x86intrin.h>
-#endif
-
 extern "C" {
 VtsGlobRODataEntry _GlobRODataTable[128];
 uint32_t _GlobRODataTableCount;
@@ -122,7 +118,7 @@ int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t* key, int32_t tag) {
   std::memcpy(key + 2, &tail, sizeof(tail));
   VtsGlobRODataEntry* entry;
   do {
-    const uint64_t counter = __rdtsc();
+    const uint64_t counter = __builtin_ia32_rdtsc();
     std::memcpy(key, &counter, sizeof(counter));
   } while (__vtsFindGlobRODataTableEntry(&entry, key) == VTS_STATUS_OK);
   return VTS_STATUS_OK;
