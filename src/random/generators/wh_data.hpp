@@ -1,4 +1,4 @@
-// Made by tools/tables/wh.py: 273 sets of four prime moduli and their multipliers.
+// Made by tools/tables/random/wh.cpp: 273 sets of four prime moduli and their multipliers.
 #pragma once
 
 #include <cstdint>

@@ -79,10 +79,8 @@ polynomial shortest_recurrence(const std::vector<bool>& s, int& length) {
 int main() {
   int length = 0;
   polynomial c;
-  for (uint32_t seed = 1; length != degree; ++seed) {
+  for (uint32_t seed = 1; length != degree; ++seed)
     c = shortest_recurrence(sequence(seed, 2 * degree + 64), length);
-    std::fprintf(stderr, "seed %u: degree %d\n", seed, length);
-  }
   // The polynomial is the connection polynomial with its coefficients in reverse.
   std::printf(
       "// Made by tools/tables/random/sfmt19937.cpp: coefficients of the characteristic polynomial of one "
