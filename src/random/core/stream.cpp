@@ -23,9 +23,10 @@ extern "C" {
 int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* table, int32_t brngId,
                             int32_t row, int32_t offset) {
   if (__vtsIsBrngValid(table, row, offset) != VTS_STATUS_OK) return VTS_STATUS_INVALID_BRNG;
-  // Valid rows without a record: below zero, the two empty legacy rows, and what a caller registered too
+  // Valid rows that make no stream: below zero, the two empty legacy rows, and what a caller registered too
   // small.
-  if (row < 0 || table[row].stateBytes < header_bytes) return VTS_STATUS_INVALID_BRNG;
+  if (row < 0 || table[row].initStream == nullptr || table[row].stateBytes < header_bytes)
+    return VTS_STATUS_INVALID_BRNG;
 
   void* block = tmk_serv_allocate(static_cast<size_t>(table[row].stateBytes), tmk::stream_alignment);
   if (block == nullptr) return VTS_STATUS_NO_MEMORY;
