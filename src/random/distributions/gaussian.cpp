@@ -11,7 +11,8 @@
 namespace {
 using namespace tmk;
 
-// A logarithm's pole, then those of the inverse error function.
+// A logarithm's pole, then those of the inverse error function. That runs in place, and what is reported as
+// its argument may be the infinite result, which has the same sign.
 template <class Real>
 int32_t repair_gaussian(VtmErrorContext* context) {
   constexpr double erf_inv_pole = 5.8635847487551676;
@@ -32,8 +33,9 @@ int32_t draw_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigm
   const auto& loops = precision<Real>::loops();
   const int32_t status = precision<Real>::uniform(0, stream, n, u, 0, 1);
   if (status < 0) return status;
-  loops.split_pairs(pairs, u, rho);
-  run_kernel(precision<Real>::ln, pairs, rho, rho);
+  Real* const first = sine;
+  loops.split_pairs(pairs, u, first);
+  run_kernel(precision<Real>::ln, pairs, first, rho);  // not in place: the callback asks for the argument
   loops.scale(pairs, rho, -2);
   run_kernel(precision<Real>::sqrt, pairs, rho, rho);
   loops.scale(pairs, u, two_pi);

@@ -70,18 +70,9 @@ void place_either_side(int32_t n, Real* r, const Real* u, Real beta, Real a) {
 
 template <class Real>
 void join_pairs(int32_t n, Real* r, const Real* radius, const Real* x, const Real* y, Real sigma, Real a) {
-  constexpr int width = lanes<Real>;
-  const auto variate = [=](const auto& rho, const auto& z) { return rho * z * sigma + a; };
-  int32_t i = 0;
-  for (; n - i >= width; i += width) {
-    const batch<Real> rho = load(radius + i), even = variate(rho, load(x + i)),
-                      odd = variate(rho, load(y + i));
-    store(r + 2 * i, xsimd::zip_lo(even, odd));
-    store(r + 2 * i + width, xsimd::zip_hi(even, odd));
-  }
-  for (; i < n; ++i) {
-    r[2 * i] = variate(radius[i], x[i]);
-    r[2 * i + 1] = variate(radius[i], y[i]);
+  for (int32_t i = 0; i < n; ++i) {
+    r[2 * i] = radius[i] * x[i] * sigma + a;
+    r[2 * i + 1] = radius[i] * y[i] * sigma + a;
   }
 }
 
