@@ -1,0 +1,15 @@
+// Philox4x32-10's blocks, once per tier.
+#pragma once
+
+#include "random/core/by_tier.hpp"
+
+namespace tmk {
+
+struct philox_loops {
+  // `count` blocks of four words each, from the counter on.
+  void (*blocks)(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_t* r);
+};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(philox_loops)
