@@ -11,11 +11,8 @@
   extern "C" [[gnu::weak]] int32_t __vtssBRng##name(VtsStreamHandle, int32_t, float*, float, float);         \
   extern "C" [[gnu::weak]] int32_t __vtsdBRng##name(VtsStreamHandle, int32_t, double*, double, double);      \
   extern "C" [[gnu::weak]] int32_t __vtsiBRng##name(VtsStreamHandle, int32_t, void*);
-TMK_PENDING(R250)
-TMK_PENDING(MRG32K3A)
 TMK_PENDING(Sobol)
 TMK_PENDING(Niederr)
-TMK_PENDING(TRNG)
 #undef TMK_PENDING
 
 namespace tmk::row {

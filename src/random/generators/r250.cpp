@@ -1,0 +1,77 @@
+// R250: generalised feedback shift register, x[n] = x[n - 103] ^ x[n - 250].
+// S. Kirkpatrick, E. P. Stoll, A very fast shift-register sequence random number generator, Journal of
+// Computational Physics 40 (1981).
+#include <algorithm>
+
+#include "random/core/states.hpp"
+#include "random/core/stream.hpp"
+#include "random/generators/requests.hpp"
+#include "random/generators/scale.hpp"
+
+namespace {
+using namespace tmk;
+
+constexpr uint32_t ring = 250, lag = 103;
+
+// 250 words are the state. From fewer, a congruential sequence goes on from the last one, and 32 words get
+// a unit triangle of bits, without which the columns might depend on one another.
+void seed(r250_state& s, int32_t n, const uint32_t* words) {
+  const auto given = static_cast<uint32_t>(std::clamp<int32_t>(n, 0, ring));
+  std::copy_n(words, given, s.word);
+  uint32_t x = given > 0 ? s.word[given - 1] : 1;
+  for (uint32_t i = given; i < ring; ++i) s.word[i] = x = 69069 * x + 1;
+  if (given < ring)
+    for (uint32_t bit = 0; bit < 32; ++bit) {
+      uint32_t& word = s.word[7 * bit + 3];
+      const uint32_t top = 0x80000000u >> bit;
+      word = (word & (top - 1)) | top;
+    }
+  s.index = 0;
+  s.lagged = ring - lag;
+}
+
+// In runs that neither position leaves the ring in.
+void draw(r250_state* s, int32_t n, uint32_t* r) {
+  while (n > 0) {
+    const uint32_t run = std::min({static_cast<uint32_t>(n), ring - s->index, ring - s->lagged});
+    for (uint32_t i = 0; i < run; ++i) r[i] = s->word[s->index + i] ^= s->word[s->lagged + i];
+    s->index = (s->index + run) % ring;
+    s->lagged = (s->lagged + run) % ring;
+    r += run;
+    n -= static_cast<int32_t>(run);
+  }
+}
+
+auto words_of(VtsStreamHandle stream) {
+  return [state = &state_of<r250_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
+}
+}  // namespace
+
+extern "C" {
+
+int32_t __vtsBRngR250InitStream(int32_t method, VtsStreamHandle stream, int32_t n, const uint32_t* params) {
+  return answer_request(
+      method, n, params,
+      [&](int32_t count, const uint32_t* words) {
+        seed(state_of<r250_state>(stream), count, words);
+        return VTS_STATUS_OK;
+      },
+      no_leapfrog, no_skip_ahead);
+}
+
+int32_t __vtsiBRngR250(VtsStreamHandle stream, int32_t n, void* r) {
+  words_of(stream)(n, static_cast<uint32_t*>(r));
+  return VTS_STATUS_OK;
+}
+
+int32_t __vtsdBRngR250(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
+  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * 0x1p-32, a, words_of(stream));
+  return VTS_STATUS_OK;
+}
+
+int32_t __vtssBRngR250(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
+  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * 0x1p-32, a,
+                     words_of(stream));
+  return VTS_STATUS_OK;
+}
+}
