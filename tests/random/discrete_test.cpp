@@ -16,8 +16,9 @@ struct discrete_law {
 };
 
 discrete_law uniform_law(int a, int b) {
+  const double width = static_cast<double>(b) - a;
   return {[=](VtsStreamHandle g, int32_t n, int32_t* r) { return _vtsiRngUniform(0, g, n, r, a, b); }, a,
-          b - a, [=](int) { return 1.0 / (b - a); }};
+          static_cast<int>(std::min(width, 1000.0)), [=](int) { return 1 / width; }};
 }
 discrete_law bernoulli_law(double p) {
   return {[=](VtsStreamHandle g, int32_t n, int32_t* r) { return _vtsiRngBernoulli(0, g, n, r, p); }, 0, 2,
