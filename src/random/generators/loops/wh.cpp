@@ -11,24 +11,27 @@ namespace {
 constexpr int width = lanes<double>;
 constexpr double integer_at_low_end = 0x1.8p52;  // x + this - this: x as an integer
 
-// x -> step x mod m with a residue from -m to m: the quotient may be one off whatever the rounding mode, and
-// everything else is exact, since products are below 2^49. So it may be fused where the tier can.
+// x -> step x mod m. A residue that is not 0 keeps the quotient 2^-24 away from the integers and its rounding
+// errors are below 2^-27, so the wide tiers' floor is right in every rounding mode. The baseline has no such
+// instruction: there the quotient may be one off, and residues lie between -m and m. All else is exact, since
+// products are below 2^49, and may be fused.
 struct component {
   f64 step, ratio, modulus;
   component() = default;
   component(uint32_t a, uint32_t m) : step(a), ratio(static_cast<double>(a) / m), modulus(m) {}
 
   f64 operator()(const f64& x) const {
-    const f64 magic(integer_at_low_end);
-    if constexpr (has_fma) {
-      const f64 quotient = xsimd::fma(x, ratio, magic) - magic;
-      return xsimd::fnma(quotient, modulus, x * step);
-    } else {
+    if constexpr (is_baseline) {
+      const f64 magic(integer_at_low_end);
       const f64 quotient = (x * ratio + magic) - magic;
       return x * step - quotient * modulus;
+    } else {
+      return xsimd::fnma(xsimd::floor(x * ratio), modulus, x * step);
     }
   }
-  f64 least_positive(const f64& x) const { return xsimd::select(x < f64(0.0), x + modulus, x); }
+  f64 least_positive(const f64& x) const {
+    return is_baseline ? xsimd::select(x < f64(0.0), x + modulus, x) : x;
+  }
 };
 
 // A sink writes the results of `width` elements, given by component.
