@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "random/goodness.hpp"
+#include "random/placed.hpp"
 #include "random/plain_generators.hpp"
 
 namespace {
@@ -71,23 +72,6 @@ TEST(discrete, are_one_sequence_for_any_cut_and_tier) {
   }
 }
 
-double place;
-int32_t placed_id() {
-  static const int32_t id = [] {
-    VtsBrngProperties record = counting_record();
-    record.sBrng = [](VtsStreamHandle, int32_t n, float* r, float a, float b) -> int32_t {
-      std::fill_n(r, n, static_cast<float>(a + (b - a) * place));
-      return 0;
-    };
-    record.dBrng = [](VtsStreamHandle, int32_t n, double* r, double a, double b) -> int32_t {
-      std::fill_n(r, n, a + (b - a) * place);
-      return 0;
-    };
-    return __vtsRegisterBrng(&record);
-  }();
-  return id;
-}
-
 TEST(discrete, edges) {
   const auto geometric = [](double p) { return geometric_law(p, 1).draw; };
   const struct {
@@ -110,8 +94,8 @@ TEST(discrete, edges) {
   };
   on_every_tier([&] {
     for (const auto& row : rows) {
-      place = row.at;
-      const owned_stream g(placed_id(), {1});
+      placed::at = row.at;
+      const owned_stream g(placed::id(), {1});
       std::vector<int> x(37);
       EXPECT_EQ(row.draw(g, 37, x.data()), 0);
       EXPECT_EQ(x, std::vector<int>(37, row.wanted)) << row.at;

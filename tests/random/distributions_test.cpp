@@ -8,28 +8,10 @@
 
 #include "random/goodness.hpp"
 #include "random/laws.hpp"
+#include "random/placed.hpp"
 #include "random/plain_generators.hpp"
 
 namespace {
-
-// A registered generator: its uniforms stand at `place` of the interval, and draw number `failing` fails.
-double place;
-int failing, draws;
-template <class Real>
-int32_t draw_at_place(VtsStreamHandle, int32_t n, Real* r, Real a, Real b) {
-  if (++draws == failing) return -77;
-  std::fill_n(r, n, static_cast<Real>(a + (b - a) * static_cast<Real>(place)));
-  return 0;
-}
-int32_t placed_id() {
-  static const int32_t id = [] {
-    VtsBrngProperties record = counting_record();
-    record.sBrng = draw_at_place<float>;
-    record.dBrng = draw_at_place<double>;
-    return __vtsRegisterBrng(&record);
-  }();
-  return id;
-}
 
 template <class Real>
 std::vector<Real> draw(const law& l, VtsStreamHandle g, int32_t n, Real p, Real q, Real s) {
@@ -105,13 +87,13 @@ TEST(distributions, stay_finite_and_on_their_side_at_the_edges) {
       {"gaussian inversion", 1, 1 + 2 * std::sqrt(2) * pole, 1 + 2 * std::sqrt(2) * pole},
       {"gaussian pairs", 0, 1 + 2 * std::sqrt(2 * ln0), 1 + 2 * std::sqrt(2 * ln0s)},
   };
-  failing = 0;
+  placed::failing = 0;
   on_every_tier([&] {
     for (const auto& row : rows) {
       const law& l =
           *std::find_if(laws().begin(), laws().end(), [&](const law& x) { return x.name == row.name; });
-      const owned_stream g(placed_id(), {1});
-      place = row.at;
+      const owned_stream g(placed::id(), {1});
+      placed::at = row.at;
       EXPECT_NEAR(draw<double>(l, g, 1, 1, 2, 4)[0], row.d, 1e-6 * std::abs(row.d)) << row.name << row.at;
       EXPECT_NEAR(draw<float>(l, g, 1, 1, 2, 4)[0], row.s, 1e-5 * std::abs(row.s)) << row.name << row.at;
     }
@@ -127,12 +109,12 @@ TEST(distributions, weibull_of_shape_1_takes_no_power) {
 }
 
 TEST(distributions, accurate_uniforms_stay_inside) {
-  failing = 0;
-  const owned_stream g(placed_id(), {1});
+  placed::failing = 0;
+  const owned_stream g(placed::id(), {1});
   double x[3];
   float y[3];
   for (const double at : {-0.125, 1.125, 0.5}) {
-    place = at;
+    placed::at = at;
     const double inside = std::clamp(2 + at, 2.0, 3.0);
     EXPECT_EQ(_vtsdRngUniform(VTS_METHOD_ACCURATE, g, 3, x, 2, 3), 0);
     EXPECT_EQ(_vtssRngUniform(VTS_METHOD_ACCURATE, g, 3, y, 2, 3), 0);
@@ -158,13 +140,13 @@ TEST(distributions, put_back_what_they_changed) {
   const uint32_t set_mode = tmk_vtm_kernel_GetMode();
   const uint32_t sse = _mm_getcsr();
   const uint16_t x87 = x87_control(), unmasked = x87 & ~0x04;
-  const owned_stream g(placed_id(), {1});
-  place = 0;
+  const owned_stream g(placed::id(), {1});
+  placed::at = 0;
   for (const law& l : laws())
     for (const int at : {0, 2}) {
       if (l.name == "cauchy" || l.name.starts_with("lognormal")) continue;  // in the caller's own controls
-      failing = at;
-      draws = 0;
+      placed::failing = at;
+      placed::draws = 0;
       std::vector<double> x(3000, -1);
       _mm_setcsr(sse & ~0x0200u);
       asm volatile("fldcw %0" : : "m"(unmasked));
@@ -182,7 +164,7 @@ TEST(distributions, put_back_what_they_changed) {
       EXPECT_EQ(tmk_vtm_kernel_GetMode(), set_mode) << l.name;
       EXPECT_EQ(tmk_vtm_kernel_GetErrorCallBack(), mine) << l.name;
     }
-  failing = 0;
+  placed::failing = 0;
   tmk_vtm_kernel_SetErrorCallBack(callback);
   tmk_vtm_kernel_SetMode(mode | (mode & VTM_DENORMALS_MASK ? 0 : VTM_DENORMALS_KEPT));
 }
