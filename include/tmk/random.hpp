@@ -66,7 +66,8 @@ class stream {
   void skip(std::int64_t count);
 
   /// From now on elements k, k + parts, k + 2 parts, ... of what the stream would have given. For mcg31m1,
-  /// mcg59, wh; throws for other generators, for parts below 1 and k outside 0 to parts - 1.
+  /// mcg59, wh; of sobol and niederreiter, parts = INT32_MAX selects coordinate k. Throws for other
+  /// generators, for parts below 1 and k outside 0 to parts - 1.
   void leapfrog(int k, int parts);
 
   /// State and what distributions keep, to go on elsewhere or later. The image does not depend on the

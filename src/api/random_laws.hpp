@@ -185,7 +185,7 @@ auto make_draw(const distribution::bernoulli& law) {
               }};
 }
 
-// Below, the largest variates come near the end of 32 bits, and ln(1 - p) loses digits.
+// Below, variates often pass 2^24, from where on singles do not count every integer.
 template <class>
 auto make_draw(const distribution::geometric& law) {
   parameter{"geometric", "p", law.p}.want(law.p >= 1e-6 && law.p <= 1, "0.000001 to 1");

@@ -62,7 +62,7 @@ int32_t in_blocks(int32_t n, Real* r, Block block) {
   return status;
 }
 
-// kernel(count, r, arguments...) of the record, with subnormals kept whatever the thread's mode says.
+// kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode says.
 template <class Real, class... Arguments>
 void run_kernel(const VtmDispatchRecord& record, int32_t n, const Real* a, Arguments... arguments) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
