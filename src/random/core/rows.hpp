@@ -4,17 +4,6 @@
 #include "random/core/states.hpp"
 #include "random/core/stream.hpp"
 
-// A row whose generator is still to come links weakly.
-#define TMK_PENDING(name)                                                                                    \
-  extern "C"                                                                                                 \
-      [[gnu::weak]] int32_t __vtsBRng##name##InitStream(int32_t, VtsStreamHandle, int32_t, const uint32_t*); \
-  extern "C" [[gnu::weak]] int32_t __vtssBRng##name(VtsStreamHandle, int32_t, float*, float, float);         \
-  extern "C" [[gnu::weak]] int32_t __vtsdBRng##name(VtsStreamHandle, int32_t, double*, double, double);      \
-  extern "C" [[gnu::weak]] int32_t __vtsiBRng##name(VtsStreamHandle, int32_t, void*);
-TMK_PENDING(Sobol)
-TMK_PENDING(Niederr)
-#undef TMK_PENDING
-
 namespace tmk::row {
 
 #define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets)                       \

@@ -1,4 +1,6 @@
 // States from outside: positions within arrays are all that a draw relies on, any other word is a valid one.
+#include <iterator>
+
 #include "random/core/image.hpp"
 #include "random/core/registry.hpp"
 #include "random/core/rows.hpp"
@@ -17,6 +19,13 @@ bool sfmt19937_is_sound(VtsStreamHandle stream) {
          s.tail_end <= 3;
 }
 
+template <class State>
+bool sequence_is_sound(VtsStreamHandle stream) {
+  const auto& s = state_of<State>(stream);
+  return s.dimensions >= 1 && s.dimensions <= std::size(s.x) && s.component < s.dimensions &&
+         (s.selected < s.dimensions || s.selected == UINT32_MAX);
+}
+
 // For states whose one position may stand behind the last element.
 template <class State, uint32_t Size>
 bool index_is_sound(VtsStreamHandle stream) {
@@ -28,6 +37,8 @@ constexpr struct {
   bool (*is_sound)(VtsStreamHandle);
 } states_with_positions[] = {
     {__vtsBRngR250InitStream, r250_is_sound},
+    {__vtsBRngSobolInitStream, sequence_is_sound<sobol_state>},
+    {__vtsBRngNiederrInitStream, sequence_is_sound<niederr_state>},
     {__vtsBRngMT19937InitStream, index_is_sound<mt19937_state, 624>},
     {__vtsBRngMT2203InitStream, index_is_sound<mt2203_state, 69>},
     {__vtsBRngSFMT19937InitStream, sfmt19937_is_sound},

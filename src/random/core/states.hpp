@@ -22,11 +22,19 @@ struct mcg59_state {
 struct wh_state {
   uint32_t x[4], a[4];
 };
-struct sobol_state {
-  uint32_t word[2924];
+// Points of a digital sequence: the present one, of which `component` coordinates are handed out.
+template <int Dimensions>
+struct digital_sequence {
+  uint32_t dimensions, index, component;
+  uint32_t selected;  // the one dimension of a leapfrogged stream; UINT32_MAX for all
+  uint32_t x[Dimensions];
+  uint32_t direction[32][Dimensions];  // by bit of the index, from the lowest
 };
-struct niederr_state {
-  uint32_t word[21068];
+struct sobol_state : digital_sequence<40> {
+  uint32_t unused[1600];
+};
+struct niederr_state : digital_sequence<318> {
+  uint32_t unused[10570];
 };
 struct mt19937_state {
   uint32_t mt[624];

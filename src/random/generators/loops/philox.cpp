@@ -25,8 +25,7 @@ struct vector_of_blocks {
   void store_words(uint32_t* r) const {
     const u64 first = bits_as<uint64_t>(merge_words(c0, c1 << 32));
     const u64 second = bits_as<uint64_t>(merge_words(c2, c3 << 32));
-    store(r, bits_as<uint32_t>(xsimd::zip_lo(first, second)));
-    store(r + 2 * width, bits_as<uint32_t>(xsimd::zip_hi(first, second)));
+    store_interleaved(reinterpret_cast<uint64_t*>(r), first, second);
   }
 };
 
