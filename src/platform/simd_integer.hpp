@@ -124,6 +124,23 @@ inline void store_interleaved_words(uint32_t* p, const f64 (&x)[4]) {
 #endif
 }
 
+// The lanes of two vectors side by side: x[0], y[0], x[1], y[1], ...
+inline void store_interleaved(uint64_t* p, const u64& x, const u64& y) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  const __m512i low = _mm512_set_epi64(11, 3, 10, 2, 9, 1, 8, 0);
+  const __m512i high = _mm512_set_epi64(15, 7, 14, 6, 13, 5, 12, 4);
+  store(p, u64(_mm512_permutex2var_epi64(x, low, y)));
+  store(p + 8, u64(_mm512_permutex2var_epi64(x, high, y)));
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m256i even = _mm256_unpacklo_epi64(x, y), odd = _mm256_unpackhi_epi64(x, y);
+  store(p, u64(_mm256_permute2x128_si256(even, odd, 0x20)));
+  store(p + 4, u64(_mm256_permute2x128_si256(even, odd, 0x31)));
+#else
+  store(p, u64(_mm_unpacklo_epi64(x, y)));
+  store(p + 2, u64(_mm_unpackhi_epi64(x, y)));
+#endif
+}
+
 // A lane of 128 bits, on every tier. << and >> shift each of its four words; the other two shift the lane by
 // whole bytes.
 struct lane128 {
