@@ -62,7 +62,6 @@ TEST(persistence, the_image_is_the_same_everywhere) {
 
 TEST(persistence, every_generator_goes_on_from_every_position) {
   for (int32_t row = 0; row < 16; ++row) {
-    if (!__RegBrngsNew[row].initStream) continue;
     const int32_t id = (row + 1) << 20;
     if ((row >= 9 && row <= 11) || id == VTS_BRNG_NONDETERM || (id == VTS_BRNG_ARS5 && !__vtsCPUisAES()))
       continue;
