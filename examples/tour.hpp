@@ -1,0 +1,5 @@
+// The pages of the tour.
+#pragma once
+
+void vector_math_page();
+void random_page();
