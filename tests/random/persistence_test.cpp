@@ -39,7 +39,7 @@ const image golden = {2,    'R',  'N',  'G', 20, 0, 0, 0, 16, 0, 0, 0, 1,    0, 
                       0,    0,    0,    0,   0,  0, 0, 0, 3,  0, 0, 0, 'a',  'b',  'c'};
 
 image altered(std::initializer_list<std::pair<size_t, unsigned char>> bytes, image from = golden) {
-  for (const auto& [at, value] : bytes) from[at] = value;
+  for (const auto& [at, value] : bytes) from.at(at) = value;
   return from;
 }
 

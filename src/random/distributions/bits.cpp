@@ -65,11 +65,12 @@ int32_t _vtsiRngUniformBits(int32_t, VtsStreamHandle stream, int32_t n, void* r)
 }
 
 // In the order of the registry's rows.
-#define TMK_FIXED_WIDTH_ROWS(X)                                                                         \
-  X(MCG31, none)                                                                                        \
-  X(R250, none) X(MRG32K3A, none) X(MCG59, upper_bits) X(WH, none) X(SOBOL, none) X(NIEDERREITER, none) \
-      X(MT19937, whole_words) X(MT2203, whole_words) X(IABSTRACT, none) X(DABSTRACT, none)              \
-          X(SABSTRACT, none) X(SFMT19937, whole_words) X(NONDETERM, whole_words) X(ARS5, whole_words)   \
+#define TMK_FIXED_WIDTH_ROWS(X)                                                                       \
+  X(MCG31, none)                                                                                      \
+  X(R250, none)                                                                                       \
+  X(MRG32K3A, none) X(MCG59, upper_bits) X(WH, none) X(SOBOL, none) X(NIEDERREITER, none)             \
+      X(MT19937, whole_words) X(MT2203, whole_words) X(IABSTRACT, none) X(DABSTRACT, none)            \
+          X(SABSTRACT, none) X(SFMT19937, whole_words) X(NONDETERM, whole_words) X(ARS5, whole_words) \
               X(PHILOX4X32X10, whole_words)
 
 #define TMK_ENTRIES(name, draw)                                                   \
