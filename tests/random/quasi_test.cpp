@@ -36,7 +36,7 @@ TEST(quasi, sobol_draws_are_the_plain_recurrences) {
     v[1][i] = i == 1 ? 1u << 31 : v[1][i - 1] ^ (v[1][i - 1] >> 1);
     v[2][i] = i <= 2 ? (2u * i - 1) << (32 - i) : v[2][i - 1] ^ v[2][i - 2] ^ (v[2][i - 2] >> 2);
   }
-  std::vector<uint32_t> seeds = {3, 1};
+  std::vector<uint32_t> seeds = {3, VTS_SOBOL_DIRECTIONS};
   for (const auto& numbers : v) seeds.insert(seeds.end(), numbers + 1, numbers + 33);
   for (const auto& seed : {std::vector<uint32_t>{3}, seeds})
     expect_plain_sequence({VTS_BRNG_SOBOL, seed,
@@ -60,7 +60,8 @@ TEST(quasi, dimensions_and_directions_are_checked) {
     EXPECT_EQ(draw_words(owned_stream(id, {}), 8), line);
   }
   for (std::vector<uint32_t> seeds :
-       {std::vector<uint32_t>{2, 1, 5}, std::vector<uint32_t>(2 + 32 * 40, 1)}) {
+       {std::vector<uint32_t>{2, 0, 5}, std::vector<uint32_t>(2 + 32 * 40, 1)}) {
+    seeds[1] = VTS_SOBOL_DIRECTIONS;
     seeds[0] += seeds.size() > 3 ? 40 : 0;  // one dimension more than there can be
     VtsStreamHandle stream;
     EXPECT_EQ(__vtsNewStreamEx(&stream, VTS_BRNG_SOBOL, static_cast<int32_t>(seeds.size()), seeds.data()),

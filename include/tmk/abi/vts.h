@@ -63,6 +63,9 @@ enum {
   VTS_BRNG_PHILOX4X32X10 = 0x1000000
 };
 
+/* Second seed word of a SOBOL stream that brings its own direction numbers behind it: "DIRS". */
+enum { VTS_SOBOL_DIRECTIONS = 0x53524944 };
+
 /* What initStream is asked for. */
 enum {
   VTS_INIT_SEED = 0,     /* n seed words at params */

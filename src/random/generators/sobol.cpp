@@ -28,10 +28,10 @@ void set_dimension(sobol_state& s, uint32_t dimension) {
   }
 }
 
-// Seed: the count of dimensions; or that count, the word 1, and 32 direction numbers per dimension, dimension
-// after dimension, as fractions of 2^32.
+// Seed: the count of dimensions; or that count, VTS_SOBOL_DIRECTIONS, and 32 direction numbers per dimension,
+// dimension after dimension, as fractions of 2^32.
 int32_t set_directions(sobol_state& s, int32_t n, const uint32_t* words) {
-  const bool given = n > 1 && words[1] == 1;
+  const bool given = n > 1 && words[1] == VTS_SOBOL_DIRECTIONS;
   for (uint32_t d = 0; d < s.dimensions; ++d) set_dimension(s, d);
   if (!given) return VTS_STATUS_OK;
   if (words[0] != s.dimensions || n < 2 + bits * static_cast<int32_t>(s.dimensions))
