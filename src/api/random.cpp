@@ -62,7 +62,8 @@ VtsStreamHandle load_image(const void* image, std::size_t bytes, const std::stri
 
 }  // namespace
 
-void detail::check_status(const char* function, const char* argument, std::string value, int32_t status) {
+void detail::check_status(const char* function, const char* argument, const std::string& value,
+                          int32_t status) {
   if (status >= 0) return;
   const char* text = "failed";
   for (const sentence& s : sentences)

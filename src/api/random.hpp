@@ -8,7 +8,7 @@
 namespace tmk::detail {
 
 // Throw for a negative status of the C interface, with its sentence; the second blames the stream.
-void check_status(const char* function, const char* argument, std::string value, int32_t status);
+void check_status(const char* function, const char* argument, const std::string& value, int32_t status);
 void check_status(const char* function, VtsStreamHandle g, int32_t status);
 
 }  // namespace tmk::detail

@@ -41,18 +41,20 @@ __m128i load_words(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<
     }
 #pragma GCC unroll 8
     for (int i = 0; i < in_flight; ++i) block[i] = _mm_xor_si128(block[i], round_key[0]);
-    for (int round = 1; round < rounds; ++round)
+    for (int round = 1; round < rounds; ++round) {
 #pragma GCC unroll 8
       for (int i = 0; i < in_flight; ++i) block[i] = _mm_aesenc_si128(block[i], round_key[round]);
+    }
 #pragma GCC unroll 8
     for (int i = 0; i < in_flight; ++i) block[i] = _mm_aesenclast_si128(block[i], round_key[rounds]);
 
     __m128i* to = reinterpret_cast<__m128i*>(r);
-    if (part == in_flight)
+    if (part == in_flight) {
 #pragma GCC unroll 8
       for (int i = 0; i < in_flight; ++i) _mm_storeu_si128(to + i, block[i]);
-    else
+    } else {
       for (int i = 0; i < part; ++i) _mm_storeu_si128(to + i, block[i]);
+    }
     count -= part;
     r += 4 * part;
   }

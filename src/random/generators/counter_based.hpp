@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 namespace tmk {
 
@@ -20,7 +21,7 @@ inline void advance_counter(uint32_t (&counter)[4], uint64_t count) {
 template <class State>
 void seed_counter_based(State& s, int32_t n, const uint32_t* seed) {
   const auto word = [&](int32_t i) { return i < n ? seed[i] : 0; };
-  constexpr int32_t key_words = sizeof s.key / sizeof s.key[0];
+  constexpr int32_t key_words = std::extent_v<decltype(s.key)>;
   for (int32_t i = 0; i < key_words; ++i) s.key[i] = word(i);
   for (int32_t i = 0; i < 4; ++i) s.counter[i] = word(key_words + i);
   std::fill_n(s.buffer, 4, 0);
