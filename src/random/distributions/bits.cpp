@@ -64,35 +64,31 @@ int32_t _vtsiRngUniformBits(int32_t, VtsStreamHandle stream, int32_t n, void* r)
   return n <= 0 ? VTS_STATUS_OK : record_of(stream).iBrng(stream, n, r);
 }
 
-// In the order of the registry's rows.
-#define TMK_FIXED_WIDTH_ROWS(X)                                                                       \
-  X(MCG31, none)                                                                                      \
-  X(R250, none)                                                                                       \
-  X(MRG32K3A, none) X(MCG59, upper_bits) X(WH, none) X(SOBOL, none) X(NIEDERREITER, none)             \
-      X(MT19937, whole_words) X(MT2203, whole_words) X(IABSTRACT, none) X(DABSTRACT, none)            \
-          X(SABSTRACT, none) X(SFMT19937, whole_words) X(NONDETERM, whole_words) X(ARS5, whole_words) \
-              X(PHILOX4X32X10, whole_words)
-
-#define TMK_ENTRIES(name, draw)                                                   \
+#define TMK_FIXED_WIDTH(name, draw)                                               \
   int32_t _viRngUniformBits32##name(VtsStreamHandle stream, int32_t n, void* r) { \
     return draw(stream, n, r);                                                    \
   }                                                                               \
   int32_t _viRngUniformBits64##name(VtsStreamHandle stream, int32_t n, void* r) { \
     return twice<draw>(stream, n, r);                                             \
   }
-TMK_FIXED_WIDTH_ROWS(TMK_ENTRIES)
+#include "random/distributions/fixed_width.def"
+#undef TMK_FIXED_WIDTH
 
 int32_t _vtsiRngUniformBits32(int32_t, VtsStreamHandle stream, int32_t n, uint32_t* r) {
-#define TMK_ENTRY(name, draw) _viRngUniformBits32##name,
-  static constexpr fixed_width_draw rows[] = {TMK_FIXED_WIDTH_ROWS(TMK_ENTRY)};
-#undef TMK_ENTRY
+#define TMK_FIXED_WIDTH(name, draw) _viRngUniformBits32##name,
+  static constexpr fixed_width_draw rows[] = {
+#include "random/distributions/fixed_width.def"
+  };
+#undef TMK_FIXED_WIDTH
   return dispatch(rows, stream, n, r);
 }
 
 int32_t _vtsiRngUniformBits64(int32_t, VtsStreamHandle stream, int32_t n, uint64_t* r) {
-#define TMK_ENTRY(name, draw) _viRngUniformBits64##name,
-  static constexpr fixed_width_draw rows[] = {TMK_FIXED_WIDTH_ROWS(TMK_ENTRY)};
-#undef TMK_ENTRY
+#define TMK_FIXED_WIDTH(name, draw) _viRngUniformBits64##name,
+  static constexpr fixed_width_draw rows[] = {
+#include "random/distributions/fixed_width.def"
+  };
+#undef TMK_FIXED_WIDTH
   return dispatch(rows, stream, n, r);
 }
 }
