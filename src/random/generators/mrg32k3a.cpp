@@ -87,13 +87,10 @@ int32_t __vtsiBRngMRG32K3A(VtsStreamHandle stream, int32_t n, void* r) {
 }
 
 int32_t __vtsdBRngMRG32K3A(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * scale, a, words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, scale, words_of(stream));
 }
 
 int32_t __vtssBRngMRG32K3A(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * scale, a,
-                     words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, scale, words_of(stream));
 }
 }

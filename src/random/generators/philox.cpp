@@ -42,13 +42,10 @@ int32_t __vtsiBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, void* r) {
 }
 
 int32_t __vtsdBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * 0x1p-32, a, words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
 }
 
 int32_t __vtssBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * 0x1p-32, a,
-                     words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
 }
 }

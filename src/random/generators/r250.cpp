@@ -65,13 +65,10 @@ int32_t __vtsiBRngR250(VtsStreamHandle stream, int32_t n, void* r) {
 }
 
 int32_t __vtsdBRngR250(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * 0x1p-32, a, words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
 }
 
 int32_t __vtssBRngR250(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * 0x1p-32, a,
-                     words_of(stream));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
 }
 }

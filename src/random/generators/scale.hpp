@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "random/core/by_tier.hpp"
+#include "tmk/abi/vts.h"
 
 namespace tmk {
 
@@ -47,3 +48,18 @@ void singles_from_words(int32_t n, float* r, decltype(scale_loops::unsigned_to_s
 }  // namespace tmk
 
 TMK_DECLARE_LOOPS(scale_loops)
+
+namespace tmk {
+
+// The draw of a generator whose words fill [0, 1 / scale): uniforms from a to b, in either precision.
+template <class Real, class Draw>
+int32_t uniforms_from_words(int32_t n, Real* r, Real a, Real b, double scale, Draw draw) {
+  const double k = (double{b} - a) * scale;
+  if constexpr (sizeof(Real) == sizeof(double))
+    doubles_from_words(n, r, scale_loops_now().unsigned_to_double, k, a, draw);
+  else
+    singles_from_words(n, r, scale_loops_now().unsigned_to_single, k, a, draw);
+  return VTS_STATUS_OK;
+}
+
+}  // namespace tmk

@@ -57,14 +57,10 @@ int32_t __vtsiBRngSobol(VtsStreamHandle stream, int32_t n, void* r) {
 }
 
 int32_t __vtsdBRngSobol(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * 0x1p-32, a,
-                     points_of(state_of<sobol_state>(stream)));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<sobol_state>(stream)));
 }
 
 int32_t __vtssBRngSobol(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * 0x1p-32, a,
-                     points_of(state_of<sobol_state>(stream)));
-  return VTS_STATUS_OK;
+  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<sobol_state>(stream)));
 }
 }
