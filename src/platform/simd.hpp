@@ -1,5 +1,5 @@
 // SIMD vocabulary of the kernels: xsimd's batches in the tier's registers, and what that library lacks.
-// Intrinsics stand in this file alone.
+// Vector intrinsics stand in this file and in simd_integer.hpp alone.
 #pragma once
 
 #include <immintrin.h>
