@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "random/core/by_tier.hpp"
+#include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
 TMK_TIER_OPEN

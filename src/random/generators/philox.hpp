@@ -1,7 +1,7 @@
 // Philox4x32-10's blocks, once per tier.
 #pragma once
 
-#include "random/core/by_tier.hpp"
+#include "platform/by_tier.hpp"
 
 namespace tmk {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "random/core/by_tier.hpp"
+#include "platform/by_tier.hpp"
 #include "tmk/abi/vts.h"
 
 namespace tmk {

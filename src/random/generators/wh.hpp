@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "random/core/by_tier.hpp"
+#include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
 namespace tmk {

@@ -1,7 +1,7 @@
-// Hot loops exist once per tier: a table of functions that a file in generators/loops/ fills for its tier.
-//   struct mt19937_loops { void (*twist)(uint32_t* mt); };   in a header
-//   TMK_DECLARE_LOOPS(mt19937_loops)                         behind it: mt19937_loops_now() is the tier's in
-//   force TMK_DEFINE_LOOPS(mt19937_loops) = {twist};               in the file that is compiled per tier
+// Hot loops exist once per tier: a table of functions that a file in a folder loops/ fills for its tier.
+//   struct mt19937_loops { void (*twist)(uint32_t* mt); };    in a header
+//   TMK_DECLARE_LOOPS(mt19937_loops)              behind it; mt19937_loops_now() is in force
+//   TMK_DEFINE_LOOPS(mt19937_loops) = {twist};    in the file that is compiled per tier
 #pragma once
 
 #include "platform/tier.hpp"

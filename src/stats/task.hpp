@@ -1,0 +1,47 @@
+// The statistics task: pointers to the caller's arrays, counts and storage codes, and little of its own.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tmk/abi/ss.h"
+
+namespace tmk::stats {
+
+using ss_cleanup = void(SSTask* task);
+
+// What hides behind an SSTask*; both precisions have the same layout.
+template <class Real>
+struct task {
+  int32_t wideIntegers;  // integers behind pointers have 64 bits, not 32
+  uint8_t recordKind;    // always 2
+  uint8_t unused[3];
+  int32_t isDouble;
+#define TMK_SS_REAL(name, parameter, null_status) Real* name;
+#define TMK_SS_INTEGER(name, parameter, null_status) const void* name;
+#define TMK_SS_OWN(type, name) type name;
+#include "stats/task_fields.def"
+#undef TMK_SS_REAL
+#undef TMK_SS_INTEGER
+#undef TMK_SS_OWN
+
+  static task& of(SSTask* handle) { return *reinterpret_cast<task*>(handle); }
+  SSTask* handle() { return reinterpret_cast<SSTask*>(this); }
+
+  // What an integer pointer of this task points to, in the width that the task says.
+  int64_t integer(const void* place, ptrdiff_t index = 0) const {
+    return wideIntegers != 0 ? static_cast<const int64_t*>(place)[index]
+                             : static_cast<const int32_t*>(place)[index];
+  }
+  int64_t p() const { return integer(dimension); }
+  int64_t n() const { return integer(observations); }
+
+  // Whether variable j takes part. Only the low word of a mask's entry counts.
+  bool selects(ptrdiff_t j) const {
+    return indices == nullptr || static_cast<const int32_t*>(indices)[wideIntegers != 0 ? 2 * j : j] != 0;
+  }
+};
+
+static_assert(sizeof(void*) != 4 || offsetof(task<double>, savedMeans) == sizeof(task<double>) - 4);
+
+}  // namespace tmk::stats
