@@ -1,0 +1,107 @@
+// One call of the moments on its way: what basic.cpp and the steps it takes share.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "stats/moments/demand.hpp"
+#include "stats/moments/kernels.hpp"
+#include "stats/scratch.hpp"
+#include "stats/task.hpp"
+
+namespace tmk::stats {
+
+template <class Real>
+struct loops_of;
+
+template <>
+struct loops_of<double> {
+  static const auto& one_pass() { return one_pass_doubles_now(); }
+  static const auto& fast() { return fast_doubles_now(); }
+  static const auto& two_pass() { return two_pass_doubles_now(); }
+};
+
+template <>
+struct loops_of<float> {
+  static const auto& one_pass() { return one_pass_singles_now(); }
+  static const auto& fast() { return fast_singles_now(); }
+  static const auto& two_pass() { return two_pass_singles_now(); }
+};
+
+// Where a working array's estimates stand in the task.
+template <class Real>
+constexpr Real* task<Real>::*sum_fields[moment_arrays] = {
+    &task<Real>::sum,         &task<Real>::rawSum2,     &task<Real>::rawSum3,    &task<Real>::rawSum4,
+    &task<Real>::centralSum2, &task<Real>::centralSum3, &task<Real>::centralSum4};
+template <class Real>
+constexpr Real* task<Real>::*moment_fields[moment_arrays] = {
+    &task<Real>::mean,     &task<Real>::raw2,     &task<Real>::raw3,    &task<Real>::raw4,
+    &task<Real>::central2, &task<Real>::central3, &task<Real>::central4};
+
+// The sum of weights and that of their squares.
+template <class Real>
+struct weight_pair {
+  Real w, w2;
+  // A central sum of order 2 times this is the unbiased variance.
+  Real variance_factor() const { return w > 0 ? 1 / (w - w2 / w) : Real{1}; }
+};
+
+template <class Real>
+struct basic_call {
+  stats::task<Real>& task;
+  const stats::demand& asked;
+  ptrdiff_t p, n;
+  bool columns;
+  int threads;
+  int q = 0;                    // order number: a column of the kernel tables
+  unsigned kept = 0;            // working arrays that the kernel keeps, as a mask
+  unsigned sourced = 0;         // those whose earlier state the caller holds
+  bool products_apart = false;  // the cross-product waits for the merge
+  row_kernel<Real>* kernel = nullptr;
+  Real* accum = nullptr;  // a record a thread
+  Real* work[moment_arrays] = {};
+  Real* cross = nullptr;   // working matrix, or null
+  Real* slices = nullptr;  // working arrays and matrices of threads 1 and up
+  ptrdiff_t slice = 0;
+  scratch<Real> memory{};
+  int32_t status = 0;
+
+  bool keeps(int k) const { return (kept >> k & 1) != 0; }
+  bool two_pass() const { return asked.by == method::two_pass; }
+  weight_pair<Real> weight() const { return {accum[sum_of_weights], accum[sum_of_squared_weights]}; }
+};
+
+// The kernel, working arrays and matrices of a call, holding what earlier blocks left. 0 or a status.
+template <class Real>
+int32_t set_up(basic_call<Real>& call);
+
+// The range of thread s, with its working arrays; what ParallelRun runs, context a basic_call.
+template <class Real>
+row_range<Real> range_of_thread(const basic_call<Real>& call, int s);
+template <class Real>
+void work_on_range(int32_t s, int32_t unused, int32_t threads, void* context);
+
+// Folds the working arrays of threads 1 and up into those of thread 0, in their order.
+template <class Real>
+void merge_threads(basic_call<Real>& call);
+
+// Working arrays to the fields of the task, and the estimates that derive from moments.
+template <class Real>
+void write_back(const basic_call<Real>& call);
+template <class Real>
+void write_derived(const task<Real>& task, const demand& asked, ptrdiff_t p);
+
+// Moments from sums, cov and cor from the cross-product; data is not touched.
+template <class Real>
+int32_t convert(task<Real>& task, const demand& asked);
+
+// The central moment of order 2 to 4 about the mean r[0] from raw moments r[0], r[1], ...
+template <class Real>
+Real central_from_raw(int order, const Real* r) {
+  const Real m = r[0], m2 = m * m;
+  if (order == 2) return r[1] - m2;
+  if (order == 3) return r[2] - 3 * r[1] * m + 2 * m2 * m;
+  return r[3] - 4 * r[2] * m + 6 * r[1] * m2 - 3 * m2 * m2;
+}
+
+}  // namespace tmk::stats

@@ -1,0 +1,73 @@
+#include "stats/moments/products.hpp"
+
+#include <algorithm>
+
+#include "linalg/blas.hpp"
+
+namespace tmk {
+namespace {
+
+template <class Real>
+struct blas;
+
+template <>
+struct blas<double> {
+  static constexpr auto syrk = tmk_blas_dsyrk, serial_syrk = tmk_blas_xdsyrk;
+  static constexpr auto syr = tmk_blas_dsyr, serial_syr = tmk_blas_xdsyr;
+  static constexpr auto serial_gemm = tmk_blas_xdgemm;
+};
+
+template <>
+struct blas<float> {
+  static constexpr auto syrk = tmk_blas_ssyrk, serial_syrk = tmk_blas_xssyrk;
+  static constexpr auto syr = tmk_blas_ssyr, serial_syr = tmk_blas_xssyr;
+  static constexpr auto serial_gemm = tmk_blas_xsgemm;
+};
+
+constexpr ptrdiff_t longest_call = 1 << 30;  // observations: BLAS counts in 32 bits
+
+}  // namespace
+
+template <class Real>
+void add_products(const observations_block<Real>& block, Real* c, bool alone) {
+  const int p = static_cast<int>(block.p), stride = static_cast<int>(block.columns ? block.p : block.stride);
+  const Real one = 1;
+  for (ptrdiff_t i = 0; i < block.count; i += longest_call) {
+    const int count = static_cast<int>(std::min(longest_call, block.count - i));
+    (alone ? blas<Real>::serial_syrk : blas<Real>::syrk)("U", block.columns ? "N" : "T", &p, &count, &one,
+                                                         block.x + (block.columns ? i * block.p : i), &stride,
+                                                         &one, c, &p);
+  }
+}
+
+template <class Real>
+void add_weighted_products(const observations_block<Real>& block, const Real* w, Real* scratch, Real* c) {
+  const ptrdiff_t n = block.count;
+  for (ptrdiff_t outer = 0; block.columns && outer < n; ++outer)
+    for (ptrdiff_t j = 0; j < block.p; ++j)
+      scratch[outer * block.p + j] = block.x[outer * block.p + j] * w[outer];
+  for (ptrdiff_t outer = 0; !block.columns && outer < block.p; ++outer)
+    for (ptrdiff_t i = 0; i < n; ++i) scratch[outer * n + i] = block.x[outer * block.stride + i] * w[i];
+  const int p = static_cast<int>(block.p), count = static_cast<int>(n);
+  const int stride = static_cast<int>(block.columns ? block.p : block.stride),
+            own = block.columns ? p : count;
+  const Real one = 1;
+  blas<Real>::serial_gemm(block.columns ? "N" : "T", block.columns ? "T" : "N", &p, &p, &count, &one, block.x,
+                          &stride, scratch, &own, &one, c, &p);
+}
+
+template <class Real>
+void add_outer_product(ptrdiff_t p, Real factor, const Real* m, Real* c, bool alone) {
+  const int order = static_cast<int>(p), step = 1;
+  (alone ? blas<Real>::serial_syr : blas<Real>::syr)("U", &order, &factor, m, &step, c, &order);
+}
+
+#define TMK_INSTANTIATE(Real)                                                                      \
+  template void add_products(const observations_block<Real>&, Real*, bool);                        \
+  template void add_weighted_products(const observations_block<Real>&, const Real*, Real*, Real*); \
+  template void add_outer_product(ptrdiff_t, Real, const Real*, Real*, bool);
+TMK_INSTANTIATE(double)
+TMK_INSTANTIATE(float)
+#undef TMK_INSTANTIATE
+
+}  // namespace tmk
