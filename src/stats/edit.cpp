@@ -10,7 +10,7 @@ namespace {
 template <class Real, class Value>
 struct parameter_row {
   Value task<Real>::*field = nullptr;
-  int32_t null_status = 0;
+  int32_t null_status = 0;  // 0 in the rows of no parameter
 };
 
 template <class Real, class Value>
@@ -44,7 +44,7 @@ int32_t edit(const parameter_table<Real, Value>& rows, SSTask* handle, int64_t p
   if (handle == nullptr) return VTS_STATUS_SS_TASK_NULL;
   if (static_cast<uint64_t>(parameter) >= rows.size()) return VTS_STATUS_SS_BAD_PARAMETER;
   const auto& row = rows[static_cast<std::size_t>(parameter)];
-  if (row.field == nullptr) return VTS_STATUS_SS_BAD_PARAMETER;
+  if (row.null_status == 0) return VTS_STATUS_SS_BAD_PARAMETER;
   if (value == nullptr) return row.null_status;
   task<Real>::of(handle).*row.field = value;
   return 0;
