@@ -144,7 +144,8 @@ void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, cons
     if (vectors < least) packed *= (least + vectors - 1) / vectors;
     if constexpr (Kept.central != 0) {
       const ptrdiff_t used = std::min(packed, n) * p;
-      for (ptrdiff_t i = 0; i < used; ++i) pattern[i] = i < p ? mean[i] : pattern[i - p];
+      for (ptrdiff_t e = 0; e < used; e += p)
+        for (ptrdiff_t i = 0; i < p; ++i) pattern[e + i] = mean[i];
       mean = pattern;
     }
   }
@@ -159,6 +160,10 @@ void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, cons
   const auto fold = [&](ptrdiff_t used, ptrdiff_t first, ptrdiff_t end, ptrdiff_t position) {
     for (int k = 0; k < size; ++k) {
       Real* const sum = work[arrays.index[k]] + j;
+      if (p == 1) {
+        *sum += std::accumulate(lane + k * used + first, lane + k * used + end, Real{0});
+        continue;
+      }
       ptrdiff_t variable = position % p;
       for (ptrdiff_t e = first; e < end; ++e) {
         sum[variable] += lane[k * used + e];
@@ -197,7 +202,8 @@ void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, cons
   }
 }
 
-// Weighted observations of few variables: weights are spread beside the elements, so that packing serves.
+// Weighted observations of less than a register: weights are spread beside the elements, so that packing
+// serves.
 template <class Real, orders Kept>
 void add_spread_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, const Real* mean,
                      Real* const* work) {
@@ -226,7 +232,7 @@ void add_sums(const row_range<Real>& r, const Real* mean, Real* const* work) {
     const Real* const x = r.data + r.first * r.p;
     if constexpr (!Weighted)
       add_power_sums<Real, Kept, weighting::none>(n, r.p, x, w, mean, work, 0);
-    else if (r.p <= packed_variables)
+    else if (r.p < lanes<Real>)
       add_spread_sums<Real, Kept>(n, r.p, x, w, mean, work);
     else
       add_power_sums<Real, Kept, weighting::row>(n, r.p, x, w, mean, work, 0);

@@ -1,7 +1,5 @@
 #include "stats/moments/products.hpp"
 
-#include <algorithm>
-
 #include "linalg/blas.hpp"
 
 namespace tmk {
@@ -24,20 +22,15 @@ struct blas<float> {
   static constexpr auto serial_gemm = tmk_blas_xsgemm;
 };
 
-constexpr ptrdiff_t longest_call = 1 << 30;  // observations: BLAS counts in 32 bits
-
 }  // namespace
 
 template <class Real>
 void add_products(const observations_block<Real>& block, Real* c, bool alone) {
-  const int p = static_cast<int>(block.p), stride = static_cast<int>(block.columns ? block.p : block.stride);
+  const int p = static_cast<int>(block.p), count = static_cast<int>(block.count),
+            stride = static_cast<int>(block.columns ? block.p : block.stride);
   const Real one = 1;
-  for (ptrdiff_t i = 0; i < block.count; i += longest_call) {
-    const int count = static_cast<int>(std::min(longest_call, block.count - i));
-    (alone ? blas<Real>::serial_syrk : blas<Real>::syrk)("U", block.columns ? "N" : "T", &p, &count, &one,
-                                                         block.x + (block.columns ? i * block.p : i), &stride,
-                                                         &one, c, &p);
-  }
+  (alone ? blas<Real>::serial_syrk : blas<Real>::syrk)("U", block.columns ? "N" : "T", &p, &count, &one,
+                                                       block.x, &stride, &one, c, &p);
 }
 
 template <class Real>

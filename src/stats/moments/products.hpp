@@ -7,6 +7,7 @@
 namespace tmk {
 
 // A block of observations: variables of a rows layout lie `stride` apart, observations of columns layout p.
+// Counts and stride are below 2^31.
 template <class Real>
 struct observations_block {
   bool columns;

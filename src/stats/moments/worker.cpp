@@ -2,6 +2,7 @@
 // in the second cache, between taking the old mean out and the new one in.
 #include <algorithm>
 #include <atomic>
+#include <limits>
 
 #include "stats/moments/basic.hpp"
 #include "stats/moments/products.hpp"
@@ -19,15 +20,24 @@ int32_t run_with_products(const basic_call<Real>& call, row_range<Real> r) {
   const ptrdiff_t p = r.p, end = r.end,
                   row_bytes = p * static_cast<ptrdiff_t>(sizeof(Real)) * (weighted ? 2 : 1),
                   length = std::min(std::max(block_bytes / row_bytes, least_block), end - r.first);
+  // BLAS knows no distance of variables above 32 bits: such blocks are gathered.
+  const bool gathered = !call.columns && r.n > std::numeric_limits<int>::max();
+  const ptrdiff_t copies = (weighted ? 1 : 0) + (gathered ? 1 : 0);
   scratch<Real> memory;
-  if (weighted) memory = scratch<Real>(static_cast<size_t>(length * p));
-  if (weighted && !memory) return VTS_STATUS_SS_MEMORY;
+  if (copies > 0) memory = scratch<Real>(static_cast<size_t>(copies * length * p));
+  if (copies > 0 && !memory) return VTS_STATUS_SS_MEMORY;
   if (r.accum[sum_of_weights] != 0) add_outer_product(p, r.accum[sum_of_weights], saved, r.cross, true);
   for (; r.first < end; r.first = r.end) {
     r.end = std::min(r.first + length, end);
     if (const int32_t status = call.kernel(r); status < 0) return status;
-    const observations_block<Real> block = {call.columns, r.end - r.first, p, r.n,
-                                            r.data + r.first * (call.columns ? p : 1)};
+    const ptrdiff_t count = r.end - r.first;
+    observations_block<Real> block = {call.columns, count, p, r.n, r.data + r.first * (call.columns ? p : 1)};
+    if (gathered) {
+      Real* const place = memory.get() + (copies - 1) * length * p;
+      for (ptrdiff_t j = 0; j < p; ++j) std::copy_n(block.x + j * r.n, count, place + j * count);
+      block.x = place;
+      block.stride = count;
+    }
     if (weighted)
       add_weighted_products(block, r.weights + r.first, memory.get(), r.cross);
     else

@@ -2,6 +2,7 @@
 // first block they are zero; before a later one they hold the state of the blocks so far, raw orders as
 // moments and central orders as sums.
 #include <algorithm>
+#include <limits>
 
 #include "stats/moments/basic.hpp"
 #include "stats/moments/pack.hpp"
@@ -117,7 +118,8 @@ int32_t set_up(basic_call<Real>& call) {
   // Large matrices are worth one product of the whole data more than one a thread.
   const ptrdiff_t cached = std::max<ptrdiff_t>(262144 / (static_cast<ptrdiff_t>(sizeof(Real)) * p), 64);
   call.products_apart = matrix && call.threads > 1 && call.asked.by != method::one_pass &&
-                        task.weights == nullptr && p > std::min(cached, call.n / call.threads);
+                        task.weights == nullptr && call.n <= std::numeric_limits<int>::max() &&
+                        p > std::min(cached, call.n / call.threads);
   call.slice = arrays + (matrix && !call.products_apart ? p * p : 0);
   const ptrdiff_t temporaries = arrays, square = matrix && !in_place ? p * p : 0,
                   records = accumulators * ptrdiff_t{call.threads};
