@@ -98,7 +98,7 @@ void centre(const row_range<Real>& r, const Real* mean, Real* place) {
 }
 
 template <class Real, orders Kept, bool Columns, bool Weighted, bool Cross>
-void add_block(const row_range<Real>& r, const block_scratch<Real>& scratch) {
+void add_block(const row_range<Real>& r, const Real* weights, const block_scratch<Real>& scratch) {
   const ptrdiff_t p = r.p;
   Real* own[moment_arrays] = {};
   for (int k = 0; k < moment_arrays; ++k)
@@ -106,8 +106,6 @@ void add_block(const row_range<Real>& r, const block_scratch<Real>& scratch) {
       own[k] = scratch.array(k);
       std::fill_n(own[k], p, Real{0});
     }
-  Real weights[2] = {};
-  add_weights<Real, Weighted>(r, weights);
   constexpr orders mean_only{.raw = 0b10, .central = 0},
       rest{.raw = Kept.raw & ~0b10u, .central = Kept.central};
   add_sums<Real, mean_only, Columns, Weighted>(r, nullptr, own);
@@ -135,15 +133,17 @@ void add_block(const row_range<Real>& r, const block_scratch<Real>& scratch) {
   r.accum[sum_of_squared_weights] += weights[1];
 }
 
-// No weight is negative and they do not vanish together, NaN apart.
+// 0, or a negative weight. NaN does not count.
 template <class Real>
-bool have_a_mean(const Real* w, ptrdiff_t n) {
-  Real least = 0, sum = 0;
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    least = w[i] < least ? w[i] : least;
-    sum += w[i];
-  }
-  return least == 0 && sum != 0;
+Real least_or_zero(const Real* w, ptrdiff_t n) {
+  batch<Real> least(Real{0});
+  for (ptrdiff_t i = 0; i < n; i += lanes<Real>)
+    // Of a NaN and a number the minimum is its second argument.
+    least = xsimd::min(
+        load_partial(w + i, static_cast<int>(std::min<ptrdiff_t>(lanes<Real>, n - i)), Real{0}), least);
+  Real lane[lanes<Real>];
+  store(lane, least);
+  return *std::min_element(lane, lane + lanes<Real>);
 }
 
 template <class Real, orders Kept, bool Columns, bool Weighted, bool Cross>
@@ -151,8 +151,11 @@ void walk(row_range<Real> r, const block_scratch<Real>& scratch) {
   const ptrdiff_t end = r.end;
   for (; r.first < end; r.first = r.end) {
     r.end = std::min(r.first + scratch.length, end);
-    if (!Weighted || have_a_mean(r.weights + r.first, r.end - r.first))
-      add_block<Real, Kept, Columns, Weighted, Cross>(r, scratch);
+    Real weights[2] = {};
+    add_weights<Real, Weighted>(r, weights);
+    if (!Weighted ||
+        (weights[sum_of_weights] != 0 && least_or_zero(r.weights + r.first, r.end - r.first) == 0))
+      add_block<Real, Kept, Columns, Weighted, Cross>(r, weights, scratch);
     else
       for (ptrdiff_t i = r.first; i < r.end; ++i)
         add_observation<Real, Kept, Columns>(r, i, scratch.difference());
