@@ -62,11 +62,13 @@ int32_t run(task<Real>& task, const demand& asked, const ThreadingService& threa
 }
 
 template <class Real>
-int32_t compute(SSTask* handle, uint32_t low, uint32_t high, uint32_t method_low,
+int32_t compute(SSTask* handle, uint32_t estimates_low, uint32_t estimates_high, uint32_t method_low,
                 const ThreadingService* threading) {
   auto& task = stats::task<Real>::of(handle);
   demand asked;
-  if (const int32_t status = check_demand(task, low, high, method_low, asked); status != 0) return status;
+  if (const int32_t status = check_demand(task, estimates_low, estimates_high, method_low, asked);
+      status != 0)
+    return status;
   return asked.by == method::convert ? convert(task, asked) : run(task, asked, *threading);
 }
 
