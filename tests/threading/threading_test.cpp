@@ -139,8 +139,10 @@ TEST(threading, openmp_workers_have_the_callers_rounding_and_raise_its_flags) {
   tmk_threading_openmp()->ParallelRun(4, &wrong, [](int32_t thread, int32_t, int32_t, void* context) {
     if (std::fegetround() != FE_UPWARD) ++*static_cast<std::atomic<int>*>(context);
     volatile double zero = 0;
-    if (thread == 3) zero = 1 / zero;
-    std::fesetround(FE_DOWNWARD);
+    if (thread == 3) {
+      zero = 1 / zero;
+      std::fesetround(FE_DOWNWARD);
+    }
   });
   EXPECT_EQ(std::fegetround(), FE_UPWARD);
   EXPECT_EQ(std::fetestexcept(FE_DIVBYZERO | FE_INVALID), FE_DIVBYZERO);
