@@ -200,7 +200,7 @@ TEST(sketch, values_that_zoom_in_on_the_answers) {
 TEST(sketch, variables_layouts_and_threads) {
   constexpr int32_t p = 5, n = 3000, blocks = 7;
   std::mt19937 engine(3);
-  std::vector<double> rows(size_t{p} * n), columns(rows.size());
+  std::vector<double> rows(p * n), columns(p * n);
   const std::vector<int32_t> mask = {1, 1, 0, 1, 1};
   for (const int32_t threads : {1, 2, 3, 8}) {
     stream<double> by_rows(0.005, {0, 0.25, 0.9}, p), by_columns(0.005, {0, 0.25, 0.9}, p);
@@ -210,13 +210,13 @@ TEST(sketch, variables_layouts_and_threads) {
     for (int b = 0; b < blocks; ++b) {
       for (int32_t j = 0; j < p; ++j)
         for (int32_t i = 0; i < n; ++i)
-          columns[size_t(i * p + j)] = rows[size_t(j * n + i)] = double(engine()) * (j + 1);
+          columns.at(i * p + j) = rows.at(j * n + i) = double(engine()) * (j + 1);
       const uint32_t method = b + 1 == blocks ? and_answer : absorb_only;
       ASSERT_EQ(by_rows.add(rows.data(), n, method), 0);
       ASSERT_EQ(by_columns.add(columns.data(), n, method, threads), 0);
     }
     EXPECT_EQ(by_rows.answers, by_columns.answers);
-    for (int32_t j = 0; j < p; ++j) EXPECT_EQ(by_rows.answers[size_t(3 * j)] == -77, j == 2);
+    for (int32_t j = 0; j < p; ++j) EXPECT_EQ(by_rows.answers.at(3 * j) == -77, j == 2);
     EXPECT_EQ(by_rows.at(0.25, 3).value, by_rows.answers[10]);
   }
 }

@@ -74,10 +74,9 @@ void expect_all_slots(const ThreadingService* table) {
       items.table = runs.table = ordered.table = table;
       table->ParallelFor(count, threads, &items, watch_slices);
       expect_whole(items, count);
-      table->ParallelRun(threads, &runs,
-                         [](int32_t thread, int32_t zero, int32_t thread_count, void* context) {
-                           note(thread, zero, thread_count, *static_cast<record*>(context));
-                         });
+      table->ParallelRun(threads, &runs, [](int32_t run, int32_t slice, int32_t thread_count, void* context) {
+        note(run, slice, thread_count, *static_cast<record*>(context));
+      });
       expect_whole(runs, threads);
       table->ParallelForOrdered(count, threads, &ordered, with_sections);
       expect_whole(ordered, count);
@@ -103,6 +102,7 @@ TEST(threading, openmp_slots_in_small_teams_and_side_by_side) {
   omp_set_dynamic(dynamic);
 
   std::vector<std::thread> callers;
+  callers.reserve(3);
   for (int k = 0; k < 3; ++k) callers.emplace_back([] { expect_all_slots(tmk_threading_openmp()); });
   for (std::thread& t : callers) t.join();
 }
