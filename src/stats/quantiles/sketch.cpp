@@ -1,46 +1,16 @@
-#include "stats/quantiles/sketch.hpp"
+// Values taken into a sketch.
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <limits>
-#include <type_traits>
 #include <utility>
 
+#include "stats/quantiles/sketch_keys.hpp"
 #include "tmk/abi/serv.h"
 #include "tmk/abi/ss.h"
-#include "tmk/abi/tpp.h"
 
 namespace tmk::stats {
 
 namespace {
-
-// The order of the radix sorts as signed integers: -0.0 below +0.0, NaNs outside all numbers by their sign.
-// The map is its own inverse.
-template <class Real>
-using key = std::conditional_t<sizeof(Real) == 8, int64_t, int32_t>;
-
-template <class Real>
-key<Real> fold_sign(key<Real> k) {
-  return k ^ ((k >> (8 * sizeof(Real) - 1)) & std::numeric_limits<key<Real>>::max());
-}
-
-template <class Real>
-key<Real> key_of(Real x) {
-  return fold_sign<Real>(std::bit_cast<key<Real>>(x));
-}
-
-template <class Real>
-Real value_of(key<Real> k) {
-  return std::bit_cast<Real>(fold_sign<Real>(k));
-}
-
-void sort(double* values, double* workspace, int32_t n) {
-  tmk_dft_t4_tppsSortRadixAscend_64f_I(values, workspace, n);
-}
-void sort(float* values, float* workspace, int32_t n) {
-  tmk_dft_t4_tppsSortRadixAscend_32f_I(values, workspace, n);
-}
 
 template <class T>
 T* allocate(int64_t count) {
@@ -110,13 +80,6 @@ bool reserve(sketch_level<Real>& level, int64_t needed) {
   level.values = values;
   level.capacity = static_cast<int32_t>(needed);
   return true;
-}
-
-template <class Real>
-void sort_block(sketch<Real>& s) {
-  if (s.sorted != 0 || s.level_count == 0) return;
-  if (s.levels[0].count > 1) sort(s.levels[0].values, s.levels[0].workspace, s.levels[0].count);
-  s.sorted = 1;
 }
 
 // Which of two values the next thinning of this level keeps, its error booked.
@@ -196,49 +159,6 @@ void append(Real* to, const Real* values, ptrdiff_t stride, int64_t n) {
     for (ptrdiff_t i = 0; i < n; ++i) to[i] = values[i * stride];
 }
 
-// The weight of the values in the sketch that are not above k.
-template <class Real>
-int64_t counted(const sketch<Real>& s, key<Real> k) {
-  int64_t sum = 0;
-  for (int32_t h = 0; h < s.level_count; ++h) {
-    const sketch_level<Real>& level = s.levels[h];
-    const Real* behind = std::upper_bound(level.values, level.values + level.count, k,
-                                          [](key<Real> wanted, Real x) { return wanted < key_of(x); });
-    sum += level.weight * (behind - level.values);
-  }
-  return sum;
-}
-
-template <class Real>
-struct key_range {
-  key<Real> low, high;
-};
-
-template <class Real>
-key_range<Real> extremes(const sketch<Real>& s) {
-  const sketch_level<Real>& block = s.levels[0];
-  if (block.count == 0) return {key_of(s.minimum), key_of(s.maximum)};
-  const key_range<Real> r = {key_of(block.values[0]), key_of(block.values[block.count - 1])};
-  if (s.count == block.count) return r;
-  return {std::min(r.low, key_of(s.minimum)), std::max(r.high, key_of(s.maximum))};
-}
-
-// The lowest key in the range whose count, taken amid its bounds, reaches the target; else the highest.
-template <class Real>
-key<Real> find(const sketch<Real>& s, key_range<Real> range, double target) {
-  const double centre = 0.5 * static_cast<double>(s.counted_under - s.counted_over);
-  while (range.low < range.high) {
-    using bits = std::make_unsigned_t<key<Real>>;
-    const auto width = static_cast<bits>(range.high) - static_cast<bits>(range.low);
-    const auto middle = static_cast<key<Real>>(static_cast<bits>(range.low) + width / 2);
-    if (static_cast<double>(counted(s, middle)) + centre >= target)
-      range.high = middle;
-    else
-      range.low = middle + 1;
-  }
-  return range.low;
-}
-
 }  // namespace
 
 template <class Real>
@@ -264,20 +184,6 @@ int32_t absorb(sketch<Real>& s, const Real* values, ptrdiff_t stride, int64_t n,
 }
 
 template <class Real>
-sketch_answer<Real> answer(sketch<Real>& s, double order) {
-  if (s.count == 0) return {std::numeric_limits<Real>::quiet_NaN(), 0, 0};
-  sort_block(s);
-  const key_range<Real> range = extremes(s);
-  const double target = order * static_cast<double>(s.count);
-  const key<Real> k = target <= 1                                  ? range.low
-                      : target >= static_cast<double>(s.count - 1) ? range.high
-                                                                   : find(s, range, target);
-  const int64_t sum = counted(s, k);
-  return {value_of<Real>(k), k == range.high ? s.count : std::max<int64_t>(sum - s.counted_over, 1),
-          k == range.high ? s.count : std::min(sum + s.counted_under, s.count)};
-}
-
-template <class Real>
 void release(sketch<Real>& s) {
   for (int32_t h = 0; h < s.level_count; ++h) {
     tmk_serv_deallocate(s.levels[h].values);
@@ -288,7 +194,6 @@ void release(sketch<Real>& s) {
 
 #define TMK_SKETCH(Real)                                                                             \
   template int32_t absorb(sketch<Real>& s, const Real* values, ptrdiff_t stride, int64_t n, double); \
-  template sketch_answer<Real> answer(sketch<Real>& s, double order);                                \
   template void release(sketch<Real>& s);
 TMK_SKETCH(double)
 TMK_SKETCH(float)
