@@ -1,0 +1,153 @@
+// Radix sorts in place.
+//
+// Keys of 16 and 32 bits are sorted by their digits from the lowest up, in two or three passes. Of 64 bits
+// the highest 33 that differ are sorted in the same three passes; equal ones lie side by side then, and such
+// runs are short in data of many values: an insertion sort ends them, a further radix sort if they are long.
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <utility>
+
+#include "primitives/keys.hpp"
+#include "tmk/abi/tpp.h"
+
+namespace tmk::primitives {
+namespace {
+
+// Below this the digits' counters cost more than they save.
+constexpr int32_t radix_pays = 160;
+
+template <class Order, class Word>
+void sort_by_comparison(Word* a, int32_t n) {
+  for (int32_t i = 0; i < n; ++i) a[i] = Order::key(a[i]);
+  std::sort(a, a + n);
+  for (int32_t i = 0; i < n; ++i) a[i] = Order::element(a[i]);
+}
+
+// What a first reading tells of the keys: the bits in which they differ, and whether they are in order.
+template <class Word>
+struct survey {
+  Word differing;
+  bool sorted;
+};
+
+template <class Order, class Word>
+survey<Word> survey_of(const Word* a, int32_t n) {
+  const Word first = Order::key(a[0]);
+  Word differing = 0, last = first;
+  uint32_t descents = 0;
+  for (int32_t i = 1; i < n; ++i) {
+    const Word key = Order::key(a[i]);
+    differing |= static_cast<Word>(key ^ first);
+    descents |= key < last ? 1u : 0u;
+    last = key;
+  }
+  return {differing, descents == 0};
+}
+
+template <class T, bool Descending>
+void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n);
+
+// Moves keys, which are in order but for their lowest `skip` bits, into their places in `a` as elements.
+template <class T, bool Descending, class Word>
+void settle_runs(Word* a, Word* scratch, const Word* keys, int32_t n, int skip) {
+  using order = order<T, Descending>;
+  constexpr int32_t short_run = 24;
+  for (int32_t i = 0; i < n;) {
+    const Word prefix = keys[i] >> skip;
+    int32_t end = i + 1;
+    while (end < n && keys[end] >> skip == prefix) ++end;
+    if (end - i <= short_run) {
+      for (int32_t j = i; j < end; ++j) {
+        const Word key = keys[j];
+        int32_t place = j;
+        for (; place > i && order::key(a[place - 1]) > key; --place) a[place] = a[place - 1];
+        a[place] = order::element(key);
+      }
+    } else {
+      for (int32_t j = i; j < end; ++j) a[j] = order::element(keys[j]);
+      sort<T, Descending>(a + i, scratch + i, end - i);  // once more at most: 31 bits are left
+    }
+    i = end;
+  }
+}
+
+template <class T, bool Descending>
+void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n) {
+  using order = order<T, Descending>;
+  using word = typename order::word;
+  using digits = digits<order::bits>;
+  if (n < radix_pays) return sort_by_comparison<order>(a, n);
+  const auto [differing, sorted] = survey_of<order>(a, n);
+  if (sorted) return;
+  const int skip = std::max(0, static_cast<int>(std::bit_width(differing)) - digits::count * digits::width);
+
+  int32_t places[digits::count][digits::size] = {};
+  for (int32_t i = 0; i < n; ++i)
+    for (int d = 0; d < digits::count; ++d) ++places[d][digits::digit(order::key(a[i]), d, skip)];
+
+  // The first pass makes keys of elements; a digit that all keys share needs no pass.
+  word *from = a, *to = scratch;
+  bool are_keys = false;
+  for (int d = 0; d < digits::count; ++d) {
+    if (digits::digit(differing, d, skip) == 0) continue;
+    auto& place = places[d];
+    counts_to_places(place);
+    if (are_keys)
+      for (int32_t i = 0; i < n; ++i) to[place[digits::digit(from[i], d, skip)]++] = from[i];
+    else
+      for (int32_t i = 0; i < n; ++i) {
+        const word key = order::key(from[i]);
+        to[place[digits::digit(key, d, skip)]++] = key;
+      }
+    are_keys = true;
+    std::swap(from, to);
+  }
+  if ((differing & ((word{1} << skip) - 1)) == 0)
+    for (int32_t i = 0; i < n; ++i) a[i] = order::element(from[i]);
+  else
+    settle_runs<T, Descending>(a, scratch, from, n, skip);
+}
+
+// Of a key of 8 bits its count tells all.
+template <bool Descending, class T>
+void sort_bytes(T* a, int32_t n) {
+  using order = order<T, Descending>;
+  int32_t counts[256] = {};
+  for (int32_t i = 0; i < n; ++i) ++counts[order::key(a[i])];
+  for (int key = 0; key < 256; ++key) {
+    std::memset(a, order::element(static_cast<uint8_t>(key)), static_cast<size_t>(counts[key]));
+    a += counts[key];
+  }
+}
+
+template <bool Descending, class T>
+int32_t checked_sort(T* array, T* scratch, int32_t length) {
+  if (array == nullptr || scratch == nullptr) return TPP_STATUS_NULL_PTR;
+  if (length < 1) return TPP_STATUS_BAD_SIZE;
+  using word = word_of<sizeof(T)>;
+  if constexpr (sizeof(T) == 1)
+    sort_bytes<Descending>(array, length);
+  else
+    sort<T, Descending>(reinterpret_cast<word*>(array), reinterpret_cast<word*>(scratch), length);
+  return TPP_STATUS_OK;
+}
+
+}  // namespace
+}  // namespace tmk::primitives
+
+#define TMK_SORT(tag, type)                                                                       \
+  int32_t tmk_dft_t4_tppsSortRadixAscend_##tag##_I(type* array, type* scratch, int32_t length) {  \
+    return tmk::primitives::checked_sort<false>(array, scratch, length);                          \
+  }                                                                                               \
+  int32_t tmk_dft_t4_tppsSortRadixDescend_##tag##_I(type* array, type* scratch, int32_t length) { \
+    return tmk::primitives::checked_sort<true>(array, scratch, length);                           \
+  }
+TMK_SORT(8u, uint8_t)
+TMK_SORT(16u, uint16_t)
+TMK_SORT(16s, int16_t)
+TMK_SORT(32u, uint32_t)
+TMK_SORT(32s, int32_t)
+TMK_SORT(32f, float)
+TMK_SORT(64f, double)
+#undef TMK_SORT
