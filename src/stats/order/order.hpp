@@ -1,0 +1,73 @@
+// What the estimators of order share: the selected variables, a variable's values on their way between the
+// task's arrays and contiguous scratch, and the sort of contiguous values.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "stats/order/quick_sort.hpp"
+#include "stats/scratch.hpp"
+#include "stats/task.hpp"
+#include "tmk/abi/tpp.h"
+
+namespace tmk::stats {
+
+struct status_row {
+  bool holds;
+  int32_t status;
+};
+
+// The status of the first row that holds.
+template <size_t Count>
+int32_t first_status(const status_row (&rows)[Count]) {
+  const auto* row = std::find_if(rows, rows + Count, [](const status_row& r) { return r.holds; });
+  return row != rows + Count ? row->status : 0;
+}
+
+template <class Real>
+bool storage_is(const task<Real>& t, const void* storage, int64_t bits) {
+  return (t.integer(storage) & bits) != 0;
+}
+
+// Writes the numbers of the selected variables to `list` and returns their count.
+template <class Real>
+int32_t list_selected(const task<Real>& t, int32_t* list) {
+  const auto p = static_cast<int32_t>(t.p());
+  int32_t count = 0;
+  for (int32_t j = 0; j < p; ++j)
+    if (t.selects(j)) list[count++] = j;
+  return count;
+}
+
+// The values of one variable in a p by n matrix.
+template <class Real>
+struct variable {
+  Real* first;
+  ptrdiff_t stride;
+
+  variable(Real* matrix, bool rows, ptrdiff_t j, ptrdiff_t p, ptrdiff_t n)
+      : first(matrix + (rows ? j * n : j)), stride(rows ? 1 : p) {}
+};
+
+template <class Real>
+void copy(const variable<Real>& from, const variable<Real>& to, ptrdiff_t n) {
+  if (from.stride == 1 && to.stride == 1) {
+    std::copy_n(from.first, n, to.first);
+    return;
+  }
+  for (ptrdiff_t i = 0; i < n; ++i) to.first[i * to.stride] = from.first[i * from.stride];
+}
+
+// Sorts contiguous values; the radix sort counts to 2^31 - 1.
+template <class Real>
+void sort_values(Real* values, Real* workspace, ptrdiff_t n) {
+  if (n > std::numeric_limits<int32_t>::max()) return quick_sort(contiguous<Real>{values}, n);
+  if constexpr (sizeof(Real) == 8)
+    tmk_dft_t4_tppsSortRadixAscend_64f_I(values, workspace, static_cast<int32_t>(n));
+  else
+    tmk_dft_t4_tppsSortRadixAscend_32f_I(values, workspace, static_cast<int32_t>(n));
+}
+
+}  // namespace tmk::stats
