@@ -137,7 +137,7 @@ class moments {
   matrix cross_product() const;  ///< sums of products about the means
   matrix covariance() const, correlation() const;
 
-  /// An image that is the same on every machine: magic, version, options, sizes, little-endian numbers and
+  /// An image of one form on every machine: magic, version, options, sizes, little-endian numbers and
   /// the 64-bit FNV-1a hash of all before it. from_bytes throws for an image that is truncated, too long,
   /// damaged, of another version, or whose content is impossible.
   std::vector<std::byte> to_bytes() const;
