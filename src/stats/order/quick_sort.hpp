@@ -6,6 +6,8 @@
 // no particular order.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -79,17 +81,19 @@ class pivot_choice {
  public:
   ptrdiff_t operator()(const range& whole) {
     const ptrdiff_t size = whole.size();
-    const bool uneven = size > previous_ - previous_ / 8;
+    uneven_ = size > previous_ - previous_ / 8;
     previous_ = size;
-    if (!uneven) return whole.l + (size - 1) / 2;
+    if (!uneven_) return whole.l + (size - 1) / 2;
     state_ = state_ * 1664525u + 1013904223u;
     return whole.l + 1 +
            static_cast<ptrdiff_t>(static_cast<size_t>(state_ >> 8) % static_cast<size_t>(size - 2));
   }
   void forget() { previous_ = PTRDIFF_MAX; }
+  bool is_middle() const { return !uneven_; }
 
  private:
   ptrdiff_t previous_ = PTRDIFF_MAX;
+  bool uneven_ = false;
   unsigned state_ = 1;
 };
 
@@ -123,16 +127,34 @@ void quick_sort(const View& a, ptrdiff_t n) {
 
 // Puts the element of rank k of a range in its place, none greater before it in the range and none less
 // behind.
+//
+// A long range is cut by an element that a selection among some n^(2/3) of its elements puts close to rank k,
+// a little to the side of the longer part, as in Floyd and Rivest's SELECT: most elements are compared once.
 template <class View>
-auto quick_select(const View& a, range whole, ptrdiff_t k) {
+void quick_select(const View& a, range whole, ptrdiff_t k) {
+  constexpr ptrdiff_t long_range = 600;
   pivot_choice pivot;
   while (whole.r > whole.l + 1) {
-    const auto [low, high] = partition(a, whole, pivot(whole));
-    if (k > low.r && k < high.l) return a[k];
+    ptrdiff_t middle = pivot(whole);
+    if (whole.size() > long_range && pivot.is_middle()) {
+      const auto n = static_cast<double>(whole.size()), left = static_cast<double>(k - whole.l + 1);
+      const double count = 0.5 * std::cbrt(n * n);
+      const double shift =
+          std::copysign(0.5 * std::sqrt(std::log(n) * count * (1 - count / n)), 2 * left - n);
+      const range sample = {std::max(whole.l, k - static_cast<ptrdiff_t>(left * count / n - shift)),
+                            std::min(whole.r, k + static_cast<ptrdiff_t>((n - left) * count / n + shift))};
+      if (sample.holds(k) && sample.size() > 2) {
+        quick_select(a, sample, k);
+        a.exchange(whole.l, sample.l);  // so that of the three the median is a[k]
+        a.exchange(whole.r, sample.r);
+        middle = k == sample.l ? whole.l : k == sample.r ? whole.r : k;
+      }
+    }
+    const auto [low, high] = partition(a, whole, middle);
+    if (k > low.r && k < high.l) return;
     whole = k <= low.r ? low : high;
   }
   if (whole.r == whole.l + 1 && a[whole.l] > a[whole.r]) a.exchange(whole.l, whole.r);
-  return a[k];
 }
 
 }  // namespace tmk::stats
