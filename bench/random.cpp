@@ -9,16 +9,12 @@
 #include <boost/random/normal_distribution.hpp>
 #include <boost/random/uniform_real_distribution.hpp>
 #include <cstdint>
-#include <cstdio>
-#include <functional>
+#include <cstdlib>
 #include <random>
-#include <regex>
 #include <string>
 #include <vector>
 
-#include "common/kernels.hpp"
-#include "timing.hpp"
-#include "tmk/abi/vtm.h"
+#include "groups.hpp"
 #include "tmk/abi/vts.h"
 
 using namespace tmk::bench;
@@ -26,16 +22,6 @@ using namespace tmk::bench;
 namespace {
 
 constexpr int32_t n = 100'000;
-
-struct subject {
-  std::string name;
-  std::function<void()> run;
-};
-struct group {
-  std::string name;
-  int32_t count;  // elements of one run; 1 where the call itself is timed
-  std::vector<subject> subjects;
-};
 
 // Room for n elements of the widest output.
 uint64_t* room() {
@@ -51,15 +37,14 @@ VtsStreamHandle new_stream(int32_t brng) {
   return stream;
 }
 
-// A subject per tier that the processor has.
+// Ours on every tier, then the peers.
 template <class Draw>
-void add_tiers(group& g, int32_t brng, Draw draw) {
-  for (const int tier : tmk::tools::available_tiers()) {
-    g.subjects.push_back({std::string("tmk ") + tmk_tier_name(tier), [=, stream = new_stream(brng)] {
-                            tmk_select_tier(tier);
-                            draw(stream);
-                          }});
-  }
+group drawn(const char* name, int32_t count, int32_t brng, Draw draw, std::vector<subject> peers) {
+  return {name, count, [=] {
+            std::vector<subject> all = by_tier([=, stream = new_stream(brng)] { draw(stream); });
+            all.insert(all.end(), peers.begin(), peers.end());
+            return all;
+          }};
 }
 
 template <class Next>
@@ -150,11 +135,7 @@ std::vector<group> all_groups() {
       {"WH words", VTS_BRNG_WH, {serial("serial form", wh_serial())}},
       {"MRG32K3A words", VTS_BRNG_MRG32K3A, {serial("serial form", mrg32k3a_serial())}},
   };
-  for (const auto& g : generators) {
-    groups.push_back({g.name, n, {}});
-    add_tiers(groups.back(), g.brng, words);
-    groups.back().subjects.insert(groups.back().subjects.end(), g.peers.begin(), g.peers.end());
-  }
+  for (const auto& g : generators) groups.push_back(drawn(g.name, n, g.brng, words, g.peers));
 
   const struct {
     const char* name;
@@ -185,75 +166,34 @@ std::vector<group> all_groups() {
         drawn_by<boost::random::mt19937>("boost", boost::random::normal_distribution<double>()),
         drawn_by_gsl([](gsl_rng* g) { return gsl_ran_gaussian_ziggurat(g, 1); })}},
   };
-  for (const auto& law : laws) {
-    groups.push_back({law.name, n, {}});
-    add_tiers(groups.back(), VTS_BRNG_MT19937, law.draw);
-    groups.back().subjects.insert(groups.back().subjects.end(), law.peers.begin(), law.peers.end());
-  }
+  for (const auto& law : laws) groups.push_back(drawn(law.name, n, VTS_BRNG_MT19937, law.draw, law.peers));
 
   const auto skip = [](VtsStreamHandle s) { __vtsSkipAheadStream(s, 1'000'000'000'000); };
   for (const auto& [name, brng] : {std::pair("MT19937 skip of 10^12", VTS_BRNG_MT19937),
-                                   std::pair("SFMT19937 skip of 10^12", VTS_BRNG_SFMT19937)}) {
-    groups.push_back({name, 1, {}});
-    add_tiers(groups.back(), brng, skip);
-  }
-  groups.push_back({"MT19937 creation",
-                    1,
-                    {{"tmk",
-                      [] {
-                        VtsStreamHandle s = new_stream(VTS_BRNG_MT19937);
-                        __vtsDeleteStream(&s);
-                      }},
-                     {"std::mt19937", [] {
-                        std::mt19937 engine(7);
-                        room()[0] = engine();
-                      }}}});
+                                   std::pair("SFMT19937 skip of 10^12", VTS_BRNG_SFMT19937)})
+    groups.push_back(drawn(name, 1, brng, skip, {}));
+  groups.push_back({"MT19937 creation", 1, [] {
+                      return std::vector<subject>{{"tmk",
+                                                   [] {
+                                                     VtsStreamHandle s = new_stream(VTS_BRNG_MT19937);
+                                                     __vtsDeleteStream(&s);
+                                                   }},
+                                                  {"std::mt19937", [] {
+                                                     std::mt19937 engine(7);
+                                                     room()[0] = engine();
+                                                   }}};
+                    }});
   return groups;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const options wish = start(argc, argv, "MT19937 words");
-  const std::regex wanted(wish.filter);
-  if (wish.markdown)
-    std::printf(
-        "<!-- Made by `./dev bench random --markdown`: do not edit. -->\n# Performance of random streams\n\n"
-        "%s. Nanoseconds per element (per call for skips and creation), median of %d repetitions in random\n"
-        "order in one process, runs of %d elements; in brackets how many times faster than the peer tmk is.\n"
-        "The peers that draw use their own mt19937; variates of tmk are drawn from MT19937.\n\n"
-        "| what | tmk, by tier | peers |\n|---|---|---|\n",
-        processor_name().c_str(), wish.repetitions, n);
-  bool any = false;
-  for (group& g : all_groups()) {
-    if (!std::regex_search(g.name, wanted)) continue;
-    any = true;
-    std::vector<std::function<void()>> calls;
-    for (subject& s : g.subjects) calls.push_back(s.run);
-    std::vector<double> times = median_seconds(calls);
-    for (double& t : times) t *= 1e9 / g.count;
-
-    std::string ours, theirs;
-    double best = 0;
-    for (size_t i = 0; i < times.size(); ++i) {
-      char text[80];
-      const bool is_ours = g.subjects[i].name.starts_with("tmk");
-      if (is_ours) {
-        best = best == 0 ? times[i] : std::min(best, times[i]);
-        std::snprintf(text, sizeof text, "%s %.4g",
-                      g.subjects[i].name.c_str() + (g.subjects[i].name.size() > 3 ? 4 : 0), times[i]);
-      } else {
-        std::snprintf(text, sizeof text, "%s %.4g (%.1f)", g.subjects[i].name.c_str(), times[i],
-                      times[i] / best);
-      }
-      std::string& cell = is_ours ? ours : theirs;
-      cell += (cell.empty() ? "" : ", ") + std::string(text);
-    }
-    std::printf(wish.markdown ? "| %s | %s | %s |\n" : "%-30s %-48s %s\n", g.name.c_str(), ours.c_str(),
-                theirs.c_str());
-    std::fflush(stdout);
-  }
-  if (any) return 0;
-  std::fprintf(stderr, "nothing matches %s\n", wish.filter.c_str());
-  return 2;
+  return run_groups(
+      all_groups(), start(argc, argv, "MT19937 words"),
+      "<!-- Made by `./dev bench random --markdown`: do not edit. -->\n# Performance of random streams\n\n"
+      "%s. Nanoseconds per element (per call for skips and creation), median of %d repetitions in random\n"
+      "order in one process, runs of 100000 elements; in brackets how many times faster than the peer tmk "
+      "is.\n"
+      "The peers that draw use their own mt19937; variates of tmk are drawn from MT19937.\n\n");
 }
