@@ -38,7 +38,7 @@ struct order {
   }
 };
 
-// A key's digits for a counting sort: at most three of them, the lowest `skip` bits left out.
+// A key's digits for a counting sort by all of them: at most three.
 template <int Bits>
 struct digits {
   static constexpr int width = Bits <= 16 ? 8 : 11;
@@ -46,8 +46,8 @@ struct digits {
   static constexpr int size = 1 << width;
 
   template <class Word>
-  static constexpr uint32_t digit(Word key, int d, int skip = 0) {
-    return static_cast<uint32_t>(key >> skip >> (d * width)) & (size - 1);
+  static constexpr uint32_t digit(Word key, int d) {
+    return static_cast<uint32_t>(key >> (d * width)) & (size - 1);
   }
 };
 

@@ -1,8 +1,8 @@
 // Radix sorts in place.
 //
-// Keys of 16 and 32 bits are sorted by their digits from the lowest up, in two or three passes. Of 64 bits
-// the highest 33 that differ are sorted in the same three passes; equal ones lie side by side then, and such
-// runs are short in data of many values: an insertion sort ends them, a further radix sort if they are long.
+// Keys are sorted by two or three digits of the highest bits in which they differ, from the lowest digit up.
+// Where these do not hold the whole difference, keys with equal digits lie side by side then, and such runs
+// are short in data of many values: an insertion sort ends them, a further radix sort if they are long.
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -16,6 +16,8 @@ namespace {
 
 // Below this the digits' counters cost more than they save.
 constexpr int32_t radix_pays = 160;
+// From here on digits of 11 bits pay; below it counting them costs more than a longer settling.
+constexpr int32_t wide_digits_pay = 6000;
 
 template <class Order, class Word>
 void sort_by_comparison(Word* a, int32_t n) {
@@ -66,47 +68,59 @@ void settle_runs(Word* a, Word* scratch, const Word* keys, int32_t n, int skip) 
       }
     } else {
       for (int32_t j = i; j < end; ++j) a[j] = order::element(keys[j]);
-      sort<T, Descending>(a + i, scratch + i, end - i);  // once more at most: 31 bits are left
+      sort<T, Descending>(a + i, scratch + i, end - i);  // what differs in it is below the digits
     }
     i = end;
   }
 }
 
-template <class T, bool Descending>
-void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n) {
+// By digits of the highest bits of `differing`, from the lowest up.
+template <class T, bool Descending, int Width, class Word>
+void sort_by_digits(Word* a, Word* scratch, int32_t n, Word differing) {
   using order = order<T, Descending>;
-  using word = typename order::word;
-  using digits = digits<order::bits>;
-  if (n < radix_pays) return sort_by_comparison<order>(a, n);
-  const auto [differing, sorted] = survey_of<order>(a, n);
-  if (sorted) return;
-  const int skip = std::max(0, static_cast<int>(std::bit_width(differing)) - digits::count * digits::width);
+  constexpr int digits = sizeof(Word) == 2 ? 2 : 3, size = 1 << Width;
+  const int skip = std::max(0, static_cast<int>(std::bit_width(differing)) - digits * Width);
+  const auto digit = [skip](Word key, int d) {
+    return static_cast<uint32_t>(key >> skip >> (d * Width)) & (size - 1);
+  };
 
-  int32_t places[digits::count][digits::size] = {};
+  int32_t places[digits][size] = {};
   for (int32_t i = 0; i < n; ++i)
-    for (int d = 0; d < digits::count; ++d) ++places[d][digits::digit(order::key(a[i]), d, skip)];
+    for (int d = 0; d < digits; ++d) ++places[d][digit(order::key(a[i]), d)];
 
   // The first pass makes keys of elements; a digit that all keys share needs no pass.
-  word *from = a, *to = scratch;
+  Word *from = a, *to = scratch;
   bool are_keys = false;
-  for (int d = 0; d < digits::count; ++d) {
-    if (digits::digit(differing, d, skip) == 0) continue;
+  for (int d = 0; d < digits; ++d) {
+    if (digit(differing, d) == 0) continue;
     auto& place = places[d];
     counts_to_places(place);
     if (are_keys)
-      for (int32_t i = 0; i < n; ++i) to[place[digits::digit(from[i], d, skip)]++] = from[i];
+      for (int32_t i = 0; i < n; ++i) to[place[digit(from[i], d)]++] = from[i];
     else
       for (int32_t i = 0; i < n; ++i) {
-        const word key = order::key(from[i]);
-        to[place[digits::digit(key, d, skip)]++] = key;
+        const Word key = order::key(from[i]);
+        to[place[digit(key, d)]++] = key;
       }
     are_keys = true;
     std::swap(from, to);
   }
-  if ((differing & ((word{1} << skip) - 1)) == 0)
+  if ((differing & ((Word{1} << skip) - 1)) == 0)
     for (int32_t i = 0; i < n; ++i) a[i] = order::element(from[i]);
   else
     settle_runs<T, Descending>(a, scratch, from, n, skip);
+}
+
+template <class T, bool Descending>
+void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n) {
+  using order = order<T, Descending>;
+  if (n < radix_pays) return sort_by_comparison<order>(a, n);
+  const auto [differing, sorted] = survey_of<order>(a, n);
+  if (sorted) return;
+  if (sizeof(T) > 2 && n >= wide_digits_pay)
+    sort_by_digits<T, Descending, 11>(a, scratch, n, differing);
+  else
+    sort_by_digits<T, Descending, 8>(a, scratch, n, differing);
 }
 
 // Of a key of 8 bits its count tells all.

@@ -275,7 +275,7 @@ TYPED_TEST(order, weighted_median) {
     }
 }
 
-// Every second element NaN, an array that defeats the median of three, and plainer ones.
+// Every second element NaN, and plainer ones.
 template <class Real>
 std::vector<Real> quick_sort_input(int kind, int n) {
   std::mt19937 engine(static_cast<unsigned>(n));
