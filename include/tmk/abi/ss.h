@@ -254,8 +254,8 @@ int32_t __vtsiSSEditTask(SSTask* task, int64_t parameter, const void* value);
  * Deleting the task does it, too. */
 void __vtsSQuantilesFreeBuffers(SSTask* task);
 
-/* One quantile, of an order from 0 to 1, of a variable (from 0) in the sketches that StreamQuantiles keeps. The
- * number of values not above *value lies from *lowest to *highest, and these are at most 2 epsilon *count
+/* One quantile, of an order from 0 to 1, of a variable (from 0) in the sketches that StreamQuantiles keeps.
+ * The number of values not above *value lies from *lowest to *highest, and these are at most 2 epsilon *count
  * apart; NaN, 0 and 0 when *count is 0. VTS_STATUS_SS_TASK_NULL, VTS_STATUS_SS_DATA_NULL when there was no
  * block yet, VTS_STATUS_SS_BAD_DIMENSION for a variable that does not exist, VTS_STATUS_SS_INDICES_NULL for
  * one that is left out, VTS_STATUS_SS_BAD_STREAM_ORDERS. */
