@@ -31,6 +31,11 @@ class one_thread {
 };
 
 template <auto Routine, class... Arguments>
+void directly(Arguments... arguments) {
+  Routine(arguments...);
+}
+
+template <auto Routine, class... Arguments>
 void serially(Arguments... arguments) {
   const one_thread alone;
   Routine(arguments...);
@@ -38,34 +43,22 @@ void serially(Arguments... arguments) {
 
 }  // namespace
 
-#define TMK_BLAS_TWIN(letter, Real)                                                                          \
-  void tmk_blas_##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,           \
-                               const int* k, const Real* alpha, const Real* a, const int* lda,               \
-                               const Real* b, const int* ldb, const Real* beta, Real* c, const int* ldc) {   \
-    letter##gemm_(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);                             \
-  }                                                                                                          \
-  void tmk_blas_##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,              \
-                               const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,  \
-                               const int* ldc) {                                                             \
-    letter##syrk_(uplo, trans, n, k, alpha, a, lda, beta, c, ldc);                                           \
-  }                                                                                                          \
-  void tmk_blas_##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,              \
-                              const int* incx, Real* a, const int* lda) {                                    \
-    letter##syr_(uplo, n, alpha, x, incx, a, lda);                                                           \
-  }                                                                                                          \
-  void tmk_blas_x##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,          \
-                                const int* k, const Real* alpha, const Real* a, const int* lda,              \
-                                const Real* b, const int* ldb, const Real* beta, Real* c, const int* ldc) {  \
-    serially<letter##gemm_>(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);                   \
-  }                                                                                                          \
-  void tmk_blas_x##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,             \
-                                const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c, \
-                                const int* ldc) {                                                            \
-    serially<letter##syrk_>(uplo, trans, n, k, alpha, a, lda, beta, c, ldc);                                 \
-  }                                                                                                          \
-  void tmk_blas_x##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,             \
-                               const int* incx, Real* a, const int* lda) {                                   \
-    serially<letter##syr_>(uplo, n, alpha, x, incx, a, lda);                                                 \
+#define TMK_BLAS_FORM(prefix, run, letter, Real)                                                           \
+  void prefix##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,            \
+                            const int* k, const Real* alpha, const Real* a, const int* lda, const Real* b, \
+                            const int* ldb, const Real* beta, Real* c, const int* ldc) {                   \
+    run<letter##gemm_>(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);                      \
+  }                                                                                                        \
+  void prefix##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,               \
+                            const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,   \
+                            const int* ldc) {                                                              \
+    run<letter##syrk_>(uplo, trans, n, k, alpha, a, lda, beta, c, ldc);                                    \
+  }                                                                                                        \
+  void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,               \
+                           const int* incx, Real* a, const int* lda) {                                     \
+    run<letter##syr_>(uplo, n, alpha, x, incx, a, lda);                                                    \
   }
-TMK_BLAS_TWIN(d, double)
-TMK_BLAS_TWIN(s, float)
+TMK_BLAS_FORM(tmk_blas_, directly, d, double)
+TMK_BLAS_FORM(tmk_blas_, directly, s, float)
+TMK_BLAS_FORM(tmk_blas_x, serially, d, double)
+TMK_BLAS_FORM(tmk_blas_x, serially, s, float)

@@ -3,24 +3,18 @@
 #pragma once
 
 extern "C" {
-#define TMK_BLAS_TWIN(letter, Real)                                                                          \
-  void tmk_blas_##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,           \
-                               const int* k, const Real* alpha, const Real* a, const int* lda,               \
-                               const Real* b, const int* ldb, const Real* beta, Real* c, const int* ldc);    \
-  void tmk_blas_##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,              \
-                               const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,  \
-                               const int* ldc);                                                              \
-  void tmk_blas_##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,              \
-                              const int* incx, Real* a, const int* lda);                                     \
-  void tmk_blas_x##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,          \
-                                const int* k, const Real* alpha, const Real* a, const int* lda,              \
-                                const Real* b, const int* ldb, const Real* beta, Real* c, const int* ldc);   \
-  void tmk_blas_x##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,             \
-                                const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c, \
-                                const int* ldc);                                                             \
-  void tmk_blas_x##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,             \
-                               const int* incx, Real* a, const int* lda);
-TMK_BLAS_TWIN(d, double)
-TMK_BLAS_TWIN(s, float)
-#undef TMK_BLAS_TWIN
+#define TMK_BLAS_FORM(prefix, letter, Real)                                                                \
+  void prefix##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,            \
+                            const int* k, const Real* alpha, const Real* a, const int* lda, const Real* b, \
+                            const int* ldb, const Real* beta, Real* c, const int* ldc);                    \
+  void prefix##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,               \
+                            const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,   \
+                            const int* ldc);                                                               \
+  void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,               \
+                           const int* incx, Real* a, const int* lda);
+TMK_BLAS_FORM(tmk_blas_, d, double)
+TMK_BLAS_FORM(tmk_blas_, s, float)
+TMK_BLAS_FORM(tmk_blas_x, d, double)
+TMK_BLAS_FORM(tmk_blas_x, s, float)
+#undef TMK_BLAS_FORM
 }
