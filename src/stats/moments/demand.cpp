@@ -2,6 +2,8 @@
 
 #include <bit>
 
+#include "stats/checks.hpp"
+
 namespace tmk::stats {
 namespace {
 
@@ -75,10 +77,7 @@ int32_t check_demand(const task<Real>& task, uint32_t low, uint32_t high, uint32
   const int32_t missing = first_missing(task, r.wanted);
   const bool reads = r.by != method::convert, no_count = task.observations == nullptr;
   const bool no_storage = task.dataStorage == nullptr;
-  const struct {
-    bool fails;
-    int32_t status;
-  } checks[] = {
+  return first_status({
       {std::popcount(method_low & passes) > 1, VTS_STATUS_SS_BAD_METHOD},
       {(method_low & (passes | conversions)) == 0, VTS_STATUS_SS_BAD_METHOD},
       {missing != 0, missing},
@@ -89,10 +88,7 @@ int32_t check_demand(const task<Real>& task, uint32_t low, uint32_t high, uint32
        VTS_STATUS_SS_BAD_STORAGE},
       {!reads && task.accumWeight == nullptr && (no_count || task.weights != nullptr),
        VTS_STATUS_SS_ACCUM_WEIGHT_NULL},
-  };
-  for (const auto& check : checks)
-    if (check.fails) return check.status;
-  return 0;
+  });
 }
 
 template int32_t check_demand(const task<double>&, uint32_t, uint32_t, uint32_t, demand&);

@@ -7,24 +7,13 @@
 #include <cstdint>
 #include <limits>
 
+#include "stats/checks.hpp"
 #include "stats/order/quick_sort.hpp"
 #include "stats/scratch.hpp"
 #include "stats/task.hpp"
 #include "tmk/abi/tpp.h"
 
 namespace tmk::stats {
-
-struct status_row {
-  bool holds;
-  int32_t status;
-};
-
-// The status of the first row that holds.
-template <size_t Count>
-int32_t first_status(const status_row (&rows)[Count]) {
-  const auto* row = std::find_if(rows, rows + Count, [](const status_row& r) { return r.holds; });
-  return row != rows + Count ? row->status : 0;
-}
 
 template <class Real>
 bool storage_is(const task<Real>& t, const void* storage, int64_t bits) {

@@ -1,7 +1,7 @@
 // Quantiles of data that come by in blocks: a task's sketches, one for each variable.
 #include <algorithm>
-#include <iterator>
 
+#include "stats/checks.hpp"
 #include "stats/quantiles/sketch.hpp"
 #include "stats/task.hpp"
 #include "tmk/abi/serv.h"
@@ -26,10 +26,7 @@ int32_t check(const task<Real>& t, uint32_t method) {
   const Real epsilon = t.streamParams != nullptr ? *t.streamParams : Real{0};
   const bool orders_hold = t.streamOrders != nullptr && orders >= 0 &&
                            std::all_of(t.streamOrders, t.streamOrders + orders, is_order);
-  const struct {
-    bool holds;
-    int32_t status;
-  } rows[] = {
+  return first_status({
       {n < 0, VTS_STATUS_SS_BAD_OBSERVATIONS},
       {n > 0 && t.data == nullptr, VTS_STATUS_SS_DATA_NULL},
       {n > 0 && t.dataStorage == nullptr, VTS_STATUS_SS_STORAGE_NULL},
@@ -44,9 +41,7 @@ int32_t check(const task<Real>& t, uint32_t method) {
       {(method & (VTS_SS_METHOD_STREAM_QUANTILES | VTS_SS_METHOD_STREAM_ABSORB)) == 0,
        VTS_STATUS_SS_BAD_METHOD},
       {!(epsilon > 0 && epsilon <= 1), VTS_STATUS_SS_BAD_EPSILON},
-  };
-  const auto* row = std::find_if(std::begin(rows), std::end(rows), [](const auto& r) { return r.holds; });
-  return row != std::end(rows) ? row->status : 0;
+  });
 }
 
 template <class Real>

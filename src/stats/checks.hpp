@@ -1,0 +1,22 @@
+// A function's checks as a list in the order of their statuses.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace tmk::stats {
+
+struct status_row {
+  bool holds;
+  int32_t status;
+};
+
+// The status of the first row that holds.
+template <size_t Count>
+int32_t first_status(const status_row (&rows)[Count]) {
+  const auto* row = std::find_if(rows, rows + Count, [](const status_row& r) { return r.holds; });
+  return row != rows + Count ? row->status : 0;
+}
+
+}  // namespace tmk::stats
