@@ -8,8 +8,8 @@
 #include <set>
 #include <vector>
 
-#include "stats/shuffled_threads.hpp"
 #include "stats/task.hpp"
+#include "threading/shuffled_threads.hpp"
 #include "tmk/abi/serv.h"
 #include "tmk/abi/ss.h"
 

@@ -10,7 +10,7 @@
 #include <random>
 #include <vector>
 
-#include "stats/shuffled_threads.hpp"
+#include "threading/shuffled_threads.hpp"
 #include "tmk/abi/ss.h"
 
 namespace {

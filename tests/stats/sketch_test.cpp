@@ -14,8 +14,8 @@
 #include <random>
 #include <vector>
 
-#include "stats/shuffled_threads.hpp"
 #include "stats/task.hpp"
+#include "threading/shuffled_threads.hpp"
 #include "tmk/abi/ss.h"
 
 namespace {

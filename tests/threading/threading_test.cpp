@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "stats/shuffled_threads.hpp"
+#include "threading/shuffled_threads.hpp"
 
 namespace {
 

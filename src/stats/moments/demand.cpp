@@ -2,7 +2,7 @@
 
 #include <bit>
 
-#include "stats/checks.hpp"
+#include "platform/checks.hpp"
 
 namespace tmk::stats {
 namespace {

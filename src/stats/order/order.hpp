@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "stats/checks.hpp"
+#include "platform/checks.hpp"
 #include "stats/order/quick_sort.hpp"
 #include "stats/scratch.hpp"
 #include "stats/task.hpp"

@@ -1,7 +1,7 @@
 // Quantiles of data that come by in blocks: a task's sketches, one for each variable.
 #include <algorithm>
 
-#include "stats/checks.hpp"
+#include "platform/checks.hpp"
 #include "stats/quantiles/sketch.hpp"
 #include "stats/task.hpp"
 #include "tmk/abi/serv.h"

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace tmk::stats {
+namespace tmk {
 
 struct status_row {
   bool holds;
@@ -19,4 +19,4 @@ int32_t first_status(const status_row (&rows)[Count]) {
   return row != rows + Count ? row->status : 0;
 }
 
-}  // namespace tmk::stats
+}  // namespace tmk

@@ -1,0 +1,49 @@
+// The fitting task: a partition, functions over it, the description of a spline and the place of its
+// coefficients, all the caller's; its own are the two arrays of row pointers and the bucket index of the
+// partition.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tmk/abi/df.h"
+
+namespace tmk::fitting {
+
+// Bounds of the cell of any point in a bucket.
+struct bucket {
+  uint32_t lo, hi;
+};
+constexpr int bucket_room = 1026;
+
+// What hides behind a DFTask*. The 32-bit layout packs the 64-bit fields to 4 bytes, as that interface's own
+// compilers do; both precisions agree up to the scale.
+template <class Real>
+struct task {
+  uint32_t wide_ints;
+  uint8_t tag;  // always 4
+  uint8_t unused[3];
+  int32_t precision;  // 1 double, 0 single
+  int32_t dims;       // always 1
+  int64_t nx;
+  const Real* x;  // with a uniform partition its two ends
+  int64_t xhint, ny;
+  const Real** y_rows;
+  int64_t yhint, s_order, s_type, ic_type;
+  const Real* ic;
+  int64_t bc_type;
+  const Real* bc;
+  Real** coeff_rows;
+  int64_t s_hint;
+  int32_t aux_flag;
+  int64_t nbuckets;
+  bucket* buckets;
+  Real bucket_scale;
+
+  static task& of(DFTask* handle) { return *reinterpret_cast<task*>(handle); }
+
+  bool uniform() const { return (xhint & DF_PARTITION_UNIFORM) != 0; }
+  bool columns() const { return yhint == DF_COLUMNS; }
+};
+
+}  // namespace tmk::fitting
