@@ -17,8 +17,8 @@
 #include "platform/tier.hpp"
 #include "tmk/abi/df.h"
 
-TMK_TIER_OPEN
-namespace fitting {
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 
 template <class Real>
 struct subbotin_knots {
@@ -48,5 +48,5 @@ template <class Task>
   return subbotin_knots<Real>{task.nx, uniform ? nullptr : task.ic, task.ic[0], step};
 }
 
-}  // namespace fitting
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::fitting
