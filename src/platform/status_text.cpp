@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tmk/abi/df.h"
 #include "tmk/abi/ss.h"
 #include "tmk/abi/status.h"
 #include "tmk/abi/tpp.h"
