@@ -2,7 +2,7 @@
 // q of degree below seven.
 #include "random/core/jump.hpp"
 
-#include "random/core/scratch.hpp"
+#include "platform/scratch.hpp"
 
 namespace {
 using namespace tmk;

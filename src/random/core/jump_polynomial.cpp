@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "platform/scratch.hpp"
 #include "random/core/jump.hpp"
-#include "random/core/scratch.hpp"
 
 namespace {
 using namespace tmk;

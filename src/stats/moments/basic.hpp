@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/scratch.hpp"
 #include "stats/moments/demand.hpp"
 #include "stats/moments/kernels.hpp"
-#include "stats/scratch.hpp"
 #include "stats/task.hpp"
 
 namespace tmk::stats {

@@ -8,8 +8,8 @@
 #include <limits>
 
 #include "platform/checks.hpp"
+#include "platform/scratch.hpp"
 #include "stats/order/quick_sort.hpp"
-#include "stats/scratch.hpp"
 #include "stats/task.hpp"
 #include "tmk/abi/tpp.h"
 

@@ -6,7 +6,7 @@
 
 #include "tmk/abi/serv.h"
 
-namespace tmk::stats {
+namespace tmk {
 
 template <class T>
 class scratch {
@@ -22,4 +22,4 @@ class scratch {
   std::unique_ptr<T, void (*)(T*)> memory_;
 };
 
-}  // namespace tmk::stats
+}  // namespace tmk
