@@ -46,4 +46,8 @@ struct task {
   bool columns() const { return yhint == DF_COLUMNS; }
 };
 
+// By nx and x, in the task's own room.
+template <class Real>
+void build_bucket_index(task<Real>& t);
+
 }  // namespace tmk::fitting

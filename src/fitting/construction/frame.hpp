@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "fitting/task.hpp"
+#include "fitting/fields.hpp"
 #include "platform/checks.hpp"
 #include "platform/scratch.hpp"
 #include "tmk/abi/threading.h"
@@ -59,16 +59,12 @@ bool lacks_boundary_values(const task<Real>& t) {
   return index != no_boundary && boundary_table[index].needs_values;
 }
 
-constexpr bool is_layout(int64_t yhint) {
-  return yhint == 0 || yhint == DF_ROWS || yhint == DF_COLUMNS || yhint == DF_SEPARATE;
-}
-
 // The checks of a cubic: points, layout, boundary code, boundary values.
 template <class Real>
 int32_t check_cubic(const task<Real>& t, int64_t least_nx, bool may_be_unset) {
   const boundary index = boundary_of(t.bc_type);
   return first_status({{t.nx < least_nx, DF_STATUS_BAD_NX},
-                       {!is_layout(t.yhint), DF_STATUS_BAD_YHINT},
+                       {!is_storage_hint(t.yhint), DF_STATUS_BAD_YHINT},
                        {index == no_boundary || (index == not_set && !may_be_unset), DF_STATUS_BAD_BC_TYPE},
                        {lacks_boundary_values(t), DF_STATUS_NULL_BC}});
 }
