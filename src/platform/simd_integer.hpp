@@ -90,6 +90,23 @@ inline void store_floor(int32_t* p, const f64& x) {
 #endif
 }
 
+// As many integers as x has lanes: the fraction dropped, and an integer added.
+inline void store_truncated(int32_t* p, const f32& x, int32_t addend) {
+  store(p, xsimd::to_int(x) + i32(addend));
+}
+inline void store_truncated(int32_t* p, const f64& x, int32_t addend) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  const __m256i sum = _mm256_add_epi32(_mm512_cvttpd_epi32(x), _mm256_set1_epi32(addend));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), sum);
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m128i sum = _mm_add_epi32(_mm256_cvttpd_epi32(x), _mm_set1_epi32(addend));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), sum);
+#else
+  const __m128i sum = _mm_add_epi32(_mm_cvttpd_epi32(x), _mm_set1_epi32(addend));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), sum);
+#endif
+}
+
 // Doubles that hold words, four vectors of them: the words of each lane side by side, lane after lane.
 inline void store_interleaved_words(uint32_t* p, const f64 (&x)[4]) {
 #if TMK_TIER_NUMBER(TMK_TIER) == 2

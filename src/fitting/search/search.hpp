@@ -37,22 +37,23 @@ struct hook_types<float> {
 // What a method knows beside the partition. A thread has a copy of its own.
 template <class Real>
 struct search_state {
-  search_method method;
+  search_method method{};
   // Uniform and quasi-uniform: cells per unit of x, (nx - 1) / (last - first).
-  Real rate;
+  Real rate{};
   // Sorted: the cell of the site before, 0 at first. Sites below their predecessor get wrong cells.
-  int32_t cell;
-  int32_t peak;
+  int32_t cell = 0;
+  int32_t peak = 0;
   // Hybrid: the bucket index of the task. Without one (nbuckets = 0) the whole partition is one bucket.
-  int32_t nbuckets;
-  const bucket* buckets;
-  Real bucket_scale;
-  typename hook_types<Real>::search hook;
-  void* parameter;
+  int32_t nbuckets = 0;
+  const bucket* buckets = nullptr;
+  Real bucket_scale{};
+  typename hook_types<Real>::search hook = nullptr;
+  void* parameter = nullptr;
 };
 
-// Cells of n sites. Returns 0, or what the hook returned: negative when it ended the search. n is any number:
-// 32 keeps a caller's buffers small, some hundreds cost less a site, and a hook gets at most 1024 at a time.
+// Cells of n sites. With a uniform partition x holds its two ends. Returns 0, or what the hook returned:
+// negative when it ended the search. n is any number: 32 keeps a caller's buffers small, some hundreds cost
+// less a site, and a hook gets at most 1024 at a time.
 template <class Real>
 using search_kernel = int32_t (*)(int64_t nx, const Real* x, int64_t n, const Real* sites,
                                   search_state<Real>* state, int32_t* cells);
@@ -75,9 +76,9 @@ const search_kernel<float> search_kernels<float>::_Search1DDispatch[search_metho
 
 template <class Real>
 struct cell_search {
-  int64_t nx;
-  const Real* x;
-  search_state<Real> state;
+  int64_t nx = 0;
+  const Real* x = nullptr;
+  search_state<Real> state{};
 
   int32_t find(int64_t n, const Real* sites, int32_t* cells) {
     const auto kernel = search_kernels<Real>::_Search1D32Dispatch[static_cast<int>(state.method)];
@@ -86,7 +87,7 @@ struct cell_search {
 };
 
 // The method for a task and a batch of sites, ready to find; DF_STATUS_BAD_SEARCH_HINT where search_hint is
-// read and malformed: element 1 must be 0 or 1 (sites crowd around a cell), with 1 element 4 is that cell.
+// read and malformed: search_hint[1] is 0, or 1 where sites crowd around the cell search_hint[4].
 template <class Real>
 int32_t choose_search(const task<Real>& task, int64_t site_hint, const Real* search_hint,
                       typename hook_types<Real>::search hook, void* parameter, cell_search<Real>& search);
@@ -98,6 +99,5 @@ void expand_uniform_sites(const Real* ends, int64_t n, int64_t first, int64_t co
   for (int64_t i = 0; i < count; ++i)
     sites[i] = static_cast<Real>(first + i) * (ends[1] - ends[0]) / intervals + ends[0];
 }
-
 
 }  // namespace tmk::fitting
