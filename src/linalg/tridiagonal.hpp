@@ -1,0 +1,47 @@
+// Tridiagonal systems T x = b without pivoting, for diagonally dominant T: order n, sub-diagonal dl (n - 1),
+// diagonal d (n), super-diagonal du (n - 1 elements).
+//
+// Factors take the place of the matrix, scaled such that both sweeps are one multiply-add a row:
+//   p[0] = d[0], p[i] = d[i] - dl[i-1] du[i-1] / p[i-1]
+//   d[i] = 1 / p[i], dl[i-1] = dl[i-1] / p[i], du[i] = du[i] / p[i]
+//   z[i] = b[i] d[i] - dl[i-1] z[i-1],  x[i] = z[i] - du[i] x[i+1]
+// A sweep waits for one row before it begins the next; four at a time, of one system or of several, fill the
+// time.
+#pragma once
+
+#include <cstddef>
+
+extern "C" {
+// info is 0, or the number of the row, counted from 1, whose pivot is zero. trans is 'N'. B holds nrhs
+// columns of ldb elements. ddtsvb factors and solves.
+#define TMK_TRIDIAGONAL_TWIN(letter, Real)                                                                  \
+  void letter##dttrfb_4dfl(const int* n, Real* dl, Real* d, Real* du, int* info);                           \
+  void letter##dttrsb_4dfl(const char* trans, const int* n, const int* nrhs, const Real* dl, const Real* d, \
+                           const Real* du, Real* b, const int* ldb, int* info);                             \
+  void letter##dtsvb_4dfl(const int* n, const int* nrhs, Real* dl, Real* d, Real* du, Real* b,              \
+                          const int* ldb, int* info);
+TMK_TRIDIAGONAL_TWIN(d, double)
+TMK_TRIDIAGONAL_TWIN(s, float)
+#undef TMK_TRIDIAGONAL_TWIN
+}
+
+namespace tmk::linalg {
+
+// Matrices of one order: that of system k stands k * stride elements behind the pointers. With a stride of 0
+// one system serves all.
+template <class Real>
+struct tridiagonals {
+  ptrdiff_t n;
+  Real *dl, *d, *du;
+  ptrdiff_t stride = 0;
+};
+
+// Factors `count` systems. 0, or the first row, counted from 1, whose pivot is zero.
+template <class Real>
+ptrdiff_t factor(const tridiagonals<Real>& t, ptrdiff_t count = 1);
+
+// Solves by factors: column k of b, at b + k * ldb, belongs to system k.
+template <class Real>
+void solve(const tridiagonals<const Real>& t, Real* b, ptrdiff_t ldb, ptrdiff_t columns);
+
+}  // namespace tmk::linalg
