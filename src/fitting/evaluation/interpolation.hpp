@@ -1,0 +1,59 @@
+// One call of an interpolation, as all blocks of its sites share it, and the evaluators by kind of spline.
+#pragma once
+
+#include <cstdint>
+
+#include "fitting/evaluation/kinds.hpp"
+#include "fitting/evaluation/results.hpp"
+#include "fitting/evaluation/sites.hpp"
+
+namespace tmk::fitting {
+
+enum region { left_of_partition, within_partition, right_of_partition };
+constexpr int regions = 3;
+
+inline region region_of(int64_t cell, int64_t nx) {
+  return cell <= 0 ? left_of_partition : cell >= nx ? right_of_partition : within_partition;
+}
+
+template <class Real>
+struct hook_of_region {
+  using function = std::conditional_t<sizeof(Real) == 8, DFdHook, DFsHook>;
+  function call;
+  void* parameter;
+};
+
+template <class Real>
+struct interpolation {
+  const task<Real>& spline;
+  partition<Real> points;
+  spline_kind kind;
+  derivative_request request;
+  result_layout layout;
+  hook_of_region<Real> hooks[regions];
+};
+
+// Sites of a block, at most site_block, and where their results go: those of site i into row `place[i]`
+// behind `result`, or row i where place is null.
+template <class Real>
+struct sites_of_block {
+  int count;
+  const Real* sites;
+  const int32_t* cells;
+  Real* result;
+  const int32_t* place;
+
+  int row(int i) const { return place != nullptr ? place[i] : i; }
+};
+
+template <class Real>
+using evaluator = int32_t (*)(const interpolation<Real>& call, const sites_of_block<Real>& block);
+
+// By spline_kind; those with hooks ask the hook of each site's region, and the plain ones where it has none.
+template <class Real>
+struct evaluators {
+  static const evaluator<Real> _Interpolate1D32Dispatch[spline_kinds];
+  static const evaluator<Real> _Interpolate1D32DispatchCB[spline_kinds];
+};
+
+}  // namespace tmk::fitting

@@ -1,0 +1,51 @@
+// The hot loops of evaluation, once per tier.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/by_tier.hpp"
+
+namespace tmk {
+
+// Sites are evaluated in blocks of this many, whatever a caller's count: the cells, pieces and distances of a
+// block stay in the first cache, and the steps between them cost little against its sites.
+constexpr int site_block = 256;
+
+// Polynomials of `count` sites at given distances from the bases of their pieces, whose coefficients stand in
+// rows. pieces and distances are readable up to a multiple of 16. Column c of site i goes to
+// out[i * site_stride + c * column_stride]; one of the two strides is 1.
+template <class Real>
+using polynomial_loop = void(const Real* rows, const int32_t* pieces, const Real* distances, int count,
+                             Real* out, ptrdiff_t site_stride, ptrdiff_t column_stride);
+
+template <class Real>
+struct evaluation_loops {
+  // By order - 2, and by the set of derivatives as bits: 1 the value, 2 the first, 4 the second, 8 the third.
+  polynomial_loop<Real>* polynomials[3][16];
+  // Distances of sites from the points first + piece * step, or x[piece].
+  void (*from_uniform)(const Real* sites, const int32_t* pieces, int count, Real first, Real step,
+                       Real* distances);
+  void (*from_given)(const Real* sites, const int32_t* pieces, int count, const Real* x, Real* distances);
+  // `columns` columns of `count` values, `pitch` apart, as rows behind out, `stride` apart. The columns are
+  // readable up to a multiple of 16.
+  void (*as_rows)(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride);
+};
+
+struct evaluation_doubles : evaluation_loops<double> {};
+struct evaluation_singles : evaluation_loops<float> {};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(evaluation_doubles)
+TMK_DECLARE_LOOPS(evaluation_singles)
+
+namespace tmk {
+template <class Real>
+const evaluation_loops<Real>& evaluation_now() {
+  if constexpr (sizeof(Real) == 8)
+    return evaluation_doubles_now();
+  else
+    return evaluation_singles_now();
+}
+}  // namespace tmk

@@ -1,0 +1,130 @@
+// Polynomials of many sites: the coefficient row of each lane is loaded and transposed, then Horner's rule.
+//   s(t) = c0 + c1 d + c2 d^2 + c3 d^3,   d = t - base
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+#include "fitting/evaluation/loops.hpp"
+#include "platform/simd_integer.hpp"
+#include "platform/simd_rows.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// The factor of c[power] in the derivative of this order.
+constexpr int falling_factorial(int power, int derivative) {
+  return derivative == 0 ? 1 : power * falling_factorial(power - 1, derivative - 1);
+}
+
+template <int Derivative, class Real, size_t Order>
+batch<Real> horner(const batch<Real> (&c)[Order], const batch<Real>& d) {
+  constexpr int degree = static_cast<int>(Order) - 1;
+  const auto term = [&](int power) {
+    return Derivative == 0 ? c[power] : c[power] * batch<Real>(Real(falling_factorial(power, Derivative)));
+  };
+  batch<Real> sum = term(degree);
+#pragma GCC unroll 4
+  for (int power = degree - 1; power >= Derivative; --power) sum = xsimd::fma(sum, d, term(power));
+  return sum;
+}
+
+template <class Real, int Order, unsigned Derivatives>
+void evaluate(const Real* rows, const int32_t* pieces, const Real* distances, int count, Real* out,
+              ptrdiff_t site_stride, ptrdiff_t column_stride) {
+  constexpr int columns = std::popcount(Derivatives), width = lanes<Real>;
+  for (int i = 0; i < count; i += width) {
+    batch<Real> c[Order], column[columns];
+    load_columns(rows, pieces + i, c);
+    const batch<Real> d = load(distances + i);
+    int k = 0;
+    if constexpr ((Derivatives & 1) != 0) column[k++] = horner<0>(c, d);
+    if constexpr ((Derivatives & 2) != 0) column[k++] = horner<1>(c, d);
+    if constexpr ((Derivatives & 4) != 0) column[k++] = horner<2>(c, d);
+    if constexpr ((Derivatives & 8) != 0) column[k++] = horner<3>(c, d);
+    const bool whole = count - i >= width;
+    if (whole && site_stride == 1) {
+      for (k = 0; k < columns; ++k) store(out + i + k * column_stride, column[k]);
+      continue;
+    }
+    if constexpr (columns > 1) {
+      if (whole) {
+        store_columns(out + i * site_stride, site_stride, column);
+        continue;
+      }
+    }
+    for (k = 0; k < columns; ++k) {
+      alignas(64) Real lane[width];
+      column[k].store_aligned(lane);
+      for (int j = 0; j < std::min(width, count - i); ++j)
+        out[(i + j) * site_stride + k * column_stride] = lane[j];
+    }
+  }
+}
+
+inline f64 as_reals(const int32_t* p, double) {
+  return load_signed_words(reinterpret_cast<const uint32_t*>(p));
+}
+inline f32 as_reals(const int32_t* p, float) { return xsimd::to_float(load(p)); }
+
+// Writes whole registers: distances have room up to a multiple of 16, sites may not.
+template <class Real>
+void from_uniform(const Real* sites, const int32_t* pieces, int count, Real first, Real step,
+                  Real* distances) {
+  const batch<Real> h(step), x0(first);
+  for (int i = 0; i < count; i += lanes<Real>) {
+    const batch<Real> t = load_partial(sites + i, std::min(count - i, lanes<Real>), first);
+    store(distances + i, t - xsimd::fma(as_reals(pieces + i, Real()), h, x0));
+  }
+}
+
+template <class Real>
+void from_given(const Real* sites, const int32_t* pieces, int count, const Real* x, Real* distances) {
+  for (int i = 0; i < count; ++i) distances[i] = sites[i] - x[pieces[i]];
+}
+
+// `Columns` columns beside each other, and what is left of a register of sites one by one.
+template <int Columns, class Real>
+void columns_as_rows(const Real* column, ptrdiff_t pitch, int count, Real* out, ptrdiff_t stride) {
+  int i = 0;
+  if constexpr (Columns > 1) {
+    for (; i + lanes<Real> <= count; i += lanes<Real>) {
+      batch<Real> c[Columns];
+      for (int k = 0; k < Columns; ++k) c[k] = load(column + k * pitch + i);
+      store_columns(out + i * stride, stride, c);
+    }
+  }
+  for (; i < count; ++i)
+    for (int k = 0; k < Columns; ++k) out[i * stride + k] = column[k * pitch + i];
+}
+
+template <class Real>
+void as_rows(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride) {
+  for (; columns >= 4; columns -= 4, column += 4 * pitch, out += 4)
+    columns_as_rows<4>(column, pitch, count, out, stride);
+  if (columns == 3) columns_as_rows<3>(column, pitch, count, out, stride);
+  if (columns == 2) columns_as_rows<2>(column, pitch, count, out, stride);
+  if (columns == 1) columns_as_rows<1>(column, pitch, count, out, stride);
+}
+
+// Derivatives from the order on are zero: their slots are empty.
+template <class Real, int Order, unsigned Derivatives>
+constexpr polynomial_loop<Real>* polynomial() {
+  if constexpr (Derivatives == 0 || Derivatives >= 1u << Order)
+    return nullptr;
+  else
+    return evaluate<Real, Order, Derivatives>;
+}
+
+template <class Real, unsigned... Set>
+constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) {
+  return {{{polynomial<Real, 2, Set>()...}, {polynomial<Real, 3, Set>()...}, {polynomial<Real, 4, Set>()...}},
+          from_uniform<Real>,
+          from_given<Real>,
+          as_rows<Real>};
+}
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_LOOPS(evaluation_doubles) = {tmk::table<double>(std::make_integer_sequence<unsigned, 16>())};
+TMK_DEFINE_LOOPS(evaluation_singles) = {tmk::table<float>(std::make_integer_sequence<unsigned, 16>())};
