@@ -122,6 +122,16 @@ bool all_close(const task<Real>& t) {
   return true;
 }
 
+// Whether a cubic's coefficients are better written past the caches, which could not hold them; the stores
+// that do so want 16-byte alignment.
+template <class Real>
+bool passes_caches(const task<Real>& t) {
+  constexpr ptrdiff_t cached_elements = (ptrdiff_t{8} << 20) / static_cast<ptrdiff_t>(sizeof(Real));
+  const auto is_aligned = [](const Real* c) { return reinterpret_cast<uintptr_t>(c) % 16 == 0; };
+  return points(t) * 4 > cached_elements / functions(t) &&
+         std::all_of(t.coeff_rows, t.coeff_rows + functions(t), is_aligned);
+}
+
 // A uniform partition is its two ends and as many steps as there are cells.
 template <class Real>
 Real uniform_step(const task<Real>& t) {
