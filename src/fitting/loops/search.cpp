@@ -24,56 +24,62 @@ void fill(int32_t* cells, int count, int32_t cell) {
   for (int i = 0; i < count; i += lanes<int32_t>) store(cells + i, i32(cell));
 }
 
-// trunc((t - first) * rate) + 1, from 0 for sites below the first to nx, and nx - 1 for the last.
-template <class Real>
-void proportional_cells(ptrdiff_t nx, Real first, Real last, Real rate, ptrdiff_t n, const Real* sites,
-                        int32_t* cells) {
-  using real = batch<Real>;
-  constexpr int width = lanes<Real>;
-  // Products of any size and NaNs come into the range of integers first.
-  const real limit(std::min(static_cast<Real>(nx), static_cast<Real>(0x7FFFFF80)));
-  const auto proportional = [&](const real& t, int32_t* to) {
-    const real position = xsimd::max(xsimd::min((t - first) * rate, limit), real(0));
-    const auto below = t < real(first), at_end = t == real(last);
-    if constexpr (sizeof(Real) == 4) {
-      // A single does not hold every cell.
-      const i32 cell = xsimd::min(xsimd::to_int(position) + i32(1), i32(static_cast<int32_t>(nx)));
-      store(to, xsimd::select(mask_as<int32_t>(at_end), i32(static_cast<int32_t>(nx - 1)),
-                              xsimd::select(mask_as<int32_t>(below), i32(0), cell)));
-    } else {
-      const real inside = xsimd::select(below, real(-1), xsimd::min(position, real(nx - 1)));
-      store_truncated(to, xsimd::select(at_end, real(nx - 2), inside), 1);
-    }
-  };
-  ptrdiff_t i = 0;
-  for (; n - i >= width; i += width) proportional(load(sites + i), cells + i);
-  if (i == n) return;
-  int32_t rest[width];
-  proportional(load_partial(sites + i, static_cast<int>(n - i), first), rest);
-  for (int k = 0; k < n - i; ++k) cells[i + k] = rest[k];
-}
-
+// trunc((t - x[0]) * rate) + 1, but 0 below x[0], at most nx, and nx - 1 at x[1], the last point.
 template <class Real>
 void uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
              int32_t* cells) {
-  proportional_cells(nx, x[0], x[1], state->rate, n, sites, cells);
+  using real = batch<Real>;
+  constexpr int width = lanes<Real>;
+  const auto last_cell = static_cast<int32_t>(nx - 1);
+  // Products of any size, and NaNs, come into the range of integers first.
+  const real limit(std::min(static_cast<Real>(nx), static_cast<Real>(0x7FFFFF80)));
+  const auto find = [&](const real& t, int32_t* to) {
+    const real position = xsimd::max(xsimd::min((t - x[0]) * state->rate, limit), real(0));
+    const auto below = t < real(x[0]), at_end = t == real(x[1]);
+    if constexpr (sizeof(Real) == 4) {
+      // A single does not hold every cell.
+      const i32 cell = xsimd::min(xsimd::to_int(position) + 1, i32(last_cell + 1));
+      store(to, xsimd::select(mask_as<int32_t>(at_end), i32(last_cell),
+                              xsimd::select(mask_as<int32_t>(below), i32(0), cell)));
+    } else {
+      const real inside = xsimd::select(below, real(-1), xsimd::min(position, real(last_cell)));
+      store_truncated(to, xsimd::select(at_end, real(last_cell - 1), inside), 1);
+    }
+  };
+  ptrdiff_t i = 0;
+  for (; n - i >= width; i += width) find(load(sites + i), cells + i);
+  if (i == n) return;
+  int32_t rest[width];
+  find(load_partial(sites + i, static_cast<int>(n - i), x[0]), rest);
+  for (int k = 0; k < n - i; ++k) cells[i + k] = rest[k];
 }
 
+// A start in proportion, one step either way without a branch, since which one is needed is a matter of
+// chance, and a walk for the sites that this does not bring home: those outside, and the last point, among
+// them.
 template <class Real>
 void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
                    int32_t* cells) {
-  proportional_cells(nx, x[0], x[nx - 1], state->rate, n, sites, cells);
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    // One step either way without a branch: which one is needed is a matter of chance.
-    const Real t = sites[i];
-    ptrdiff_t cell = cells[i];
-    cell += x[std::min(cell, nx - 1)] <= t ? 1 : 0;
-    cell = std::min(cell, nx);
-    cell -= x[std::max<ptrdiff_t>(cell, 1) - 1] > t ? 1 : 0;
-    cell = std::max<ptrdiff_t>(cell, 0);
-    const bool found = !(x[std::min(cell, nx - 1)] <= t) && !(x[std::max<ptrdiff_t>(cell, 1) - 1] > t);
-    if (!found) cell = walk(x, nx, cell, t);
-    cells[i] = static_cast<int32_t>(t == x[nx - 1] ? nx - 1 : cell);
+  using real = batch<Real>;
+  // A single holds not every count; one that it rounded down keeps starts within 1 and nx - 1.
+  const ptrdiff_t low_bits = sizeof(Real) == 4 && nx > (1 << 24) ? 0xFF : 0;
+  const real top(static_cast<Real>((nx - 2) & ~low_bits));
+  for (ptrdiff_t i = 0; i < n; i += group<Real>) {
+    const int count = static_cast<int>(std::min<ptrdiff_t>(n - i, group<Real>));
+    int32_t start[group<Real>];
+    for (int k = 0; k < count; k += lanes<Real>) {
+      const real t = load_partial(sites + i + k, std::min(count - k, lanes<Real>), x[0]);
+      store_truncated(start + k, xsimd::max(xsimd::min((t - x[0]) * state->rate, top), real(0)), 1);
+    }
+    for (int k = 0; k < count; ++k) {
+      const Real t = sites[i + k];
+      ptrdiff_t cell = start[k];
+      cell += x[cell] <= t ? 1 : 0;
+      cell -= x[cell - 1] > t ? 1 : 0;
+      cell = std::clamp<ptrdiff_t>(cell, 1, nx - 1);
+      if (!(x[cell - 1] <= t && t < x[cell])) cell = walk(x, nx, cell, t);
+      cells[i + k] = static_cast<int32_t>(cell);
+    }
   }
 }
 
@@ -146,45 +152,64 @@ void peak(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_st
   walk_to(i, n);
 }
 
-// Brackets by the bucket index, then bisections side by side without branches: the widest bracket of a group
-// serves all its sites, moved down where it would reach beyond the last point. In a bracket of `width` + 1
-// candidates a probe at half its width leaves width / 2 + 1 on either side.
+// Brackets by the bucket index, then bisections side by side without branches: which half is next is a matter
+// of chance. The widest bracket among the sites at hand serves them all, moved down where it would reach
+// behind the last point. Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 + 1 on
+// either side.
+constexpr int side_by_side = 16;
+template <class Real>
+void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search_state<Real>& state,
+                        const bucket* buckets, int32_t* cells) {
+  using real = batch<Real>;
+  static_assert(side_by_side % lanes<Real> == 0);
+  const real last(x[nx - 1]), top(static_cast<Real>(state.nbuckets));
+  int32_t index[side_by_side];
+  auto outside = lane_mask<Real>(false);
+  for (int k = 0; k < side_by_side; k += lanes<Real>) {
+    const real site = load(t + k);
+    outside = outside | (site >= last);
+    store_truncated(index + k, xsimd::max(xsimd::min((site - x[0]) * state.bucket_scale, top), real(0)), 0);
+  }
+  const Real* low[side_by_side];
+  ptrdiff_t width = 0;
+#pragma GCC unroll 16
+  for (int k = 0; k < side_by_side; ++k) {
+    const bucket b = buckets[index[k]];
+    low[k] = x + b.lo;
+    width = std::max(width, static_cast<ptrdiff_t>(b.hi) - static_cast<ptrdiff_t>(b.lo));
+  }
+  const Real* const highest = x + (nx - 1 - width);
+#pragma GCC unroll 16
+  for (int k = 0; k < side_by_side; ++k) low[k] = std::min(low[k], highest);
+  for (; width > 0; width /= 2) {
+    const ptrdiff_t half = (width + 1) / 2;
+#pragma GCC unroll 16
+    for (int k = 0; k < side_by_side; ++k) {
+      const Real* const behind = low[k] + half;
+      low[k] = __builtin_expect_with_probability(behind[-1] <= t[k], 1, 0.5) ? behind : low[k];
+    }
+  }
+#pragma GCC unroll 16
+  for (int k = 0; k < side_by_side; ++k) cells[k] = static_cast<int32_t>(low[k] - x);
+  if (xsimd::any(outside))
+    for (int k = 0; k < side_by_side; ++k)
+      if (t[k] >= x[nx - 1]) cells[k] = static_cast<int32_t>(t[k] > x[nx - 1] ? nx : nx - 1);
+}
+
 template <class Real>
 void hybrid(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
             int32_t* cells) {
-  using real = batch<Real>;
-  constexpr int count = std::max(8, lanes<Real>);
-
-  const Real first = x[0], last = x[nx - 1];
   const bucket whole = {0, static_cast<uint32_t>(nx - 1)};
   const bucket* buckets = state->nbuckets > 0 ? state->buckets : &whole;
-  const real top(static_cast<Real>(state->nbuckets));
-  for (ptrdiff_t i = 0; i < n; i += count) {
-    const int used = static_cast<int>(std::min<ptrdiff_t>(n - i, count));
-    Real t[count];
-    for (int k = 0; k < count; ++k) t[k] = sites[i + std::min(k, used - 1)];
-    int32_t index[count];
-    for (int k = 0; k < count; k += lanes<Real>)
-      store_truncated(index + k,
-                      xsimd::max(xsimd::min((load(t + k) - first) * state->bucket_scale, top), real(0)), 0);
-    ptrdiff_t cell[count], width = 0;
-    for (int k = 0; k < count; ++k) {
-      const bucket b = buckets[index[k]];
-      cell[k] = b.lo;
-      width = std::max(width, static_cast<ptrdiff_t>(b.hi) - static_cast<ptrdiff_t>(b.lo));
-    }
-    for (int k = 0; k < count; ++k) cell[k] = std::min(cell[k], nx - 1 - width);
-    for (; width > 0; width /= 2) {
-      const ptrdiff_t half = (width + 1) / 2;
-      const Real* probe = x + half - 1;
-#pragma GCC unroll 8
-      for (int k = 0; k < count; ++k) cell[k] = probe[cell[k]] <= t[k] ? cell[k] + half : cell[k];
-    }
-    for (int k = 0; k < used; ++k) {
-      const ptrdiff_t end = t[k] > last ? nx : nx - 1;
-      cells[i + k] = static_cast<int32_t>(t[k] >= last ? end : cell[k]);
-    }
-  }
+  ptrdiff_t i = 0;
+  for (; n - i >= side_by_side; i += side_by_side)
+    bracket_and_bisect(nx, x, sites + i, *state, buckets, cells + i);
+  if (i == n) return;
+  Real rest[side_by_side];
+  int32_t found[side_by_side];
+  for (int k = 0; k < side_by_side; ++k) rest[k] = sites[std::min<ptrdiff_t>(i + k, n - 1)];
+  bracket_and_bisect(nx, x, rest, *state, buckets, found);
+  for (int k = 0; k < n - i; ++k) cells[i + k] = found[k];
 }
 
 template <class Real>
