@@ -1,0 +1,58 @@
+// Akima's cubics: the slope at a point is a mean of its two neighbours, each weighted by how little the
+// differences change on its own side (Akima, J. ACM 17, 1970). At the second and the last but one point,
+// where an outer difference is missing, the frame's continuation by equal changes stands for it.
+#include <cmath>
+
+#include "fitting/construction/local_cubic.hpp"
+
+namespace tmk::fitting {
+namespace {
+
+// The rule at an end with two differences continued likewise: both weights are equal.
+template <class Real>
+Real continued_end(const spline_end<Real>& e) {
+  return (3 * e.cell.slope - e.next.slope) / 2;
+}
+
+template <class Real>
+Real periodic_end(const spline_end<Real>& e) {
+  const Real w_across = std::abs(e.next.slope - e.cell.slope);
+  const Real w_cell = std::abs(e.across.slope - e.behind_across.slope), w = w_across + w_cell;
+  if (w < akima_flat<Real>) return (e.cell.slope + e.across.slope) / 2;
+  return (w_across * e.across.slope + w_cell * e.cell.slope) / w;
+}
+
+struct akima {
+  static constexpr int64_t least_nx = 5;
+  static constexpr ptrdiff_t span = 5;
+  template <class Real>
+  static constexpr end_function<Real>* at_period = periodic_end<Real>;
+  template <class Real>
+  static constexpr end_function<Real>* at_unset = continued_end<Real>;
+
+  template <class Real>
+  static int32_t lacks(const task<Real>&) {
+    return DF_STATUS_OK;
+  }
+
+  template <class Real>
+  static void slopes(const local_cubic_loops<Real>& loops, const knot_range<Real>& k) {
+    loops.akima(k.h, k.d, static_cast<int>(k.count), k.s);
+  }
+};
+
+}  // namespace
+}  // namespace tmk::fitting
+
+extern "C" {
+int32_t tmk_df_kernel_dDFAkimaCubicSpline1D(DFTask* task, int64_t, int64_t method,
+                                            const ThreadingService* threading) {
+  using namespace tmk::fitting;
+  return local_cubic<akima>::construct(tmk::fitting::task<double>::of(task), method, threading);
+}
+int32_t tmk_df_kernel_sDFAkimaCubicSpline1D(DFTask* task, int64_t, int64_t method,
+                                            const ThreadingService* threading) {
+  using namespace tmk::fitting;
+  return local_cubic<akima>::construct(tmk::fitting::task<float>::of(task), method, threading);
+}
+}

@@ -1,0 +1,51 @@
+// Hyman's monotone cubics: Bessel's slopes, cut to zero at extrema of the data and to three times the smaller
+// difference elsewhere (Hyman, SIAM J. Sci. Stat. Comput. 4, 1983).
+#include <algorithm>
+#include <cmath>
+
+#include "fitting/construction/local_cubic.hpp"
+
+namespace tmk::fitting {
+namespace {
+
+// With no condition the end keeps its cell monotone too; given conditions are taken as they are.
+template <class Real>
+Real filtered_end(const spline_end<Real>& e) {
+  const Real s = ends::end_cubic(e), d = e.cell.slope;
+  return s * d <= 0 ? Real(0) : std::copysign(std::min(std::abs(s), 3 * std::abs(d)), s);
+}
+
+struct hyman {
+  static constexpr int64_t least_nx = 4;
+  static constexpr ptrdiff_t span = 3;
+  template <class Real>
+  static constexpr end_function<Real>* at_period = ends::periodic_parabola<Real>;
+  template <class Real>
+  static constexpr end_function<Real>* at_unset = filtered_end<Real>;
+
+  template <class Real>
+  static int32_t lacks(const task<Real>&) {
+    return DF_STATUS_OK;
+  }
+
+  template <class Real>
+  static void slopes(const local_cubic_loops<Real>& loops, const knot_range<Real>& k) {
+    loops.hyman(k.h, k.d, static_cast<int>(k.count), k.s);
+  }
+};
+
+}  // namespace
+}  // namespace tmk::fitting
+
+extern "C" {
+int32_t tmk_df_kernel_dDFHymanCubicSpline1D(DFTask* task, int64_t, int64_t method,
+                                            const ThreadingService* threading) {
+  using namespace tmk::fitting;
+  return local_cubic<hyman>::construct(tmk::fitting::task<double>::of(task), method, threading);
+}
+int32_t tmk_df_kernel_sDFHymanCubicSpline1D(DFTask* task, int64_t, int64_t method,
+                                            const ThreadingService* threading) {
+  using namespace tmk::fitting;
+  return local_cubic<hyman>::construct(tmk::fitting::task<float>::of(task), method, threading);
+}
+}

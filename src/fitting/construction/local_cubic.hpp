@@ -1,0 +1,202 @@
+// Local cubics: the slope at a knot comes from the caller or from a few neighbouring points, and two slopes
+// and two values make a cell. One frame serves all families; a family is
+//   struct family {
+//     static constexpr int64_t least_nx;
+//     static constexpr ptrdiff_t span;   // points that the rule of an inner knot and its cell take part in
+//     template <class Real> static constexpr end_function<Real>*at_period, *at_unset;
+//     template <class Real> static int32_t lacks(const task<Real>&);  // a status of its own, or 0
+//     template <class Real> static void slopes(const local_cubic_loops<Real>&, const knot_range<Real>&);
+//   };
+//
+// A partition is cut into blocks of cells, functions into groups; a block and a group are a job. In it strips
+// of cells go function after function through rows of scratch that stay in the first cache: widths, divided
+// differences, slopes, coefficients, each some cells ahead of the next. Rows reach two cells beyond their
+// strip, so no result depends on where the cuts lie.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "fitting/construction/boundary_functions.hpp"
+#include "fitting/construction/frame.hpp"
+#include "fitting/construction/local_cubic_loops.hpp"
+#include "platform/scratch.hpp"
+
+namespace tmk::fitting {
+
+constexpr ptrdiff_t block_cells = 2048, group_functions = 4;
+constexpr ptrdiff_t strip_cells = 512;
+constexpr ptrdiff_t step_cells = 64;  // coefficients go to memory while the next cells are computed
+constexpr ptrdiff_t reach = 2;        // cells beyond an inner knot's own that a rule may look at
+constexpr ptrdiff_t row_margin = 32;  // of a row on either side: the reach, and a register
+constexpr ptrdiff_t row_length = strip_cells + 2 * row_margin;
+// Coefficients that no cache holds are written past them.
+constexpr ptrdiff_t cached_bytes = ptrdiff_t(8) << 20;
+
+// Knots first ... first + count - 1, whose slopes go to s; h and d are the rows of widths and divided
+// differences at the first one's right cell, two cells more of them on either side.
+template <class Real>
+struct knot_range {
+  const task<Real>& t;
+  ptrdiff_t first, count;
+  const Real *h, *d;
+  Real* s;
+};
+
+template <class Real>
+class local_cubic_job {
+ public:
+  using slopes_function = void(const local_cubic_loops<Real>&, const knot_range<Real>&);
+  struct plan {
+    task<Real>& t;
+    bool columns, uniform;
+    slopes_function* slopes;
+    end_function<Real>* ends[2];
+    bool past_caches;
+  };
+
+  local_cubic_job(const plan& p, Real* rows)
+      : p_(p),
+        n_(points(p.t)),
+        step_(p.uniform ? uniform_step(p.t) : Real(0)),
+        h_(rows + row_margin),
+        r_(h_ + row_length(n_)),
+        y_(r_ + row_length(n_)),
+        d_(y_ + row_length(n_)),
+        s_(d_ + row_length(n_)) {}
+
+  // The rows of a thread: zeros where registers read beyond what is computed, and the widths of a uniform
+  // partition.
+  static constexpr int rows = 5;
+  static ptrdiff_t row_length(ptrdiff_t n) {
+    return std::min(strip_cells, n / 16 * 16 + 16) + 2 * row_margin;
+  }
+  static void prepare(const task<Real>& t, bool uniform, Real* memory) {
+    const ptrdiff_t length = row_length(points(t));
+    std::fill_n(memory, rows * length, Real(0));
+    if (!uniform) return;
+    std::fill_n(memory, length, uniform_step(t));
+    std::fill_n(memory + length, length, uniform_rate(t));
+  }
+
+  void block(ptrdiff_t first, ptrdiff_t end, ptrdiff_t function, ptrdiff_t function_end) {
+    for (ptrdiff_t a = first; a < end; a += strip_cells)
+      for (ptrdiff_t j = function; j < function_end; ++j)
+        strip(a, std::min(a + strip_cells, end), j, j == function && !p_.uniform);
+    if (p_.past_caches) local_cubic_loops_now<Real>().settle();
+  }
+
+ private:
+  // Cells a ... b-1 of function j. Rows are at cell a or its left knot.
+  void strip(ptrdiff_t a, ptrdiff_t b, ptrdiff_t j, bool with_widths) {
+    const auto& loops = local_cubic_loops_now<Real>();
+    const samples<Real> y = function_of(p_.t, j);
+    const ptrdiff_t last = std::min(b + reach, n_ - 1);  // cells that the rows need end here
+    ptrdiff_t cells = std::max<ptrdiff_t>(a - reach, 0), knots = a;
+    const Real* values = strip_values(y, a, cells, last);
+    Real* c = p_.t.coeff_rows[j] + 4 * a;
+    for (ptrdiff_t k = a, end; k < b; k = end) {
+      end = std::min(k + step_cells, b);
+      const ptrdiff_t cells_end = end == b ? last : std::min(end + 8, last);
+      const ptrdiff_t knots_end = end == b ? b + 1 : std::min(end + 4, b);
+      const int count = static_cast<int>(cells_end - cells);
+      if (with_widths) loops.widths(p_.t.x + cells, count, h_ + (cells - a), r_ + (cells - a));
+      loops.slopes(values + (cells - a), h_ + (cells - a), count, d_ + (cells - a));
+      continue_slopes(a, cells_end);
+      p_.slopes(loops,
+                {p_.t, knots, knots_end - knots, h_ + (knots - a), d_ + (knots - a), s_ + (knots - a)});
+      if (k == 0) s_[0] = p_.ends[0](end_of(y, 0, s_[1]));
+      if (end == n_ - 1) s_[end - a] = p_.ends[1](end_of(y, 1, s_[end - a - 1]));
+      loops.cells(values + (k - a), s_ + (k - a), d_ + (k - a), r_ + (k - a), static_cast<int>(end - k),
+                  p_.past_caches, c + 4 * (k - a));
+      cells = cells_end;
+      knots = knots_end;
+    }
+  }
+
+  // The function's values from point `first` to `last`, as seen from point a.
+  const Real* strip_values(const samples<Real>& y, ptrdiff_t a, ptrdiff_t first, ptrdiff_t last) {
+    if (!p_.columns) return y.first + a;
+    for (ptrdiff_t i = first; i <= last; ++i) y_[i - a] = y[i];
+    return y_;
+  }
+
+  // A cell outside either end, its divided difference in line with the last two.
+  void continue_slopes(ptrdiff_t a, ptrdiff_t cells_end) {
+    if (a == 0) d_[-1] = 2 * d_[0] - d_[1];
+    if (cells_end == n_ - 1) {
+      Real* d = d_ + (n_ - 1 - a);
+      d[0] = 2 * d[-1] - d[-2];
+    }
+  }
+
+  cell_slope<Real> cell(const samples<Real>& y, ptrdiff_t i) const {
+    const Real width = p_.uniform ? step_ : p_.t.x[i + 1] - p_.t.x[i];
+    return {width, (y[i + 1] - y[i]) / width};
+  }
+
+  spline_end<Real> end_of(const samples<Real>& y, int side, Real inner) const {
+    const ptrdiff_t left[] = {0, 1}, right[] = {n_ - 2, n_ - 3};
+    const auto& own = side == 0 ? left : right;
+    const auto& other = side == 0 ? right : left;
+    return {side,    cell(y, own[0]), cell(y, own[1]),   inner,
+            p_.t.bc, p_.uniform,      cell(y, other[0]), cell(y, other[1])};
+  }
+
+  const plan& p_;
+  const ptrdiff_t n_;
+  const Real step_;
+  Real *h_, *r_, *y_, *d_, *s_;
+};
+
+template <class Family>
+struct local_cubic {
+  // Table of four kernels: layout, grid.
+  template <class Real, int Index>
+  static int32_t kernel(task<Real>& t, int64_t /*xhint*/, int64_t /*yhint*/, int64_t /*method*/,
+                        boundary index, const ThreadingService* service) {
+    if (index == periodic && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
+    const ptrdiff_t n = points(t), ny = functions(t), lead = Family::span / 2;
+    const ptrdiff_t blocks = std::max<ptrdiff_t>(1, (n - Family::span + block_cells - 1) / block_cells);
+    const ptrdiff_t jobs = blocks * ((ny + group_functions - 1) / group_functions);
+    const ptrdiff_t threads = std::min<ptrdiff_t>(jobs, std::max(service->MaxThreads(), 1));
+
+    using job = local_cubic_job<Real>;
+    const ptrdiff_t slice = job::rows * job::row_length(n);
+    const scratch<Real> rows(static_cast<size_t>(threads * slice));
+    if (!rows) return DF_STATUS_NO_MEMORY;
+    for (ptrdiff_t i = 0; i < threads; ++i) job::prepare(t, Index % 2 == 1, rows.get() + i * slice);
+    constexpr auto& ends =
+        boundary_functions<Real, Family::template at_period<Real>, Family::template at_unset<Real>>;
+    const bool aligned = std::all_of(t.coeff_rows, t.coeff_rows + ny,
+                                     [](const Real* c) { return reinterpret_cast<uintptr_t>(c) % 16 == 0; });
+    const typename job::plan plan{t,
+                                  Index / 2 == 0,
+                                  Index % 2 == 1,
+                                  Family::template slopes<Real>,
+                                  {ends[0][index], ends[1][index]},
+                                  aligned && n * ny > cached_bytes / ptrdiff_t(4 * sizeof(Real))};
+    auto work = [&](int32_t item, int32_t thread) {
+      const ptrdiff_t b = item % blocks, function = item / blocks * group_functions;
+      // The outer blocks have the cells at the ends too.
+      const ptrdiff_t first = b == 0 ? 0 : lead + b * block_cells;
+      const ptrdiff_t end = b == blocks - 1 ? n - 1 : lead + (b + 1) * block_cells;
+      job(plan, rows.get() + thread * slice)
+          .block(first, end, function, std::min(function + group_functions, ny));
+    };
+    parallel_for(service, jobs, threads, work);
+    return DF_STATUS_OK;
+  }
+
+  template <class Real>
+  static int32_t construct(task<Real>& t, int64_t method, const ThreadingService* service) {
+    if (const int32_t status = check_cubic(t, Family::least_nx, true)) return status;
+    if (const int32_t status = Family::lacks(t)) return status;
+    const auto& kernels = dispatch_table<local_cubic, Real, 4>;
+    const size_t index = static_cast<size_t>(grid_index(t));
+    return kernels[index](t, t.xhint, t.yhint, method, boundary_of(t.bc_type), service);
+  }
+};
+
+}  // namespace tmk::fitting

@@ -1,0 +1,49 @@
+// The loops of local cubics: rows of numbers per cell, one after the other.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "platform/by_tier.hpp"
+
+namespace tmk {
+
+// Akima's weights that sum to less count as none: the slope is then the mean of its neighbours.
+template <class Real>
+constexpr Real akima_flat = Real(1e-10);
+
+// The slopes s at `count` knots. h and d, widths and divided differences, are at the first knot's right cell;
+// rules look at up to two cells left and one right of a knot's right cell. Rows hold a register more on
+// either side of what is asked for, of any content.
+template <class Real>
+using slope_rule = void(const Real* h, const Real* d, int count, Real* s);
+
+template <class Real>
+struct local_cubic_loops {
+  void (*widths)(const Real* x, int count, Real* h, Real* r);  // and their reciprocals
+  void (*slopes)(const Real* y, const Real* h, int count, Real* d);
+  slope_rule<Real>*bessel, *hyman, *akima;
+  // Four coefficients a cell. Past the caches c is aligned to 16 bytes, and settle follows the last call.
+  void (*cells)(const Real* y, const Real* s, const Real* d, const Real* r, int count, bool past_caches,
+                Real* c);
+  void (*settle)();
+};
+struct local_cubic_doubles : local_cubic_loops<double> {};
+struct local_cubic_singles : local_cubic_loops<float> {};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(local_cubic_doubles)
+TMK_DECLARE_LOOPS(local_cubic_singles)
+
+namespace tmk {
+
+template <class Real>
+const local_cubic_loops<Real>& local_cubic_loops_now() {
+  if constexpr (std::is_same_v<Real, double>)
+    return local_cubic_doubles_now();
+  else
+    return local_cubic_singles_now();
+}
+
+}  // namespace tmk
