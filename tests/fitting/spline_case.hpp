@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <numeric>
 #include <random>
@@ -88,12 +89,12 @@ struct spline_case {
     return all;
   }
 
-  int64_t cell(Real t) const {
+  int64_t cell(long double t) const {
     if (t == points[nx - 1]) return nx - 1;
     return std::upper_bound(points.begin(), points.end(), t) - points.begin();
   }
   int64_t pieces() const { return form.subbotin() ? nx : nx - 1; }
-  int64_t piece(Real t) const {
+  int64_t piece(long double t) const {
     if (!form.subbotin()) return std::clamp<int64_t>(cell(t) - 1, 0, nx - 2);
     return std::upper_bound(knots.begin() + 1, knots.end() - 1, t) - knots.begin() - 1;
   }
@@ -101,7 +102,7 @@ struct spline_case {
     return columns ? y[i * ny + function] : y[function * nx + i];
   }
   // The derivative of this order, as a plain sum.
-  long double exact(int64_t function, Real t, int64_t derivative) const {
+  long double exact(int64_t function, long double t, int64_t derivative) const {
     if (form.reads_y()) {
       if (derivative > 0) return 0;
       const int64_t c = cell(t);
@@ -112,12 +113,30 @@ struct spline_case {
     }
     const int64_t k = piece(t);
     const Real* c = &coefficients[(function * pieces() + k) * form.order];
-    long double d = static_cast<long double>(t) - points[k], sum = 0, power = 1;
+    long double d = t - points[k], sum = 0, power = 1;
     for (int64_t m = derivative; m < form.order; ++m, power *= d) {
       long double factor = 1;
       for (int64_t j = 0; j < derivative; ++j) factor *= static_cast<long double>(m - j);
       sum += factor * c[m] * power;
     }
+    return sum;
+  }
+  // Between the ends of pieces two-point quadrature is exact.
+  long double exact_integral(int64_t function, long double l, long double r) const {
+    if (l > r) return -exact_integral(function, r, l);
+    const auto& ends = form.subbotin() ? knots : points;
+    const bool inner = !form.reads_y();  // the outer pieces of polynomials go on outwards
+    long double sum = 0;
+    const auto add = [&](long double a, long double b) {
+      const long double half = (b - a) / 2, middle = (a + b) / 2, node = half / std::sqrt(3.0L);
+      sum += half * (exact(function, middle - node, 0) + exact(function, middle + node, 0));
+    };
+    for (size_t i = inner; i + inner < ends.size(); ++i)
+      if (ends[i] > l && ends[i] < r) {
+        add(l, ends[i]);
+        l = ends[i];
+      }
+    add(l, r);
     return sum;
   }
 

@@ -128,7 +128,7 @@ int32_t evaluate_points(const interpolation<Real>& call, const sites_of_block<Re
 
 // A hook's results come function by function, site by site, derivative by derivative.
 template <class Real>
-int32_t call_hook(const interpolation<Real>& call, const hook_of_region<Real>& hook,
+int32_t call_hook(const interpolation<Real>& call, const evaluation_hook<Real>& hook,
                   const sites_of_block<Real>& block) {
   constexpr size_t own_room = 1024;
   const auto derivatives = static_cast<ptrdiff_t>(call.request.stride);

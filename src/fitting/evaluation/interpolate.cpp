@@ -65,7 +65,7 @@ struct block_walk {
 template <class Real>
 int32_t interpolate(DFTask* handle, int64_t type, int64_t nsite, const Real* site, int64_t site_hint,
                     int64_t ndorder, const void* dorder, const Real* search_hint, Real* result, int64_t rhint,
-                    void* cell, const hook_of_region<Real> (&hooks)[regions],
+                    void* cell, const evaluation_hook<Real> (&hooks)[regions],
                     typename hook_types<Real>::search search_hook, void* search_parameter,
                     const ThreadingService* threading) {
   if (handle == nullptr) return DF_STATUS_NULL_TASK;

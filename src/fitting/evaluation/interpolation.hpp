@@ -2,26 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "fitting/evaluation/kinds.hpp"
+#include "fitting/evaluation/regions.hpp"
 #include "fitting/evaluation/results.hpp"
 #include "fitting/evaluation/sites.hpp"
 
 namespace tmk::fitting {
 
-enum region { left_of_partition, within_partition, right_of_partition };
-constexpr int regions = 3;
-
-inline region region_of(int64_t cell, int64_t nx) {
-  return cell <= 0 ? left_of_partition : cell >= nx ? right_of_partition : within_partition;
-}
-
 template <class Real>
-struct hook_of_region {
-  using function = std::conditional_t<sizeof(Real) == 8, DFdHook, DFsHook>;
-  function call;
-  void* parameter;
-};
+using evaluation_hook = hook_of_region<std::conditional_t<sizeof(Real) == 8, DFdHook, DFsHook>>;
 
 template <class Real>
 struct interpolation {
@@ -30,7 +21,7 @@ struct interpolation {
   spline_kind kind;
   derivative_request request;
   result_layout layout;
-  hook_of_region<Real> hooks[regions];
+  evaluation_hook<Real> hooks[regions];
 };
 
 // Sites of a block, at most site_block, and where their results go: those of site i into row `place[i]`

@@ -15,6 +15,14 @@ template <class Real>
 struct located_sites {
   alignas(64) int32_t piece[site_block];
   alignas(64) Real distance[site_block];
+
+  void pad(int count) {
+    constexpr int widest = 16;
+    for (int i = count; i % widest != 0; ++i) {
+      piece[i] = 0;
+      distance[i] = 0;
+    }
+  }
 };
 
 // A cell outside the partition takes the nearest polynomial, so that ends are carried on; cells of a caller's
@@ -34,12 +42,8 @@ void pieces_of_cells(const task<Real>& t, bool subbotin, int count, const Real* 
 template <class Real>
 void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind, int count,
             const Real* sites, const int32_t* cells, located_sites<Real>& located) {
-  constexpr int widest = 16;
   pieces_of_cells(t, kind == spline_kind::subbotin, count, sites, cells, located.piece);
-  for (int i = count; i % widest != 0; ++i) {
-    located.piece[i] = 0;
-    located.distance[i] = 0;
-  }
+  located.pad(count);
   const auto& loops = evaluation_now<Real>();
   if (points.given != nullptr)
     loops.from_given(sites, located.piece, count, points.given, located.distance);

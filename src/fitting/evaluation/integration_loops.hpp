@@ -1,0 +1,39 @@
+// The hot loop of integration, once per tier.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/by_tier.hpp"
+
+namespace tmk {
+
+// F(right piece, right distance) - F(left piece, left distance) for `count` pairs, F the antiderivative of a
+// piece that vanishes at its base. Pieces and distances are readable up to a multiple of 16, and differences
+// are written so far.
+template <class Real>
+using antiderivative_loop = void(const Real* rows, const int32_t* left_pieces, const Real* left_distances,
+                                 const int32_t* right_pieces, const Real* right_distances, int count,
+                                 Real* differences);
+
+template <class Real>
+struct integration_loops {
+  antiderivative_loop<Real>* antiderivatives[3];  // by order - 2
+};
+
+struct integration_doubles : integration_loops<double> {};
+struct integration_singles : integration_loops<float> {};
+
+}  // namespace tmk
+
+TMK_DECLARE_LOOPS(integration_doubles)
+TMK_DECLARE_LOOPS(integration_singles)
+
+namespace tmk {
+template <class Real>
+const integration_loops<Real>& integration_now() {
+  if constexpr (sizeof(Real) == 8)
+    return integration_doubles_now();
+  else
+    return integration_singles_now();
+}
+}  // namespace tmk

@@ -1,0 +1,252 @@
+// Integrators: the pieces of each kind, spans of whole cells added up or looked up, and hooks before either.
+#include <algorithm>
+
+#include "fitting/evaluation/integration.hpp"
+#include "fitting/evaluation/integration_loops.hpp"
+#include "fitting/evaluation/pieces.hpp"
+#include "platform/scratch.hpp"
+
+namespace tmk::fitting {
+namespace {
+
+// What an integrator asks of a kind: limits in pieces, differences of antiderivatives, and the V of `count`
+// cells from `first` on.
+template <class Real, spline_kind Kind>
+struct polynomials {
+  const integration<Real>& call;
+
+  void locate(int count, const Real* limits, const int32_t* cells, located_sites<Real>& at) const {
+    fitting::locate(call.spline, call.points, Kind, count, limits, cells, at);
+  }
+  void differences(ptrdiff_t function, const located_sites<Real>& left, const located_sites<Real>& right,
+                   int count, Real* out) const {
+    integration_now<Real>().antiderivatives[spline_order(Kind) - 2](
+        call.spline.coeff_rows[function], left.piece, left.distance, right.piece, right.distance, count, out);
+  }
+  void cells(ptrdiff_t function, int64_t first, int count, Real* out) const {
+    const auto& x = call.points;
+    located_sites<Real> left, right;
+    for (int i = 0; i < count; ++i) {
+      const int64_t k = first + i;
+      left.piece[i] = right.piece[i] = static_cast<int32_t>(k);
+      left.distance[i] = 0;
+      right.distance[i] = x.given != nullptr ? x[k + 1] - x[k] : x.step;
+      if constexpr (Kind == spline_kind::subbotin) {
+        const Real knot = subbotin_knots_of(call.spline)[k + 1];
+        left.piece[i] = static_cast<int32_t>(k + 1);
+        left.distance[i] = knot - x[k + 1];
+        right.distance[i] = knot - x[k];
+      }
+    }
+    left.pad(count);
+    right.pad(count);
+    differences(function, left, right, count, out);
+  }
+};
+
+// Piece k is the cell k of a search, which for k = 0 and nx lies outside; the first two have the same base.
+template <class Real, spline_kind Kind>
+struct steps {
+  const integration<Real>& call;
+
+  Real height(const samples<Real>& y, int64_t k) const {
+    const int64_t point = Kind == spline_kind::step_left ? k : k - 1;
+    return y[static_cast<ptrdiff_t>(std::clamp<int64_t>(point, 0, call.points.nx - 1))];
+  }
+  void locate(int count, const Real* limits, const int32_t* cells, located_sites<Real>& at) const {
+    const int64_t nx = call.points.nx;
+    for (int i = 0; i < count; ++i) {
+      at.piece[i] = static_cast<int32_t>(std::clamp<int64_t>(cells[i], 0, nx));
+      const int64_t base = std::max(at.piece[i] - 1, 0);
+      at.distance[i] = limits[i] - (base == nx - 1 ? call.points.last : call.points[base]);
+    }
+  }
+  void differences(ptrdiff_t function, const located_sites<Real>& left, const located_sites<Real>& right,
+                   int count, Real* out) const {
+    const auto y = function_of(call.spline, function);
+    for (int i = 0; i < count; ++i)
+      out[i] = height(y, right.piece[i]) * right.distance[i] - height(y, left.piece[i]) * left.distance[i];
+  }
+  void cells(ptrdiff_t function, int64_t first, int count, Real* out) const {
+    const auto y = function_of(call.spline, function);
+    const auto& x = call.points;
+    for (int i = 0; i < count; ++i) {
+      const int64_t k = first + i;
+      out[i] = k == 0 ? Real(0) : height(y, k) * (x.given != nullptr ? x[k] - x[k - 1] : x.step);
+    }
+  }
+};
+
+// sum(entry, V) with the running sum before each V from `first` on, and the sum over all in the end.
+template <class Real, class Pieces, class Visit>
+running_sum<Real> run_over_cells(const Pieces& pieces, ptrdiff_t function, int64_t first, int64_t end,
+                                 const Visit& visit) {
+  running_sum<Real> sum = {0, 0};
+  alignas(64) Real v[site_block];
+  for (int64_t k = first; k < end; k += site_block) {
+    const int count = static_cast<int>(std::min<int64_t>(site_block, end - k));
+    pieces.cells(function, k, count, v);
+    for (int i = 0; i < count; ++i) {
+      visit(k + i, sum);
+      const auto next = two_sum(sum.high, v[i]);
+      sum = {next.high, sum.low + next.low};
+    }
+  }
+  return sum;
+}
+
+// The sum of V from piece a to piece b.
+template <class Real, class Pieces>
+running_sum<Real> span(const integration<Real>& call, const Pieces& pieces, ptrdiff_t function, int64_t a,
+                       int64_t b) {
+  if (call.sums != nullptr) {
+    const auto* sums = call.sums + (function - call.first_function) * call.entries();
+    const auto high = two_sum(sums[b].high, -sums[a].high);
+    return {high.high, high.low + (sums[b].low - sums[a].low)};
+  }
+  const auto nothing = [](int64_t, const running_sum<Real>&) {};
+  if (a <= b) return run_over_cells<Real>(pieces, function, a, b, nothing);
+  const auto reversed = run_over_cells<Real>(pieces, function, b, a, nothing);
+  return {-reversed.high, -reversed.low};
+}
+
+template <class Real, class Pieces>
+int32_t integrate(const integration<Real>& call, const pairs_of_block<Real>& block) {
+  const Pieces pieces{call};
+  located_sites<Real> left, right;
+  pieces.locate(block.count, block.left, block.left_cells, left);
+  pieces.locate(block.count, block.right, block.right_cells, right);
+  for (ptrdiff_t f = call.first_function; f < call.end_function; ++f) {
+    alignas(64) Real ends[site_block];
+    pieces.differences(f, left, right, block.count, ends);
+    Real* result = block.result + f * call.function_stride;
+    for (int i = 0; i < block.count; ++i) {
+      if (left.piece[i] != right.piece[i]) {
+        const auto whole = span(call, pieces, f, left.piece[i], right.piece[i]);
+        ends[i] = whole.high + (whole.low + ends[i]);
+      }
+      result[block.row(i) * call.pair_stride] += ends[i];
+    }
+  }
+  return DF_STATUS_OK;
+}
+
+template <class Real, class Pieces>
+void add_up_function(const integration<Real>& call, ptrdiff_t function, int64_t cells) {
+  auto* sums = call.sums + (function - call.first_function) * call.entries();
+  sums[cells] = run_over_cells<Real>(Pieces{call}, function, 0, cells,
+                                     [&](int64_t k, const running_sum<Real>& sum) { sums[k] = sum; });
+}
+
+// A hook gets a row of results per function, each of a value per pair, zero at first.
+template <class Real>
+int32_t call_hook(const integration<Real>& call, const integration_hook<Real>& hook,
+                  const pairs_of_block<Real>& block) {
+  constexpr size_t own_room = 1024;
+  const auto size = static_cast<size_t>(block.count * functions(call.spline));
+  Real own[own_room];
+  const scratch<Real> borrowed = size > own_room ? scratch<Real>(size) : scratch<Real>();
+  Real* results = size > own_room ? borrowed.get() : own;
+  if (results == nullptr) return DF_STATUS_NO_MEMORY;
+  std::fill_n(results, size, Real(0));
+
+  int64_t left_cells[site_block], right_cells[site_block];
+  std::copy_n(block.left_cells, block.count, left_cells);
+  std::copy_n(block.right_cells, block.count, right_cells);
+  const int64_t count = block.count;
+  const int32_t status =
+      hook.call(&count, left_cells, block.left, right_cells, block.right, results, hook.parameter, nullptr);
+  if (status < 0) return status;
+  for (ptrdiff_t f = 0; f < functions(call.spline); ++f)
+    for (int i = 0; i < block.count; ++i)
+      block.result[f * call.function_stride + block.row(i) * call.pair_stride] += *results++;
+  return status;
+}
+
+// The part of an axis that is a region: limits and cells are moved to its nearest ones.
+template <class Real>
+struct clipped {
+  Real limit;
+  int32_t cell;
+};
+template <class Real>
+clipped<Real> clip(const partition<Real>& points, region where, Real limit, int32_t cell) {
+  const auto nx = static_cast<int32_t>(points.nx);
+  switch (where) {
+    case left_of_partition:
+      return {std::min(limit, points.first), 0};
+    case within_partition:
+      return {std::clamp(limit, points.first, points.last), std::clamp(cell, 1, nx - 1)};
+    default:
+      return {std::max(limit, points.last), nx};
+  }
+}
+
+// A pair is cut at the ends of the partition: each part is integrated by the hook of its region, or as the
+// polynomial there. Parts of no length are left out.
+template <class Real>
+int32_t integrate_with_hooks(const integration<Real>& call, const pairs_of_block<Real>& block) {
+  for (const auto where : {left_of_partition, within_partition, right_of_partition}) {
+    Real left[site_block], right[site_block];
+    int32_t left_cells[site_block], right_cells[site_block], place[site_block];
+    int count = 0;
+    for (int i = 0; i < block.count; ++i) {
+      const auto l = clip(call.points, where, block.left[i], block.left_cells[i]);
+      const auto r = clip(call.points, where, block.right[i], block.right_cells[i]);
+      if (l.limit == r.limit) continue;
+      left[count] = l.limit;
+      right[count] = r.limit;
+      left_cells[count] = l.cell;
+      right_cells[count] = r.cell;
+      place[count++] = block.row(i);
+    }
+    if (count == 0) continue;
+    const pairs_of_block<Real> part = {count, left, right, left_cells, right_cells, block.result, place};
+    const auto& hook = call.hooks[where];
+    const auto plain = integrators<Real>::_Integrate1DDispatch[static_cast<int>(call.kind)];
+    const int32_t status = hook.call != nullptr ? call_hook(call, hook, part) : plain(call, part);
+    if (status < 0) return status;
+  }
+  return DF_STATUS_OK;
+}
+
+}  // namespace
+
+template <class Real>
+const integrator<Real> integrators<Real>::_Integrate1DDispatch[integrable_kinds] = {
+    integrate<Real, polynomials<Real, spline_kind::linear>>,
+    integrate<Real, polynomials<Real, spline_kind::quadratic>>,
+    integrate<Real, polynomials<Real, spline_kind::cubic>>,
+    integrate<Real, polynomials<Real, spline_kind::subbotin>>,
+    nullptr,  // hooks alone
+    integrate<Real, steps<Real, spline_kind::step_left>>,
+    integrate<Real, steps<Real, spline_kind::step_right>>,
+};
+
+template <class Real>
+const integrator<Real> integrators<Real>::_Integrate1DDispatchCB[integrable_kinds] = {
+    integrate_with_hooks<Real>, integrate_with_hooks<Real>, integrate_with_hooks<Real>,
+    integrate_with_hooks<Real>, integrate_with_hooks<Real>, integrate_with_hooks<Real>,
+    integrate_with_hooks<Real>,
+};
+
+template <class Real>
+void integrators<Real>::add_up(const integration<Real>& call, ptrdiff_t function) {
+  constexpr void (*by_kind[])(const integration<Real>&, ptrdiff_t, int64_t) = {
+      add_up_function<Real, polynomials<Real, spline_kind::linear>>,
+      add_up_function<Real, polynomials<Real, spline_kind::quadratic>>,
+      add_up_function<Real, polynomials<Real, spline_kind::cubic>>,
+      add_up_function<Real, polynomials<Real, spline_kind::subbotin>>,
+      nullptr,
+      add_up_function<Real, steps<Real, spline_kind::step_left>>,
+      add_up_function<Real, steps<Real, spline_kind::step_right>>,
+  };
+  // The cells between bases: a step has one more, in front.
+  const int64_t cells = reads_y(call.kind) ? call.points.nx : call.points.nx - 1;
+  by_kind[static_cast<int>(call.kind)](call, function, cells);
+}
+
+template struct integrators<double>;
+template struct integrators<float>;
+
+}  // namespace tmk::fitting
