@@ -31,8 +31,6 @@ constexpr ptrdiff_t step_cells = 64;  // coefficients go to memory while the nex
 constexpr ptrdiff_t reach = 2;        // cells beyond an inner knot's own that a rule may look at
 constexpr ptrdiff_t row_margin = 32;  // of a row on either side: the reach, and a register
 constexpr ptrdiff_t row_length = strip_cells + 2 * row_margin;
-// Coefficients that no cache holds are written past them.
-constexpr ptrdiff_t cached_bytes = ptrdiff_t(8) << 20;
 
 // Knots first ... first + count - 1, whose slopes go to s; h and d are the rows of widths and divided
 // differences at the first one's right cell, two cells more of them on either side.
@@ -169,14 +167,12 @@ struct local_cubic {
     for (ptrdiff_t i = 0; i < threads; ++i) job::prepare(t, Index % 2 == 1, rows.get() + i * slice);
     constexpr auto& ends =
         boundary_functions<Real, Family::template at_period<Real>, Family::template at_unset<Real>>;
-    const bool aligned = std::all_of(t.coeff_rows, t.coeff_rows + ny,
-                                     [](const Real* c) { return reinterpret_cast<uintptr_t>(c) % 16 == 0; });
     const typename job::plan plan{t,
                                   Index / 2 == 0,
                                   Index % 2 == 1,
                                   Family::template slopes<Real>,
                                   {ends[0][index], ends[1][index]},
-                                  aligned && n * ny > cached_bytes / ptrdiff_t(4 * sizeof(Real))};
+                                  passes_caches(t)};
     auto work = [&](int32_t item, int32_t thread) {
       const ptrdiff_t b = item % blocks, function = item / blocks * group_functions;
       // The outer blocks have the cells at the ends too.
