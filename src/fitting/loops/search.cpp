@@ -31,10 +31,10 @@ void uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search
   using real = batch<Real>;
   constexpr int width = lanes<Real>;
   const auto last_cell = static_cast<int32_t>(nx - 1);
-  // Products of any size, and NaNs, come into the range of integers first.
+  // Products of any size come into the range of integers first; the order makes a NaN 0.
   const real limit(std::min(static_cast<Real>(nx), static_cast<Real>(0x7FFFFF80)));
   const auto find = [&](const real& t, int32_t* to) {
-    const real position = xsimd::max(xsimd::min((t - x[0]) * state->rate, limit), real(0));
+    const real position = xsimd::min(xsimd::max((t - x[0]) * state->rate, real(0)), limit);
     const auto below = t < real(x[0]), at_end = t == real(x[1]);
     if constexpr (sizeof(Real) == 4) {
       // A single does not hold every cell.
@@ -69,7 +69,7 @@ void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, 
     int32_t start[group<Real>];
     for (int k = 0; k < count; k += lanes<Real>) {
       const real t = load_partial(sites + i + k, std::min(count - k, lanes<Real>), x[0]);
-      store_truncated(start + k, xsimd::max(xsimd::min((t - x[0]) * state->rate, top), real(0)), 1);
+      store_truncated(start + k, xsimd::min(xsimd::max((t - x[0]) * state->rate, real(0)), top), 1);
     }
     for (int k = 0; k < count; ++k) {
       const Real t = sites[i + k];
@@ -111,7 +111,9 @@ void sorted(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_
       continue;
     }
     cell = walk_up(x, cell, nx, sites[i]);
-    if (cell + reach < nx && x[cell + reach] <= t_end) {
+    const bool sparse = cell + reach < nx && x[cell + reach] <= t_end;
+    // Only sites in disorder begin above the last point and end below it.
+    if (sparse || cell == nx) {
       walk_to(i + count);
       continue;
     }
@@ -168,7 +170,7 @@ void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search
   for (int k = 0; k < side_by_side; k += lanes<Real>) {
     const real site = load(t + k);
     outside = outside | (site >= last);
-    store_truncated(index + k, xsimd::max(xsimd::min((site - x[0]) * state.bucket_scale, top), real(0)), 0);
+    store_truncated(index + k, xsimd::min(xsimd::max((site - x[0]) * state.bucket_scale, real(0)), top), 0);
   }
   const Real* low[side_by_side];
   ptrdiff_t width = 0;

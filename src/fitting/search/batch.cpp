@@ -1,10 +1,10 @@
 // The batch search: its driver cuts the sites among threads by the method's rule.
 #include <algorithm>
+#include <cstdint>
 #include <limits>
-#include <memory>
 
 #include "fitting/search/search.hpp"
-#include "tmk/abi/serv.h"
+#include "platform/scratch.hpp"
 
 namespace tmk::fitting {
 namespace {
@@ -109,18 +109,16 @@ class expanded_sites {
   const Real* expand(const Real* ends, int64_t n) {
     Real* sites = at_hand_;
     if (n > expanded_at_hand) {
-      memory_.reset(tmk_serv_allocate(static_cast<size_t>(n) * sizeof(Real), 128));
-      sites = static_cast<Real*>(memory_.get());
+      if (n > PTRDIFF_MAX / static_cast<int64_t>(sizeof(Real))) return nullptr;
+      memory_ = scratch<Real>(static_cast<size_t>(n));
+      sites = memory_.get();
     }
     if (sites != nullptr) expand_uniform_sites(ends, n, 0, n, sites);
     return sites;
   }
 
  private:
-  struct release {
-    void operator()(void* p) const { tmk_serv_deallocate(p); }
-  };
-  std::unique_ptr<void, release> memory_;
+  scratch<Real> memory_;
   Real at_hand_[expanded_at_hand];
 };
 
