@@ -24,13 +24,23 @@ struct constructors {
       wide ? tmk_df_kernel_dDFNaturalCubicSpline1D : tmk_df_kernel_sDFNaturalCubicSpline1D;
   static constexpr function by_bends =
       wide ? tmk_df_kernel_dDFDefaultCubicSpline1D : tmk_df_kernel_sDFDefaultCubicSpline1D;
+  static constexpr function hermite =
+      wide ? tmk_df_kernel_dDFHermiteCubicSpline1D : tmk_df_kernel_sDFHermiteCubicSpline1D;
+  static constexpr function bessel =
+      wide ? tmk_df_kernel_dDFBesselCubicSpline1D : tmk_df_kernel_sDFBesselCubicSpline1D;
+  static constexpr function akima =
+      wide ? tmk_df_kernel_dDFAkimaCubicSpline1D : tmk_df_kernel_sDFAkimaCubicSpline1D;
+  static constexpr function hyman =
+      wide ? tmk_df_kernel_dDFHymanCubicSpline1D : tmk_df_kernel_sDFHymanCubicSpline1D;
+  static constexpr function quadratic =
+      wide ? tmk_df_kernel_dDFQuadraticSpline1D : tmk_df_kernel_sDFQuadraticSpline1D;
 };
 
 template <class Real>
 class construction_case {
  public:
   static constexpr Real untouched = Real(-77);
-  int64_t nx, ny, order = 4, s_type = 2, bc_type = 0, yhint;
+  int64_t nx, ny, order = 4, s_type = 2, bc_type = 0, ic_type = DF_IC_SECOND, yhint;
   bool uniform;
   std::vector<Real> points, ends, bc, ic;
   std::vector<std::vector<Real>> values;  // by function
@@ -63,7 +73,7 @@ class construction_case {
     for (auto& f : values) f.back() = f.front();
   }
 
-  int64_t cells() const { return nx - 1; }
+  int64_t cells() const { return s_type == DF_TYPE_SUBBOTIN ? nx : nx - 1; }
   const Real* cell(int64_t j, int64_t i) const { return coefficients.data() + order * (j * cells() + i); }
 
   int32_t construct(typename constructors<Real>::function constructor,
@@ -77,20 +87,20 @@ class construction_case {
     coefficients.assign(static_cast<size_t>(order * cells() * ny), untouched);
     DFTask* task = nullptr;
     const Real* x = uniform ? ends.data() : points.data();
-    const int64_t xhint = uniform ? DF_PARTITION_UNIFORM : DF_PARTITION_NON_UNIFORM;
+    const int64_t xhint = uniform ? int64_t{DF_PARTITION_UNIFORM} : int64_t{DF_PARTITION_NON_UNIFORM};
     const Real* boundary = bc.empty() ? nullptr : bc.data();
     const Real* inner = ic.empty() ? nullptr : ic.data();
-    const int64_t ic_type = ic.empty() ? DF_IC_NONE : DF_IC_SECOND;
+    const int64_t conditions = ic.empty() ? int64_t{DF_IC_NONE} : ic_type;
     int32_t status;
     if constexpr (constructors<Real>::wide) {
       EXPECT_EQ(tmk_df_kernel_dNewTask1D(&task, nx, x, xhint, ny, block.data(), yhint, 1), 0);
-      EXPECT_EQ(tmk_df_kernel_dEditPPSpline1D(task, order, s_type, bc_type, boundary, ic_type, inner,
+      EXPECT_EQ(tmk_df_kernel_dEditPPSpline1D(task, order, s_type, bc_type, boundary, conditions, inner,
                                               coefficients.data(), 0),
                 0);
       status = constructor(task, 0, method, threads);
     } else {
       EXPECT_EQ(tmk_df_kernel_sNewTask1D(&task, nx, x, xhint, ny, block.data(), yhint, 1), 0);
-      EXPECT_EQ(tmk_df_kernel_sEditPPSpline1D(task, order, s_type, bc_type, boundary, ic_type, inner,
+      EXPECT_EQ(tmk_df_kernel_sEditPPSpline1D(task, order, s_type, bc_type, boundary, conditions, inner,
                                               coefficients.data(), 0),
                 0);
       status = constructor(task, 0, method, threads);
