@@ -10,6 +10,9 @@
 // processor waiting, and a period is nothing but panels that reach around.
 #pragma once
 
+#include <cmath>
+#include <limits>
+
 #include "fitting/construction/end_rows.hpp"
 #include "fitting/construction/frame.hpp"
 #include "fitting/construction/local_cubic_loops.hpp"
@@ -21,33 +24,51 @@ namespace tmk::fitting {
 constexpr ptrdiff_t panels_at_once = 4;
 constexpr ptrdiff_t panel_cells = 1024, undivided_cells = 512;
 template <class Real>
-constexpr ptrdiff_t reach = sizeof(Real) == sizeof(double) ? 56 : 28;
+constexpr ptrdiff_t least_reach = sizeof(Real) == sizeof(double) ? 56 : 28;
 
 template <class Real>
 class natural_spline {
  public:
-  natural_spline(const task<Real>& t, bool uniform, boundary index)
+  natural_spline(const task<Real>& t, bool uniform, boundary index, bool divided = true)
       : t_(t), uniform_(uniform), index_(index), cells_(points(t) - 1), past_caches_(passes_caches(t)) {
     constexpr ptrdiff_t quad_cells = panels_at_once * panel_cells;
-    panels_ = cells_ <= undivided_cells ? 1 : panels_at_once * ceiling(cells_, quad_cells);
+    // Around a period and back all widths have shrunk as much as they have grown.
+    reach_ = divided ? least_reach<Real> : std::max(least_reach<Real>, cells_);
+    panels_ = cells_ <= undivided_cells || !divided ? 1 : panels_at_once * ceiling(cells_, quad_cells);
     own_cells_ = ceiling(cells_, panels_);
     panels_ = ceiling(cells_, own_cells_);
-    knots_ = own_cells_ + 1 + (panels_ == 1 && index != periodic ? 0 : 2 * reach<Real>);
+    knots_ = own_cells_ + 1 + (panels_ == 1 && index != periodic ? 0 : 2 * reach_);
     row_ = ceiling(knots_ + register_margin, 16) * 16;
   }
 
   ptrdiff_t panels() const { return panels_; }
+  // work(first panel, count) as long as it returns 0.
+  template <class Work>
+  int32_t each_quad(Work&& work) const {
+    for (ptrdiff_t p = 0; p < panels_; p += panels_at_once)
+      if (const int32_t status = work(p, std::min(panels_at_once, panels_ - p))) return status;
+    return DF_STATUS_OK;
+  }
   // Elements of a panel's matrix, and of the work on one function in it.
   ptrdiff_t matrix_elements() const { return matrix_rows * row_; }
   ptrdiff_t work_elements() const { return work_rows * row_; }
 
   // The factors of panels first ... first + count - 1, one after the other behind `memory`.
-  int32_t factor(ptrdiff_t first, ptrdiff_t count, Real* memory) const {
+  int32_t factor(ptrdiff_t first, ptrdiff_t count, Real* memory) {
     for (ptrdiff_t k = 0; k < count; ++k)
       build(panel_at(first + k), matrix_at(memory + k * matrix_elements()));
     const matrix m = matrix_at(memory);
     const ptrdiff_t bad = linalg::factor<Real>({knots_, m.dl, m.d, m.du, matrix_elements()}, count);
-    return bad == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
+    if (bad != 0) return DF_STATUS_SOLVER_FAILED;
+    if (!uniform_)
+      for (ptrdiff_t k = 0; k < count; ++k)
+        see_memory(panel_at(first + k), matrix_at(memory + k * matrix_elements()));
+    return DF_STATUS_OK;
+  }
+
+  // After all panels are factored: whether they could be solved by themselves.
+  bool forgets_ends() const {
+    return remembered_ == 0 || remembered_ <= std::numeric_limits<Real>::epsilon() / 4 * least_width_;
   }
 
   // The coefficients of function j in these panels.
@@ -93,7 +114,7 @@ class natural_spline {
 
   panel panel_at(ptrdiff_t number) const {
     const ptrdiff_t own = number * own_cells_, own_end = std::min(own + own_cells_, cells_);
-    panel p = {own, own_end, own - reach<Real>, own_end + reach<Real>};
+    panel p = {own, own_end, own - reach_, own_end + reach_};
     if (index_ == periodic) return p;
     p.first = std::max<ptrdiff_t>(p.first, 0);
     p.end = std::min(p.end, cells_);
@@ -115,7 +136,23 @@ class natural_spline {
     return {m.w[own], m.w[next], slope[own], slope[next], side == 0 ? -width : width};
   }
 
-  void build(const panel& p, const matrix& m) const {
+  // A slope beyond an end of a panel, at most of the order of 1 / the least width, is weighed by the product
+  // of the multipliers between, and by the width of the cell that it is felt in.
+  void see_memory(const panel& p, const matrix& m) {
+    const ptrdiff_t own = p.own - p.first, own_end = p.own_end - p.first, cells = p.end - p.first;
+    if (condition(p, 0) == end_condition::divided_difference) {
+      Real left = std::max(m.w[std::max<ptrdiff_t>(own - 1, 0)], m.w[own]);
+      for (ptrdiff_t i = 0; i < own; ++i) left *= m.dl[i];
+      remembered_ = std::max(remembered_, std::fabs(left));
+    }
+    if (condition(p, 1) == end_condition::divided_difference) {
+      Real right = std::max(m.w[own_end - 1], m.w[std::min(own_end, cells - 1)]);
+      for (ptrdiff_t i = own_end; i < cells; ++i) right *= m.du[i];
+      remembered_ = std::max(remembered_, std::fabs(right));
+    }
+  }
+
+  void build(const panel& p, const matrix& m) {
     const ptrdiff_t cells = p.end - p.first;
     if (uniform_) {
       std::fill_n(m.w, cells, Real(1));
@@ -127,7 +164,8 @@ class natural_spline {
         at += run;
       }
     }
-    natural_loops_now<Real>().rows(m.w, static_cast<int>(cells), m.dl, m.d, m.du);
+    const Real least = natural_loops_now<Real>().rows(m.w, static_cast<int>(cells), m.dl, m.d, m.du);
+    if (!(least >= least_width_)) least_width_ = least;
     const auto left = end_row(condition(p, 0), m.w[0], m.w[cells > 1]);
     const auto right = end_row(condition(p, 1), m.w[cells - 1], m.w[cells - 1 - (cells > 1)]);
     m.d[0] = left.diagonal;
@@ -167,7 +205,8 @@ class natural_spline {
   const boundary index_;
   const ptrdiff_t cells_;
   const bool past_caches_;
-  ptrdiff_t panels_, own_cells_, knots_, row_;
+  ptrdiff_t reach_, panels_, own_cells_, knots_, row_;
+  Real least_width_ = std::numeric_limits<Real>::infinity(), remembered_ = 0;
 };
 
 }  // namespace tmk::fitting

@@ -10,8 +10,9 @@ namespace tmk {
 
 template <class Real>
 struct natural_loops {
+  // Returns the least width.
   // w[k+1] s[k] + 2 (w[k] + w[k+1]) s[k+1] + w[k] s[k+2] = b[k+1] for k + 1 < cells: dl[k], d[k+1], du[k+1].
-  void (*rows)(const Real* w, int cells, Real* dl, Real* d, Real* du);
+  Real (*rows)(const Real* w, int cells, Real* dl, Real* d, Real* du);
   // The divided difference of each cell, and b[k+1] = 3 (w[k+1] slope[k] + w[k] slope[k+1]).
   void (*right_sides)(const Real* y, const Real* w, const Real* r, int cells, Real* slope, Real* b);
 };

@@ -5,12 +5,25 @@
 TMK_TIER_OPEN
 namespace {
 
+// Of a register and of a range; a NaN among them need not be found.
 template <class Real>
-void rows(const Real* w, int cells, Real* dl, Real* d, Real* du) {
+Real least_of(const batch<Real>& lanes_of_least, const Real* first, const Real* end) {
+  Real lane[lanes<Real>];
+  store(lane, lanes_of_least);
+  Real least = lane[0];
+  for (const Real v : lane) least = v < least ? v : least;
+  for (; first < end; ++first) least = *first < least ? *first : least;
+  return least;
+}
+
+template <class Real>
+Real rows(const Real* w, int cells, Real* dl, Real* d, Real* du) {
   constexpr int width = lanes<Real>;
+  batch<Real> least(w[0]);
   int k = 0;
   for (; k + width < cells; k += width) {
     const batch<Real> left = load(w + k), right = load(w + k + 1), sum = left + right;
+    least = xsimd::min(least, left);
     store(dl + k, right);
     store(d + k + 1, sum + sum);
     store(du + k + 1, left);
@@ -20,6 +33,7 @@ void rows(const Real* w, int cells, Real* dl, Real* d, Real* du) {
     d[k + 1] = 2 * (w[k] + w[k + 1]);
     du[k + 1] = w[k];
   }
+  return least_of(least, w + std::max(cells - width, 0), w + cells);
 }
 
 // A row wants the slope of the cell behind it, which the next register would bring: it is computed twice.
