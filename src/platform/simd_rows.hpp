@@ -9,23 +9,39 @@
 
 TMK_TIER_OPEN
 
-// In each 128-bit part: the lower, or upper, lanes of two registers in turn. The pairs of singles are moved
-// as doubles are.
+// In each 128-bit part: the lower, or upper, lanes of two registers in turn; two lanes of the one and two of
+// the other, by the two-bit numbers in Lanes; the lower lane of the one and the upper of the other. Pairs of
+// singles are moved as doubles are.
 #if TMK_TIER_NUMBER(TMK_TIER) == 2
 inline f32 unpack_low(const f32& a, const f32& b) { return _mm512_unpacklo_ps(a, b); }
 inline f32 unpack_high(const f32& a, const f32& b) { return _mm512_unpackhi_ps(a, b); }
 inline f64 unpack_low(const f64& a, const f64& b) { return _mm512_unpacklo_pd(a, b); }
 inline f64 unpack_high(const f64& a, const f64& b) { return _mm512_unpackhi_pd(a, b); }
+template <int Lanes>
+f32 shuffle(const f32& a, const f32& b) {
+  return _mm512_shuffle_ps(a, b, Lanes);
+}
+inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm512_shuffle_pd(a, b, 0xAA); }
 #elif TMK_TIER_NUMBER(TMK_TIER) == 1
 inline f32 unpack_low(const f32& a, const f32& b) { return _mm256_unpacklo_ps(a, b); }
 inline f32 unpack_high(const f32& a, const f32& b) { return _mm256_unpackhi_ps(a, b); }
 inline f64 unpack_low(const f64& a, const f64& b) { return _mm256_unpacklo_pd(a, b); }
 inline f64 unpack_high(const f64& a, const f64& b) { return _mm256_unpackhi_pd(a, b); }
+template <int Lanes>
+f32 shuffle(const f32& a, const f32& b) {
+  return _mm256_shuffle_ps(a, b, Lanes);
+}
+inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm256_shuffle_pd(a, b, 0xA); }
 #else
 inline f32 unpack_low(const f32& a, const f32& b) { return _mm_unpacklo_ps(a, b); }
 inline f32 unpack_high(const f32& a, const f32& b) { return _mm_unpackhi_ps(a, b); }
 inline f64 unpack_low(const f64& a, const f64& b) { return _mm_unpacklo_pd(a, b); }
 inline f64 unpack_high(const f64& a, const f64& b) { return _mm_unpackhi_pd(a, b); }
+template <int Lanes>
+f32 shuffle(const f32& a, const f32& b) {
+  return _mm_shuffle_ps(a, b, Lanes);
+}
+inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm_shuffle_pd(a, b, 2); }
 #endif
 
 // The register whose 128-bit parts are part(0), part(1), ... as doubles, and such a part of a register.
@@ -120,45 +136,84 @@ template <int Columns, class T>
   }
 }
 
-// Columns as rows: lane i of column c goes to p[i * stride + c].
-template <int Columns, class T>
-[[gnu::always_inline]] inline void store_columns(T* p, ptrdiff_t stride, const batch<T> (&column)[Columns]) {
+template <class Store>
+[[gnu::always_inline]] inline void for_each_part(const Store& store) {
+  [&]<int... Part>(std::integer_sequence<int, Part...>) __attribute__((always_inline)) {
+    (store(std::integral_constant<int, Part>()), ...);
+  }
+  (std::make_integer_sequence<int, static_cast<int>(sizeof(f64) / 16)>());
+}
+
+// Three columns as rows without gaps between them.
+[[gnu::always_inline]] inline void store_triples(double* p, const f64& a, const f64& b, const f64& c) {
+  const f64 ab = unpack_low(a, b), ca = lower_and_upper(c, a), bc = unpack_high(b, c);
+  for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
+    _mm_storeu_pd(p + 6 * Part, part_of<Part>(ab));
+    _mm_storeu_pd(p + 6 * Part + 2, part_of<Part>(ca));
+    _mm_storeu_pd(p + 6 * Part + 4, part_of<Part>(bc));
+  });
+}
+[[gnu::always_inline]] inline void store_triples(float* p, const f32& a, const f32& b, const f32& c) {
+  const f32 ab_low = unpack_low(a, b), ab_high = unpack_high(a, b);
+  const f32 c0_a1 = shuffle<0x50>(c, a), b1_c1 = shuffle<0x55>(b, c), c23_ab3 = shuffle<0xEE>(c, ab_high);
+  const f64 first = bits_as<double>(shuffle<0x84>(ab_low, c0_a1));
+  const f64 second = bits_as<double>(shuffle<0x48>(b1_c1, ab_high));
+  const f64 third = bits_as<double>(shuffle<0x78>(c23_ab3, c23_ab3));
+  for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
+    double* to = reinterpret_cast<double*>(p + 12 * Part);
+    _mm_storeu_pd(to, part_of<Part>(first));
+    _mm_storeu_pd(to + 2, part_of<Part>(second));
+    _mm_storeu_pd(to + 4, part_of<Part>(third));
+  });
+}
+
+// Columns as rows: lane i of column c goes to p[i * stride + c], and nothing else is touched.
+template <int Columns>
+[[gnu::always_inline]] inline void store_columns(double* p, ptrdiff_t stride, const f64 (&column)[Columns]) {
   static_assert(Columns >= 2 && Columns <= 4);
-  const auto part = [&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
-    if constexpr (sizeof(T) == 8) {
-      T* even = p + 2 * Part * stride;
-      T* odd = even + stride;
-      _mm_storeu_pd(even, part_of<Part>(unpack_low(column[0], column[1])));
-      _mm_storeu_pd(odd, part_of<Part>(unpack_high(column[0], column[1])));
-      if constexpr (Columns == 3) {
-        _mm_storel_pd(even + 2, part_of<Part>(column[2]));
-        _mm_storeh_pd(odd + 2, part_of<Part>(column[2]));
-      } else if constexpr (Columns == 4) {
-        _mm_storeu_pd(even + 2, part_of<Part>(unpack_low(column[2], column[3])));
-        _mm_storeu_pd(odd + 2, part_of<Part>(unpack_high(column[2], column[3])));
-      }
-    } else {
-      T* row = p + 4 * Part * stride;
-      const auto pairs = [&](int first) __attribute__((always_inline)) {
-        const f64 low = bits_as<double>(unpack_low(column[first], column[first + 1]));
-        const f64 high = bits_as<double>(unpack_high(column[first], column[first + 1]));
-        const auto to = [&](int i) { return reinterpret_cast<double*>(row + i * stride + first); };
-        _mm_storel_pd(to(0), part_of<Part>(low));
-        _mm_storeh_pd(to(1), part_of<Part>(low));
-        _mm_storel_pd(to(2), part_of<Part>(high));
-        _mm_storeh_pd(to(3), part_of<Part>(high));
-      };
-      pairs(0);
-      if constexpr (Columns == 4) pairs(2);
-      if constexpr (Columns == 3) {
-        alignas(16) float last[4];
-        _mm_store_ps(last, _mm_castpd_ps(part_of<Part>(bits_as<double>(column[2]))));
-        for (int i = 0; i < 4; ++i) row[i * stride + 2] = last[i];
-      }
+  if constexpr (Columns == 3)
+    if (stride == 3) return store_triples(p, column[0], column[1], column[2]);
+  const f64 even = unpack_low(column[0], column[1]), odd = unpack_high(column[0], column[1]);
+  const f64 last = column[Columns - 1];
+  const f64 last_even = unpack_low(column[2 % Columns], last),
+            last_odd = unpack_high(column[2 % Columns], last);
+  for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
+    double* row = p + 2 * Part * stride;
+    _mm_storeu_pd(row, part_of<Part>(even));
+    _mm_storeu_pd(row + stride, part_of<Part>(odd));
+    if constexpr (Columns == 3) {
+      _mm_storel_pd(row + 2, part_of<Part>(last));
+      _mm_storeh_pd(row + stride + 2, part_of<Part>(last));
+    } else if constexpr (Columns == 4) {
+      _mm_storeu_pd(row + 2, part_of<Part>(last_even));
+      _mm_storeu_pd(row + stride + 2, part_of<Part>(last_odd));
     }
-  };
-  [&]<int... Part>(std::integer_sequence<int, Part...>) { (part(std::integral_constant<int, Part>()), ...); }
-  (std::make_integer_sequence<int, static_cast<int>(sizeof(batch<T>) / 16)>());
+  });
+}
+
+template <int Columns>
+[[gnu::always_inline]] inline void store_columns(float* p, ptrdiff_t stride, const f32 (&column)[Columns]) {
+  static_assert(Columns >= 2 && Columns <= 4);
+  if constexpr (Columns == 3)
+    if (stride == 3) return store_triples(p, column[0], column[1], column[2]);
+  const f64 low = bits_as<double>(unpack_low(column[0], column[1]));
+  const f64 high = bits_as<double>(unpack_high(column[0], column[1]));
+  const f32 third = column[2 % Columns], last = column[Columns - 1];
+  const f64 last_low = bits_as<double>(unpack_low(third, last));
+  const f64 last_high = bits_as<double>(unpack_high(third, last));
+  const f64 rows[] = {unpack_low(low, last_low), unpack_high(low, last_low), unpack_low(high, last_high),
+                      unpack_high(high, last_high)};
+  for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
+    for (int i = 0; i < 4; ++i) {
+      const __m128d row = part_of<Part>(rows[i]);
+      float* to = p + (4 * Part + i) * stride;
+      if constexpr (Columns == 4)
+        _mm_storeu_ps(to, _mm_castpd_ps(row));
+      else
+        _mm_storel_pd(reinterpret_cast<double*>(to), row);
+      if constexpr (Columns == 3) _mm_store_ss(to + 2, _mm_castpd_ps(_mm_unpackhi_pd(row, row)));
+    }
+  });
 }
 
 TMK_TIER_CLOSE

@@ -21,11 +21,14 @@ struct cell_array {
   }
   // Cells that no search gives count as the nearest that one does.
   void read(int64_t first, int count, int64_t nx, int32_t* to) const {
-    for (int i = 0; i < count; ++i) {
-      const int64_t cell =
-          wide ? static_cast<int64_t*>(cells)[first + i] : static_cast<int32_t*>(cells)[first + i];
-      to[i] = static_cast<int32_t>(std::clamp<int64_t>(cell, 0, nx));
-    }
+    const auto nearest = [&](const auto* from) {
+      for (int i = 0; i < count; ++i)
+        to[i] = static_cast<int32_t>(std::clamp<int64_t>(from[first + i], 0, nx));
+    };
+    if (wide)
+      nearest(static_cast<const int64_t*>(cells));
+    else
+      nearest(static_cast<const int32_t*>(cells));
   }
 };
 

@@ -23,10 +23,13 @@ template <class Real>
 struct evaluation_loops {
   // By order - 2, and by the set of derivatives as bits: 1 the value, 2 the first, 4 the second, 8 the third.
   polynomial_loop<Real>* polynomials[3][16];
-  // Distances of sites from the points first + piece * step, or x[piece].
-  void (*from_uniform)(const Real* sites, const int32_t* pieces, int count, Real first, Real step,
-                       Real* distances);
-  void (*from_given)(const Real* sites, const int32_t* pieces, int count, const Real* x, Real* distances);
+  // Pieces of cells, those outside 1 ... last + 1 as the nearest, and the distances of sites from their bases
+  // x[piece] or first + piece * step. Cells are readable, pieces and distances have room, up to a multiple of
+  // 16.
+  void (*locate_given)(const Real* sites, const int32_t* cells, int count, int32_t last, const Real* x,
+                       int32_t* pieces, Real* distances);
+  void (*locate_uniform)(const Real* sites, const int32_t* cells, int count, int32_t last, Real first,
+                         Real step, int32_t* pieces, Real* distances);
   // `columns` columns of `count` values, `pitch` apart, as rows behind out, `stride` apart. The columns are
   // readable up to a multiple of 16.
   void (*as_rows)(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride);

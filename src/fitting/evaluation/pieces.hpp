@@ -26,29 +26,23 @@ struct located_sites {
 };
 
 // A cell outside the partition takes the nearest polynomial, so that ends are carried on; cells of a caller's
-// hook that are outside every range do so, too.
-template <class Real>
-void pieces_of_cells(const task<Real>& t, bool subbotin, int count, const Real* sites, const int32_t* cells,
-                     int32_t* piece) {
-  if (subbotin) {
-    const auto knots = subbotin_knots_of(t);
-    for (int i = 0; i < count; ++i) piece[i] = static_cast<int32_t>(knots.piece(cells[i], sites[i]));
-  } else {
-    const auto last = static_cast<int32_t>(t.nx - 2);
-    for (int i = 0; i < count; ++i) piece[i] = std::clamp(cells[i] - 1, 0, last);
-  }
-}
-
+// hook that are outside every range do so, too. A Subbotin spline has its pieces around the points: the loop
+// is told piece + 1 for a cell.
 template <class Real>
 void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind, int count,
-            const Real* sites, const int32_t* cells, located_sites<Real>& located) {
-  pieces_of_cells(t, kind == spline_kind::subbotin, count, sites, cells, located.piece);
-  located.pad(count);
+            const Real* sites, const int32_t* cells, located_sites<Real>& at) {
+  const bool subbotin = kind == spline_kind::subbotin;
+  if (subbotin) {
+    const auto knots = subbotin_knots_of(t);
+    for (int i = 0; i < count; ++i) at.piece[i] = static_cast<int32_t>(knots.piece(cells[i], sites[i])) + 1;
+    cells = at.piece;
+  }
+  const auto last = static_cast<int32_t>(t.nx) - (subbotin ? 1 : 2);
   const auto& loops = evaluation_now<Real>();
   if (points.given != nullptr)
-    loops.from_given(sites, located.piece, count, points.given, located.distance);
+    loops.locate_given(sites, cells, count, last, points.given, at.piece, at.distance);
   else
-    loops.from_uniform(sites, located.piece, count, points.first, points.step, located.distance);
+    loops.locate_uniform(sites, cells, count, last, points.first, points.step, at.piece, at.distance);
 }
 
 constexpr int spline_order(spline_kind kind) {

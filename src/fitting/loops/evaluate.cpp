@@ -17,7 +17,7 @@ constexpr int falling_factorial(int power, int derivative) {
 }
 
 template <int Derivative, class Real, size_t Order>
-batch<Real> horner(const batch<Real> (&c)[Order], const batch<Real>& d) {
+[[gnu::always_inline]] inline batch<Real> horner(const batch<Real> (&c)[Order], const batch<Real>& d) {
   constexpr int degree = static_cast<int>(Order) - 1;
   const auto term = [&](int power) {
     return Derivative == 0 ? c[power] : c[power] * batch<Real>(Real(falling_factorial(power, Derivative)));
@@ -66,20 +66,33 @@ inline f64 as_reals(const int32_t* p, double) {
 }
 inline f32 as_reals(const int32_t* p, float) { return xsimd::to_float(load(p)); }
 
-// Writes whole registers: distances have room up to a multiple of 16, sites may not.
-template <class Real>
-void from_uniform(const Real* sites, const int32_t* pieces, int count, Real first, Real step,
-                  Real* distances) {
-  const batch<Real> h(step), x0(first);
-  for (int i = 0; i < count; i += lanes<Real>) {
-    const batch<Real> t = load_partial(sites + i, std::min(count - i, lanes<Real>), first);
-    store(distances + i, t - xsimd::fma(as_reals(pieces + i, Real()), h, x0));
-  }
+inline void pieces_of_cells(const int32_t* cells, int count, int32_t last, int32_t* pieces) {
+  for (int i = 0; i < count; i += lanes<int32_t>)
+    store(pieces + i, xsimd::max(xsimd::min(load(cells + i) - 1, i32(last)), i32(0)));
+}
+
+template <class Real, class Base>
+void locate(const Real* sites, const int32_t* cells, int count, int32_t last, int32_t* pieces,
+            Real* distances, const Base& base) {
+  pieces_of_cells(cells, count, last, pieces);
+  int i = 0;
+  for (; i + lanes<Real> <= count; i += lanes<Real>) store(distances + i, load(sites + i) - base(pieces + i));
+  if (i < count) store(distances + i, load_partial(sites + i, count - i, Real(0)) - base(pieces + i));
 }
 
 template <class Real>
-void from_given(const Real* sites, const int32_t* pieces, int count, const Real* x, Real* distances) {
-  for (int i = 0; i < count; ++i) distances[i] = sites[i] - x[pieces[i]];
+void locate_given(const Real* sites, const int32_t* cells, int count, int32_t last, const Real* x,
+                  int32_t* pieces, Real* distances) {
+  locate(sites, cells, count, last, pieces, distances,
+         [&](const int32_t* piece) { return load_at(x, piece); });
+}
+
+template <class Real>
+void locate_uniform(const Real* sites, const int32_t* cells, int count, int32_t last, Real first, Real step,
+                    int32_t* pieces, Real* distances) {
+  locate(sites, cells, count, last, pieces, distances, [&](const int32_t* piece) {
+    return xsimd::fma(as_reals(piece, Real()), batch<Real>(step), batch<Real>(first));
+  });
 }
 
 // `Columns` columns beside each other, and what is left of a register of sites one by one.
@@ -118,8 +131,8 @@ constexpr polynomial_loop<Real>* polynomial() {
 template <class Real, unsigned... Set>
 constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) {
   return {{{polynomial<Real, 2, Set>()...}, {polynomial<Real, 3, Set>()...}, {polynomial<Real, 4, Set>()...}},
-          from_uniform<Real>,
-          from_given<Real>,
+          locate_given<Real>,
+          locate_uniform<Real>,
           as_rows<Real>};
 }
 
