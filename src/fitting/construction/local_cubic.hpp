@@ -100,7 +100,7 @@ class local_cubic_job {
       const ptrdiff_t knots_end = end == b ? b + 1 : std::min(end + 4, b);
       const int count = static_cast<int>(cells_end - cells);
       if (with_widths) loops.widths(p_.t.x + cells, count, h_ + (cells - a), r_ + (cells - a));
-      loops.slopes(values + (cells - a), h_ + (cells - a), count, d_ + (cells - a));
+      loops.slopes(values + (cells - a), r_ + (cells - a), count, d_ + (cells - a));
       continue_slopes(a, cells_end);
       p_.slopes(loops,
                 {p_.t, knots, knots_end - knots, h_ + (knots - a), d_ + (knots - a), s_ + (knots - a)});

@@ -21,7 +21,7 @@ using slope_rule = void(const Real* h, const Real* d, int count, Real* s);
 template <class Real>
 struct local_cubic_loops {
   void (*widths)(const Real* x, int count, Real* h, Real* r);  // and their reciprocals
-  void (*slopes)(const Real* y, const Real* h, int count, Real* d);
+  void (*slopes)(const Real* y, const Real* r, int count, Real* d);
   slope_rule<Real>*bessel, *hyman, *akima;
   // Four coefficients a cell. Past the caches c is aligned to 16 bytes, and settle follows the last call.
   void (*cells)(const Real* y, const Real* s, const Real* d, const Real* r, int count, bool past_caches,

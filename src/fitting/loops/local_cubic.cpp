@@ -25,10 +25,10 @@ void widths(const Real* x, int count, Real* h, Real* r) {
 }
 
 template <class Real>
-void slopes(const Real* y, const Real* h, int count, Real* d) {
+void slopes(const Real* y, const Real* r, int count, Real* d) {
   walk<Real>(count, [&](int i, int rest) {
     const batch<Real> rise = load_partial(y + i + 1, rest, Real(0)) - load_partial(y + i, rest, Real(0));
-    store(d + i, rise / load(h + i));
+    store(d + i, rise * load(r + i));
   });
 }
 
