@@ -19,6 +19,7 @@ struct request {
   const Real* search_hint = nullptr;
   void* cell = nullptr;
   typename df<Real>::hook left = nullptr, right = nullptr, interior = nullptr;
+  typename df<Real>::search_hook search = nullptr;
   void* parameter = nullptr;
   int32_t threads = 1;
 
@@ -27,7 +28,7 @@ struct request {
     return df<Real>::interpolate(task, type, 0, n, sites.data(), site_hint,
                                  static_cast<int64_t>(dorder.size()), 0, dorder.data(), search_hint,
                                  result.data(), rhint, cell, left, parameter, right, parameter, interior,
-                                 parameter, nullptr, nullptr, shuffled_threads(threads));
+                                 parameter, search, parameter, shuffled_threads(threads));
   }
 };
 
@@ -230,6 +231,36 @@ TYPED_TEST(interpolation, hooks_of_regions) {
         log.status = -5;
         EXPECT_EQ(hooked > 0 ? -5 : 0, ask(c.task, 600, sites, result));
       }
+}
+
+// Leaves every other site to the library, and gives the others cells of its own, some of them nowhere.
+template <class Real>
+int32_t wild_cells(const int64_t* count, const Real*, int64_t* cells, int32_t* flags, void* status, void*) {
+  for (int64_t i = 0; i < *count; ++i) {
+    flags[i] = i % 2;
+    cells[i] = i % 2 == 0 ? 3 : i % 4 == 1 ? -100 : 1000;
+  }
+  return *static_cast<int32_t*>(status);
+}
+
+TYPED_TEST(interpolation, search_hook) {
+  using Real = TypeParam;
+  spline_case<Real> c(cubic, false, 20, 1);
+  const auto sites = c.sites(64);
+  std::vector<Real> got(64), want(64);
+  int32_t status = 0;
+  request<Real> ask;
+  ASSERT_EQ(0, ask(c.task, 64, sites, want));
+  ask.search = wild_cells<Real>;
+  ask.parameter = &status;
+  ASSERT_EQ(0, ask(c.task, 64, sites, got));
+  for (size_t i = 0; i < 64; i += 2) {
+    // A hook's start may keep a point in the cell to its left, where random pieces do not meet.
+    const bool point = std::binary_search(c.points.begin(), c.points.end(), sites[i]);
+    EXPECT_TRUE(point || want[i] == got[i]) << i;
+  }
+  status = -3;
+  EXPECT_EQ(-3, ask(c.task, 64, sites, got));
 }
 
 TYPED_TEST(interpolation, statuses_in_order) {

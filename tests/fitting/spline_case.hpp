@@ -29,6 +29,7 @@ struct df {
   static constexpr auto interpolate = pick<tmk_df_kernel_dDFInterpolate1D, tmk_df_kernel_sDFInterpolate1D>;
   static constexpr auto integrate = pick<tmk_df_kernel_dDFIntegrate1D, tmk_df_kernel_sDFIntegrate1D>;
   using hook = std::conditional_t<wide, DFdHook, DFsHook>;
+  using search_hook = std::conditional_t<wide, DFdSearchHook, DFsSearchHook>;
   using integration_hook = std::conditional_t<wide, DFdIntegrationHook, DFsIntegrationHook>;
 };
 

@@ -118,7 +118,8 @@ enum { DF_SITES_UNKNOWN = 0, DF_SITES_UNIFORM = 4, DF_SITES_SORTED = 64 };
 /* The request of an interpolation: values, cells besides, or values from the caller's cells alone. */
 enum { DF_INTERPOLATE_VALUES = 1, DF_INTERPOLATE_CELLS = 2, DF_INTERPOLATE_FROM_CELLS = 4 };
 
-/* rhint of an interpolation, the slowest index first. */
+/* rhint of an integration: DF_ROWS (also 128) has the pairs of one function together, DF_COLUMNS (also 0) the
+ * functions of one pair. rhint of an interpolation, the slowest index first: */
 enum {
   DF_FUNCTION_SITE_DERIVATIVE = 16, /* also 0 and 128 */
   DF_FUNCTION_DERIVATIVE_SITE = 32,
@@ -135,13 +136,16 @@ typedef int32_t (*DFdSearchHook)(const int64_t* count, const double* sites, int6
                                  void* parameter, void* reserved);
 typedef int32_t (*DFsSearchHook)(const int64_t* count, const float* sites, int64_t* cells, int32_t* flags,
                                  void* parameter, void* reserved);
-/* An evaluation hook writes the results of a block of `*count` sites in the given cells. A negative result
- * ends the call. */
+/* An evaluation hook writes the results of a block of `*count` sites in the given cells, all of which lie in
+ * its region: function by function, site by site, derivative by derivative. They are zero at first. A
+ * negative result ends the call. Several threads may be in it at a time; a search hook has one. */
 typedef int32_t (*DFdHook)(const int64_t* count, const int64_t* cells, const double* sites, double* results,
                            void* parameter, void* reserved);
 typedef int32_t (*DFsHook)(const int64_t* count, const int64_t* cells, const float* sites, float* results,
                            void* parameter, void* reserved);
-/* An integration hook adds up its share of `*count` pairs of limits. */
+/* An integration hook adds up its share of `*count` pairs of limits, function by function, pair by pair, to
+ * results that are zero at first. A pair is cut at the ends of the partition: limits outside the hook's
+ * region are moved to its end, and their cells with them (0, 1 to nx - 1, or nx). */
 typedef int32_t (*DFdIntegrationHook)(const int64_t* count, const int64_t* left_cells,
                                       const double* left_limits, const int64_t* right_cells,
                                       const double* right_limits, double* results, void* parameter,
