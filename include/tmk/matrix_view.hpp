@@ -11,14 +11,17 @@
 namespace tmk {
 
 /// row_major: the values of an observation stand side by side. column_major: those of a variable do.
-enum class layout { row_major, column_major };
+enum class matrix_order { row_major, column_major };
+namespace layout {
+using enum matrix_order;
+}
 
 /// `rows` observations of `cols` variables that stay the caller's: value (i, j) stands at
 /// data[i row_stride + j col_stride]. Nothing is checked here; the functions that take a view check it.
 template <class T>
 class matrix_view {
  public:
-  constexpr matrix_view(T* data, std::size_t rows, std::size_t cols, layout order = layout::row_major)
+  constexpr matrix_view(T* data, std::size_t rows, std::size_t cols, matrix_order order = layout::row_major)
       : matrix_view(data, rows, cols,
                     order == layout::row_major ? static_cast<std::ptrdiff_t>(cols) : std::ptrdiff_t{1},
                     order == layout::row_major ? std::ptrdiff_t{1} : static_cast<std::ptrdiff_t>(rows)) {}

@@ -17,6 +17,7 @@
 #include <span>
 #include <string>
 #include <tmk/error.hpp>
+#include <tmk/uniform.hpp>
 #include <type_traits>
 #include <variant>
 #include <vector>
@@ -191,6 +192,19 @@ struct continuous_call {
   void operator()(stream& g, std::span<float> r, const Law& law = {}) const { fill(g, r, law); }
 };
 
+inline void uniform_call::operator()(stream& g, std::span<double> r) const {
+  fill(g, r, distribution::uniform());
+}
+inline void uniform_call::operator()(stream& g, std::span<float> r) const {
+  fill(g, r, distribution::uniform());
+}
+inline void uniform_call::operator()(stream& g, std::span<double> r, const distribution::uniform& law) const {
+  fill(g, r, law);
+}
+inline void uniform_call::operator()(stream& g, std::span<float> r, const distribution::uniform& law) const {
+  fill(g, r, law);
+}
+
 template <class Law>
 struct by_method_call : continuous_call<Law> {
   using continuous_call<Law>::operator();
@@ -211,7 +225,6 @@ struct discrete_call {
 
 }  // namespace detail
 
-inline constexpr detail::continuous_call<distribution::uniform> uniform;
 inline constexpr detail::continuous_call<distribution::exponential> exponential;
 inline constexpr detail::continuous_call<distribution::cauchy> cauchy;
 inline constexpr detail::continuous_call<distribution::gumbel> gumbel;

@@ -1,8 +1,26 @@
 #include "api/check.hpp"
 
-#include <string>
+#include <charconv>
+#include <cmath>
 
 namespace tmk::detail {
+
+namespace {
+
+template <class Real>
+std::string text_of(Real value) {
+  char text[32];
+  return std::isnan(value) ? "nan" : std::string(text, std::to_chars(text, std::end(text), value).ptr);
+}
+
+}  // namespace
+
+std::string number(double value) { return text_of(value); }
+std::string number(float value) { return text_of(value); }
+
+std::string place(const char* array, std::size_t i) {
+  return std::string(array) + '[' + std::to_string(i) + ']';
+}
 
 int slot_of(const row& f, accuracy level) {
   const int slot =

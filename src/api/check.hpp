@@ -1,6 +1,8 @@
 // What a call must bring. Each function throws tmk::error for what it refuses, before anything is written.
 #pragma once
 
+#include <string>
+
 #include "api/rows.hpp"
 
 namespace tmk::detail {
@@ -13,6 +15,13 @@ void check(const row& f, const call& c);
 
 [[noreturn]] void refuse(const char* function, std::string argument, std::string value,
                          const std::string& complaint);
+
+// "nan", or the shortest text that reads back as the value.
+std::string number(double value);
+std::string number(float value);
+
+// "array[i]"
+std::string place(const char* array, std::size_t i);
 
 struct operand {
   const char* name;

@@ -4,7 +4,6 @@
 #include <tmk/abi/status.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -17,24 +16,11 @@
 
 namespace tmk::detail {
 
-namespace {
-
-std::string place(const char* array, std::size_t i) {
-  return std::string(array) + '[' + std::to_string(i) + ']';
-}
-
-}  // namespace
-
 void check_status(const char* function, int32_t status) {
   if (status == VTS_STATUS_SS_MEMORY) throw std::bad_alloc();
   if (status < 0)
     throw error(status, function, "x", std::to_string(status),
                 std::string("failed: ") + tmk_status_text(status));
-}
-
-std::string number(double value) {
-  char text[32];
-  return std::isnan(value) ? "nan" : std::string(text, std::to_chars(text, std::end(text), value).ptr);
 }
 
 std::size_t rows_of(const data_view& x) {

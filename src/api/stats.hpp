@@ -9,12 +9,12 @@
 #include <string>
 #include <tmk/stats.hpp>
 
+#include "api/check.hpp"
+
 namespace tmk::detail {
 
 // Throws for a negative status of the C interface, with its sentence.
 void check_status(const char* function, int32_t status);
-
-std::string number(double value);
 
 // x with rows (where `empty` does not allow none) and columns, and not null.
 void check_data(const char* function, const data_view& x, bool empty);

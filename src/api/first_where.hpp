@@ -1,0 +1,27 @@
+// Searches that nearly always find nothing.
+#pragma once
+
+#include <cstddef>
+
+namespace tmk::detail {
+
+// The first i below n for which `bad(i)` holds, or n; Real is the type that `bad` compares. Whole blocks are
+// tested without a branch: marks of the type compared, in two registers of them, are what the compiler makes
+// vector code of without AVX, so that a clean array costs one pass at the speed of memory.
+template <class Real, class Bad>
+std::size_t first_where(std::size_t n, const Bad& bad) {
+  constexpr std::size_t block = 64, lanes = 32 / sizeof(Real);
+  std::size_t first = 0;
+  for (; first + block <= n; first += block) {
+    Real found[lanes] = {};
+    for (std::size_t j = 0; j < block; j += lanes)
+      for (std::size_t l = 0; l < lanes; ++l) found[l] = bad(first + j + l) ? Real(1) : found[l];
+    Real any = 0;
+    for (const Real mark : found) any += mark;
+    if (any != 0) break;
+  }
+  while (first < n && !bad(first)) ++first;
+  return first;
+}
+
+}  // namespace tmk::detail

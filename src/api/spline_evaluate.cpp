@@ -1,0 +1,159 @@
+// Values, derivatives and cells: the C interface answers inside the partition, the rules of the sides
+// outside.
+#include <algorithm>
+#include <limits>
+
+#include "api/spline_outside.hpp"
+
+namespace tmk {
+
+namespace {
+
+struct order_row {
+  int64_t hint;
+  bool one_function;
+};
+// In the order of result_order.
+constexpr order_row order_rows[] = {
+    {DF_FUNCTION_SITE_DERIVATIVE, false}, {DF_FUNCTION_DERIVATIVE_SITE, false},
+    {DF_SITE_FUNCTION_DERIVATIVE, false}, {DF_SITE_DERIVATIVE_FUNCTION, false},
+    {DF_FUNCTION_SITE_DERIVATIVE, true},  {DF_FUNCTION_DERIVATIVE_SITE, true},
+};
+
+// Where the results of a site stand.
+struct strides {
+  std::size_t function, site, derivative;
+};
+strides strides_of(int64_t hint, std::size_t functions, std::size_t sites, std::size_t orders) {
+  switch (hint) {
+    case DF_FUNCTION_DERIVATIVE_SITE:
+      return {orders * sites, 1, sites};
+    case DF_SITE_FUNCTION_DERIVATIVE:
+      return {orders, functions * orders, 1};
+    case DF_SITE_DERIVATIVE_FUNCTION:
+      return {1, functions * orders, functions};
+    default:
+      return {sites * orders, orders, 1};
+  }
+}
+
+template <class Real>
+void check_apart(const char* function, std::span<Real> out, std::span<const Real> other, const char* name) {
+  detail::check_overlap(function, {"out", {out.data(), out.size()}, sizeof(Real)},
+                        {name, {other.data(), other.size()}, sizeof(Real)}, false);
+}
+
+template <class Real>
+void check_sites(const char* function, const abscissae<Real>& sites) {
+  const std::size_t n = sites.size();
+  if (!sites.is_grid()) detail::check_output(function, "sites", sites.array().data(), n, n);
+  if (sites.is_grid() && n > INT32_MAX)
+    detail::refuse(function, "sites", std::to_string(n),
+                   "has " + std::to_string(n) + " points, want at most 2147483647");
+}
+
+template <class Real>
+void interpolate(const detail::spline_core<Real>& core, const detail::outside_rules<Real>& rules,
+                 const abscissae<Real>& sites, std::span<const std::int32_t> orders, Real* out,
+                 int64_t layout) {
+  if (sites.size() == 0) return;
+  int32_t wanted[16] = {};
+  for (const std::int32_t k : orders) wanted[k] = 1;
+  // Beside a point a grid may take the cell behind it, which shows in derivatives that jump.
+  const bool even = core.even.get() != nullptr && orders.back() <= core.smooth;
+  const auto& task = even ? core.even : core.task;
+  // Below the polynomials' degree every result depends on the site, and so a NaN spreads by itself. A walk
+  // along the points is worth the way where sites are not few.
+  const bool walks = !even && !core.grid && sites.size() >= core.points / 16;
+  const auto p = detail::prepare(core, rules, sites, {orders.back() < core.order - 1, walks});
+  detail::check_fitting(
+      core.name, detail::twin<Real>(tmk_df_kernel_dDFInterpolate1D, tmk_df_kernel_sDFInterpolate1D)(
+                     task.get(), DF_INTERPOLATE_VALUES, 0, static_cast<int64_t>(p.values.size()),
+                     p.values.data(), detail::site_hint(p.ascending && walks), orders.back() + 1, 0, wanted,
+                     nullptr, out, layout, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                     nullptr, nullptr, detail::fitting_threads()));
+  const strides at = strides_of(layout, core.functions, p.values.size(), orders.size());
+  for (const auto& s : p.strays)
+    for (std::size_t f = 0; f < core.functions; ++f)
+      for (std::size_t k = 0; k < orders.size(); ++k) {
+        Real& result = out[f * at.function + s.index * at.site + k * at.derivative];
+        result = detail::outside_value(core, s, f, orders[k], result);
+      }
+}
+
+}  // namespace
+
+derivatives::derivatives(std::initializer_list<int> orders) {
+  int previous = -1;
+  for (const int order : orders) {
+    if (order <= previous || order > 15)
+      detail::refuse("derivatives", "orders[" + std::to_string(count_) + ']', std::to_string(order),
+                     "is " + std::to_string(order) + ", want ascending orders from 0 to 15");
+    orders_[count_++] = previous = order;
+  }
+  if (count_ == 0) detail::refuse("derivatives", "orders", "0", "is empty");
+}
+
+template <class Real>
+void basic_spline<Real>::evaluate(const abscissae<Real>& sites, const derivatives& orders,
+                                  std::span<Real> out, result_order order) const {
+  constexpr auto function = "spline::evaluate";
+  const auto number = static_cast<std::size_t>(order);
+  if (number >= std::size(order_rows))
+    detail::refuse(function, "order", std::to_string(number),
+                   "is " + std::to_string(number) + ", want a result_order");
+  const order_row& row = order_rows[number];
+  if (row.one_function && functions() != 1)
+    detail::refuse(function, "order", std::to_string(functions()),
+                   "is for one function, but there are " + std::to_string(functions()));
+  check_sites(function, sites);
+  detail::check_output(function, "out", out.data(), out.size(),
+                       functions() * sites.size() * orders.orders().size());
+  if (!sites.is_grid()) check_apart(function, out, sites.array(), "sites");
+  interpolate(*core_, outside_, sites, orders.orders(), out.data(), row.hint);
+}
+
+template <class Real>
+void basic_spline<Real>::operator()(const abscissae<Real>& sites, std::span<Real> out) const {
+  evaluate(sites, {0}, out);
+}
+
+template <class Real>
+Real basic_spline<Real>::operator()(Real site, int derivative) const {
+  Real result = 0;
+  evaluate(std::span<const Real>(&site, 1), {derivative}, std::span<Real>(&result, 1),
+           layout::site_derivative);
+  return result;
+}
+
+template <class Real>
+void basic_spline<Real>::cells(const abscissae<Real>& sites, std::span<std::int32_t> out) const {
+  constexpr auto function = "spline::cells";
+  check_sites(function, sites);
+  detail::check_output(function, "out", out.data(), out.size(), sites.size());
+  if (!sites.is_grid())
+    detail::check_overlap(function, {"out", {out.data(), out.size()}, sizeof(std::int32_t)},
+                          {"sites", {sites.array().data(), sites.size()}, sizeof(Real)}, false);
+  if (sites.size() == 0) return;
+  const detail::outside_rules<Real> carry_on{};
+  const bool walks = sites.size() >= core_->points / 16;
+  const auto p = detail::prepare(*core_, carry_on, sites, {true, true});
+  detail::check_fitting(function, detail::twin<Real>(tmk_df_kernel_dDFSearch1D, tmk_df_kernel_sDFSearch1D)(
+                                      core_->task.get(), 0, static_cast<int64_t>(p.values.size()),
+                                      p.values.data(), detail::site_hint(p.ascending && walks), nullptr,
+                                      out.data(), nullptr, nullptr, detail::fitting_threads()));
+  if (p.ascending && !std::isnan(p.values[0])) return;
+  for (std::size_t i = 0; i < out.size(); ++i)
+    if (std::isnan(p.values[i])) out[i] = -1;
+}
+
+template <class Real>
+basic_spline<Real>& basic_spline<Real>::extrapolate_by(side which, outside_function function) {
+  outside_[which == side::left ? 0 : 1] = {extrapolation::polynomial, std::move(function), {}};
+  return *this;
+}
+
+template class basic_spline<double>;
+template class basic_spline<float>;
+
+}  // namespace tmk
