@@ -6,68 +6,43 @@ namespace {
 
 constexpr int at_once = 4;
 
-// Pivots of zero are seen at the end: what they spoil is not used.
-template <class Real, int Count>
-ptrdiff_t factor_some(const tridiagonals<Real>& t) {
-  Real reciprocal[Count], above[Count];
-  ptrdiff_t bad = 0;
-  const auto row = [&](ptrdiff_t i, int k, Real pivot) {
-    if (pivot == 0 && bad == 0) bad = i + 1;
-    reciprocal[k] = 1 / pivot;
-    t.d[i + k * t.stride] = reciprocal[k];
-  };
-  for (int k = 0; k < Count; ++k) row(0, k, t.d[k * t.stride]);
-  for (ptrdiff_t i = 1; i < t.n; ++i) {
-    for (int k = 0; k < Count; ++k) {
-      Real& du = t.du[i - 1 + k * t.stride];
-      Real& dl = t.dl[i - 1 + k * t.stride];
-      above[k] = du *= reciprocal[k];
-      row(i, k, t.d[i + k * t.stride] - dl * above[k]);
-      dl *= reciprocal[k];
-    }
-  }
-  return bad;
-}
-
 template <class Real, int Count>
 void solve_some(const tridiagonals<const Real>& t, Real* b, ptrdiff_t ldb) {
   Real x[Count];
-  const auto at = [&](const Real* diagonal, ptrdiff_t i, int k) { return diagonal[i + k * t.stride]; };
-  for (int k = 0; k < Count; ++k) x[k] = b[k * ldb] *= at(t.d, 0, k);
+#pragma GCC unroll 4
+  for (int k = 0; k < Count; ++k) x[k] = b[k * ldb] *= t.d[0];
   for (ptrdiff_t i = 1; i < t.n; ++i)
-    for (int k = 0; k < Count; ++k)
-      x[k] = b[i + k * ldb] = b[i + k * ldb] * at(t.d, i, k) - at(t.dl, i - 1, k) * x[k];
+#pragma GCC unroll 4
+    for (int k = 0; k < Count; ++k) x[k] = b[i + k * ldb] = b[i + k * ldb] * t.d[i] - t.dl[i - 1] * x[k];
   for (ptrdiff_t i = t.n - 1; i-- > 0;)
-    for (int k = 0; k < Count; ++k) x[k] = b[i + k * ldb] -= at(t.du, i, k) * x[k];
-}
-
-template <class Real>
-tridiagonals<Real> from(const tridiagonals<Real>& t, ptrdiff_t first) {
-  const ptrdiff_t skipped = first * t.stride;
-  return {t.n, t.dl + skipped, t.d + skipped, t.du + skipped, t.stride};
+#pragma GCC unroll 4
+    for (int k = 0; k < Count; ++k) x[k] = b[i + k * ldb] -= t.du[i] * x[k];
 }
 
 }  // namespace
 
 template <class Real>
-ptrdiff_t factor(const tridiagonals<Real>& t, ptrdiff_t count) {
-  ptrdiff_t k = 0;
-  for (; count - k >= at_once; k += at_once)
-    if (const ptrdiff_t bad = factor_some<Real, at_once>(from(t, k))) return bad;
-  for (; k < count; ++k)
-    if (const ptrdiff_t bad = factor_some<Real, 1>(from(t, k))) return bad;
-  return 0;
+ptrdiff_t factor(const tridiagonals<Real>& t) {
+  Real pivot = t.d[0];
+  for (ptrdiff_t i = 0;; ++i) {
+    if (pivot == 0) return i + 1;
+    const Real reciprocal = t.d[i] = 1 / pivot;
+    if (i > 0) t.dl[i - 1] *= reciprocal;
+    if (i == t.n - 1) return 0;
+    t.du[i] *= reciprocal;
+    pivot = t.d[i + 1] - t.dl[i] * t.du[i];
+  }
 }
 
 template <class Real>
 void solve(const tridiagonals<const Real>& t, Real* b, ptrdiff_t ldb, ptrdiff_t columns) {
   ptrdiff_t k = 0;
-  for (; columns - k >= at_once; k += at_once) solve_some<Real, at_once>(from(t, k), b + k * ldb, ldb);
-  for (; k < columns; ++k) solve_some<Real, 1>(from(t, k), b + k * ldb, ldb);
+  for (; columns - k >= at_once; k += at_once) solve_some<Real, at_once>(t, b + k * ldb, ldb);
+  for (; k < columns; ++k) solve_some<Real, 1>(t, b + k * ldb, ldb);
 }
 
-template ptrdiff_t factor(const tridiagonals<double>&, ptrdiff_t);
-template ptrdiff_t factor(const tridiagonals<float>&, ptrdiff_t);
+template ptrdiff_t factor(const tridiagonals<double>&);
+template ptrdiff_t factor(const tridiagonals<float>&);
 template void solve(const tridiagonals<const double>&, double*, ptrdiff_t, ptrdiff_t);
 template void solve(const tridiagonals<const float>&, float*, ptrdiff_t, ptrdiff_t);
 

@@ -5,8 +5,7 @@
 //   p[0] = d[0], p[i] = d[i] - dl[i-1] du[i-1] / p[i-1]
 //   d[i] = 1 / p[i], dl[i-1] = dl[i-1] / p[i], du[i] = du[i] / p[i]
 //   z[i] = b[i] d[i] - dl[i-1] z[i-1],  x[i] = z[i] - du[i] x[i+1]
-// A sweep waits for one row before it begins the next; four at a time, of one system or of several, fill the
-// time.
+// A sweep waits for one row before it begins the next; four columns at a time fill the time.
 #pragma once
 
 #include <cstddef>
@@ -27,20 +26,17 @@ TMK_TRIDIAGONAL_TWIN(s, float)
 
 namespace tmk::linalg {
 
-// Matrices of one order: that of system k stands k * stride elements behind the pointers. With a stride of 0
-// one system serves all.
 template <class Real>
 struct tridiagonals {
   ptrdiff_t n;
   Real *dl, *d, *du;
-  ptrdiff_t stride = 0;
 };
 
-// Factors `count` systems. 0, or the first row, counted from 1, whose pivot is zero.
+// 0, or the first row, counted from 1, whose pivot is zero.
 template <class Real>
-ptrdiff_t factor(const tridiagonals<Real>& t, ptrdiff_t count = 1);
+ptrdiff_t factor(const tridiagonals<Real>& t);
 
-// Solves by factors: column k of b, at b + k * ldb, belongs to system k.
+// Solves by factors for `columns` right sides, ldb elements apart.
 template <class Real>
 void solve(const tridiagonals<const Real>& t, Real* b, ptrdiff_t ldb, ptrdiff_t columns);
 

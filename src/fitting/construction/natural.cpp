@@ -1,5 +1,9 @@
-// Natural cubics: the constructor, its kernels, and the roads of one thread and of many.
-#include "fitting/construction/natural.hpp"
+// Natural cubics: the constructor, its kernels, and the roads of one thread and of many. They are twice
+// continuously differentiable; their slopes s at the knots solve a tridiagonal system,
+//   h[i] s[i-1] + 2 (h[i-1] + h[i]) s[i] + h[i-1] s[i+1] = 3 (h[i] d[i-1] + h[i-1] d[i])
+// with widths h and divided differences d; the rows of the ends say the boundary conditions.
+#include "fitting/construction/natural_panels.hpp"
+#include "fitting/construction/natural_whole.hpp"
 
 namespace tmk::fitting {
 
@@ -7,45 +11,56 @@ namespace {
 
 constexpr ptrdiff_t least_parallel = 300, least_for_few = 600, few_threads = 8;
 
-template <class Real>
-int32_t construct_alone(const task<Real>& t, natural_spline<Real>& spline, bool closed) {
-  const ptrdiff_t matrices = panels_at_once * spline.matrix_elements();
-  const scratch<Real> memory(static_cast<size_t>(matrices + panels_at_once * spline.work_elements()));
+struct call {
+  bool closed;
+  ptrdiff_t threads;
+  const ThreadingService* service;
+};
+
+template <class Real, class Spline>
+int32_t construct_alone(const task<Real>& t, Spline& spline, const call& c) {
+  const ptrdiff_t factors = spline.factor_elements();
+  const scratch<Real> memory(static_cast<size_t>(factors + spline.work_elements()));
   if (!memory) return DF_STATUS_NO_MEMORY;
-  if (closed && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
-  return spline.each_quad([&](ptrdiff_t p, ptrdiff_t count) {
-    const int32_t status = spline.factor(p, count, memory.get());
-    for (ptrdiff_t j = 0; status == 0 && j < functions(t); ++j)
-      spline.construct(p, count, memory.get(), memory.get() + matrices, j);
-    return status;
-  });
+  Real* const work = memory.get() + factors;
+  if (c.closed && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
+  for (ptrdiff_t group = 0; group < spline.groups(); ++group) {
+    if (const int32_t status = spline.factor(group, memory.get(), work)) return status;
+    for (ptrdiff_t j = 0; j < functions(t); ++j) spline.construct(group, memory.get(), work, j);
+  }
+  return DF_STATUS_OK;
 }
 
-// All panels are factored first, and the factors are what the workers share.
-template <class Real>
-int32_t construct_parallel(const task<Real>& t, natural_spline<Real>& spline, bool closed, ptrdiff_t threads,
-                           const ThreadingService* service) {
-  const ptrdiff_t ny = functions(t), matrix = spline.matrix_elements();
-  const ptrdiff_t matrices = spline.panels() * matrix, slice = panels_at_once * spline.work_elements();
-  const scratch<Real> memory(static_cast<size_t>(matrices + threads * slice));
+// All is factored first, and the factors are what the workers share.
+template <class Real, class Spline>
+int32_t construct_parallel(const task<Real>& t, Spline& spline, const call& c) {
+  const ptrdiff_t ny = functions(t), slice = spline.work_elements(), factors = spline.factor_elements();
+  const scratch<Real> memory(static_cast<size_t>(spline.groups() * factors + c.threads * slice));
   const scratch<int32_t> statuses(static_cast<size_t>(ny));
   if (!memory || !statuses) return DF_STATUS_NO_MEMORY;
-  std::fill_n(statuses.get(), ny, DF_STATUS_OK);
-  const int32_t status = spline.each_quad(
-      [&](ptrdiff_t p, ptrdiff_t count) { return spline.factor(p, count, memory.get() + p * matrix); });
-  if (status != 0 || !spline.forgets_ends()) return status;
-  auto work = [&](int32_t j, int32_t thread) {
-    if (closed && !closes(function_of(t, j), points(t)))
-      statuses.get()[j] = DF_STATUS_PERIODIC_MISMATCH;
-    else
-      spline.each_quad([&](ptrdiff_t p, ptrdiff_t count) {
-        spline.construct(p, count, memory.get() + p * matrix, memory.get() + matrices + thread * slice, j);
-        return DF_STATUS_OK;
-      });
+  Real* const work = memory.get() + spline.groups() * factors;
+  for (ptrdiff_t group = 0; group < spline.groups(); ++group)
+    if (const int32_t status = spline.factor(group, memory.get() + group * factors, work)) return status;
+  if (!spline.forgets_ends()) return DF_STATUS_OK;
+  auto job = [&](int32_t j, int32_t thread) {
+    statuses.get()[j] = DF_STATUS_PERIODIC_MISMATCH;
+    if (c.closed && !closes(function_of(t, j), points(t))) return;
+    for (ptrdiff_t group = 0; group < spline.groups(); ++group)
+      spline.construct(group, memory.get() + group * factors, work + thread * slice, j);
+    statuses.get()[j] = DF_STATUS_OK;
   };
-  parallel_for(service, ny, threads, work);
-  const int32_t* failed = std::find_if(statuses.get(), statuses.get() + ny, [](int32_t s) { return s != 0; });
-  return failed != statuses.get() + ny ? *failed : DF_STATUS_OK;
+  parallel_for(c.service, ny, c.threads, job);
+  const int32_t* end = statuses.get() + ny;
+  const int32_t* failed =
+      std::find_if(statuses.get() + 0, statuses.get() + ny, [](int32_t s) { return s != 0; });
+  return failed != end ? *failed : DF_STATUS_OK;
+}
+
+template <class Real, class Spline>
+int32_t construct(const task<Real>& t, Spline& spline, const call& c) {
+  const ptrdiff_t n = points(t);
+  const bool alone = c.threads <= 1 || n < least_parallel || (n < least_for_few && c.threads < few_threads);
+  return alone ? construct_alone(t, spline, c) : construct_parallel(t, spline, c);
 }
 
 struct natural_family {
@@ -53,16 +68,16 @@ struct natural_family {
   template <class Real, int Index>
   static int32_t kernel(const task<Real>& t, int64_t /*method*/, const ThreadingService* service) {
     constexpr auto index = static_cast<boundary>(Index % boundaries);
-    const ptrdiff_t n = points(t), ny = functions(t);
-    const ptrdiff_t threads = std::min<ptrdiff_t>(service->MaxThreads(), ny);
-    const bool alone = threads <= 1 || n < least_parallel || (n < least_for_few && threads < few_threads);
-    for (const bool divided : {true, false}) {
-      natural_spline<Real> spline(t, Index / boundaries % 2 == 1, index, divided);
-      const int32_t status = alone ? construct_alone(t, spline, index == periodic)
-                                   : construct_parallel(t, spline, index == periodic, threads, service);
-      if (status != 0 || spline.forgets_ends()) return status;
+    constexpr bool uniform = Index / boundaries % 2 == 1;
+    const call c = {index == periodic, std::min<ptrdiff_t>(service->MaxThreads(), functions(t)), service};
+    if (points(t) > natural_panels<Real>::least_cells) {
+      natural_panels<Real> panels(t, uniform, index);
+      const int32_t status = fitting::construct(t, panels, c);
+      // A pivot of zero is the whole system's to find.
+      if (status != DF_STATUS_SOLVER_FAILED && (status != 0 || panels.forgets_ends())) return status;
     }
-    return DF_STATUS_OK;
+    natural_whole<Real> whole(t, uniform, index);
+    return fitting::construct(t, whole, c);
   }
 
   template <class Real>

@@ -1,0 +1,212 @@
+// Natural cubics of many points, cut into panels.
+//
+// Off the diagonal a row of the system weighs half of what stands on it, so that a slope is felt k knots away
+// by at most 2^-k of itself, and commonly 0.27^k. Panels are therefore solved by themselves, each with
+// `reach` more knots on either side and the divided difference for the slope where these end: that is
+// forgotten below rounding. A group of panels is solved in the lanes of registers, where one recurrence would
+// leave the processor waiting, and stays in cache. A period is nothing but panels that reach around.
+//
+// Slopes are as large as widths are small. Where widths grow two or three times from knot to knot and on,
+// what is forgotten of a slope beyond is still much for the slopes within. The factors tell how much is left
+// (forgets_ends), and a partition that remembers is not for this road.
+#pragma once
+
+#include <cmath>
+#include <limits>
+
+#include "fitting/construction/end_rows.hpp"
+#include "fitting/construction/frame.hpp"
+#include "fitting/construction/natural_loops.hpp"
+
+namespace tmk::fitting {
+
+template <class Real>
+class natural_panels {
+ public:
+  static constexpr ptrdiff_t least_cells = 256;
+
+  natural_panels(const task<Real>& t, bool uniform, boundary index)
+      : t_(t), uniform_(uniform), index_(index), cells_(points(t) - 1) {
+    constexpr ptrdiff_t group_cells = lanes * most_own;
+    groups_ = (cells_ + group_cells - 1) / group_cells;
+    least_own_ = cells_ / (groups_ * lanes);
+    knots_ = least_own_ + 2 + 2 * reach;
+    own_row_ = (least_own_ + 2 + register_elements) / register_elements * register_elements;
+    past_caches_ = passes_caches(t);
+  }
+
+  ptrdiff_t groups() const { return groups_; }
+  // Elements of the factors of a group, and of the work on it.
+  ptrdiff_t factor_elements() const { return (3 * knots_ + own_row_) * lanes; }
+  ptrdiff_t work_elements() const { return (2 * knots_ + 2 * own_row_) * lanes; }
+
+  int32_t factor(ptrdiff_t group, Real* factors, Real* work) {
+    const rows m = rows_at(factors, work);
+    Real* const w = m.y;
+    if (uniform_)
+      std::fill_n(w, knots_ * lanes, Real(1));
+    else
+      fill(group, w, m.s, cells_ - 1, nullptr, [x = t_.x](ptrdiff_t i) { return x[i + 1] - x[i]; });
+    for (ptrdiff_t k = 0; k < lanes; ++k) {
+      m.e[k] = m.g[k] = 0;
+      m.r[k] = 1 / w[k];
+    }
+    bool good = true;
+    each_piece(
+        group,
+        [&](ptrdiff_t first, ptrdiff_t end) {
+          good &= natural_loops_now<Real>().factor(m, w, first, end, &least_width_);
+        },
+        [&](int side, ptrdiff_t at) {
+          const ptrdiff_t own = at - side * lanes, next = own + (side == 0 ? lanes : -lanes);
+          const auto row = end_row(end_conditions(index_, cells_)[side], w[own], w[next]);
+          const Real pivot = side == 0 ? row.diagonal : row.diagonal - row.beside * m.g[at - lanes];
+          good &= pivot != 0;
+          end_reciprocal_[side] = 1 / pivot;
+          (side == 0 ? m.e : m.g)[at] = 0;
+          (side == 0 ? m.g : m.e)[at] = row.beside / pivot;
+        });
+    if (!good) return DF_STATUS_SOLVER_FAILED;
+    see_memory(group, m, w);
+    if (uniform_) std::fill_n(m.r, knots_ * lanes, uniform_rate(t_));
+    separate_own(m.r, factors + 3 * knots_ * lanes);
+    return DF_STATUS_OK;
+  }
+
+  // After all groups are factored: whether panels could be solved by themselves. Widths that do not ascend
+  // remember everything.
+  bool forgets_ends() const { return remembered_ <= std::numeric_limits<Real>::epsilon() / 4 * least_width_; }
+
+  // The coefficients of function j in the panels of a group.
+  void construct(ptrdiff_t group, Real* factors, Real* work, ptrdiff_t j) const {
+    const auto& loops = natural_loops_now<Real>();
+    const rows m = rows_at(factors, work);
+    const samples<Real> y = function_of(t_, j);
+    fill(group, m.y, m.s, cells_, y.stride == 1 ? y.first : nullptr, [&y](ptrdiff_t i) { return y[i]; });
+    const ptrdiff_t last = (knots_ - 1) * lanes;
+    for (ptrdiff_t k = 0; k < lanes; ++k) {
+      m.s[k] = slope(m, k);
+      m.s[last + k] = slope(m, last - lanes + k);
+    }
+    each_piece(
+        group, [&](ptrdiff_t first, ptrdiff_t end) { loops.forward(m, first, end); },
+        [&](int side, ptrdiff_t at) {
+          const ptrdiff_t own = at - side * lanes, next = own + (side == 0 ? lanes : -lanes);
+          const Real width = uniform_    ? uniform_step(t_)
+                             : side == 0 ? t_.x[1] - t_.x[0]
+                                         : t_.x[cells_] - t_.x[cells_ - 1];
+          const outer_cells<Real> outer = {end_width(side, 0), end_width(side, 1), slope(m, own),
+                                           slope(m, next), side == 0 ? -width : width};
+          m.s[at] =
+              end_value(end_conditions(index_, cells_)[side], outer, t_.bc + side) * end_reciprocal_[side];
+          if (side == 1) m.s[at] -= m.e[at] * m.s[at - lanes];
+        });
+
+    loops.backward(m, reach, knots_ - 1);
+    const Real* const r = factors + 3 * knots_ * lanes;
+    Real *const slopes = work + 2 * knots_ * lanes, *const values = slopes + own_row_ * lanes;
+    separate_own(m.s, slopes);
+    if (y.stride != 1) separate_own(m.y, values);
+    for (ptrdiff_t k = 0; k < lanes; ++k) {
+      const ptrdiff_t panel = group * lanes + k, cell = own(panel), row = k * own_row_;
+      loops.cells(y.stride == 1 ? y.first + cell : values + row, slopes + row, r + row, own_cells(panel),
+                  past_caches_, t_.coeff_rows[j] + 4 * cell);
+    }
+    if (past_caches_) loops.settle();
+  }
+
+ private:
+  static constexpr ptrdiff_t lanes = panel_lanes<Real>;
+  static constexpr ptrdiff_t most_own = 768, register_elements = 16;
+  static constexpr ptrdiff_t reach = sizeof(Real) == sizeof(double) ? 40 : 24;
+  using rows = panel_group<Real>;
+
+  rows rows_at(Real* factors, Real* work) const {
+    const ptrdiff_t size = knots_ * lanes;
+    return {knots_, factors, factors + size, factors + 2 * size, work, work + size};
+  }
+
+  // The first cell of a panel; those before are what it reaches.
+  ptrdiff_t own(ptrdiff_t panel) const {
+    return static_cast<ptrdiff_t>(int64_t{cells_} * panel / (groups_ * lanes));
+  }
+  ptrdiff_t own_cells(ptrdiff_t panel) const { return own(panel + 1) - own(panel); }
+  ptrdiff_t has_left_end(ptrdiff_t group) const { return group == 0 && index_ != periodic; }
+  ptrdiff_t has_right_end(ptrdiff_t group) const { return group == groups_ - 1 && index_ != periodic; }
+
+  ptrdiff_t first_of(ptrdiff_t group, ptrdiff_t lane) const { return own(group * lanes + lane) - reach; }
+
+  // Rows of what lanes have at knots or cells 0 ... last: from where it stands, or by value(i) through rows
+  // of their own in `spare`. Beyond an end without a period, the last one goes on.
+  template <class Value>
+  void fill(ptrdiff_t group, Real* to, Real* spare, ptrdiff_t last, const Real* direct, Value&& value) const {
+    const Real* from[lanes];
+    for (ptrdiff_t k = 0; k < lanes; ++k, spare += knots_) {
+      const ptrdiff_t first = first_of(group, k);
+      const bool within = first >= 0 && first + knots_ - 1 <= last;
+      from[k] = within && direct != nullptr ? direct + first : spare;
+      if (from[k] != spare) continue;
+      for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(within ? first + i : place(first + i, last));
+    }
+    natural_loops_now<Real>().interleave(from, knots_, to);
+  }
+
+  ptrdiff_t place(ptrdiff_t i, ptrdiff_t last) const {
+    return index_ == periodic ? (i % cells_ + cells_) % cells_ : std::clamp<ptrdiff_t>(i, 0, last);
+  }
+
+  // What the panels have for their own knots, in an array for each.
+  void separate_own(const Real* from, Real* to) const {
+    Real* row[lanes];
+    for (ptrdiff_t k = 0; k < lanes; ++k) row[k] = to + k * own_row_;
+    natural_loops_now<Real>().separate(from + reach * lanes, least_own_ + 2, row);
+  }
+
+  // run(first, end) on rows but the first and the last; end_at(side, element) behind the row of an end.
+  template <class Run, class EndAt>
+  void each_piece(ptrdiff_t group, Run&& run, EndAt&& end_at) const {
+    ptrdiff_t next = 1;
+    const auto until = [&](int side, ptrdiff_t row, ptrdiff_t lane) {
+      run(next, row + 1);
+      end_at(side, row * lanes + lane);
+      next = row + 1;
+    };
+    if (has_left_end(group)) until(0, reach, 0);
+    if (has_right_end(group)) until(1, reach + own_cells(groups_ * lanes - 1), lanes - 1);
+    run(next, knots_ - 1);
+  }
+
+  static Real slope(const rows& m, ptrdiff_t at) { return (m.y[at + lanes] - m.y[at]) * m.r[at]; }
+
+  // The n-th width from an end, in the unit of the system.
+  Real end_width(int side, ptrdiff_t n) const {
+    const ptrdiff_t i = side == 0 ? n : cells_ - 1 - n;
+    return uniform_ ? Real(1) : t_.x[i + 1] - t_.x[i];
+  }
+
+  // A slope beyond what a panel reaches, at most of the order of 1 / the least width, is weighed by the
+  // product of the multipliers between, and by the width of the cell that it is felt in.
+  void see_memory(ptrdiff_t group, const rows& m, const Real* w) {
+    for (ptrdiff_t k = 0; k < lanes; ++k) {
+      const ptrdiff_t end = reach + own_cells(group * lanes + k);
+      Real left =
+          has_left_end(group) && k == 0 ? 0 : std::max(w[(reach - 1) * lanes + k], w[reach * lanes + k]);
+      for (ptrdiff_t i = 1; i <= reach; ++i) left *= m.e[i * lanes + k];
+      Real right =
+          has_right_end(group) && k == lanes - 1 ? 0 : std::max(w[(end - 1) * lanes + k], w[end * lanes + k]);
+      for (ptrdiff_t i = end; i < knots_ - 1; ++i) right *= m.g[i * lanes + k];
+      remembered_ = std::max({remembered_, std::fabs(left), std::fabs(right)});
+    }
+  }
+
+  const task<Real>& t_;
+  const bool uniform_;
+  const boundary index_;
+  const ptrdiff_t cells_;
+  bool past_caches_;
+  ptrdiff_t groups_, least_own_, knots_, own_row_;
+  Real end_reciprocal_[2] = {};
+  Real least_width_ = std::numeric_limits<Real>::infinity(), remembered_ = 0;
+};
+
+}  // namespace tmk::fitting

@@ -1,0 +1,100 @@
+// Natural cubics by one system over all points: few of them, or widths that differ too much for panels.
+#pragma once
+
+#include "fitting/construction/end_rows.hpp"
+#include "fitting/construction/frame.hpp"
+#include "fitting/construction/local_cubic_loops.hpp"
+#include "linalg/tridiagonal.hpp"
+
+namespace tmk::fitting {
+
+// A period is a system that goes around it and on: a slope is felt k knots away by at most 2^-k of itself,
+// and around a period and back all widths have shrunk as much as they have grown.
+template <class Real>
+class natural_whole {
+ public:
+  natural_whole(const task<Real>& t, bool uniform, boundary index)
+      : t_(t), uniform_(uniform), index_(index), cells_(points(t) - 1) {
+    const ptrdiff_t least_reach = sizeof(Real) == sizeof(double) ? 56 : 28;
+    reach_ = index == periodic ? std::max(least_reach, cells_) : 0;
+    length_ = cells_ + 2 * reach_;
+    row_ = length_ + 1 + register_margin;
+  }
+
+  static constexpr ptrdiff_t groups() { return 1; }
+  ptrdiff_t factor_elements() const { return 5 * row_; }
+  ptrdiff_t work_elements() const { return 3 * row_; }
+  static constexpr bool forgets_ends() { return true; }
+
+  int32_t factor(ptrdiff_t, Real* factors, Real*) const {
+    const system m = system_at(factors);
+    each_place(length_, [&](ptrdiff_t i, ptrdiff_t cell) {
+      m.w[i] = uniform_ ? Real(1) : t_.x[cell + 1] - t_.x[cell];
+      m.r[i] = uniform_ ? uniform_rate(t_) : 1 / m.w[i];
+    });
+    for (ptrdiff_t i = 1; i < length_; ++i) {
+      m.dl[i - 1] = m.w[i];
+      m.d[i] = 2 * (m.w[i - 1] + m.w[i]);
+      m.du[i] = m.w[i - 1];
+    }
+    const auto conditions = end_conditions(index_, cells_);
+    const ptrdiff_t last = length_ - 1;
+    const auto left = end_row(conditions[0], m.w[0], m.w[last > 0]);
+    const auto right = end_row(conditions[1], m.w[last], m.w[last - (last > 0)]);
+    m.d[0] = left.diagonal;
+    m.du[0] = left.beside;
+    m.dl[last] = right.beside;
+    m.d[length_] = right.diagonal;
+    if (settled_by_choice()) m.dl[0] = m.du[1] = 0;
+    return linalg::factor<Real>({length_ + 1, m.dl, m.d, m.du}) == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
+  }
+
+  void construct(ptrdiff_t, Real* factors, Real* work, ptrdiff_t j) const {
+    const system m = system_at(factors);
+    Real *const s = work, *const d = work + row_, *values = work + 2 * row_;
+    const samples<Real> y = function_of(t_, j);
+    each_place(length_ + 1, [&](ptrdiff_t i, ptrdiff_t knot) { values[i] = y[knot]; });
+    for (ptrdiff_t i = 0; i < length_; ++i) d[i] = (values[i + 1] - values[i]) * m.r[i];
+    for (ptrdiff_t i = 1; i < length_; ++i) s[i] = 3 * (m.w[i] * d[i - 1] + m.w[i - 1] * d[i]);
+    const auto conditions = end_conditions(index_, cells_);
+    const ptrdiff_t last = length_ - 1, one = last > 0;
+    const Real unit = uniform_ ? uniform_step(t_) : Real(1);
+    s[0] = end_value(conditions[0], {m.w[0], m.w[one], d[0], d[one], -unit * m.w[0]}, t_.bc);
+    s[length_] = end_value(conditions[1],
+                           {m.w[last], m.w[last - one], d[last], d[last - one], unit * m.w[last]}, t_.bc + 1);
+    if (settled_by_choice()) s[1] = 0;
+    linalg::solve<Real>({length_ + 1, m.dl, m.d, m.du}, s, 0, 1);
+    local_cubic_loops_now<Real>().cells(values + reach_, s + reach_, d + reach_, m.r + reach_,
+                                        static_cast<int>(cells_), false, t_.coeff_rows[j]);
+  }
+
+ private:
+  static constexpr ptrdiff_t register_margin = 32;  // loops take whole registers
+
+  // Widths, of a uniform partition 1; reciprocals in the unit of x; the diagonals.
+  struct system {
+    Real *w, *r, *dl, *d, *du;
+  };
+  system system_at(Real* p) const { return {p, p + row_, p + 2 * row_, p + 3 * row_, p + 4 * row_}; }
+
+  // f(i, the cell or knot that stands at i).
+  template <class Function>
+  void each_place(ptrdiff_t count, Function&& f) const {
+    ptrdiff_t place = reach_ == 0 ? 0 : cells_ - 1 - (reach_ - 1) % cells_;
+    for (ptrdiff_t i = 0; i < count; ++i, ++place) {
+      if (index_ == periodic && place == cells_) place = 0;
+      f(i, place);
+    }
+  }
+
+  // Three points without a knot at the middle one say nothing of its slope: it is taken to be 0.
+  bool settled_by_choice() const { return cells_ == 2 && index_ == not_a_knot; }
+
+  const task<Real>& t_;
+  const bool uniform_;
+  const boundary index_;
+  const ptrdiff_t cells_;
+  ptrdiff_t reach_, length_, row_;
+};
+
+}  // namespace tmk::fitting
