@@ -29,8 +29,8 @@ struct block_walk {
       const int count = static_cast<int>(std::min<int64_t>(site_block, end - first));
       const Real* l = left.block(first, count, made_left);
       const Real* r = right.block(first, count, made_right);
-      if (const int32_t status = own_left.find(count, l, left_cells); status < 0) return status;
-      if (const int32_t status = own_right.find(count, r, right_cells); status < 0) return status;
+      if (const int32_t status = own_left.find_limits(count, l, left_cells); status < 0) return status;
+      if (const int32_t status = own_right.find_limits(count, r, right_cells); status < 0) return status;
       Real* behind = result + static_cast<ptrdiff_t>(first) * call.pair_stride;
       for (ptrdiff_t f = call.first_function; f < call.end_function; ++f)
         for (int i = 0; i < count; ++i) behind[f * call.function_stride + i * call.pair_stride] = 0;

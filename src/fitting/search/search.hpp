@@ -81,8 +81,17 @@ struct cell_search {
   search_state<Real> state{};
 
   int32_t find(int64_t n, const Real* sites, int32_t* cells) {
-    const auto kernel = search_kernels<Real>::_Search1D32Dispatch[static_cast<int>(state.method)];
-    return kernel(nx, x, n, sites, &state, cells);
+    return run(search_kernels<Real>::_Search1D32Dispatch, n, sites, cells);
+  }
+  // Of limits of integration.
+  int32_t find_limits(int64_t n, const Real* limits, int32_t* cells) {
+    return run(search_kernels<Real>::_Search1DDispatch, n, limits, cells);
+  }
+
+ private:
+  int32_t run(const search_kernel<Real> (&dispatch)[search_methods], int64_t n, const Real* sites,
+              int32_t* cells) {
+    return dispatch[static_cast<int>(state.method)](nx, x, n, sites, &state, cells);
   }
 };
 
