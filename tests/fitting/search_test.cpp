@@ -67,10 +67,11 @@ struct call {
 
 template <class Real>
 std::vector<int32_t> cells_of(const std::vector<Real>& x, const std::vector<Real>& sites) {
-  std::vector<int32_t> cells;
-  for (const Real t : sites)
-    cells.push_back(t == x.back() ? static_cast<int32_t>(x.size()) - 1
-                                  : static_cast<int32_t>(std::ranges::upper_bound(x, t) - x.begin()));
+  std::vector<int32_t> cells(sites.size());
+  std::ranges::transform(sites, cells.begin(), [&](Real t) {
+    return static_cast<int32_t>(t == x.back() ? std::ssize(x) - 1
+                                              : std::ranges::upper_bound(x, t) - x.begin());
+  });
   return cells;
 }
 
@@ -124,8 +125,8 @@ constexpr grid_row<Real> grids[] = {
 template <class Real>
 std::vector<Real> make_grid(const grid_row<Real>& row, int nx, std::mt19937& engine) {
   std::uniform_real_distribution<Real> unit(0, 1);
-  std::vector<Real> x;
-  for (int i = 0; i < nx; ++i) x.push_back(row.point(i, nx, unit(engine)));
+  std::vector<Real> x(static_cast<size_t>(nx));
+  for (int i = 0; Real & point : x) point = row.point(i++, nx, unit(engine));
   std::ranges::sort(x);
   return x;
 }
