@@ -69,17 +69,17 @@ __m128d part_of(const f64& x) {
 #endif
 }
 
-// The values at p + index[lane], lane by lane: loads and shuffles, since gather instructions are no faster.
+// The values at p + index[lane] * stride, lane by lane: loads and shuffles, since gather instructions are no
+// faster.
 template <class T>
-[[gnu::always_inline]] inline batch<T> load_at(const T* p, const int32_t* index) {
-  if constexpr (sizeof(T) == 8) {
-    return from_parts([&](int i) { return _mm_set_pd(p[index[2 * i + 1]], p[index[2 * i]]); });
-  } else {
+[[gnu::always_inline]] inline batch<T> load_at(const T* p, const int32_t* index, ptrdiff_t stride = 1) {
+  const auto at = [&](int lane) { return p[index[lane] * stride]; };
+  if constexpr (sizeof(T) == 8)
+    return from_parts([&](int i) { return _mm_setr_pd(at(2 * i), at(2 * i + 1)); });
+  else
     return bits_as<float>(from_parts([&](int i) {
-      const int32_t* at = index + 4 * i;
-      return _mm_castps_pd(_mm_setr_ps(p[at[0]], p[at[1]], p[at[2]], p[at[3]]));
+      return _mm_castps_pd(_mm_setr_ps(at(4 * i), at(4 * i + 1), at(4 * i + 2), at(4 * i + 3)));
     }));
-  }
 }
 
 // Rows of a table of `Columns` columns, row[lane] for each lane, as columns.
@@ -110,11 +110,12 @@ template <int Columns, class T>
     column[2] = bits_as<float>(unpack_low(high01, high23));
     column[3] = bits_as<float>(unpack_high(high01, high23));
   } else {
-    const auto rows = [&](int first)
-        __attribute__((always_inline)) {  // lanes `first` and `first` + 2 of each part
+    // Lanes `first` and `first` + 2 of each part.
+    const auto rows = [&](int first) __attribute__((always_inline)) {
       return bits_as<float>(from_parts([&](int i) {
-        const __m128d low = _mm_load_sd(reinterpret_cast<const double*>(at(4 * i + first)));
-        return _mm_loadh_pd(low, reinterpret_cast<const double*>(at(4 * i + first + 2)));
+        const auto pair = [&](int lane) { return reinterpret_cast<const __m64*>(at(4 * i + lane)); };
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pair(first)));
+        return _mm_castps_pd(_mm_loadh_pi(_mm_castsi128_ps(low), pair(first + 2)));
       }));
     };
     const f32 even = rows(0), odd = rows(1);
@@ -122,18 +123,7 @@ template <int Columns, class T>
     column[0] = bits_as<float>(unpack_low(low, high));
     column[1] = bits_as<float>(unpack_high(low, high));
   }
-  if constexpr (Columns == 3) {
-    if constexpr (sizeof(T) == 8)
-      column[2] = from_parts([&](int i) {
-        const __m128d low = _mm_load_sd(at(2 * i) + 2);
-        return _mm_loadh_pd(low, at(2 * i + 1) + 2);
-      });
-    else
-      column[2] = bits_as<float>(from_parts([&](int i) {
-        const auto value = [&](int lane) { return at(4 * i + lane)[2]; };
-        return _mm_castps_pd(_mm_setr_ps(value(0), value(1), value(2), value(3)));
-      }));
-  }
+  if constexpr (Columns == 3) column[2] = load_at(table + 2, row, Columns);
 }
 
 template <class Store>
@@ -160,10 +150,9 @@ template <class Store>
   const f64 second = bits_as<double>(shuffle<0x48>(b1_c1, ab_high));
   const f64 third = bits_as<double>(shuffle<0x78>(c23_ab3, c23_ab3));
   for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
-    double* to = reinterpret_cast<double*>(p + 12 * Part);
-    _mm_storeu_pd(to, part_of<Part>(first));
-    _mm_storeu_pd(to + 2, part_of<Part>(second));
-    _mm_storeu_pd(to + 4, part_of<Part>(third));
+    _mm_storeu_ps(p + 12 * Part, _mm_castpd_ps(part_of<Part>(first)));
+    _mm_storeu_ps(p + 12 * Part + 4, _mm_castpd_ps(part_of<Part>(second)));
+    _mm_storeu_ps(p + 12 * Part + 8, _mm_castpd_ps(part_of<Part>(third)));
   });
 }
 
@@ -210,7 +199,7 @@ template <int Columns>
       if constexpr (Columns == 4)
         _mm_storeu_ps(to, _mm_castpd_ps(row));
       else
-        _mm_storel_pd(reinterpret_cast<double*>(to), row);
+        _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm_castpd_ps(row));
       if constexpr (Columns == 3) _mm_store_ss(to + 2, _mm_castpd_ps(_mm_unpackhi_pd(row, row)));
     }
   });

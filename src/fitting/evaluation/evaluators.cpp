@@ -1,9 +1,8 @@
 // Evaluators: piecewise polynomials by the loops of the tier; steps and look-ups, which read the functions
 // themselves; and hooks before either.
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cmath>
-#include <utility>
 
 #include "fitting/evaluation/interpolation.hpp"
 #include "fitting/evaluation/pieces.hpp"
@@ -185,7 +184,7 @@ int32_t evaluate_with_hooks(const interpolation<Real>& call, const sites_of_bloc
 }  // namespace
 
 template <class Real>
-const evaluator<Real> evaluators<Real>::_Interpolate1D32Dispatch[spline_kinds] = {
+constinit const typename evaluators<Real>::table evaluators<Real>::_Interpolate1D32Dispatch = {
     evaluate_pieces<Real, 2>,
     evaluate_pieces<Real, 3>,
     evaluate_pieces<Real, 4>,
@@ -197,11 +196,11 @@ const evaluator<Real> evaluators<Real>::_Interpolate1D32Dispatch[spline_kinds] =
 };
 
 template <class Real>
-const evaluator<Real> evaluators<Real>::_Interpolate1D32DispatchCB[spline_kinds] = {
-    evaluate_with_hooks<Real>, evaluate_with_hooks<Real>, evaluate_with_hooks<Real>,
-    evaluate_with_hooks<Real>, evaluate_with_hooks<Real>, evaluate_with_hooks<Real>,
-    evaluate_with_hooks<Real>, evaluate_with_hooks<Real>,
-};
+constinit const typename evaluators<Real>::table evaluators<Real>::_Interpolate1D32DispatchCB = [] {
+  table all{};
+  all.fill(evaluate_with_hooks<Real>);
+  return all;
+}();
 
 template struct evaluators<double>;
 template struct evaluators<float>;

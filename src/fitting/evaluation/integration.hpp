@@ -6,6 +6,7 @@
 // over V is a loop, or the difference of two running sums.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -59,8 +60,9 @@ using integrator = int32_t (*)(const integration<Real>& call, const pairs_of_blo
 constexpr int integrable_kinds = 7;
 template <class Real>
 struct integrators {
-  static const integrator<Real> _Integrate1DDispatch[integrable_kinds];
-  static const integrator<Real> _Integrate1DDispatchCB[integrable_kinds];
+  using table = std::array<integrator<Real>, integrable_kinds>;
+  static const table _Integrate1DDispatch;
+  static const table _Integrate1DDispatchCB;
   // Fills the running sums of one function.
   static void add_up(const integration<Real>& call, ptrdiff_t function);
 };

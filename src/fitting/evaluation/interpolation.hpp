@@ -1,6 +1,7 @@
 // One call of an interpolation, as all blocks of its sites share it, and the evaluators by kind of spline.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <type_traits>
 
@@ -43,8 +44,9 @@ using evaluator = int32_t (*)(const interpolation<Real>& call, const sites_of_bl
 // By spline_kind; those with hooks ask the hook of each site's region, and the plain ones where it has none.
 template <class Real>
 struct evaluators {
-  static const evaluator<Real> _Interpolate1D32Dispatch[spline_kinds];
-  static const evaluator<Real> _Interpolate1D32DispatchCB[spline_kinds];
+  using table = std::array<evaluator<Real>, spline_kinds>;
+  static const table _Interpolate1D32Dispatch;
+  static const table _Interpolate1D32DispatchCB;
 };
 
 }  // namespace tmk::fitting
