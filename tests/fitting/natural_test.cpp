@@ -107,40 +107,52 @@ TYPED_TEST(natural, every_boundary_layout_grid_and_length) {
       }
 }
 
-// Widths that differ by many orders, and ones that grow over a cut between panels, whose ends are then
-// remembered longest; mirrored, they shrink.
+template <class Real>
+void expect_spline_on_widths(const std::function<double(int64_t)>& width, bool mirrored, int64_t bc_type) {
+  construction_case<Real> s(3000, 1, false);
+  wide x = 0;
+  for (int64_t i = 0; i < s.nx; x += width(i++)) s.points[static_cast<size_t>(i)] = static_cast<Real>(x);
+  if (mirrored) {
+    std::reverse(s.points.begin(), s.points.end());
+    for (auto& p : s.points) p = -p;
+  }
+  if (std::adjacent_find(s.points.begin(), s.points.end(), std::greater_equal<Real>()) != s.points.end())
+    return;  // widths that singles cannot tell from 0
+  s.bc_type = bc_type;
+  s.bc = {Real(0.75), Real(-1.5)};
+  if (bc_type == DF_BC_PERIODIC) s.close();
+  ASSERT_EQ(s.construct(constructors<Real>::natural), 0);
+  expect_spline(s, 0, 40);
+}
+
+// Widths that differ by many orders.
 TYPED_TEST(natural, graded_partitions) {
-  using Real = TypeParam;
-  const double growth = sizeof(Real) == 8 ? 3 : 1.5;  // singles of 2^-120 are the least coefficients
-  const auto steps = std::to_array<std::function<double(int64_t)>>(
+  const auto widths = std::to_array<std::function<double(int64_t)>>(
       {[](int64_t i) { return i % 2 == 0 ? 1e-3 : 1e3; }, [](int64_t i) { return std::exp2(double(i % 30)); },
-       [](int64_t i) { return 1.0 + 40 * (i % 97 == 0); },
-       [growth](int64_t i) {
-         return std::exp2(growth * double(std::clamp<int64_t>(i - 730, 0, sizeof(Real) == 8 ? 60 : 25)));
-       }});
-  for (size_t k = 0; k < steps.size(); ++k)
+       [](int64_t i) { return 1.0 + 40 * (i % 97 == 0); }});
+  for (size_t k = 0; k < widths.size(); ++k)
     for (const bool mirrored : {false, true})
       for (const int64_t bc_type : every_boundary) {
-        construction_case<Real> s(3000, 1, false);
-        wide x = 0;
-        for (int64_t i = 0; i < s.nx; x += steps[k](i++))
-          s.points[static_cast<size_t>(i)] = static_cast<Real>(x);
-        if (mirrored) {
-          std::reverse(s.points.begin(), s.points.end());
-          for (auto& p : s.points) p = -p;
-        }
-        if (std::adjacent_find(s.points.begin(), s.points.end(), std::greater_equal<Real>()) !=
-            s.points.end())
-          continue;  // widths that singles cannot tell from 0
-        s.bc_type = bc_type;
-        s.bc = {Real(0.75), Real(-1.5)};
-        if (bc_type == DF_BC_PERIODIC) s.close();
-        ASSERT_EQ(s.construct(constructors<Real>::natural), 0);
         SCOPED_TRACE(testing::Message()
-                     << "steps " << k << ", mirrored " << mirrored << ", boundary " << bc_type);
-        expect_spline(s, 0, 40);
+                     << "widths " << k << ", mirrored " << mirrored << ", boundary " << bc_type);
+        expect_spline_on_widths<TypeParam>(widths[k], mirrored, bc_type);
         if (testing::Test::HasFailure()) return;
       }
+}
+
+// Widths that grow wherever a cut may be between panels: the ends of panels are then remembered longest.
+TYPED_TEST(natural, partitions_with_a_memory) {
+  constexpr bool wide_real = sizeof(TypeParam) == 8;
+  const double growth = wide_real ? 3 : 1.5;  // singles of 2^-120 are the least coefficients
+  const int64_t rows = wide_real ? 60 : 25;
+  for (int64_t start = 500; start < 1000; start += 11)
+    for (const bool mirrored : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "growth from " << start << ", mirrored " << mirrored);
+      expect_spline_on_widths<TypeParam>(
+          [&](int64_t i) { return std::exp2(growth * double(std::clamp<int64_t>(i - start, 0, rows))); },
+          mirrored, DF_BC_FREE_END);
+      if (testing::Test::HasFailure()) return;
+    }
 }
 
 TYPED_TEST(natural, three_points_without_a_knot_take_the_middle_slope_as_zero) {

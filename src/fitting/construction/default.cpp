@@ -135,9 +135,7 @@ struct default_family {
     if (const int32_t bad = first_status({{t.bc_type == DF_BC_PERIODIC && t.bc == nullptr, DF_STATUS_NULL_BC},
                                           {t.ic == nullptr, DF_STATUS_NULL_IC}}))
       return bad;
-    const auto& kernels = dispatch_table<default_family, Real, 4 * boundaries>;
-    return kernels[static_cast<size_t>(grid_index(t) * boundaries + boundary_of(t.bc_type))](t, method,
-                                                                                             service);
+    return dispatch_table<default_family, Real, 4 * boundaries>[boundary_index(t)](t, method, service);
   }
 };
 

@@ -76,6 +76,11 @@ int grid_index(const task<Real>& t) {
   return (t.columns() ? 0 : 2) + (t.uniform() ? 1 : 0);
 }
 
+template <class Real>
+size_t boundary_index(const task<Real>& t) {
+  return static_cast<size_t>(grid_index(t)) * boundaries + static_cast<size_t>(boundary_of(t.bc_type));
+}
+
 // A family's table of kernels: Maker's kernel<Real, Index> for each index.
 template <class Maker, class Real, int... Index>
 constexpr auto kernel_table(std::integer_sequence<int, Index...>) {

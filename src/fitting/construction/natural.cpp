@@ -26,6 +26,7 @@ int32_t construct_alone(const task<Real>& t, Spline& spline, const call& c) {
   if (c.closed && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
   for (ptrdiff_t group = 0; group < spline.groups(); ++group) {
     if (const int32_t status = spline.factor(group, memory.get(), work)) return status;
+    if (!spline.forgets_ends()) break;
     for (ptrdiff_t j = 0; j < functions(t); ++j) spline.construct(group, memory.get(), work, j);
   }
   return DF_STATUS_OK;
@@ -51,8 +52,7 @@ int32_t construct_parallel(const task<Real>& t, Spline& spline, const call& c) {
   };
   parallel_for(c.service, ny, c.threads, job);
   const int32_t* end = statuses.get() + ny;
-  const int32_t* failed =
-      std::find_if(statuses.get() + 0, statuses.get() + ny, [](int32_t s) { return s != 0; });
+  const int32_t* failed = std::find_if(end - ny, end, [](int32_t s) { return s != 0; });
   return failed != end ? *failed : DF_STATUS_OK;
 }
 
@@ -86,8 +86,7 @@ struct natural_family {
     if (method != 0) return DF_STATUS_BAD_METHOD;
     const int64_t least_nx = t.bc_type == DF_BC_NOT_A_KNOT ? 3 : 2;
     if (const int32_t bad = check_cubic(t, least_nx, false)) return bad;
-    const auto& kernels = dispatch_table<natural_family, Real, 4 * boundaries>;
-    return kernels[static_cast<size_t>(grid_index(t) * boundaries + boundary_of(t.bc_type))](t, 0, service);
+    return dispatch_table<natural_family, Real, 4 * boundaries>[boundary_index(t)](t, 0, service);
   }
 };
 

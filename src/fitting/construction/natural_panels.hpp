@@ -58,8 +58,8 @@ class natural_panels {
           good &= natural_loops_now<Real>().factor(m, w, first, end, &least_width_);
         },
         [&](int side, ptrdiff_t at) {
-          const ptrdiff_t own = at - side * lanes, next = own + (side == 0 ? lanes : -lanes);
-          const auto row = end_row(end_conditions(index_, cells_)[side], w[own], w[next]);
+          const ptrdiff_t outer = at - side * lanes, next = outer + (side == 0 ? lanes : -lanes);
+          const auto row = end_row(end_conditions(index_, cells_)[side], w[outer], w[next]);
           const Real pivot = side == 0 ? row.diagonal : row.diagonal - row.beside * m.g[at - lanes];
           good &= pivot != 0;
           end_reciprocal_[side] = 1 / pivot;
@@ -73,8 +73,8 @@ class natural_panels {
     return DF_STATUS_OK;
   }
 
-  // After all groups are factored: whether panels could be solved by themselves. Widths that do not ascend
-  // remember everything.
+  // Whether panels can be solved by themselves, as far as the groups that are factored tell; no more groups
+  // turn a no into a yes. Points that do not ascend remember everything.
   bool forgets_ends() const { return remembered_ <= std::numeric_limits<Real>::epsilon() / 4 * least_width_; }
 
   // The coefficients of function j in the panels of a group.
@@ -91,14 +91,14 @@ class natural_panels {
     each_piece(
         group, [&](ptrdiff_t first, ptrdiff_t end) { loops.forward(m, first, end); },
         [&](int side, ptrdiff_t at) {
-          const ptrdiff_t own = at - side * lanes, next = own + (side == 0 ? lanes : -lanes);
+          const ptrdiff_t outer = at - side * lanes, next = outer + (side == 0 ? lanes : -lanes);
           const Real width = uniform_    ? uniform_step(t_)
                              : side == 0 ? t_.x[1] - t_.x[0]
                                          : t_.x[cells_] - t_.x[cells_ - 1];
-          const outer_cells<Real> outer = {end_width(side, 0), end_width(side, 1), slope(m, own),
+          const outer_cells<Real> cells = {end_width(side, 0), end_width(side, 1), slope(m, outer),
                                            slope(m, next), side == 0 ? -width : width};
           m.s[at] =
-              end_value(end_conditions(index_, cells_)[side], outer, t_.bc + side) * end_reciprocal_[side];
+              end_value(end_conditions(index_, cells_)[side], cells, t_.bc + side) * end_reciprocal_[side];
           if (side == 1) m.s[at] -= m.e[at] * m.s[at - lanes];
         });
 
@@ -118,7 +118,7 @@ class natural_panels {
  private:
   static constexpr ptrdiff_t lanes = panel_lanes<Real>;
   static constexpr ptrdiff_t most_own = 768, register_elements = 16;
-  static constexpr ptrdiff_t reach = sizeof(Real) == sizeof(double) ? 40 : 24;
+  static constexpr ptrdiff_t reach = sizeof(Real) == sizeof(double) ? 48 : 24;
   using rows = panel_group<Real>;
 
   rows rows_at(Real* factors, Real* work) const {

@@ -32,8 +32,7 @@ bool factor(const panel_group<Real>& group, const Real* w, ptrdiff_t first, ptrd
             Real* least_width) {
   using values = row<Real>;
   values left = values::at(w, first - 1), above = values::at(group.g, first - 1);
-  auto zero = left.v[0] != left.v[0];
-  zero = zero ^ zero;
+  lane_mask<Real> zero(false);
   batch<Real> least(*least_width);
   for (ptrdiff_t i = first; i < end; ++i) {
     const values right = values::at(w, i);
