@@ -2,11 +2,12 @@
 #include "tour.hpp"
 
 #include <cstdio>
+#include <initializer_list>
 
 int main() {
   vector_math_page();
-  std::puts("\n----------------------------------------------------------------------------\n");
-  random_page();
-  std::puts("\n----------------------------------------------------------------------------\n");
-  statistics_page();
+  for (const auto page : {random_page, statistics_page, splines_page}) {
+    std::puts("\n----------------------------------------------------------------------------\n");
+    page();
+  }
 }

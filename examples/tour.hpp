@@ -4,3 +4,4 @@
 void vector_math_page();
 void random_page();
 void statistics_page();
+void splines_page();

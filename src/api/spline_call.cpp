@@ -11,6 +11,11 @@ namespace {
 using condition = boundary::condition;
 
 template <class Real>
+bool leaves_ends_unset(const construction<Real>& c) {
+  return family_of<Real>(c.kind).unset && c.left.what == condition::usual && c.right.what == condition::usual;
+}
+
+template <class Real>
 int64_t boundary_code(const construction<Real>& c) {
   const auto of_an_end = [&](condition what, int64_t first, int64_t second) {
     const bool slope =
@@ -25,6 +30,7 @@ int64_t boundary_code(const construction<Real>& c) {
     case family::hermite:
       return DF_BC_FIRST_LEFT + DF_BC_FIRST_RIGHT;
     default:
+      if (leaves_ends_unset(c)) return DF_BC_NONE;
       if (c.left.what == condition::not_a_knot) return DF_BC_NOT_A_KNOT;
       if (c.left.what == condition::periodic) return DF_BC_PERIODIC;
       return of_an_end(c.left.what, DF_BC_FIRST_LEFT, DF_BC_SECOND_LEFT) +
@@ -34,7 +40,7 @@ int64_t boundary_code(const construction<Real>& c) {
 
 template <class Real>
 bool wants_usual_slope(const construction<Real>& c) {
-  return family_of<Real>(c.kind).usual_slope != nullptr &&
+  return family_of<Real>(c.kind).usual_slope != nullptr && !leaves_ends_unset(c) &&
          (c.left.what == condition::usual || c.right.what == condition::usual);
 }
 

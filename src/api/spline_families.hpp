@@ -45,7 +45,8 @@ struct family_row {
   spline_constructor* construct;
   Real (*usual_slope)(const outer_cells<Real>&);  // null where a usual end is free
   bool local;                                     // slopes come from neighbours alone
-  int smooth;                                     // the highest derivative that does not jump at points
+  bool unset;  // told no condition at either end, the constructor makes the usual ones
+  int smooth;  // the highest derivative that does not jump at points
 };
 
 // In the order of `family`.
@@ -61,19 +62,20 @@ const family_row<Real>& family_of(family kind) {
       akima = twin<Real>(tmk_df_kernel_dDFAkimaCubicSpline1D, tmk_df_kernel_sDFAkimaCubicSpline1D),
       hyman = twin<Real>(tmk_df_kernel_dDFHymanCubicSpline1D, tmk_df_kernel_sDFHymanCubicSpline1D);
   static constexpr family_row<Real> table[] = {
-      {"spline::linear", 2, DF_ORDER_LINEAR, DF_TYPE_STANDARD, linear, nullptr, false, 0},
-      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_RIGHT, nullptr, nullptr, false, -1},
-      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_LEFT, nullptr, nullptr, false, -1},
+      {"spline::linear", 2, DF_ORDER_LINEAR, DF_TYPE_STANDARD, linear, nullptr, false, false, 0},
+      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_RIGHT, nullptr, nullptr, false, false, -1},
+      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_LEFT, nullptr, nullptr, false, false, -1},
       {"spline::quadratic", 2, DF_ORDER_QUADRATIC, DF_TYPE_STANDARD, quadratic, parabola_slope<Real>, false,
-       1},
+       false, 1},
       {"spline::subbotin", 3, DF_ORDER_QUADRATIC, DF_TYPE_SUBBOTIN, quadratic, parabola_slope<Real>, false,
-       1},
-      {"spline::natural", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, natural, nullptr, false, 2},
-      {"spline::hermite", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hermite, nullptr, false, 1},
-      {"spline::from_second_derivatives", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, by_second, nullptr, false, 0},
-      {"spline::bessel", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, bessel, parabola_slope<Real>, true, 1},
-      {"spline::akima", 5, DF_ORDER_CUBIC, DF_TYPE_STANDARD, akima, akima_slope<Real>, true, 1},
-      {"spline::hyman", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hyman, hyman_slope<Real>, true, 1},
+       false, 1},
+      {"spline::natural", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, natural, nullptr, false, false, 2},
+      {"spline::hermite", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hermite, nullptr, false, false, 1},
+      {"spline::from_second_derivatives", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, by_second, nullptr, false,
+       false, 0},
+      {"spline::bessel", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, bessel, parabola_slope<Real>, true, true, 1},
+      {"spline::akima", 5, DF_ORDER_CUBIC, DF_TYPE_STANDARD, akima, akima_slope<Real>, true, true, 1},
+      {"spline::hyman", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hyman, hyman_slope<Real>, true, false, 1},
   };
   return table[static_cast<std::size_t>(kind)];
 }

@@ -21,14 +21,17 @@
 
 namespace tmk {
 
+namespace detail {
+template <class Range, class Real>
+concept array_of = std::convertible_to<const Range&, std::span<const Real>>;
+}
+
 /// Points or sites: an array of the caller's, or a grid in place of one.
 template <class Real>
 class abscissae {
  public:
-  template <class Range>
-  requires std::convertible_to<Range&, std::span<const Real>> abscissae(
-      Range&& array)  // NOLINT(bugprone-forwarding-reference-overload)
-      : array_(array), grid_{}, is_grid_(false) {}
+  template <detail::array_of<Real> Range>
+  abscissae(const Range& array) : array_(array), grid_{}, is_grid_(false) {}
   abscissae(const uniform_grid& grid) : grid_(grid), is_grid_(true) {}
 
   bool is_grid() const { return is_grid_; }
@@ -58,9 +61,8 @@ struct function_set {
         function_stride(function_stride),
         point_stride(point_stride) {}
 
-  template <class Range>
-  requires std::convertible_to<Range&, std::span<const Real>> function_set(
-      Range&& array)  // NOLINT(bugprone-forwarding-reference-overload)
+  template <detail::array_of<Real> Range>
+  function_set(const Range& array)
       : function_set(std::span<const Real>(array).data(), 1, std::span<const Real>(array).size(),
                      static_cast<std::ptrdiff_t>(std::span<const Real>(array).size()), 1) {}
 
