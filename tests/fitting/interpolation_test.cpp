@@ -16,6 +16,7 @@ struct request {
   int64_t type = DF_INTERPOLATE_VALUES;
   int64_t site_hint = DF_SITES_UNKNOWN, rhint = DF_FUNCTION_SITE_DERIVATIVE;
   std::vector<int32_t> dorder = {1};
+  bool wide = false;  // dorder holds the halves of 64-bit entries
   const Real* search_hint = nullptr;
   void* cell = nullptr;
   typename df<Real>::hook left = nullptr, right = nullptr, interior = nullptr;
@@ -26,7 +27,7 @@ struct request {
   int32_t operator()(DFTask* task, int64_t n, const std::vector<Real>& sites,
                      std::vector<Real>& result) const {
     return df<Real>::interpolate(task, type, 0, n, sites.data(), site_hint,
-                                 static_cast<int64_t>(dorder.size()), 0, dorder.data(), search_hint,
+                                 static_cast<int64_t>(dorder.size() >> wide), 0, dorder.data(), search_hint,
                                  result.data(), rhint, cell, left, parameter, right, parameter, interior,
                                  parameter, search, parameter, shuffled_threads(threads));
   }
@@ -138,6 +139,11 @@ void expect_cells_go_out_and_in() {
   ask.type = DF_INTERPOLATE_FROM_CELLS;
   ASSERT_EQ(0, ask(c.task, 700, sites, got));
   EXPECT_EQ(want, got);
+  auto slopes = ask;
+  slopes.wide = sizeof(Cell) == 8;
+  slopes.dorder = slopes.wide ? std::vector{0, 0, 1, 0} : std::vector{0, 1};
+  ASSERT_EQ(0, slopes(c.task, 700, sites, got));
+  for (size_t i = 0; i < 700; ++i) ASSERT_NEAR(static_cast<double>(c.exact(0, sites[i], 1)), got[i], 1e-4);
   // The caller's cells rule, and wild ones reach no memory.
   std::fill(cells.begin(), cells.end(), Cell(3));
   cells[0] = std::numeric_limits<Cell>::min();

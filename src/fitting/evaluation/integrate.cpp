@@ -53,8 +53,10 @@ bool running_sums_pay(const block_walk<Real>& walk, int64_t n) {
   const int64_t samples = std::min(n, most_samples);
   double share = 0;
   for (int64_t k = 0; k < samples; ++k) {
+    // Multiples of the golden section, scattered evenly: no period of the limits hides long spans.
+    const double at = std::fmod(static_cast<double>(k) * 0.6180339887498949, 1);
+    const auto i = static_cast<int64_t>(at * static_cast<double>(n));
     Real l, r;
-    const int64_t i = k * (n / samples);
     const Real width =
         std::abs(*walk.right.block(i, 1, &r) - *walk.left.block(i, 1, &l)) / (x.last - x.first);
     share += width < 1 ? static_cast<double>(width) : 1.0;
