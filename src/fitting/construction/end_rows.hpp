@@ -51,7 +51,7 @@ end_row_elements<Real> end_row(end_condition condition, Real w, Real next_w) {
 }
 
 template <class Real>
-Real end_value(end_condition condition, const outer_cells<Real>& c, const Real* given) {
+Real end_value(end_condition condition, const outer_cells<Real>& c, const Real* given, int side) {
   const Real w = c.w + c.next_w;
   switch (condition) {
     case end_condition::not_a_knot:
@@ -59,9 +59,9 @@ Real end_value(end_condition condition, const outer_cells<Real>& c, const Real* 
     case end_condition::free:
       return 3 * c.d;
     case end_condition::slope_given:
-      return *given;
+      return given[side];
     case end_condition::bend_given:
-      return 3 * c.d + c.reach * *given / 2;
+      return 3 * c.d + c.reach * given[side] / 2;
     default:
       return c.d;
   }

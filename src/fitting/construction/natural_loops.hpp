@@ -27,6 +27,8 @@ struct natural_loops {
   // Rows to[0], to[1] ... from the arrays of the lanes, and back.
   void (*interleave)(const Real* const* from, ptrdiff_t rows, Real* to);
   void (*separate)(const Real* from, ptrdiff_t rows, Real* const* to);
+  // to[i] = from[i + 1] - from[i], by rows.
+  void (*differences)(const Real* from, ptrdiff_t rows, Real* to);
   // Rows first ... end - 1 of e, g and r by widths w (an array of rows, in any unit), the least of which
   // lowers *least. False when a pivot is zero.
   bool (*factor)(const panel_group<Real>& group, const Real* w, ptrdiff_t first, ptrdiff_t end, Real* least);

@@ -43,10 +43,7 @@ class natural_panels {
   int32_t factor(ptrdiff_t group, Real* factors, Real* work) {
     const rows m = rows_at(factors, work);
     Real* const w = m.y;
-    if (uniform_)
-      std::fill_n(w, knots_ * lanes, Real(1));
-    else
-      fill(group, w, m.s, cells_ - 1, nullptr, [x = t_.x](ptrdiff_t i) { return x[i + 1] - x[i]; });
+    fill_widths(group, w, m.s);
     for (ptrdiff_t k = 0; k < lanes; ++k) {
       m.e[k] = m.g[k] = 0;
       m.r[k] = 1 / w[k];
@@ -98,7 +95,7 @@ class natural_panels {
           const outer_cells<Real> cells = {end_width(side, 0), end_width(side, 1), slope(m, outer),
                                            slope(m, next), side == 0 ? -width : width};
           m.s[at] =
-              end_value(end_conditions(index_, cells_)[side], cells, t_.bc + side) * end_reciprocal_[side];
+              end_value(end_conditions(index_, cells_)[side], cells, t_.bc, side) * end_reciprocal_[side];
           if (side == 1) m.s[at] -= m.e[at] * m.s[at - lanes];
         });
 
@@ -146,9 +143,26 @@ class natural_panels {
       const bool within = first >= 0 && first + knots_ - 1 <= last;
       from[k] = within && direct != nullptr ? direct + first : spare;
       if (from[k] != spare) continue;
-      for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(within ? first + i : place(first + i, last));
+      if (within)
+        for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(first + i);
+      else
+        for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(place(first + i, last));
     }
     natural_loops_now<Real>().interleave(from, knots_, to);
+  }
+
+  // Across the end of a period a width is not the difference of two points, one of which is moved.
+  void fill_widths(ptrdiff_t group, Real* w, Real* spare) const {
+    const auto width = [x = t_.x](ptrdiff_t i) { return x[i + 1] - x[i]; };
+    const bool crosses = first_of(group, 0) < 0 || first_of(group, lanes - 1) + knots_ - 1 > cells_;
+    if (uniform_)
+      std::fill_n(w, knots_ * lanes, Real(1));
+    else if (crosses)
+      fill(group, w, spare, cells_ - 1, nullptr, width);
+    else {
+      fill(group, spare, w, cells_, t_.x, width);
+      natural_loops_now<Real>().differences(spare, knots_ - 1, w);
+    }
   }
 
   ptrdiff_t place(ptrdiff_t i, ptrdiff_t last) const {

@@ -3,7 +3,7 @@
 
 #include "fitting/construction/end_rows.hpp"
 #include "fitting/construction/frame.hpp"
-#include "fitting/construction/local_cubic_loops.hpp"
+#include "fitting/construction/natural_loops.hpp"
 #include "linalg/tridiagonal.hpp"
 
 namespace tmk::fitting {
@@ -18,7 +18,7 @@ class natural_whole {
     const ptrdiff_t least_reach = sizeof(Real) == sizeof(double) ? 56 : 28;
     reach_ = index == periodic ? std::max(least_reach, cells_) : 0;
     length_ = cells_ + 2 * reach_;
-    row_ = length_ + 1 + register_margin;
+    row_ = length_ + 1;
   }
 
   static constexpr ptrdiff_t groups() { return 1; }
@@ -59,18 +59,16 @@ class natural_whole {
     const auto conditions = end_conditions(index_, cells_);
     const ptrdiff_t last = length_ - 1, one = last > 0;
     const Real unit = uniform_ ? uniform_step(t_) : Real(1);
-    s[0] = end_value(conditions[0], {m.w[0], m.w[one], d[0], d[one], -unit * m.w[0]}, t_.bc);
+    s[0] = end_value(conditions[0], {m.w[0], m.w[one], d[0], d[one], -unit * m.w[0]}, t_.bc, 0);
     s[length_] = end_value(conditions[1],
-                           {m.w[last], m.w[last - one], d[last], d[last - one], unit * m.w[last]}, t_.bc + 1);
+                           {m.w[last], m.w[last - one], d[last], d[last - one], unit * m.w[last]}, t_.bc, 1);
     if (settled_by_choice()) s[1] = 0;
     linalg::solve<Real>({length_ + 1, m.dl, m.d, m.du}, s, 0, 1);
-    local_cubic_loops_now<Real>().cells(values + reach_, s + reach_, d + reach_, m.r + reach_,
-                                        static_cast<int>(cells_), false, t_.coeff_rows[j]);
+    natural_loops_now<Real>().cells(values + reach_, s + reach_, m.r + reach_, cells_, false,
+                                    t_.coeff_rows[j]);
   }
 
  private:
-  static constexpr ptrdiff_t register_margin = 32;  // loops take whole registers
-
   // Widths, of a uniform partition 1; reciprocals in the unit of x; the diagonals.
   struct system {
     Real *w, *r, *dl, *d, *du;

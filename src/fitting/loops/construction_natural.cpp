@@ -28,6 +28,12 @@ struct row {
 };
 
 template <class Real>
+void differences(const Real* from, ptrdiff_t rows, Real* to) {
+  for (ptrdiff_t i = 0; i < rows * panel_lanes<Real>; i += lanes<Real>)
+    store(to + i, load(from + i + panel_lanes<Real>) - load(from + i));
+}
+
+template <class Real>
 bool factor(const panel_group<Real>& group, const Real* w, ptrdiff_t first, ptrdiff_t end,
             Real* least_width) {
   using values = row<Real>;
@@ -176,8 +182,9 @@ void separate(const Real* from, ptrdiff_t rows, Real* const* to) {
 void settle() { streaming_done(); }
 
 template <class Real>
-constexpr natural_loops<Real> natural_table = {interleave<Real>, separate<Real>, factor<Real>, forward<Real>,
-                                               backward<Real>,   cells<Real>,    settle};
+constexpr natural_loops<Real> natural_table = {interleave<Real>, separate<Real>, differences<Real>,
+                                               factor<Real>,     forward<Real>,  backward<Real>,
+                                               cells<Real>,      settle};
 
 }  // namespace
 TMK_TIER_CLOSE
