@@ -194,6 +194,7 @@ class basic_spline : public spline_families {
   /// 0 for a site below x[0], i for x[i-1] <= site < x[i], points() - 1 at x[points() - 1], points() above,
   /// and -1 for a NaN.
   void cells(const abscissae<Real>& sites, std::span<std::int32_t> out) const;
+  void cells(const abscissae<Real>& sites, std::span<std::int64_t> out) const;
 
   /// The polynomials, function by function and cell by cell: coefficients of (t - x[i])^0, (t - x[i])^1 ...
   /// of cell i, from x[i] to x[i+1]. A Subbotin spline has one around each point; a step function has none.

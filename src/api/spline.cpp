@@ -47,14 +47,15 @@ fitting_task<Real>::fitting_task(const char* function, const partition<Real>& p,
   if (!searched && !p.grid) set(DF_XHINT, DF_PARTITION_UNKNOWN);
 }
 
+// By the kernels' own formula, so that its rounding counts, too.
 template <class Real>
 bool evenly_spaced(std::span<const Real> x) {
-  const double first = x.front(), step = (x.back() - first) / static_cast<double>(x.size() - 1);
-  const double reach = std::pow(std::numeric_limits<Real>::epsilon(), 2.0 / 3) * step;
+  const Real first = x.front(), step = (x.back() - first) / static_cast<Real>(x.size() - 1);
+  const Real reach = std::pow(std::numeric_limits<Real>::epsilon(), Real(2) / 3) * step;
   const auto far = [&](std::size_t i) {
-    return !(std::abs(x[i] - (first + static_cast<double>(static_cast<int32_t>(i)) * step)) <= reach);
+    return !(std::abs(x[i] - (first + static_cast<Real>(static_cast<int32_t>(i)) * step)) <= reach);
   };
-  return first_where<double>(x.size(), far) == x.size();
+  return first_where<Real>(x.size(), far) == x.size();
 }
 
 template <class Real>

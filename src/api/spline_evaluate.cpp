@@ -148,6 +148,14 @@ void basic_spline<Real>::cells(const abscissae<Real>& sites, std::span<std::int3
 }
 
 template <class Real>
+void basic_spline<Real>::cells(const abscissae<Real>& sites, std::span<std::int64_t> out) const {
+  detail::check_output("spline::cells", "out", out.data(), out.size(), sites.size());
+  std::vector<std::int32_t> narrow(out.size());
+  cells(sites, std::span(narrow));
+  std::copy(narrow.begin(), narrow.end(), out.begin());
+}
+
+template <class Real>
 basic_spline<Real>& basic_spline<Real>::extrapolate_by(side which, outside_function function) {
   outside_[which == side::left ? 0 : 1] = {extrapolation::polynomial, std::move(function), {}};
   return *this;

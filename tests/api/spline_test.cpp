@@ -226,7 +226,10 @@ void all_roads_agree() {
           std::vector<Real> shuffled(nf * sites * 3), sorted(shuffled.size());
           std::vector<std::int32_t> cells(sites);
           s.evaluate(t, {0, 1, 2}, shuffled, layout::site_function_derivative);
+          std::vector<std::int64_t> wide_cells(sites);
           s.cells(t, cells);
+          s.cells(t, wide_cells);
+          ASSERT_TRUE(std::equal(cells.begin(), cells.end(), wide_cells.begin()));
           for (std::size_t i = 0; i < sites; ++i) {
             const auto above = std::upper_bound(x.begin(), x.end(), t[i]) - x.begin();
             ASSERT_EQ(cells[i], t[i] == x.back() ? above - 1 : above) << t[i];
