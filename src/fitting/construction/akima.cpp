@@ -26,33 +26,21 @@ struct akima {
   static constexpr int64_t least_nx = 5;
   static constexpr ptrdiff_t span = 5;
   template <class Real>
+  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule = &local_cubic_loops<Real>::akima;
+  template <class Real>
   static constexpr end_function<Real>* at_period = periodic_end<Real>;
   template <class Real>
   static constexpr end_function<Real>* at_unset = continued_end<Real>;
-
-  template <class Real>
-  static int32_t lacks(const task<Real>&) {
-    return DF_STATUS_OK;
-  }
-
-  template <class Real>
-  static void slopes(const local_cubic_loops<Real>& loops, const knot_range<Real>& k) {
-    loops.akima(k.h, k.d, static_cast<int>(k.count), k.s);
-  }
 };
 
 }  // namespace
 }  // namespace tmk::fitting
 
-extern "C" {
-int32_t tmk_df_kernel_dDFAkimaCubicSpline1D(DFTask* task, int64_t, int64_t method,
+int32_t tmk_df_kernel_dDFAkimaCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
                                             const ThreadingService* threading) {
-  using namespace tmk::fitting;
-  return local_cubic<akima>::construct(tmk::fitting::task<double>::of(task), method, threading);
+  return tmk::fitting::local_cubic<tmk::fitting::akima>::construct<double>(task, method, threading);
 }
-int32_t tmk_df_kernel_sDFAkimaCubicSpline1D(DFTask* task, int64_t, int64_t method,
+int32_t tmk_df_kernel_sDFAkimaCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
                                             const ThreadingService* threading) {
-  using namespace tmk::fitting;
-  return local_cubic<akima>::construct(tmk::fitting::task<float>::of(task), method, threading);
-}
+  return tmk::fitting::local_cubic<tmk::fitting::akima>::construct<float>(task, method, threading);
 }

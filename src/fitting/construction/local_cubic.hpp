@@ -2,16 +2,16 @@
 // and two values make a cell. One frame serves all families; a family is
 //   struct family {
 //     static constexpr int64_t least_nx;
-//     static constexpr ptrdiff_t span;   // points that the rule of an inner knot and its cell take part in
+//     static constexpr ptrdiff_t span;  // points that the rule of an inner knot and its cell take part in
+//     // The rule, or null where ic holds the slopes of the inner points.
+//     template <class Real> static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule;
+//     // The slope at an end where the function is periodic, and where no condition is set.
 //     template <class Real> static constexpr end_function<Real>*at_period, *at_unset;
-//     template <class Real> static int32_t lacks(const task<Real>&);  // a status of its own, or 0
-//     template <class Real> static void slopes(const local_cubic_loops<Real>&, const knot_range<Real>&);
 //   };
 //
 // A partition is cut into blocks of cells, functions into groups; a block and a group are a job. In it strips
-// of cells go function after function through rows of scratch that stay in the first cache: widths, divided
-// differences, slopes, coefficients, each some cells ahead of the next. Rows reach two cells beyond their
-// strip, so no result depends on where the cuts lie.
+// of cells go function after function through rows of scratch that stay in the first caches. Rows reach two
+// cells beyond their strip, so no result depends on where the cuts lie.
 #pragma once
 
 #include <algorithm>
@@ -27,29 +27,18 @@ namespace tmk::fitting {
 
 constexpr ptrdiff_t block_cells = 2048, group_functions = 4;
 constexpr ptrdiff_t strip_cells = 512;
-constexpr ptrdiff_t step_cells = 64;  // coefficients go to memory while the next cells are computed
+constexpr ptrdiff_t lag_cells = 32;   // from one stage of a strip to the next
 constexpr ptrdiff_t reach = 2;        // cells beyond an inner knot's own that a rule may look at
+constexpr ptrdiff_t row_unit = 16;    // a multiple of every register
 constexpr ptrdiff_t row_margin = 32;  // of a row on either side: the reach, and a register
-constexpr ptrdiff_t row_length = strip_cells + 2 * row_margin;
-
-// Knots first ... first + count - 1, whose slopes go to s; h and d are the rows of widths and divided
-// differences at the first one's right cell, two cells more of them on either side.
-template <class Real>
-struct knot_range {
-  const task<Real>& t;
-  ptrdiff_t first, count;
-  const Real *h, *d;
-  Real* s;
-};
 
 template <class Real>
 class local_cubic_job {
  public:
-  using slopes_function = void(const local_cubic_loops<Real>&, const knot_range<Real>&);
   struct plan {
     task<Real>& t;
     bool columns, uniform;
-    slopes_function* slopes;
+    const slope_loops<Real>* rule;
     end_function<Real>* ends[2];
     bool past_caches;
   };
@@ -68,7 +57,7 @@ class local_cubic_job {
   // partition.
   static constexpr int rows = 5;
   static ptrdiff_t row_length(ptrdiff_t n) {
-    return std::min(strip_cells, n / 16 * 16 + 16) + 2 * row_margin;
+    return std::min(strip_cells, n / row_unit * row_unit + row_unit) + 2 * row_margin;
   }
   static void prepare(const task<Real>& t, bool uniform, Real* memory) {
     const ptrdiff_t length = row_length(points(t));
@@ -88,29 +77,54 @@ class local_cubic_job {
  private:
   // Cells a ... b-1 of function j. Rows are at cell a or its left knot.
   void strip(ptrdiff_t a, ptrdiff_t b, ptrdiff_t j, bool with_widths) {
-    const auto& loops = local_cubic_loops_now<Real>();
     const samples<Real> y = function_of(p_.t, j);
     const ptrdiff_t last = std::min(b + reach, n_ - 1);  // cells that the rows need end here
-    ptrdiff_t cells = std::max<ptrdiff_t>(a - reach, 0), knots = a;
-    const Real* values = strip_values(y, a, cells, last);
+    stages at = {a, std::max<ptrdiff_t>(a - reach, 0), a};
+    const Real* values = strip_values(y, a, at.cell, last);
     Real* c = p_.t.coeff_rows[j] + 4 * a;
-    for (ptrdiff_t k = a, end; k < b; k = end) {
-      end = std::min(k + step_cells, b);
-      const ptrdiff_t cells_end = end == b ? last : std::min(end + 8, last);
-      const ptrdiff_t knots_end = end == b ? b + 1 : std::min(end + 4, b);
-      const int count = static_cast<int>(cells_end - cells);
-      if (with_widths) loops.widths(p_.t.x + cells, count, h_ + (cells - a), r_ + (cells - a));
-      loops.slopes(values + (cells - a), r_ + (cells - a), count, d_ + (cells - a));
-      continue_slopes(a, cells_end);
-      p_.slopes(loops,
-                {p_.t, knots, knots_end - knots, h_ + (knots - a), d_ + (knots - a), s_ + (knots - a)});
-      if (k == 0) s_[0] = p_.ends[0](end_of(y, 0, s_[1]));
-      if (end == n_ - 1) s_[end - a] = p_.ends[1](end_of(y, 1, s_[end - a - 1]));
-      loops.cells(values + (k - a), s_ + (k - a), d_ + (k - a), r_ + (k - a), static_cast<int>(end - k),
-                  p_.past_caches, c + 4 * (k - a));
-      cells = cells_end;
-      knots = knots_end;
+
+    prepare_slopes(at, values, with_widths, std::min(a + 2 * lag_cells, last), std::min(a + lag_cells, b));
+    if (a == 0) s_[0] = p_.ends[0](end_of(y, 0, s_[1]));
+    ptrdiff_t done = 0;
+    if (p_.rule != nullptr) {
+      done = std::min(last - at.cell, b - at.knot) / row_unit * row_unit;
+      const ptrdiff_t cell = at.cell - a, knot = at.knot - a;
+      p_.rule->together[with_widths]({p_.t.x + at.cell * with_widths, values + cell, values, rows_at(cell),
+                                      rows_at(knot), rows_at(0), c, p_.past_caches},
+                                     static_cast<int>(done));
+      at.cell += done;
+      at.knot += done;
     }
+    prepare_slopes(at, values, with_widths, last, b + 1);
+    if (b == n_ - 1) s_[b - a] = p_.ends[1](end_of(y, 1, s_[b - a - 1]));
+    const auto [h, r, d, s] = rows_at(done);
+    local_cubic_loops_now<Real>().cells(values + done, s, d, r, static_cast<int>(b - a - done),
+                                        p_.past_caches, c + 4 * done);
+  }
+
+  // The next cell whose divided difference, and the next knot whose slope is to be computed, in a strip from
+  // cell `first` on.
+  struct stages {
+    ptrdiff_t first, cell, knot;
+  };
+
+  row_places<Real> rows_at(ptrdiff_t i) const { return {h_ + i, r_ + i, d_ + i, s_ + i}; }
+
+  void prepare_slopes(stages& at, const Real* values, bool with_widths, ptrdiff_t cell_end,
+                      ptrdiff_t knot_end) {
+    const auto& loops = local_cubic_loops_now<Real>();
+    const auto cells = rows_at(at.cell - at.first), knots = rows_at(at.knot - at.first);
+    const int count = static_cast<int>(cell_end - at.cell);
+    if (with_widths) loops.widths(p_.t.x + at.cell, count, cells.h, cells.r);
+    loops.slopes(values + (at.cell - at.first), cells.r, count, cells.d);
+    continue_slopes(at.first, cell_end);
+    if (p_.rule != nullptr)
+      p_.rule->knots(knots.h, knots.d, static_cast<int>(knot_end - at.knot), knots.s);
+    else
+      for (ptrdiff_t i = std::max<ptrdiff_t>(at.knot, 1); i < std::min(knot_end, n_ - 1); ++i)
+        s_[i - at.first] = p_.t.ic[i - 1];
+    at.cell = cell_end;
+    at.knot = knot_end;
   }
 
   // The function's values from point `first` to `last`, as seen from point a.
@@ -167,10 +181,11 @@ struct local_cubic {
     for (ptrdiff_t i = 0; i < threads; ++i) job::prepare(t, Index % 2 == 1, rows.get() + i * slice);
     constexpr auto& ends =
         boundary_functions<Real, Family::template at_period<Real>, Family::template at_unset<Real>>;
+    constexpr auto rule = Family::template rule<Real>;
     const typename job::plan plan{t,
                                   Index / 2 == 0,
                                   Index % 2 == 1,
-                                  Family::template slopes<Real>,
+                                  rule == nullptr ? nullptr : &(local_cubic_loops_now<Real>().*rule),
                                   {ends[0][index], ends[1][index]},
                                   passes_caches(t)};
     auto work = [&](int32_t item, int32_t thread) {
@@ -186,9 +201,10 @@ struct local_cubic {
   }
 
   template <class Real>
-  static int32_t construct(task<Real>& t, int64_t method, const ThreadingService* service) {
+  static int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
+    auto& t = task<Real>::of(handle);
     if (const int32_t status = check_cubic(t, Family::least_nx, true)) return status;
-    if (const int32_t status = Family::lacks(t)) return status;
+    if (Family::template rule<Real> == nullptr && t.ic == nullptr) return DF_STATUS_NULL_IC;
     const auto& kernels = dispatch_table<local_cubic, Real, 4>;
     const size_t index = static_cast<size_t>(grid_index(t));
     return kernels[index](t, t.xhint, t.yhint, method, boundary_of(t.bc_type), service);

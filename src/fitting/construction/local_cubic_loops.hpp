@@ -19,10 +19,32 @@ template <class Real>
 using slope_rule = void(const Real* h, const Real* d, int count, Real* s);
 
 template <class Real>
+struct row_places {
+  Real *h, *r, *d, *s;
+};
+
+// Places in the rows of a strip for three stages at once, some lag apart: widths and divided differences of
+// the cells ahead, slopes of the knots in the middle, coefficients of the cells behind.
+template <class Real>
+struct strip_rows {
+  const Real *x, *y, *y_behind;  // x and y go with `ahead`
+  row_places<Real> ahead, middle, behind;
+  Real* c;
+  bool past_caches;
+};
+
+template <class Real>
+struct slope_loops {
+  slope_rule<Real>* knots;
+  // All stages for `count` cells, a multiple of every register: with widths that are known, or not.
+  void (*together[2])(const strip_rows<Real>& rows, int count);
+};
+
+template <class Real>
 struct local_cubic_loops {
   void (*widths)(const Real* x, int count, Real* h, Real* r);  // and their reciprocals
   void (*slopes)(const Real* y, const Real* r, int count, Real* d);
-  slope_rule<Real>*bessel, *hyman, *akima;
+  slope_loops<Real> bessel, hyman, akima;
   // Four coefficients a cell. Past the caches c is aligned to 16 bytes, and settle follows the last call.
   void (*cells)(const Real* y, const Real* s, const Real* d, const Real* r, int count, bool past_caches,
                 Real* c);

@@ -4,7 +4,7 @@
 
 #include "fitting/construction/frame.hpp"
 #include "fitting/construction/local_cubic_loops.hpp"
-#include "platform/simd.hpp"
+#include "platform/simd_interleave.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -33,69 +33,114 @@ void slopes(const Real* y, const Real* r, int count, Real* d) {
 }
 
 // The slope of the parabola through a point and its neighbours.
-template <class Real>
-batch<Real> parabola(const Real* h, const Real* d) {
-  const batch<Real> h0 = load(h - 1), h1 = load(h);
-  return (h1 * load(d - 1) + h0 * load(d)) / (h0 + h1);
-}
+struct bessel_rule {
+  template <class Real>
+  [[gnu::always_inline]] static batch<Real> slope(const Real* h, const Real* d) {
+    const batch<Real> h0 = load(h - 1), h1 = load(h);
+    return (h1 * load(d - 1) + h0 * load(d)) / (h0 + h1);
+  }
+};
 
-template <class Real>
-void bessel(const Real* h, const Real* d, int count, Real* s) {
-  walk<Real>(count, [&](int i, int) { store(s + i, parabola(h + i, d + i)); });
-}
-
-template <class Real>
-void hyman(const Real* h, const Real* d, int count, Real* s) {
-  walk<Real>(count, [&](int i, int) {
-    const batch<Real> d0 = load(d + i - 1), d1 = load(d + i), b = parabola(h + i, d + i);
+struct hyman_rule {
+  template <class Real>
+  [[gnu::always_inline]] static batch<Real> slope(const Real* h, const Real* d) {
+    const batch<Real> d0 = load(d - 1), d1 = load(d), b = bessel_rule::slope(h, d);
     const batch<Real> steepest = Real(3) * xsimd::min(xsimd::abs(d0), xsimd::abs(d1));
     const batch<Real> filtered = xsimd::copysign(xsimd::min(steepest, xsimd::abs(b)), b);
-    store(s + i, xsimd::select(d0 * d1 <= batch<Real>(0), batch<Real>(0), filtered));
-  });
+    return xsimd::select(d0 * d1 <= batch<Real>(0), batch<Real>(0), filtered);
+  }
+};
+
+struct akima_rule {
+  template <class Real>
+  [[gnu::always_inline]] static batch<Real> slope(const Real* /*h*/, const Real* d) {
+    const batch<Real> d0 = load(d - 1), d1 = load(d);
+    const batch<Real> w1 = xsimd::abs(load(d + 1) - d1), w2 = xsimd::abs(d0 - load(d - 2));
+    const batch<Real> w = w1 + w2, mean = (d0 + d1) * batch<Real>(0.5);
+    const auto flat = w < batch<Real>(akima_flat<Real>);
+    return xsimd::select(flat, mean, (w1 * d0 + w2 * d1) / xsimd::select(flat, batch<Real>(1), w));
+  }
+};
+
+template <class Real, class Rule>
+void knots(const Real* h, const Real* d, int count, Real* s) {
+  walk<Real>(count, [&](int i, int) { store(s + i, Rule::slope(h + i, d + i)); });
 }
 
 template <class Real>
-void akima(const Real*, const Real* d, int count, Real* s) {
-  walk<Real>(count, [&](int i, int) {
-    const batch<Real> d0 = load(d + i - 1), d1 = load(d + i);
-    const batch<Real> w1 = xsimd::abs(load(d + i + 1) - d1), w2 = xsimd::abs(d0 - load(d + i - 2));
-    const batch<Real> w = w1 + w2, mean = (d0 + d1) * batch<Real>(0.5);
-    const auto flat = w < batch<Real>(akima_flat<Real>);
-    store(s + i, xsimd::select(flat, mean, (w1 * d0 + w2 * d1) / xsimd::select(flat, batch<Real>(1), w)));
-  });
+[[gnu::always_inline]] inline void cell(const batch<Real>& y, const Real* s, const Real* d, const Real* r,
+                                        batch<Real> (&power)[4]) {
+  fitting::cubic_cell(y, load(s), load(s + 1), load(d), load(r), power);
+}
+
+template <bool PastCaches, class Real>
+[[gnu::always_inline]] inline void store_cells(Real* c, const batch<Real> (&power)[4]) {
+  store_interleaved<PastCaches>(c, power[0], power[1], power[2], power[3]);
+}
+
+// All stages in one loop: by the lag, what is loaded across the seam of two stores has reached the cache, and
+// divisions, shuffles and stores overlap.
+template <class Real, class Rule, bool WithWidths>
+void together(const strip_rows<Real>& rows, int count) {
+  // Copies: stores to the rows could change what the reference points to.
+  const auto [x, y, y_behind, ahead, middle, behind, c, past_caches] = rows;
+  for (int i = 0; i < count; i += lanes<Real>) {
+    batch<Real> r;
+    if constexpr (WithWidths) {
+      const batch<Real> h = load(x + i + 1) - load(x + i);
+      r = Real(1) / h;
+      store(ahead.h + i, h);
+      store(ahead.r + i, r);
+    } else {
+      r = load(ahead.r + i);
+    }
+    store(ahead.d + i, (load(y + i + 1) - load(y + i)) * r);
+    store(middle.s + i, Rule::slope(middle.h + i, middle.d + i));
+    batch<Real> power[4];
+    cell(load(y_behind + i), behind.s + i, behind.d + i, behind.r + i, power);
+    if (past_caches)
+      store_cells<true>(c + 4 * i, power);
+    else
+      store_cells<false>(c + 4 * i, power);
+  }
 }
 
 template <class Real>
 void cells(const Real* y, const Real* s, const Real* d, const Real* r, int count, bool past_caches, Real* c) {
   constexpr int width = lanes<Real>;
-  const auto powers = [&](int i, int rest, auto&& put) {
-    const batch<Real> s0 = load(s + i), s1 = load(s + i + 1), slope = load(d + i), reciprocal = load(r + i);
-    const batch<Real> value = load_partial(y + i, rest, Real(0));
-    batch<Real> power[4];
-    fitting::cubic_cell(value, s0, s1, slope, reciprocal, power);
-    put(power[0], power[1], power[2], power[3]);
-  };
+  batch<Real> power[4];
   int i = 0;
-  if (past_caches)
-    for (; i <= count - width; i += width)
-      powers(i, width, [&](auto&&... power) { store_rows<true>(c + 4 * i, power...); });
-  for (; i <= count - width; i += width)
-    powers(i, width, [&](auto&&... power) { store_rows<false>(c + 4 * i, power...); });
-  if (i < count) {
-    Real last[4 * width];
-    powers(i, count - i, [&](auto&&... power) { store_rows<false>(last, power...); });
-    std::copy_n(last, 4 * (count - i), c + 4 * i);
+  for (; i <= count - width; i += width) {
+    cell(load(y + i), s + i, d + i, r + i, power);
+    if (past_caches)
+      store_cells<true>(c + 4 * i, power);
+    else
+      store_cells<false>(c + 4 * i, power);
   }
+  if (i == count) return;
+  Real last[4 * width];
+  cell(load_partial(y + i, count - i, Real(0)), s + i, d + i, r + i, power);
+  store_cells<false>(last, power);
+  std::copy_n(last, 4 * (count - i), c + 4 * i);
 }
 
 void settle() { streaming_done(); }
 
+template <class Real, class Rule>
+constexpr slope_loops<Real> loops_of = {knots<Real, Rule>,
+                                        {together<Real, Rule, false>, together<Real, Rule, true>}};
+
+template <class Real>
+constexpr local_cubic_loops<Real> all_loops = {widths<Real>,
+                                               slopes<Real>,
+                                               loops_of<Real, bessel_rule>,
+                                               loops_of<Real, hyman_rule>,
+                                               loops_of<Real, akima_rule>,
+                                               cells<Real>,
+                                               settle};
+
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_LOOPS(local_cubic_doubles) = {{tmk::widths<double>, tmk::slopes<double>, tmk::bessel<double>,
-                                          tmk::hyman<double>, tmk::akima<double>, tmk::cells<double>,
-                                          tmk::settle}};
-TMK_DEFINE_LOOPS(local_cubic_singles) = {{tmk::widths<float>, tmk::slopes<float>, tmk::bessel<float>,
-                                          tmk::hyman<float>, tmk::akima<float>, tmk::cells<float>,
-                                          tmk::settle}};
+TMK_DEFINE_LOOPS(local_cubic_doubles) = {tmk::all_loops<double>};
+TMK_DEFINE_LOOPS(local_cubic_singles) = {tmk::all_loops<float>};
