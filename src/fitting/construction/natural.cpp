@@ -27,7 +27,8 @@ int32_t construct_alone(const task<Real>& t, Spline& spline, const call& c) {
   for (ptrdiff_t group = 0; group < spline.groups(); ++group) {
     if (const int32_t status = spline.factor(group, memory.get(), work)) return status;
     if (!spline.forgets_ends()) break;
-    for (ptrdiff_t j = 0; j < functions(t); ++j) spline.construct(group, memory.get(), work, j);
+    for (ptrdiff_t j = 0; j < functions(t); j += Spline::functions_at_once)
+      spline.construct(group, memory.get(), work, j, std::min(functions(t) - j, Spline::functions_at_once));
   }
   return DF_STATUS_OK;
 }
@@ -47,7 +48,7 @@ int32_t construct_parallel(const task<Real>& t, Spline& spline, const call& c) {
     statuses.get()[j] = DF_STATUS_PERIODIC_MISMATCH;
     if (c.closed && !closes(function_of(t, j), points(t))) return;
     for (ptrdiff_t group = 0; group < spline.groups(); ++group)
-      spline.construct(group, memory.get() + group * factors, work + thread * slice, j);
+      spline.construct(group, memory.get() + group * factors, work + thread * slice, j, 1);
     statuses.get()[j] = DF_STATUS_OK;
   };
   parallel_for(c.service, ny, c.threads, job);

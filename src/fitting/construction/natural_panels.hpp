@@ -23,7 +23,7 @@ namespace tmk::fitting {
 template <class Real>
 class natural_panels {
  public:
-  static constexpr ptrdiff_t least_cells = 256;
+  static constexpr ptrdiff_t least_cells = 256, functions_at_once = 1;
 
   natural_panels(const task<Real>& t, bool uniform, boundary index)
       : t_(t), uniform_(uniform), index_(index), cells_(points(t) - 1) {
@@ -75,7 +75,7 @@ class natural_panels {
   bool forgets_ends() const { return remembered_ <= std::numeric_limits<Real>::epsilon() / 4 * least_width_; }
 
   // The coefficients of function j in the panels of a group.
-  void construct(ptrdiff_t group, Real* factors, Real* work, ptrdiff_t j) const {
+  void construct(ptrdiff_t group, Real* factors, Real* work, ptrdiff_t j, ptrdiff_t /*count*/) const {
     const auto& loops = natural_loops_now<Real>();
     const rows m = rows_at(factors, work);
     const samples<Real> y = function_of(t_, j);

@@ -13,17 +13,20 @@ namespace tmk::fitting {
 template <class Real>
 class natural_whole {
  public:
+  static constexpr ptrdiff_t functions_at_once = 4;
+
   natural_whole(const task<Real>& t, bool uniform, boundary index)
       : t_(t), uniform_(uniform), index_(index), cells_(points(t) - 1) {
     const ptrdiff_t least_reach = sizeof(Real) == sizeof(double) ? 56 : 28;
     reach_ = index == periodic ? std::max(least_reach, cells_) : 0;
     length_ = cells_ + 2 * reach_;
     row_ = length_ + 1;
+    at_once_ = std::min(functions_at_once, functions(t));
   }
 
   static constexpr ptrdiff_t groups() { return 1; }
   ptrdiff_t factor_elements() const { return 5 * row_; }
-  ptrdiff_t work_elements() const { return 3 * row_; }
+  ptrdiff_t work_elements() const { return (1 + 2 * at_once_) * row_; }
   static constexpr bool forgets_ends() { return true; }
 
   int32_t factor(ptrdiff_t, Real* factors, Real*) const {
@@ -49,23 +52,16 @@ class natural_whole {
     return linalg::factor<Real>({length_ + 1, m.dl, m.d, m.du}) == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
   }
 
-  void construct(ptrdiff_t, Real* factors, Real* work, ptrdiff_t j) const {
+  // Functions j ... j + count - 1, up to functions_at_once.
+  void construct(ptrdiff_t, Real* factors, Real* work, ptrdiff_t j, ptrdiff_t count) const {
     const system m = system_at(factors);
-    Real *const s = work, *const d = work + row_, *values = work + 2 * row_;
-    const samples<Real> y = function_of(t_, j);
-    each_place(length_ + 1, [&](ptrdiff_t i, ptrdiff_t knot) { values[i] = y[knot]; });
-    for (ptrdiff_t i = 0; i < length_; ++i) d[i] = (values[i + 1] - values[i]) * m.r[i];
-    for (ptrdiff_t i = 1; i < length_; ++i) s[i] = 3 * (m.w[i] * d[i - 1] + m.w[i - 1] * d[i]);
-    const auto conditions = end_conditions(index_, cells_);
-    const ptrdiff_t last = length_ - 1, one = last > 0;
-    const Real unit = uniform_ ? uniform_step(t_) : Real(1);
-    s[0] = end_value(conditions[0], {m.w[0], m.w[one], d[0], d[one], -unit * m.w[0]}, t_.bc, 0);
-    s[length_] = end_value(conditions[1],
-                           {m.w[last], m.w[last - one], d[last], d[last - one], unit * m.w[last]}, t_.bc, 1);
-    if (settled_by_choice()) s[1] = 0;
-    linalg::solve<Real>({length_ + 1, m.dl, m.d, m.du}, s, 0, 1);
-    natural_loops_now<Real>().cells(values + reach_, s + reach_, m.r + reach_, cells_, false,
-                                    t_.coeff_rows[j]);
+    Real *const values = work + row_, *const s = values + at_once_ * row_;
+    for (ptrdiff_t k = 0; k < count; ++k)
+      right_side(m, function_of(t_, j + k), work, values + k * row_, s + k * row_);
+    linalg::solve<Real>({length_ + 1, m.dl, m.d, m.du}, s, row_, count);
+    for (ptrdiff_t k = 0; k < count; ++k)
+      natural_loops_now<Real>().cells(values + k * row_ + reach_, s + k * row_ + reach_, m.r + reach_, cells_,
+                                      false, t_.coeff_rows[j + k]);
   }
 
  private:
@@ -85,6 +81,20 @@ class natural_whole {
     }
   }
 
+  // Divided differences d, values, and the right side s.
+  void right_side(const system& m, const samples<Real>& y, Real* d, Real* values, Real* s) const {
+    each_place(length_ + 1, [&](ptrdiff_t i, ptrdiff_t knot) { values[i] = y[knot]; });
+    for (ptrdiff_t i = 0; i < length_; ++i) d[i] = (values[i + 1] - values[i]) * m.r[i];
+    for (ptrdiff_t i = 1; i < length_; ++i) s[i] = 3 * (m.w[i] * d[i - 1] + m.w[i - 1] * d[i]);
+    const auto conditions = end_conditions(index_, cells_);
+    const ptrdiff_t last = length_ - 1, one = last > 0;
+    const Real unit = uniform_ ? uniform_step(t_) : Real(1);
+    s[0] = end_value(conditions[0], {m.w[0], m.w[one], d[0], d[one], -unit * m.w[0]}, t_.bc, 0);
+    s[length_] = end_value(conditions[1],
+                           {m.w[last], m.w[last - one], d[last], d[last - one], unit * m.w[last]}, t_.bc, 1);
+    if (settled_by_choice()) s[1] = 0;
+  }
+
   // Three points without a knot at the middle one say nothing of its slope: it is taken to be 0.
   bool settled_by_choice() const { return cells_ == 2 && index_ == not_a_knot; }
 
@@ -92,7 +102,7 @@ class natural_whole {
   const bool uniform_;
   const boundary index_;
   const ptrdiff_t cells_;
-  ptrdiff_t reach_, length_, row_;
+  ptrdiff_t reach_, length_, row_, at_once_;
 };
 
 }  // namespace tmk::fitting
