@@ -30,13 +30,13 @@ double overshoot(const tmk::spline& s, const std::vector<double>& year, const st
 }
 
 // The mean slope at the middle of each month, over all years.
-std::array<double, 12> seasonal_slope(const tmk::spline& s, int first_year, int years) {
-  std::vector<double> middles;
-  for (int k = 0; k < 12 * years; ++k) middles.push_back(first_year + (k + 0.5) / 12);
-  std::vector<double> slopes(middles.size());
+std::array<double, 12> seasonal_slope(const tmk::spline& s, double first_year, std::size_t years) {
+  std::vector<double> middles(12 * years), slopes(middles.size());
+  for (std::size_t k = 0; k < middles.size(); ++k)
+    middles[k] = first_year + (static_cast<double>(k) + 0.5) / 12;
   s.evaluate(middles, {1}, slopes);
   std::array<double, 12> mean{};
-  for (std::size_t k = 0; k < slopes.size(); ++k) mean[k % 12] += slopes[k] / years;
+  for (std::size_t k = 0; k < slopes.size(); ++k) mean[k % 12] += slopes[k] / static_cast<double>(years);
   return mean;
 }
 
@@ -82,7 +82,7 @@ void splines_page() {
   for (const double v : limited) std::printf("%6.1f", v);
 
   double months_mean = 0;
-  for (int k = 0; k < 12; ++k) months_mean += ppm[static_cast<std::size_t>(16 * 12 + k)] / 12;
+  for (std::size_t k = 0; k < 12; ++k) months_mean += ppm[(1975 - 1959) * 12 + k] / 12;
   std::printf(
       "\n\n3. The mean of 1975 is an integral: %.3f ppm by the cubic, %.3f by Hyman's; the months' mean is\n"
       "  %.3f.\n\n",

@@ -557,8 +557,7 @@ TEST(spline, threads_and_copies) {
   const auto akima = [&] { return spline::akima(x, rows(Y)); };
   for (const int threads : {2, 3}) {
     EXPECT_EQ(run(threads, akima), run(1, akima));
-    const auto a = run(threads, natural), b = run(1, natural);
-    for (std::size_t i = 0; i < a.size(); ++i) ASSERT_NEAR(a[i], b[i], 1e-9 * (1 + std::abs(b[i])));
+    EXPECT_EQ(run(threads, natural), run(1, natural));
   }
 
   spline s = natural();
