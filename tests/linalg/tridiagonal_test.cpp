@@ -16,7 +16,7 @@ TEST(tridiagonal, solves_what_it_factored) {
   for (const int n : {1, 2, 3, 50})
     for (const int nrhs : {1, 4, 6}) {
       const int ldb = n + 3;
-      std::vector<double> dl, d, du, b(static_cast<size_t>(ldb * nrhs)), x(b.size());
+      std::vector<double> dl, d, du, b(static_cast<size_t>(ldb) * static_cast<size_t>(nrhs)), x(b.size());
       for (int i = 0; i < n; ++i) {
         dl.push_back(part(engine)), du.push_back(part(engine));
         d.push_back(std::copysign(2.01, part(engine)));
