@@ -65,6 +65,17 @@ struct block_walk {
   }
 };
 
+// Sites between two ends are merged with the points where they ascend, unless they are few among many points.
+template <class Real>
+bool ascend_among_points(const Real* site, int64_t site_hint, int64_t nsite, int64_t nx) {
+  constexpr int64_t most_points_between = 16;
+  return (site_hint & DF_SITES_UNIFORM) != 0 && nsite > 1 && nsite >= nx / most_points_between &&
+         site[0] <= site[1];
+}
+bool searches_each_site(search_method method) {
+  return method == search_method::hybrid || method == search_method::peak;
+}
+
 template <class Real>
 int32_t interpolate(DFTask* handle, int64_t type, int64_t nsite, const Real* site, int64_t site_hint,
                     int64_t ndorder, const void* dorder, const Real* search_hint, Real* result, int64_t rhint,
@@ -82,6 +93,8 @@ int32_t interpolate(DFTask* handle, int64_t type, int64_t nsite, const Real* sit
   if (type != DF_INTERPOLATE_FROM_CELLS) {
     const int32_t status = choose_search(t, site_hint, search_hint, search_hook, search_parameter, search);
     if (status < 0) return status;
+    if (ascend_among_points(site, site_hint, nsite, t.nx) && searches_each_site(search.state.method))
+      search.state.method = search_method::sorted;
   }
   const auto request = requested(ndorder, dorder, t.wide_ints != 0);
   result_layout layout;

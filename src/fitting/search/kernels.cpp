@@ -70,12 +70,11 @@ int32_t find_block(int64_t nx, const Real* x, int64_t n, const Real* sites, sear
   ROW(user_defined, UserDef)       \
   ROW(uniform_user_defined, UniUserDef)
 
-#define TMK_KERNEL(method, Real, name)                                                                  \
-  extern "C" __attribute__((visibility("default"))) int32_t name(                                       \
-      int64_t nx, const Real* x, int64_t n, const Real* sites, tmk::fitting::search_state<Real>* state, \
-      int32_t* cells) {                                                                                 \
-    using enum tmk::fitting::search_method;                                                             \
-    return tmk::fitting::find_block<method>(nx, x, n, sites, state, cells);                             \
+#define TMK_KERNEL(method, Real, name)                                               \
+  extern "C" int32_t name(int64_t nx, const Real* x, int64_t n, const Real* sites,   \
+                          tmk::fitting::search_state<Real>* state, int32_t* cells) { \
+    using enum tmk::fitting::search_method;                                          \
+    return tmk::fitting::find_block<method>(nx, x, n, sites, state, cells);          \
   }
 #define TMK_KERNELS(method, stem)                                 \
   TMK_KERNEL(method, double, tmk_df_kernel_dDF##stem##Search1D32) \
