@@ -26,7 +26,7 @@ constexpr int spline_kinds = 8;
 
 inline spline_kind kind_of(int64_t order, int64_t type, bool all_hooks) {
   constexpr int64_t any = -1;
-  constexpr struct {
+  static constexpr struct {
     int64_t order, type;
     spline_kind kind;
   } kinds[] = {

@@ -159,42 +159,42 @@ void peak(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_st
 // behind the last point. Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 + 1 on
 // either side.
 constexpr int side_by_side = 16;
-template <class Real>
+template <class Real, int Sites>
 void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search_state<Real>& state,
                         const bucket* buckets, int32_t* cells) {
   using real = batch<Real>;
-  static_assert(side_by_side % lanes<Real> == 0);
+  static_assert(Sites % lanes<Real> == 0);
   const real last(x[nx - 1]), top(static_cast<Real>(state.nbuckets));
-  int32_t index[side_by_side];
+  int32_t index[Sites];
   auto outside = lane_mask<Real>(false);
-  for (int k = 0; k < side_by_side; k += lanes<Real>) {
+  for (int k = 0; k < Sites; k += lanes<Real>) {
     const real site = load(t + k);
     outside = outside | (site >= last);
     store_truncated(index + k, xsimd::min(xsimd::max((site - x[0]) * state.bucket_scale, real(0)), top), 0);
   }
-  const Real* low[side_by_side];
+  const Real* low[Sites];
   ptrdiff_t width = 0;
 #pragma GCC unroll 16
-  for (int k = 0; k < side_by_side; ++k) {
+  for (int k = 0; k < Sites; ++k) {
     const bucket b = buckets[index[k]];
     low[k] = x + b.lo;
     width = std::max(width, static_cast<ptrdiff_t>(b.hi) - static_cast<ptrdiff_t>(b.lo));
   }
   const Real* const highest = x + (nx - 1 - width);
 #pragma GCC unroll 16
-  for (int k = 0; k < side_by_side; ++k) low[k] = std::min(low[k], highest);
+  for (int k = 0; k < Sites; ++k) low[k] = std::min(low[k], highest);
   for (; width > 0; width /= 2) {
     const ptrdiff_t half = (width + 1) / 2;
 #pragma GCC unroll 16
-    for (int k = 0; k < side_by_side; ++k) {
+    for (int k = 0; k < Sites; ++k) {
       const Real* const behind = low[k] + half;
       low[k] = __builtin_expect_with_probability(behind[-1] <= t[k], 1, 0.5) ? behind : low[k];
     }
   }
 #pragma GCC unroll 16
-  for (int k = 0; k < side_by_side; ++k) cells[k] = static_cast<int32_t>(low[k] - x);
+  for (int k = 0; k < Sites; ++k) cells[k] = static_cast<int32_t>(low[k] - x);
   if (xsimd::any(outside))
-    for (int k = 0; k < side_by_side; ++k)
+    for (int k = 0; k < Sites; ++k)
       if (t[k] >= x[nx - 1]) cells[k] = static_cast<int32_t>(t[k] > x[nx - 1] ? nx : nx - 1);
 }
 
@@ -205,13 +205,15 @@ void hybrid(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_
   const bucket* buckets = state->nbuckets > 0 ? state->buckets : &whole;
   ptrdiff_t i = 0;
   for (; n - i >= side_by_side; i += side_by_side)
-    bracket_and_bisect(nx, x, sites + i, *state, buckets, cells + i);
-  if (i == n) return;
-  Real rest[side_by_side];
-  int32_t found[side_by_side];
-  for (int k = 0; k < side_by_side; ++k) rest[k] = sites[std::min<ptrdiff_t>(i + k, n - 1)];
-  bracket_and_bisect(nx, x, rest, *state, buckets, found);
-  for (int k = 0; k < n - i; ++k) cells[i + k] = found[k];
+    bracket_and_bisect<Real, side_by_side>(nx, x, sites + i, *state, buckets, cells + i);
+  for (; i < n; i += lanes<Real>) {
+    Real rest[lanes<Real>];
+    int32_t found[lanes<Real>];
+    const ptrdiff_t count = std::min<ptrdiff_t>(lanes<Real>, n - i);
+    for (int k = 0; k < lanes<Real>; ++k) rest[k] = sites[std::min<ptrdiff_t>(i + k, n - 1)];
+    bracket_and_bisect<Real, lanes<Real>>(nx, x, rest, *state, buckets, found);
+    std::copy_n(found, count, cells + i);
+  }
 }
 
 template <class Real>
