@@ -136,8 +136,8 @@ constexpr auto subbotin_table = slots<Real>(std::make_integer_sequence<int, 8 * 
 template <class Real>
 quadratic_kernel<Real>* subbotin_kernel(const task<Real>& t) {
   const int knots = (t.ic_type & DF_IC_KNOTS_UNIFORM) != 0 ? 4 : 0;
-  return subbotin_table<Real>[static_cast<size_t>((knots + grid_index(t)) * boundaries +
-                                                  boundary_of(t.bc_type))];
+  const int index = (knots + grid_index(t)) * boundaries + boundary_of(t.bc_type);
+  return subbotin_table<Real>[static_cast<size_t>(index)];
 }
 
 template quadratic_kernel<double>* subbotin_kernel(const task<double>&);
