@@ -193,6 +193,7 @@ template <int Columns>
   const f64 rows[] = {unpack_low(low, last_low), unpack_high(low, last_low), unpack_low(high, last_high),
                       unpack_high(high, last_high)};
   for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
+#pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
       const __m128d row = part_of<Part>(rows[i]);
       float* to = p + (4 * Part + i) * stride;

@@ -73,9 +73,12 @@ template <class Real>
   fitting::cubic_cell(y, load(s), load(s + 1), load(d), load(r), power);
 }
 
-template <bool PastCaches, class Real>
-[[gnu::always_inline]] inline void store_cells(Real* c, const batch<Real> (&power)[4]) {
-  store_interleaved<PastCaches>(c, power[0], power[1], power[2], power[3]);
+template <class Real>
+[[gnu::always_inline]] inline void put_cells(Real* c, const batch<Real> (&power)[4], bool past_caches) {
+  if (past_caches)
+    stream_columns(c, power);
+  else
+    store_columns<4>(c, 4, power);
 }
 
 // All stages in one loop: by the lag, what is loaded across the seam of two stores has reached the cache, and
@@ -98,10 +101,7 @@ void together(const strip_rows<Real>& rows, int count) {
     store(middle.s + i, Rule::slope(middle.h + i, middle.d + i));
     batch<Real> power[4];
     cell(load(y_behind + i), behind.s + i, behind.d + i, behind.r + i, power);
-    if (past_caches)
-      store_cells<true>(c + 4 * i, power);
-    else
-      store_cells<false>(c + 4 * i, power);
+    put_cells(c + 4 * i, power, past_caches);
   }
 }
 
@@ -112,15 +112,12 @@ void cells(const Real* y, const Real* s, const Real* d, const Real* r, int count
   int i = 0;
   for (; i <= count - width; i += width) {
     cell(load(y + i), s + i, d + i, r + i, power);
-    if (past_caches)
-      store_cells<true>(c + 4 * i, power);
-    else
-      store_cells<false>(c + 4 * i, power);
+    put_cells(c + 4 * i, power, past_caches);
   }
   if (i == count) return;
   Real last[4 * width];
   cell(load_partial(y + i, count - i, Real(0)), s + i, d + i, r + i, power);
-  store_cells<false>(last, power);
+  store_columns<4>(last, 4, power);
   std::copy_n(last, 4 * (count - i), c + 4 * i);
 }
 
