@@ -117,8 +117,15 @@ void prepare(construction_case<Real>& c, int64_t bc_type) {
   if (bc_type == DF_BC_PERIODIC) c.close();
 }
 
+class in_widest_tier : public testing::Test {
+  const int32_t before_ = tmk_current_tier();
+  void SetUp() override { tmk_select_tier(TMK_TIER_WIDEST); }
+  void TearDown() override { tmk_select_tier(before_); }
+};
+
 template <class Real>
-class local_cubic : public testing::Test {};
+class local_cubic : public in_widest_tier {};
+using local_cubic_rules = in_widest_tier;
 using both = testing::Types<double, float>;
 TYPED_TEST_SUITE(local_cubic, both);
 
@@ -256,7 +263,7 @@ TYPED_TEST(local_cubic, hyman_is_monotone_where_the_data_are) {
 }
 
 // Weights of Akima just above and below what counts as none, and slopes of either sign around an extremum.
-TEST(local_cubic_rules, thresholds) {
+TEST_F(local_cubic_rules, thresholds) {
   construction_case<double> c(7, 1, true);
   for (const double kink : {0x1p-36, 0x1p-31}) {  // times 8: differences change by 1.2e-10 and more, or less
     c.s_type = 3;
