@@ -143,10 +143,14 @@ class natural_panels {
       const bool within = first >= 0 && first + knots_ - 1 <= last;
       from[k] = within && direct != nullptr ? direct + first : spare;
       if (from[k] != spare) continue;
-      if (within)
-        for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(first + i);
-      else
-        for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(place(first + i, last));
+      if (index_ == periodic) {
+        for (ptrdiff_t i = 0; i < knots_; ++i) spare[i] = value(((first + i) % cells_ + cells_) % cells_);
+        continue;
+      }
+      const ptrdiff_t before = std::max<ptrdiff_t>(-first, 0), end = std::min(last - first + 1, knots_);
+      std::fill_n(spare, before, value(0));
+      for (ptrdiff_t i = before; i < end; ++i) spare[i] = value(first + i);
+      std::fill(spare + end, spare + knots_, value(last));
     }
     natural_loops_now<Real>().interleave(from, knots_, to);
   }
@@ -163,10 +167,6 @@ class natural_panels {
       fill(group, spare, w, cells_, t_.x, width);
       natural_loops_now<Real>().differences(spare, knots_ - 1, w);
     }
-  }
-
-  ptrdiff_t place(ptrdiff_t i, ptrdiff_t last) const {
-    return index_ == periodic ? (i % cells_ + cells_) % cells_ : std::clamp<ptrdiff_t>(i, 0, last);
   }
 
   // What the panels have for their own knots, in an array for each.
@@ -201,16 +201,21 @@ class natural_panels {
   // A slope beyond what a panel reaches, at most of the order of 1 / the least width, is weighed by the
   // product of the multipliers between, and by the width of the cell that it is felt in.
   void see_memory(ptrdiff_t group, const rows& m, const Real* w) {
+    Real left[lanes], right[lanes];
     for (ptrdiff_t k = 0; k < lanes; ++k) {
-      const ptrdiff_t end = reach + own_cells(group * lanes + k);
-      Real left =
-          has_left_end(group) && k == 0 ? 0 : std::max(w[(reach - 1) * lanes + k], w[reach * lanes + k]);
-      for (ptrdiff_t i = 1; i <= reach; ++i) left *= m.e[i * lanes + k];
-      Real right =
-          has_right_end(group) && k == lanes - 1 ? 0 : std::max(w[(end - 1) * lanes + k], w[end * lanes + k]);
-      for (ptrdiff_t i = end; i < knots_ - 1; ++i) right *= m.g[i * lanes + k];
-      remembered_ = std::max({remembered_, std::fabs(left), std::fabs(right)});
+      const ptrdiff_t end = (reach + own_cells(group * lanes + k)) * lanes + k, own = reach * lanes + k;
+      left[k] = has_left_end(group) && k == 0 ? 0 : std::max(w[own - lanes], w[own]);
+      right[k] = has_right_end(group) && k == lanes - 1 ? 0 : std::max(w[end - lanes], w[end]);
     }
+    // Behind the panels' longest; a row more would only forget more.
+    const ptrdiff_t first = reach + least_own_ + 1;
+    for (ptrdiff_t i = 0; i < reach; ++i)
+      for (ptrdiff_t k = 0; k < lanes; ++k) {
+        left[k] *= m.e[(1 + i) * lanes + k];
+        if (first + i < knots_ - 1) right[k] *= m.g[(first + i) * lanes + k];
+      }
+    for (ptrdiff_t k = 0; k < lanes; ++k)
+      remembered_ = std::max({remembered_, std::fabs(left[k]), std::fabs(right[k])});
   }
 
   const task<Real>& t_;
