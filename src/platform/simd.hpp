@@ -177,47 +177,6 @@ void store_partial(T* p, int count, const batch<T>& x) {
 #endif
 }
 
-// The 128-bit parts of a register, within which the zips of lanes stay.
-constexpr int parts = 1 << this_tier;
-template <int Part>
-__m128d part(const f64& x) {
-#if TMK_TIER_NUMBER(TMK_TIER) == 2
-  return _mm512_extractf64x2_pd(x, Part);
-#elif TMK_TIER_NUMBER(TMK_TIER) == 1
-  return _mm256_extractf128_pd(x, Part);
-#else
-  return x;
-#endif
-}
-
-// Four columns as rows of four values behind p: x[0] y[0] z[0] w[0] x[1] ... Past the caches p is aligned to
-// 16 bytes, and streaming_done() has to follow.
-template <bool PastCaches, class T>
-[[gnu::always_inline]] inline void store_rows(T* p, const batch<T>& x, const batch<T>& y, const batch<T>& z,
-                                              const batch<T>& w) {
-  f64 unit[] = {bits_as<double>(xsimd::zip_lo(x, y)), bits_as<double>(xsimd::zip_lo(z, w)),
-                bits_as<double>(xsimd::zip_hi(x, y)), bits_as<double>(xsimd::zip_hi(z, w))};
-  if constexpr (sizeof(T) == 4) {
-    for (int k = 0; k < 4; k += 2) {
-      const f64 xy = unit[k], zw = unit[k + 1];
-      unit[k] = xsimd::zip_lo(xy, zw);
-      unit[k + 1] = xsimd::zip_hi(xy, zw);
-    }
-  }
-  const auto put = [&]<int Part>(std::integral_constant<int, Part>) {
-    for (int k = 0; k < 4; ++k) {
-      double* to = reinterpret_cast<double*>(p) + 2 * (4 * Part + k);
-      if constexpr (PastCaches)
-        _mm_stream_pd(to, part<Part>(unit[k]));
-      else
-        _mm_storeu_pd(to, part<Part>(unit[k]));
-    }
-  };
-  [&]<int... Part>(std::integer_sequence<int, Part...>) {
-    (put(std::integral_constant<int, Part>{}), ...);
-  }(std::make_integer_sequence<int, parts>{});
-}
-
 // A mask as an integer: bit i stands for lane i.
 template <class T>
 uint32_t lane_bits(const lane_mask<T>& m) {

@@ -24,7 +24,8 @@ TEST(tridiagonal, solves_what_it_factored) {
       for (auto& v : x) v = part(engine);
       for (int k = 0; k < nrhs; ++k)
         for (int i = 0; i < n; ++i) {
-          const auto at = static_cast<size_t>(k * ldb + i), row = static_cast<size_t>(i);
+          const auto at = static_cast<size_t>(k) * static_cast<size_t>(ldb) + static_cast<size_t>(i),
+                     row = static_cast<size_t>(i);
           b[at] =
               d[row] * x[at] + (i > 0 ? dl[row - 1] * x[at - 1] : 0) + (i + 1 < n ? du[row] * x[at + 1] : 0);
         }
@@ -33,7 +34,8 @@ TEST(tridiagonal, solves_what_it_factored) {
       ASSERT_EQ(info, 0);
       for (int k = 0; k < nrhs; ++k)
         for (int i = 0; i < n; ++i)
-          ASSERT_NEAR(b[static_cast<size_t>(k * ldb + i)], x[static_cast<size_t>(k * ldb + i)], 1e-14);
+          ASSERT_NEAR(b[static_cast<size_t>(k) * static_cast<size_t>(ldb) + static_cast<size_t>(i)],
+                      x[static_cast<size_t>(k) * static_cast<size_t>(ldb) + static_cast<size_t>(i)], 1e-14);
     }
   float dl[] = {1, 1}, d[] = {2, 0.5F, 1}, du[] = {1, 1};
   const int n = 3;

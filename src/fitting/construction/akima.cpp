@@ -36,11 +36,4 @@ struct akima {
 }  // namespace
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFAkimaCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                            const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::akima>::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFAkimaCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                            const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::akima>::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(AkimaCubicSpline, local_cubic<tmk::fitting::akima>)

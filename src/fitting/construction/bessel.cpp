@@ -19,11 +19,4 @@ struct bessel {
 }  // namespace
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFBesselCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                             const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::bessel>::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFBesselCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                             const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::bessel>::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(BesselCubicSpline, local_cubic<tmk::fitting::bessel>)

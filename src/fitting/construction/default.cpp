@@ -128,13 +128,15 @@ struct default_family {
   }
 
   template <class Real>
-  static int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
-    const auto& t = task<Real>::of(handle);
+  static int32_t check(const task<Real>& t, int64_t /*method*/) {
     if (const int32_t bad = check_cubic(t, 3, false)) return bad;
     // Of some types a periodic spline needs no values, but this family reads them.
-    if (const int32_t bad = first_status({{t.bc_type == DF_BC_PERIODIC && t.bc == nullptr, DF_STATUS_NULL_BC},
-                                          {t.ic == nullptr, DF_STATUS_NULL_IC}}))
-      return bad;
+    return first_status({{t.bc_type == DF_BC_PERIODIC && t.bc == nullptr, DF_STATUS_NULL_BC},
+                         {t.ic == nullptr, DF_STATUS_NULL_IC}});
+  }
+
+  template <class Real>
+  static int32_t construct(const task<Real>& t, int64_t method, const ThreadingService* service) {
     return dispatch_table<default_family, Real, 4 * boundaries>[boundary_index(t)](t, method, service);
   }
 };
@@ -143,11 +145,4 @@ struct default_family {
 
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFDefaultCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::default_family::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFDefaultCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::default_family::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(DefaultCubicSpline, default_family)

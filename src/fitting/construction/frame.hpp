@@ -159,6 +159,26 @@ template <class Value>
   c[3] = bend * rate * rate;
 }
 
+template <class Real>
+bool any_missing(Real* const* rows, ptrdiff_t count) {
+  return rows == nullptr || std::find(rows, rows + count, nullptr) != rows + count;
+}
+
+// The road from an exported constructor into a family: check(task, method) has the family's own conditions,
+// construct(task, method, service) does the work. Pointers that a kernel would follow blindly are looked at
+// last.
+template <class Family, class Real>
+int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
+  if (handle == nullptr) return DF_STATUS_NULL_TASK;
+  const auto& t = task<Real>::of(handle);
+  if (const int32_t bad = Family::check(t, method)) return bad;
+  if (const int32_t bad =
+          first_status({{any_missing(t.y_rows, t.columns() ? 1 : functions(t)), DF_STATUS_NULL_Y},
+                        {any_missing(t.coeff_rows, functions(t)), DF_STATUS_NULL_COEFF}}))
+    return bad;
+  return Family::construct(t, method, service);
+}
+
 // work(item, thread) for each item on at most so many of the caller's threads.
 template <class Work>
 void parallel_for(const ThreadingService* service, ptrdiff_t items, ptrdiff_t threads, Work& work) {
@@ -169,3 +189,14 @@ void parallel_for(const ThreadingService* service, ptrdiff_t items, ptrdiff_t th
 }
 
 }  // namespace tmk::fitting
+
+// Both precisions of an exported constructor.
+#define TMK_DF_CONSTRUCTOR(name, family)                                                   \
+  int32_t tmk_df_kernel_dDF##name##1D(DFTask * task, int64_t /*format*/, int64_t method,   \
+                                      const ThreadingService* threading) {                 \
+    return tmk::fitting::construct<tmk::fitting::family, double>(task, method, threading); \
+  }                                                                                        \
+  int32_t tmk_df_kernel_sDF##name##1D(DFTask * task, int64_t /*format*/, int64_t method,   \
+                                      const ThreadingService* threading) {                 \
+    return tmk::fitting::construct<tmk::fitting::family, float>(task, method, threading);  \
+  }

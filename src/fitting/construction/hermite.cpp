@@ -26,11 +26,4 @@ struct hermite {
 }  // namespace
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFHermiteCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::hermite>::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFHermiteCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::hermite>::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(HermiteCubicSpline, local_cubic<tmk::fitting::hermite>)

@@ -29,11 +29,4 @@ struct hyman {
 }  // namespace
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFHymanCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                            const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::hyman>::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFHymanCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                            const ThreadingService* threading) {
-  return tmk::fitting::local_cubic<tmk::fitting::hyman>::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(HymanCubicSpline, local_cubic<tmk::fitting::hyman>)

@@ -74,12 +74,14 @@ struct linear_family {
   }
 
   template <class Real>
-  static int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
-    const auto& t = task<Real>::of(handle);
-    if (const int32_t bad = first_status({{method != 0, DF_STATUS_BAD_METHOD},
-                                          {t.nx < 2, DF_STATUS_BAD_NX},
-                                          {!is_storage_hint(t.yhint), DF_STATUS_BAD_YHINT}}))
-      return bad;
+  static int32_t check(const task<Real>& t, int64_t method) {
+    return first_status({{method != 0, DF_STATUS_BAD_METHOD},
+                         {t.nx < 2, DF_STATUS_BAD_NX},
+                         {!is_storage_hint(t.yhint), DF_STATUS_BAD_YHINT}});
+  }
+
+  template <class Real>
+  static int32_t construct(const task<Real>& t, int64_t /*method*/, const ThreadingService* service) {
     return dispatch_table<linear_family, Real, 4>[static_cast<size_t>(grid_index(t))](t, service);
   }
 };
@@ -88,11 +90,4 @@ struct linear_family {
 
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFLinearSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                        const ThreadingService* threading) {
-  return tmk::fitting::linear_family::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFLinearSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                        const ThreadingService* threading) {
-  return tmk::fitting::linear_family::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(LinearSpline, linear_family)

@@ -36,7 +36,7 @@ template <class Real>
 class local_cubic_job {
  public:
   struct plan {
-    task<Real>& t;
+    const task<Real>& t;
     bool columns, uniform;
     const slope_loops<Real>* rule;
     end_function<Real>* ends[2];
@@ -166,7 +166,7 @@ template <class Family>
 struct local_cubic {
   // Table of four kernels: layout, grid.
   template <class Real, int Index>
-  static int32_t kernel(task<Real>& t, int64_t /*xhint*/, int64_t /*yhint*/, int64_t /*method*/,
+  static int32_t kernel(const task<Real>& t, int64_t /*xhint*/, int64_t /*yhint*/, int64_t /*method*/,
                         boundary index, const ThreadingService* service) {
     if (index == periodic && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
     const ptrdiff_t n = points(t), ny = functions(t), lead = Family::span / 2;
@@ -201,10 +201,13 @@ struct local_cubic {
   }
 
   template <class Real>
-  static int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
-    auto& t = task<Real>::of(handle);
-    if (const int32_t status = check_cubic(t, Family::least_nx, true)) return status;
-    if (Family::template rule<Real> == nullptr && t.ic == nullptr) return DF_STATUS_NULL_IC;
+  static int32_t check(const task<Real>& t, int64_t /*method*/) {
+    if (const int32_t bad = check_cubic(t, Family::least_nx, true)) return bad;
+    return Family::template rule<Real> == nullptr && t.ic == nullptr ? DF_STATUS_NULL_IC : DF_STATUS_OK;
+  }
+
+  template <class Real>
+  static int32_t construct(const task<Real>& t, int64_t method, const ThreadingService* service) {
     const auto& kernels = dispatch_table<local_cubic, Real, 4>;
     const size_t index = static_cast<size_t>(grid_index(t));
     return kernels[index](t, t.xhint, t.yhint, method, boundary_of(t.bc_type), service);

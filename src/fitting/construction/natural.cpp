@@ -58,7 +58,7 @@ int32_t construct_parallel(const task<Real>& t, Spline& spline, const call& c) {
 }
 
 template <class Real, class Spline>
-int32_t construct(const task<Real>& t, Spline& spline, const call& c) {
+int32_t construct_by(const task<Real>& t, Spline& spline, const call& c) {
   const ptrdiff_t n = points(t);
   const bool alone = c.threads <= 1 || n < least_parallel || (n < least_for_few && c.threads < few_threads);
   return alone ? construct_alone(t, spline, c) : construct_parallel(t, spline, c);
@@ -73,21 +73,23 @@ struct natural_family {
     const call c = {index == periodic, std::min<ptrdiff_t>(service->MaxThreads(), functions(t)), service};
     if (points(t) > natural_panels<Real>::least_cells) {
       natural_panels<Real> panels(t, uniform, index);
-      const int32_t status = fitting::construct(t, panels, c);
+      const int32_t status = construct_by(t, panels, c);
       // A pivot of zero is the whole system's to find.
       if (status != DF_STATUS_SOLVER_FAILED && (status != 0 || panels.forgets_ends())) return status;
     }
     natural_whole<Real> whole(t, uniform, index);
-    return fitting::construct(t, whole, c);
+    return construct_by(t, whole, c);
   }
 
   template <class Real>
-  static int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
-    const auto& t = task<Real>::of(handle);
+  static int32_t check(const task<Real>& t, int64_t method) {
     if (method != 0) return DF_STATUS_BAD_METHOD;
-    const int64_t least_nx = t.bc_type == DF_BC_NOT_A_KNOT ? 3 : 2;
-    if (const int32_t bad = check_cubic(t, least_nx, false)) return bad;
-    return dispatch_table<natural_family, Real, 4 * boundaries>[boundary_index(t)](t, 0, service);
+    return check_cubic(t, t.bc_type == DF_BC_NOT_A_KNOT ? 3 : 2, false);
+  }
+
+  template <class Real>
+  static int32_t construct(const task<Real>& t, int64_t method, const ThreadingService* service) {
+    return dispatch_table<natural_family, Real, 4 * boundaries>[boundary_index(t)](t, method, service);
   }
 };
 
@@ -95,11 +97,4 @@ struct natural_family {
 
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFNaturalCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::natural_family::construct<double>(task, method, threading);
-}
-int32_t tmk_df_kernel_sDFNaturalCubicSpline1D(DFTask* task, int64_t /*format*/, int64_t method,
-                                              const ThreadingService* threading) {
-  return tmk::fitting::natural_family::construct<float>(task, method, threading);
-}
+TMK_DF_CONSTRUCTOR(NaturalCubicSpline, natural_family)

@@ -39,45 +39,34 @@ struct standard_family {
   }
 };
 
-template <class Real>
-int32_t construct_standard(const task<Real>& t, const ThreadingService* service) {
-  if (const int32_t bad = first_status({{t.bc_type != DF_BC_QUADRATIC_VALUE, DF_STATUS_BAD_BC_TYPE},
-                                        {t.bc == nullptr, DF_STATUS_NULL_BC}}))
-    return bad;
-  return dispatch_table<standard_family, Real, 4>[static_cast<size_t>(grid_index(t))](t, service);
-}
+struct quadratic_family {
+  template <class Real>
+  static int32_t check(const task<Real>& t, int64_t /*method*/) {
+    if (!is_storage_hint(t.yhint)) return DF_STATUS_BAD_YHINT;
+    if (t.s_type == DF_TYPE_STANDARD)
+      return first_status({{t.bc_type != DF_BC_QUADRATIC_VALUE, DF_STATUS_BAD_BC_TYPE},
+                           {t.bc == nullptr, DF_STATUS_NULL_BC}});
+    if (t.s_type != DF_TYPE_SUBBOTIN) return DF_STATUS_BAD_METHOD;
+    const boundary index = boundary_of(t.bc_type);
+    return first_status({{(t.ic_type & DF_IC_KNOTS) == 0, DF_STATUS_BAD_IC_TYPE},
+                         {index == no_boundary || index == not_set, DF_STATUS_BAD_BC_TYPE},
+                         {lacks_boundary_values(t), DF_STATUS_NULL_BC},
+                         {t.ic == nullptr, DF_STATUS_NULL_IC}});
+  }
 
-// The boundary conditions without a kernel are not refused by a check of their own: they come last.
-template <class Real>
-int32_t construct_subbotin(const task<Real>& t, const ThreadingService* service) {
-  const boundary index = boundary_of(t.bc_type);
-  if (const int32_t bad = first_status({{(t.ic_type & DF_IC_KNOTS) == 0, DF_STATUS_BAD_IC_TYPE},
-                                        {index == no_boundary || index == not_set, DF_STATUS_BAD_BC_TYPE},
-                                        {lacks_boundary_values(t), DF_STATUS_NULL_BC},
-                                        {t.ic == nullptr, DF_STATUS_NULL_IC}}))
-    return bad;
-  quadratic_kernel<Real>* kernel = subbotin_kernel(t);
-  return kernel != nullptr ? kernel(t, service) : DF_STATUS_BAD_BC_TYPE;
-}
-
-template <class Real>
-int32_t construct(DFTask* handle, const ThreadingService* service) {
-  const auto& t = task<Real>::of(handle);
-  if (!is_storage_hint(t.yhint)) return DF_STATUS_BAD_YHINT;
-  if (t.s_type == DF_TYPE_STANDARD) return construct_standard(t, service);
-  if (t.s_type == DF_TYPE_SUBBOTIN) return construct_subbotin(t, service);
-  return DF_STATUS_BAD_METHOD;
-}
+  // The boundary conditions without a kernel are not refused by a check of their own: they come last.
+  template <class Real>
+  static int32_t construct(const task<Real>& t, int64_t /*method*/, const ThreadingService* service) {
+    quadratic_kernel<Real>* kernel =
+        t.s_type == DF_TYPE_SUBBOTIN
+            ? subbotin_kernel(t)
+            : dispatch_table<standard_family, Real, 4>[static_cast<size_t>(grid_index(t))];
+    return kernel != nullptr ? kernel(t, service) : DF_STATUS_BAD_BC_TYPE;
+  }
+};
 
 }  // namespace
 
 }  // namespace tmk::fitting
 
-int32_t tmk_df_kernel_dDFQuadraticSpline1D(DFTask* task, int64_t /*format*/, int64_t /*method*/,
-                                           const ThreadingService* threading) {
-  return tmk::fitting::construct<double>(task, threading);
-}
-int32_t tmk_df_kernel_sDFQuadraticSpline1D(DFTask* task, int64_t /*format*/, int64_t /*method*/,
-                                           const ThreadingService* threading) {
-  return tmk::fitting::construct<float>(task, threading);
-}
+TMK_DF_CONSTRUCTOR(QuadraticSpline, quadratic_family)

@@ -73,12 +73,9 @@ struct partition {
 // The status of the first row of pointers that a kind needs and the task has not.
 template <class Real>
 int32_t missing_rows(const task<Real>& t, spline_kind kind) {
-  const auto missing = [](const auto* rows, ptrdiff_t count) {
-    return rows == nullptr || std::any_of(rows, rows + count, [](auto row) { return row == nullptr; });
-  };
   return first_status({
-      {reads_y(kind) && missing(t.y_rows, t.columns() ? 1 : functions(t)), DF_STATUS_NULL_Y},
-      {has_pieces(kind) && missing(t.coeff_rows, functions(t)), DF_STATUS_NULL_COEFF},
+      {reads_y(kind) && any_missing(t.y_rows, t.columns() ? 1 : functions(t)), DF_STATUS_NULL_Y},
+      {has_pieces(kind) && any_missing(t.coeff_rows, functions(t)), DF_STATUS_NULL_COEFF},
   });
 }
 

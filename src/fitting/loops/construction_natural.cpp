@@ -4,7 +4,7 @@
 
 #include "fitting/construction/frame.hpp"
 #include "fitting/construction/natural_loops.hpp"
-#include "platform/simd.hpp"
+#include "platform/simd_rows.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -107,14 +107,14 @@ void cells(const Real* y, const Real* s, const Real* r, ptrdiff_t count, bool pa
     const batch<Real> value = load(y + i), rate = load(r + i);
     batch<Real> power[4];
     fitting::cubic_cell(value, load(s + i), load(s + i + 1), (load(y + i + 1) - value) * rate, rate, power);
-    put(power[0], power[1], power[2], power[3]);
+    put(c + 4 * i, power);
   };
   ptrdiff_t i = 0;
   if (past_caches)
     for (; i + width <= count; i += width)
-      powers(i, [&](auto&&... power) { store_rows<true>(c + 4 * i, power...); });
+      powers(i, [](Real* to, const batch<Real>(&power)[4]) { stream_columns(to, power); });
   for (; i + width <= count; i += width)
-    powers(i, [&](auto&&... power) { store_rows<false>(c + 4 * i, power...); });
+    powers(i, [](Real* to, const batch<Real>(&power)[4]) { store_columns(to, 4, power); });
   for (; i < count; ++i) {
     Real power[4];
     fitting::cubic_cell(y[i], s[i], s[i + 1], (y[i + 1] - y[i]) * r[i], r[i], power);

@@ -4,7 +4,7 @@
 
 #include "fitting/construction/frame.hpp"
 #include "fitting/construction/local_cubic_loops.hpp"
-#include "platform/simd_interleave.hpp"
+#include "platform/simd_rows.hpp"
 
 TMK_TIER_OPEN
 namespace {

@@ -126,6 +126,7 @@ template <class Real>
 int32_t find_cells(DFTask* handle, int64_t n, const Real* sites, int64_t site_hint, const Real* search_hint,
                    void* cells, typename hook_types<Real>::search hook, void* parameter,
                    const ThreadingService& threading) {
+  if (handle == nullptr) return DF_STATUS_NULL_TASK;
   const auto& task = fitting::task<Real>::of(handle);
   cell_search<Real> search;
   if (const int32_t status = choose_search(task, site_hint, search_hint, hook, parameter, search);
