@@ -2,6 +2,8 @@
 //   struct mt19937_loops { void (*twist)(uint32_t* mt); };    in a header
 //   TMK_DECLARE_LOOPS(mt19937_loops)              behind it; mt19937_loops_now() is in force
 //   TMK_DEFINE_LOOPS(mt19937_loops) = {twist};    in the file that is compiled per tier
+// A template search_loops<Real> has twins: TMK_DECLARE_TWIN_LOOPS(search) behind it declares search_doubles
+// and search_singles, to be defined each, and search_loops_now<Real>().
 #pragma once
 
 #include "platform/tier.hpp"
@@ -19,6 +21,23 @@
   extern "C" const tmk::table table##_W7; \
   inline const tmk::table& table##_now() { return table##_W7; }
 #endif
+
+#define TMK_DECLARE_TWIN_LOOPS(name)               \
+  namespace tmk {                                  \
+  struct name##_doubles : name##_loops<double> {}; \
+  struct name##_singles : name##_loops<float> {};  \
+  }                                                \
+  TMK_DECLARE_LOOPS(name##_doubles)                \
+  TMK_DECLARE_LOOPS(name##_singles)                \
+  namespace tmk {                                  \
+  template <class Real>                            \
+  const name##_loops<Real>& name##_loops_now() {   \
+    if constexpr (sizeof(Real) == sizeof(double))  \
+      return name##_doubles_now();                 \
+    else                                           \
+      return name##_singles_now();                 \
+  }                                                \
+  }
 
 #define TMK_LOOPS_NAME_(table, tier) table##_##tier
 #define TMK_LOOPS_NAME(table, tier) TMK_LOOPS_NAME_(table, tier)

@@ -50,22 +50,7 @@ struct local_cubic_loops {
                 Real* c);
   void (*settle)();
 };
-struct local_cubic_doubles : local_cubic_loops<double> {};
-struct local_cubic_singles : local_cubic_loops<float> {};
 
 }  // namespace tmk
 
-TMK_DECLARE_LOOPS(local_cubic_doubles)
-TMK_DECLARE_LOOPS(local_cubic_singles)
-
-namespace tmk {
-
-template <class Real>
-const local_cubic_loops<Real>& local_cubic_loops_now() {
-  if constexpr (std::is_same_v<Real, double>)
-    return local_cubic_doubles_now();
-  else
-    return local_cubic_singles_now();
-}
-
-}  // namespace tmk
+TMK_DECLARE_TWIN_LOOPS(local_cubic)

@@ -41,22 +41,7 @@ struct natural_loops {
   void (*cells)(const Real* y, const Real* s, const Real* r, ptrdiff_t count, bool past_caches, Real* c);
   void (*settle)();
 };
-struct natural_doubles : natural_loops<double> {};
-struct natural_singles : natural_loops<float> {};
 
 }  // namespace tmk
 
-TMK_DECLARE_LOOPS(natural_doubles)
-TMK_DECLARE_LOOPS(natural_singles)
-
-namespace tmk {
-
-template <class Real>
-const natural_loops<Real>& natural_loops_now() {
-  if constexpr (std::is_same_v<Real, double>)
-    return natural_doubles_now();
-  else
-    return natural_singles_now();
-}
-
-}  // namespace tmk
+TMK_DECLARE_TWIN_LOOPS(natural)

@@ -19,7 +19,7 @@ struct polynomials {
   }
   void differences(ptrdiff_t function, const located_sites<Real>& left, const located_sites<Real>& right,
                    int count, Real* out) const {
-    integration_now<Real>().antiderivatives[spline_order(Kind) - 2](
+    integration_loops_now<Real>().antiderivatives[spline_order(Kind) - 2](
         call.spline.coeff_rows[function], left.piece, left.distance, right.piece, right.distance, count, out);
   }
   void cells(ptrdiff_t function, int64_t first, int count, Real* out) const {

@@ -20,20 +20,6 @@ struct integration_loops {
   antiderivative_loop<Real>* antiderivatives[3];  // by order - 2
 };
 
-struct integration_doubles : integration_loops<double> {};
-struct integration_singles : integration_loops<float> {};
-
 }  // namespace tmk
 
-TMK_DECLARE_LOOPS(integration_doubles)
-TMK_DECLARE_LOOPS(integration_singles)
-
-namespace tmk {
-template <class Real>
-const integration_loops<Real>& integration_now() {
-  if constexpr (sizeof(Real) == 8)
-    return integration_doubles_now();
-  else
-    return integration_singles_now();
-}
-}  // namespace tmk
+TMK_DECLARE_TWIN_LOOPS(integration)

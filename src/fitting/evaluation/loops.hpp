@@ -35,20 +35,6 @@ struct evaluation_loops {
   void (*as_rows)(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride);
 };
 
-struct evaluation_doubles : evaluation_loops<double> {};
-struct evaluation_singles : evaluation_loops<float> {};
-
 }  // namespace tmk
 
-TMK_DECLARE_LOOPS(evaluation_doubles)
-TMK_DECLARE_LOOPS(evaluation_singles)
-
-namespace tmk {
-template <class Real>
-const evaluation_loops<Real>& evaluation_now() {
-  if constexpr (sizeof(Real) == 8)
-    return evaluation_doubles_now();
-  else
-    return evaluation_singles_now();
-}
-}  // namespace tmk
+TMK_DECLARE_TWIN_LOOPS(evaluation)

@@ -38,7 +38,7 @@ void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind
     cells = at.piece;
   }
   const auto last = static_cast<int32_t>(t.nx) - (subbotin ? 1 : 2);
-  const auto& loops = evaluation_now<Real>();
+  const auto& loops = evaluation_loops_now<Real>();
   if (points.given != nullptr)
     loops.locate_given(sites, cells, count, last, points.given, at.piece, at.distance);
   else

@@ -1,4 +1,4 @@
-// The block kernels: their exported names, the tables that list them, and the searches by a caller's hook.
+// The block kernels: their names, the tables that list them, and the searches by a caller's hook.
 #include <algorithm>
 
 #include "fitting/search/loops.hpp"
@@ -6,9 +6,6 @@
 
 namespace tmk::fitting {
 namespace {
-
-const search_loops<double>& loops_now(double) { return search_doubles_now(); }
-const search_loops<float>& loops_now(float) { return search_singles_now(); }
 
 // A site on x[g] stays in the cell g that the hook started it at, one below what a search without a hook
 // says.
@@ -37,8 +34,8 @@ int32_t hooked(int64_t nx, const Real* x, int64_t n, const Real* sites, search_s
     if (status == all_found)
       std::fill_n(final, count, 1);
     else if (Uniform)
-      loops_now(Real()).by_method[static_cast<int>(search_method::uniform)](nx, x, count, sites + i, state,
-                                                                            cells + i);
+      search_loops_now<Real>().by_method[static_cast<int>(search_method::uniform)](nx, x, count, sites + i,
+                                                                                   state, cells + i);
     for (int64_t k = 0; k < count; ++k)
       if (final[k] != 0)
         cells[i + k] = static_cast<int32_t>(found[k]);
@@ -53,7 +50,7 @@ int32_t find_block(int64_t nx, const Real* x, int64_t n, const Real* sites, sear
                    int32_t* cells) {
   if constexpr (Method == search_method::user_defined || Method == search_method::uniform_user_defined)
     return hooked<Method == search_method::uniform_user_defined>(nx, x, n, sites, state, cells);
-  loops_now(Real()).by_method[static_cast<int>(Method)](nx, x, n, sites, state, cells);
+  search_loops_now<Real>().by_method[static_cast<int>(Method)](nx, x, n, sites, state, cells);
   return 0;
 }
 

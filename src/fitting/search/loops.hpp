@@ -12,10 +12,7 @@ struct search_loops {
                     fitting::search_state<Real>* state, int32_t* cells);
   loop* by_method[static_cast<int>(fitting::search_method::user_defined)];
 };
-struct search_doubles : search_loops<double> {};
-struct search_singles : search_loops<float> {};
 
 }  // namespace tmk
 
-TMK_DECLARE_LOOPS(search_doubles)
-TMK_DECLARE_LOOPS(search_singles)
+TMK_DECLARE_TWIN_LOOPS(search)
