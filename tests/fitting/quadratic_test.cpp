@@ -82,7 +82,7 @@ TYPED_TEST(quadratic_spline, knots_between_points) {
     for (const int64_t bc_type : {12, 36, 24, 48})
       for (const bool uniform : {false, true})
         for (const knots kind : {knots::anywhere, knots::midpoints, knots::uniform}) {
-          if (kind == knots::uniform && !uniform) continue;  // they need not part the points
+          if (kind == knots::uniform && !uniform && nx > 2) continue;  // they need not part the points
           SCOPED_TRACE(testing::Message() << nx << " points, boundary " << bc_type << ", uniform " << uniform
                                           << ", knots " << static_cast<int>(kind));
           auto rows = quadratic_case<Real>(nx, 6, uniform),
