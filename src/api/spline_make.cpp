@@ -16,14 +16,6 @@ std::vector<Real> midpoints(const std::vector<Real>& x) {
   return knots;
 }
 
-template <class Real>
-std::vector<Real> copy_by_rows(const function_set<Real>& y) {
-  std::vector<Real> rows(y.functions * y.points);
-  for (std::size_t f = 0; f < y.functions; ++f)
-    for (std::size_t i = 0; i < y.points; ++i) rows[f * y.points + i] = y(f, i);
-  return rows;
-}
-
 }  // namespace
 
 template <class Real>
@@ -57,7 +49,7 @@ basic_spline<Real>::basic_spline(detail::family kind, const abscissae<Real>& x, 
                              knots.empty() ? nullptr : knots.data()},
                             core->coefficients.get());
   else
-    core->y = copy_by_rows(y);
+    core->y = detail::by_rows(y);
 
   const auto describe = [&](const detail::partition<Real>& p) {
     detail::fitting_task<Real> task(family.name, p, true);

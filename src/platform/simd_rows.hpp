@@ -225,4 +225,13 @@ template <class T>
   put(std::integral_constant<int, 1>());
 }
 
+// Four columns as rows without gaps, by either road.
+template <class T>
+[[gnu::always_inline]] inline void put_columns(T* p, const batch<T> (&column)[4], bool past_caches) {
+  if (past_caches)
+    stream_columns(p, column);
+  else
+    store_columns<4>(p, 4, column);
+}
+
 TMK_TIER_CLOSE

@@ -103,18 +103,13 @@ void backward(const panel_group<Real>& group, ptrdiff_t first, ptrdiff_t end) {
 template <class Real>
 void cells(const Real* y, const Real* s, const Real* r, ptrdiff_t count, bool past_caches, Real* c) {
   constexpr ptrdiff_t width = lanes<Real>;
-  const auto powers = [&](ptrdiff_t i, auto&& put) {
+  ptrdiff_t i = 0;
+  for (; i + width <= count; i += width) {
     const batch<Real> value = load(y + i), rate = load(r + i);
     batch<Real> power[4];
     fitting::cubic_cell(value, load(s + i), load(s + i + 1), (load(y + i + 1) - value) * rate, rate, power);
-    put(c + 4 * i, power);
-  };
-  ptrdiff_t i = 0;
-  if (past_caches)
-    for (; i + width <= count; i += width)
-      powers(i, [](Real* to, const batch<Real>(&power)[4]) { stream_columns(to, power); });
-  for (; i + width <= count; i += width)
-    powers(i, [](Real* to, const batch<Real>(&power)[4]) { store_columns(to, 4, power); });
+    put_columns(c + 4 * i, power, past_caches);
+  }
   for (; i < count; ++i) {
     Real power[4];
     fitting::cubic_cell(y[i], s[i], s[i + 1], (y[i + 1] - y[i]) * r[i], r[i], power);

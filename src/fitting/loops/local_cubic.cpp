@@ -73,14 +73,6 @@ template <class Real>
   fitting::cubic_cell(y, load(s), load(s + 1), load(d), load(r), power);
 }
 
-template <class Real>
-[[gnu::always_inline]] inline void put_cells(Real* c, const batch<Real> (&power)[4], bool past_caches) {
-  if (past_caches)
-    stream_columns(c, power);
-  else
-    store_columns<4>(c, 4, power);
-}
-
 // All stages in one loop: by the lag, what is loaded across the seam of two stores has reached the cache, and
 // divisions, shuffles and stores overlap.
 template <class Real, class Rule, bool WithWidths>
@@ -101,7 +93,7 @@ void together(const strip_rows<Real>& rows, int count) {
     store(middle.s + i, Rule::slope(middle.h + i, middle.d + i));
     batch<Real> power[4];
     cell(load(y_behind + i), behind.s + i, behind.d + i, behind.r + i, power);
-    put_cells(c + 4 * i, power, past_caches);
+    put_columns(c + 4 * i, power, past_caches);
   }
 }
 
@@ -112,7 +104,7 @@ void cells(const Real* y, const Real* s, const Real* d, const Real* r, int count
   int i = 0;
   for (; i <= count - width; i += width) {
     cell(load(y + i), s + i, d + i, r + i, power);
-    put_cells(c + 4 * i, power, past_caches);
+    put_columns(c + 4 * i, power, past_caches);
   }
   if (i == count) return;
   Real last[4 * width];
