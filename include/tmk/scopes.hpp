@@ -7,6 +7,8 @@
 #include <functional>
 #include <string_view>
 #include <tmk/error.hpp>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace tmk {
@@ -24,9 +26,9 @@ enum class accuracy : int {
 void set_accuracy(accuracy level);
 
 /// The thread's accuracy, and another one for the life of the object. Raises as set_accuracy does.
-class accuracy_scope {
+class [[nodiscard]] accuracy_scope {
  public:
-  explicit accuracy_scope(accuracy level);
+  [[nodiscard]] explicit accuracy_scope(accuracy level);
   ~accuracy_scope();
   accuracy_scope(const accuracy_scope&) = delete;
   accuracy_scope& operator=(const accuracy_scope&) = delete;
@@ -72,23 +74,52 @@ struct math_error {
   std::complex<double> result2;  ///< the same for the second result array, where there is one
 };
 
+namespace detail {
+
+template <class Result, class Argument>
+constexpr bool takes_reference(const std::function<Result(Argument)>*) {
+  return std::is_reference_v<Argument>;
+}
+
+// A generic lambda has no signature of its own: it is taken at its word.
+template <class Function>
+constexpr bool takes_reference() {
+  if constexpr (requires(Function f) { std::function(f); })
+    return takes_reference(static_cast<decltype(std::function(std::declval<Function>()))*>(nullptr));
+  else
+    return true;
+}
+
+}  // namespace detail
+
 /// What an error_scope without a function of its own does.
-enum class on_error { collect, raise };
+enum class on_error {
+  collect,  ///< keeps them for errors()
+  raise,    ///< throws tmk::error for the first of each call
+  ignore,   ///< nothing: results stay as computed, no status is kept, at the speed of good elements or nearly
+            ///< so
+};
 
 /// Decides, for the thread and the life of the object, what becomes of bad elements; the innermost scope sees
 /// them. It sees them after the call has computed all its elements, by rising index, on the calling thread,
 /// whatever the number of threads that computed. Nothing else is reported then: errno, the C callback and
 /// traps stay quiet. Without a scope the C interface's channel decides, as the thread's mode word says.
-class error_scope {
+class [[nodiscard]] error_scope {
  public:
   using handler = std::function<void(math_error&)>;
 
-  /// Collects errors for errors(), or raises tmk::error for the first of each call.
-  explicit error_scope(on_error what = on_error::collect);
+  /// Raises tmk::error for any value but the three.
+  [[nodiscard]] explicit error_scope(on_error what = on_error::collect);
 
-  /// Calls `repair` for each; results that it changes reach the arrays. Its own calls report to the enclosing
-  /// scope. What it throws leaves the call, and later elements are as they were computed.
-  explicit error_scope(handler repair);
+  /// Calls `repair`, which takes a math_error by reference, for each; results that it changes reach the
+  /// arrays. Its own calls report to the enclosing scope. What it throws leaves the call, and later elements
+  /// are as they were computed. Raises tmk::error for an empty function.
+  template <class Repair>
+  requires std::is_invocable_v<Repair&, math_error&>
+  [[nodiscard]] explicit error_scope(Repair repair) : error_scope(handler(std::move(repair))) {
+    static_assert(detail::takes_reference<Repair>(), "a copy of the error repairs nothing: take a reference");
+  }
+  [[nodiscard]] explicit error_scope(handler repair);
 
   ~error_scope();
   error_scope(const error_scope&) = delete;
@@ -100,17 +131,22 @@ class error_scope {
   /// Hands one error to this scope.
   void handle(math_error& e);
 
+  /// Whether it looks at no more than the first error of a call.
+  bool first_only() const noexcept { return what_ == on_error::raise; }
+
  private:
+  on_error what_ = on_error::collect;
   handler handler_;
   std::vector<math_error> errors_;
+  std::uint32_t mode_ = 0;
   error_scope* previous_;
 };
 
 /// Cuts the long calls of the thread among up to `threads` threads, results and errors being the same to the
 /// bit. Calls too short to gain run on one. Raises tmk::error for fewer than 1.
-class parallel_scope {
+class [[nodiscard]] parallel_scope {
  public:
-  explicit parallel_scope(int threads);
+  [[nodiscard]] explicit parallel_scope(int threads);
   ~parallel_scope();
   parallel_scope(const parallel_scope&) = delete;
   parallel_scope& operator=(const parallel_scope&) = delete;

@@ -6,7 +6,9 @@
 #include <new>
 #include <utility>
 
+#include "api/check.hpp"
 #include "api/state.hpp"
+#include "vector/frame/error_channel.hpp"
 
 namespace tmk {
 
@@ -22,22 +24,41 @@ uint32_t denormal_change(uint32_t from, uint32_t to) {
 
 }  // namespace
 
-capture::capture(const row& f, part_reports& reports, uint32_t mode, bool keep)
-    : f_(f),
-      reports_(reports),
-      keep_(keep),
-      outer_(std::exchange(state.watching, this)),
-      mode_(tmk_vtm_kernel_GetMode()),
-      status_(tmk_vtm_kernel_GetErrStatus()),
-      callback_(tmk_vtm_kernel_SetErrorCallBack(&capture::take)) {
-  tmk_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK | denormal_change(mode_, mode));
+part_channel::part_channel(uint32_t error_mode, uint32_t callers_mode)
+    : mode_(tmk_vtm_kernel_GetMode()),
+      callback_(tmk_vtm_kernel_GetErrorCallBack()),
+      found_{tmk_vtm_kernel_ClearErrStatus(), tmk_clear_seen_statuses()} {
+  tmk_vtm_kernel_SetErrorCallBack(nullptr);
+  tmk_vtm_kernel_SetMode(error_mode | denormal_change(mode_, callers_mode));
   tmk_vtm_kernel_SetInterfInputVectorPointer(nullptr);
 }
 
-capture::~capture() {
+part_channel::~part_channel() {
   tmk_vtm_kernel_SetErrorCallBack(callback_);
   tmk_vtm_kernel_SetMode(mode_ | denormal_change(tmk_vtm_kernel_GetMode(), mode_));
-  tmk_vtm_kernel_SetErrStatus(status_);
+  tmk_vtm_kernel_SetErrStatus(found_.last);
+  tmk_clear_seen_statuses();
+  tmk_vtm_add_seen_statuses(found_.seen);
+}
+
+reported_statuses part_channel::statuses() const {
+  return {tmk_vtm_kernel_GetErrStatus(), tmk_seen_statuses()};
+}
+
+void keep(const reported_statuses& statuses) {
+  if (statuses.last != 0) tmk_vtm_kernel_SetErrStatus(statuses.last);
+  tmk_vtm_add_seen_statuses(statuses.seen);
+}
+
+capture::capture(const row& f, part_reports& reports, bool first_only)
+    : f_(f),
+      reports_(reports),
+      first_only_(first_only),
+      outer_(std::exchange(state.watching, this)),
+      callback_(tmk_vtm_kernel_SetErrorCallBack(&capture::take)) {}
+
+capture::~capture() {
+  tmk_vtm_kernel_SetErrorCallBack(callback_);
   state.watching = outer_;
 }
 
@@ -48,26 +69,21 @@ int32_t capture::take(VtmErrorContext* context) {
 }
 
 void capture::take(const VtmErrorContext& context) {
-  reports_.last_status = context.code;
-  if (!keep_) return;
-  const auto value = [&](double real, double imaginary) {
-    return std::complex<double>(real, f_.a.complex || f_.r.complex ? imaginary : 0);
-  };
-  report bad{first_ + static_cast<std::size_t>(context.index), context.code,
-             value(context.a1, context.a1_imaginary),          value(context.a2, context.a2_imaginary),
-             value(context.r1, context.r1_imaginary),          value(context.r2, context.r2_imaginary)};
-  // The C interface reads a real argument as if it were complex.
-  if (f_.a.complex != f_.r.complex) bad.a1 = bad.a2 = f_.a.load(a_, static_cast<std::size_t>(context.index));
+  if (first_only_ && !reports_.kept.empty()) return;
   try {
-    reports_.kept.push_back(bad);
+    reports_.kept.push_back({first_ + static_cast<std::size_t>(context.index),
+                             context.code,
+                             {context.a1, context.a1_imaginary},
+                             {context.a2, context.a2_imaginary},
+                             {context.r1, context.r1_imaginary},
+                             {context.r2, context.r2_imaginary}});
   } catch (const std::bad_alloc&) {
     reports_.out_of_memory = true;  // no exception may cross a kernel
   }
 }
 
 void set_index_base(const row& f, const std::byte* a, std::size_t first) {
-  const std::size_t width = std::max(f.a.width(), f.r.width());
-  const auto base = reinterpret_cast<std::uintptr_t>(a) - first * width;
+  const auto base = reinterpret_cast<std::uintptr_t>(a) - first * f.a.width();
   tmk_vtm_kernel_SetInterfInputVectorPointer(reinterpret_cast<const void*>(base));
 }
 
@@ -89,7 +105,7 @@ class scope_exchange {
 
 }  // namespace
 
-void hand_to_scope(error_scope& scope, const row& f, const operands& o, const report& bad) {
+void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2, const report& bad) {
   math_error e{static_cast<math_status>(bad.code),
                static_cast<std::int64_t>(bad.index),
                f.name.data(),
@@ -98,21 +114,8 @@ void hand_to_scope(error_scope& scope, const row& f, const operands& o, const re
                bad.r1,
                bad.r2};
   scope.handle(e);
-  if (!same_bits(e.result, bad.r1)) f.r.store(o.r, bad.index, e.result);
-  if (f.has_r2 && !same_bits(e.result2, bad.r2)) f.r.store(o.r2, bad.index, e.result2);
-}
-
-// The arguments travel as single elements, for an array in place has lost them.
-void hand_to_channel(const row& f, const operands& o, const report& bad) {
-  const element_type letter{f.a.complex || f.r.complex, f.a.wide};
-  std::byte a1[sizeof bad.a1], a2[sizeof bad.a2];
-  letter.store(a1, 0, bad.a1);
-  letter.store(a2, 0, bad.a2);
-  set_index_base(f, a1, bad.index);
-  std::byte* const r1 = o.r + bad.index * f.r.width();
-  std::byte* const r2 = f.has_r2 ? o.r2 + bad.index * f.r.width() : r1;
-  f.report(bad.code, 0, a1, a2, r1, r2, f.c_name);
-  tmk_vtm_kernel_SetInterfInputVectorPointer(nullptr);
+  if (!same_bits(e.result, bad.r1)) f.r.store(r, 0, e.result);
+  if (r2 != nullptr && !same_bits(e.result2, bad.r2)) f.r.store(r2, 0, e.result2);
 }
 
 }  // namespace detail
@@ -140,21 +143,39 @@ std::string text_of(const std::complex<double>& value) {
 
 }  // namespace
 
-error_scope::error_scope(on_error what) : previous_(std::exchange(detail::state.scope, this)) {
-  if (what == on_error::raise)
-    handler_ = [](math_error& e) { raise(e); };
-  else
-    handler_ = [this](math_error& e) { errors_.push_back(e); };
+error_scope::error_scope(on_error what) : what_(what), previous_(detail::state.scope) {
+  switch (what) {
+    case on_error::collect:
+    case on_error::raise:
+      detail::state.scope = this;
+      return;
+    case on_error::ignore:
+      mode_ = tmk_vtm_kernel_SetMode(VTM_ERRMODE_NOERR);
+      detail::state.scope = nullptr;
+      return;
+  }
+  const std::string value = std::to_string(static_cast<int>(what));
+  detail::refuse("error_scope", "what", value, "is " + value + ", want collect, raise or ignore");
 }
 
-error_scope::error_scope(handler repair)
-    : handler_(std::move(repair)), previous_(std::exchange(detail::state.scope, this)) {}
+error_scope::error_scope(handler repair) : handler_(std::move(repair)), previous_(detail::state.scope) {
+  if (!handler_) detail::refuse("error_scope", "repair", "null", "is null, want a function");
+  detail::state.scope = this;
+}
 
-error_scope::~error_scope() { detail::state.scope = previous_; }
+error_scope::~error_scope() {
+  if (what_ == on_error::ignore) tmk_vtm_kernel_SetMode(mode_ & VTM_ERRMODE_MASK);
+  detail::state.scope = previous_;
+}
 
 void error_scope::handle(math_error& e) {
   const detail::scope_exchange enclosing(previous_);
-  handler_(e);
+  if (handler_)
+    handler_(e);
+  else if (what_ == on_error::raise)
+    raise(e);
+  else
+    errors_.push_back(e);
 }
 
 }  // namespace tmk

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "vector/frame/error_channel.hpp"
 #include "vector/frame/shapes.h"
 
 namespace tmk::detail {
@@ -30,6 +31,13 @@ template <class T>
 T* out(std::byte* p) {
   return reinterpret_cast<T*>(p);
 }
+
+enum class shape {
+  // clang-format off
+  unary, binary, scalar_exponent, two_results, linear_fraction, real_result, real_argument,
+  pack_stride, pack_mask, pack_index, unpack_stride, unpack_mask, unpack_index
+  // clang-format on
+};
 
 // One caller per shape: E is the element type, R its real part's.
 template <class E, class R>
@@ -59,6 +67,11 @@ struct caller {
   static void real_argument(VtmKernel kernel, const operands& o, int32_t n) {
     reinterpret_cast<void (*)(int32_t, const R*, E*)>(kernel)(n, in<R>(o.a), out<E>(o.r));
   }
+  static constexpr reporter* report_of(shape s) {
+    if (s == shape::real_result) return element_report<E, R>;
+    if (s == shape::real_argument) return element_report<R, E>;
+    return element_report<E, E>;
+  }
   static constexpr decltype(&unary) pack_stride = nullptr, pack_mask = nullptr, pack_index = nullptr,
                                     unpack_stride = nullptr, unpack_mask = nullptr, unpack_index = nullptr;
 };
@@ -75,13 +88,6 @@ constexpr std::array<char, 16> snake_case(std::string_view stem) {
   return name;
 }
 
-enum class shape {
-  // clang-format off
-  unary, binary, scalar_exponent, two_results, linear_fraction, real_result, real_argument,
-  pack_stride, pack_mask, pack_index, unpack_stride, unpack_mask, unpack_index
-  // clang-format on
-};
-
 using table = std::array<std::array<row, 4>, static_cast<std::size_t>(stem::count)>;
 
 constexpr table make_rows() {
@@ -97,13 +103,11 @@ constexpr table make_rows() {
         &tmk_vtm_kernel_##letter##stem_##_ttab,                                                \
         &tmk_vtm_kernel_##letter##stem_##_ctab,                                                \
         caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::shape_,                               \
-        tmk_vtm_kernel_##letter##Error,                                                        \
+        caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::report_of(shape::shape_),             \
         {complex && shape::shape_ != shape::real_argument, wide},                              \
         {complex && shape::shape_ != shape::real_result, wide},                                \
         shape::shape_ == shape::binary || shape::shape_ == shape::linear_fraction,             \
-        shape::shape_ == shape::two_results,                                                   \
-        p == precision::s &&                                                                   \
-            (function == stem::Inv || function == stem::Sqrt || function == stem::InvSqrt)};   \
+        shape::shape_ == shape::two_results};                                                  \
   }
 #include "vector/frame/functions.def"
   return rows;

@@ -36,7 +36,6 @@ struct row {
   reporter* report;
   element_type a, r;  // b is like a, r2 like r
   bool has_b, has_r2;
-  bool restores_input;  // the baseline kernel may store to its input what stood there
 };
 
 const row& row_of(stem function, precision letter);

@@ -22,15 +22,15 @@ enum class control_class {
 
 enum class sse_control {
   by_mode,     // round to nearest, subnormals by the mode word's denormal field
+  nearest,     // round to nearest, flush as found
   masks_only,  // rounding and flush as found
-  untouched,
 };
 
 class control_scope {
  public:
   explicit control_scope(control_class x87, sse_control sse = sse_control::by_mode) {
     set_x87(x87);
-    if (sse != sse_control::untouched) set_sse(sse);
+    set_sse(sse);
   }
 
   ~control_scope() {
@@ -44,6 +44,7 @@ class control_scope {
  private:
   static constexpr uint32_t sticky = 0x3F;
   static constexpr uint32_t sse_masks = 0x1F80;
+  static constexpr uint32_t sse_rounding = 0x6000;
   static constexpr uint32_t sse_flush = 0x8040;  // flush to zero, denormals are zero
 
   void set_x87(control_class wanted_class) {
@@ -62,9 +63,10 @@ class control_scope {
   void set_sse(sse_control kind) {
     sse_ = _mm_getcsr();
     uint32_t wanted = sse_ | sse_masks;
+    if (kind != sse_control::masks_only) wanted &= ~sse_rounding;
     if (kind == sse_control::by_mode) {
       const bool flush = (tmk_vtm_kernel_GetMode() & VTM_DENORMALS_MASK) == VTM_DENORMALS_FLUSHED;
-      wanted = (sse_ & 0xFFFF003Fu) | sse_masks | (flush ? sse_flush : 0u);
+      wanted = (wanted & ~sse_flush) | (flush ? sse_flush : 0u);
     }
     if (wanted == sse_) return;
     _mm_setcsr(wanted);

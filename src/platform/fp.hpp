@@ -44,6 +44,10 @@ constexpr Real from_bits(typename format<Real>::bits b) {
   return std::bit_cast<Real>(b);
 }
 
+// What a function returns outside its domain.
+template <class Real>
+constexpr Real negative_nan = from_bits<Real>(format<Real>::sign | format<Real>::quiet_nan);
+
 // The upper 32 bits of a double: sign, exponent and 20 fraction bits.
 constexpr uint32_t high_word(double x) { return static_cast<uint32_t>(to_bits(x) >> 32); }
 

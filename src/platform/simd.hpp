@@ -280,30 +280,6 @@ inline f64 reciprocal_sqrt_estimate(const f64& x) { return _mm512_rsqrt14_pd(x);
 #endif
 
 #if TMK_TIER_NUMBER(TMK_TIER) > 0
-// c[0] + c[1] x + c[2] x^2 + ... in fused operations by Estrin's scheme, whose chain is short.
-template <class T, size_t Count>
-batch<T> estrin(const batch<T>& x, const batch<T> (&c)[Count]) {
-  if constexpr (Count == 1) {
-    return c[0];
-  } else {
-    batch<T> pairs[(Count + 1) / 2];
-#pragma GCC unroll 16
-    for (size_t i = 0; i < Count / 2; ++i) pairs[i] = xsimd::fma(c[2 * i + 1], x, c[2 * i]);
-    if constexpr (Count % 2 == 1) pairs[Count / 2] = c[Count - 1];
-    return estrin(x * x, pairs);
-  }
-}
-
-template <class T, size_t Count>
-batch<T> estrin(const batch<T>& x, const T (&c)[Count]) {
-  batch<T> coefficients[Count];
-#pragma GCC unroll 16
-  for (size_t i = 0; i < Count; ++i) coefficients[i] = batch<T>(c[i]);
-  return estrin(x, coefficients);
-}
-#endif
-
-#if TMK_TIER_NUMBER(TMK_TIER) > 0
 // A table of 8 or 4 entries held in registers, looked up by permutation. table_index makes the index vector
 // from the three or two bits of each lane that begin at `Shift`; the bits above them do not matter. Four
 // entries cost V3 the least: their words lie within reach of every 128-bit half.

@@ -247,6 +247,7 @@ TEST(reference_real, several_results_and_coefficients) {
 TEST(reference_real, results_do_not_depend_on_sse_controls) {
   constexpr unsigned flush_and_round_up = 0x1F80 | 0x8040 | 0x4000;
   for (const auto& [name, f] : functions) {
+    if (name.ends_with("Rint") || name.ends_with("NearbyInt")) continue;  // defined by the controls
     std::mt19937_64 random(21);
     for (int i = 0; i < 100; ++i) {
       auto [a, b] = sample(name, i, random);

@@ -108,6 +108,12 @@ TMK_VTM_STATE(SetInterfInputVectorPointer, const void*,
               (const void* base)) /* index base of reports; 0: none */
 #undef TMK_VTM_STATE
 
+/* Every status that kernels of this thread have reported since it began or since tmk_clear_seen_statuses, as
+ * bits (1 << status); the status above is the last one alone. Nothing is added under VTM_ERRMODE_NOERR.
+ * tmk_clear_seen_statuses returns the bits that it clears. */
+uint32_t tmk_seen_statuses(void);
+uint32_t tmk_clear_seen_statuses(void);
+
 /* The mode that VTM_ keywords in the environment variable TMK_VTM_MODE ask for, or all ones. */
 uint64_t tmk_vtm_kernel_ReadEnvVarMode(void);
 

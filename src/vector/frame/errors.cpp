@@ -1,10 +1,12 @@
-// The road of one bad element: status, callback, errno, printed message, trap, and the repair of the result.
+// What a bad element leads to: status, callback, errno, printed message, trap, and the repair of the result.
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "tmk/abi/serv.h"
 #include "tmk/abi/vtm.h"
+#include "vector/frame/error_channel.hpp"
 #include "vector/frame/thread_state.hpp"
 
 namespace {
@@ -56,9 +58,15 @@ struct x87_environment {
   uint32_t control, status, tag, instruction_pointer, instruction_selector, operand_pointer, operand_selector;
 };
 
-// Fires the enabled traps, then leaves all exceptions masked and the flag standing.
-void raise_x87(uint32_t mode, uint16_t flag) {
+// Fires the enabled traps, then leaves all exceptions masked and the flags raised.
+void raise_x87(uint32_t mode, uint16_t flags) {
   constexpr uint32_t all_masks = 0x3F;
+  if ((mode & VTM_TRAP_MASK) == 0) {
+    // Loading the environment costs more than a kernel call: not where it would change nothing.
+    uint16_t control, status;
+    asm volatile("fnstcw %0\n\tfnstsw %1" : "=m"(control), "=m"(status));
+    if ((control & all_masks) == all_masks && (status & flags) == flags) return;
+  }
   struct trap {
     uint32_t mode_bit, control_mask;
   };
@@ -71,10 +79,10 @@ void raise_x87(uint32_t mode, uint16_t flag) {
   x87_environment armed = saved;
   for (const trap& t : traps)
     if ((mode & t.mode_bit) != 0) armed.control &= ~t.control_mask;
-  armed.status = (armed.status & ~all_masks) | flag;
+  armed.status = (armed.status & ~all_masks) | flags;
   asm volatile("fldenv %0\n\tfwait" : : "m"(armed));
   saved.control |= all_masks;
-  saved.status |= flag;
+  saved.status |= flags;
   asm volatile("fnclex\n\tfldenv %0" : : "m"(saved));
 }
 
@@ -106,13 +114,23 @@ struct element {
   }
 };
 
-template <class Element>
+// Keeps the status of a report, or of several. False where the mode asks for nothing more.
+bool record(uint32_t mode, int32_t last, uint32_t seen) {
+  const uint32_t error_mode = mode & VTM_ERRMODE_MASK;
+  if (error_mode == VTM_ERRMODE_NOERR) return false;
+  vtmErrStatus = last;
+  vtmSeenStatuses |= seen;
+  return error_mode != VTM_ERRMODE_IGNORE;
+}
+
+constexpr uint32_t status_bit(int32_t status) {
+  return status >= VTM_STATUS_DOMAIN && status <= VTM_STATUS_UNDERFLOW ? 1u << status : 0;
+}
+
+template <class Argument, class Result>
 void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2, const char* name) {
   const uint32_t mode = tmk_vtm_kernel_GetMode();
-  const uint32_t error_mode = mode & VTM_ERRMODE_MASK;
-  if (error_mode == VTM_ERRMODE_NOERR) return;
-  vtmErrStatus = status;
-  if (error_mode == VTM_ERRMODE_IGNORE) return;
+  if (!record(mode, status, status_bit(status))) return;
 
   VtmErrorContext context = {};
   context.code = status;
@@ -120,7 +138,7 @@ void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1,
   if (vtmInterfInputVecorPointer != nullptr) {
     const intptr_t distance =
         static_cast<const char*>(a1) - static_cast<const char*>(vtmInterfInputVecorPointer);
-    constexpr int shift = std::countr_zero(static_cast<unsigned>(Element::width));
+    constexpr int shift = std::countr_zero(static_cast<unsigned>(Argument::width));
     context.index = static_cast<int32_t>(i + (distance >> shift));
   }
   context.name_length = static_cast<int32_t>(strnlen(name, sizeof context.name));
@@ -128,8 +146,10 @@ void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1,
   if (has_element(status)) {
     // Fields of a packed record have no address of their own to lend.
     double values[8] = {};
-    const void* const vectors[] = {a1, a2, r1, r2};
-    for (int v = 0; v < 4; ++v) Element::read(vectors[v], i, values[v], values[v + 4]);
+    Argument::read(a1, i, values[0], values[4]);
+    Argument::read(a2, i, values[1], values[5]);
+    Result::read(r1, i, values[2], values[6]);
+    Result::read(r2, i, values[3], values[7]);
     std::memcpy(&context.a1, values, 4 * sizeof(double));
     std::memcpy(&context.a1_imaginary, values + 4, 4 * sizeof(double));
   }
@@ -142,31 +162,51 @@ void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1,
   if (!has_element(status)) return;
 
   // A unary call passes its result vector twice: the later write of r1 is the one that stays.
-  Element::write(r2, i, context.r2, context.r2_imaginary);
-  Element::write(r1, i, context.r1, context.r1_imaginary);
+  Result::write(r2, i, context.r2, context.r2_imaginary);
+  Result::write(r1, i, context.r1, context.r1_imaginary);
 }
 
 }  // namespace
 
 extern "C" {
 
-void tmk_vtm_kernel_sError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
-                           const char* name) {
-  report<element<float, 1>>(status, i, a1, a2, r1, r2, name);
+int32_t tmk_vtm_reports_are_observed(void) {
+  const uint32_t mode = tmk_vtm_kernel_GetMode();
+  const uint32_t error_mode = mode & VTM_ERRMODE_MASK;
+  if (error_mode == VTM_ERRMODE_NOERR || error_mode == VTM_ERRMODE_IGNORE) return 0;
+  if ((mode & VTM_ERRMODE_CALLBACK) != 0 && vtmErrorCallBack != nullptr) return 1;
+  if ((mode & VTM_ERRMODE_STDERR) != 0) return 1;
+  return (mode & VTM_ERRMODE_EXCEPT) != 0 && (mode & VTM_TRAP_MASK) != 0;
 }
 
-void tmk_vtm_kernel_dError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
-                           const char* name) {
-  report<element<double, 1>>(status, i, a1, a2, r1, r2, name);
+void tmk_vtm_report_all(int32_t last, uint32_t seen) {
+  const uint32_t mode = tmk_vtm_kernel_GetMode();
+  if (!record(mode, last, seen)) return;
+  if ((mode & VTM_ERRMODE_ERRNO) != 0) errno = consequence_of(last).error_number;
+  if ((mode & VTM_ERRMODE_EXCEPT) == 0) return;
+  uint16_t flags = 0;
+  for (int32_t status = VTM_STATUS_DOMAIN; status <= VTM_STATUS_UNDERFLOW; ++status)
+    if ((seen & status_bit(status)) != 0) flags |= consequence_of(status).x87_flag;
+  raise_x87(mode, flags);
 }
 
-void tmk_vtm_kernel_cError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
-                           const char* name) {
-  report<element<float, 2>>(status, i, a1, a2, r1, r2, name);
-}
+void tmk_vtm_add_seen_statuses(uint32_t seen) { vtmSeenStatuses |= seen; }
+uint32_t tmk_seen_statuses(void) { return vtmSeenStatuses; }
+uint32_t tmk_clear_seen_statuses(void) { return std::exchange(vtmSeenStatuses, 0); }
 
-void tmk_vtm_kernel_zError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
-                           const char* name) {
-  report<element<double, 2>>(status, i, a1, a2, r1, r2, name);
-}
+// Letters of the arguments and of the results, where they differ.
+#define TMK_DEFINE_ERROR(letters, argument, argument_parts, result, result_parts)                           \
+  void tmk_vtm_kernel_##letters##Error(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, \
+                                       void* r2, const char* name) {                                        \
+    report<element<argument, argument_parts>, element<result, result_parts>>(status, i, a1, a2, r1, r2,     \
+                                                                             name);                         \
+  }
+TMK_DEFINE_ERROR(s, float, 1, float, 1)
+TMK_DEFINE_ERROR(d, double, 1, double, 1)
+TMK_DEFINE_ERROR(c, float, 2, float, 2)
+TMK_DEFINE_ERROR(z, double, 2, double, 2)
+TMK_DEFINE_ERROR(cs, float, 2, float, 1)
+TMK_DEFINE_ERROR(zd, double, 2, double, 1)
+TMK_DEFINE_ERROR(sc, float, 1, float, 2)
+TMK_DEFINE_ERROR(dz, double, 1, double, 2)
 }

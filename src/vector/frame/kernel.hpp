@@ -23,6 +23,7 @@
 
 #include "platform/controls.hpp"
 #include "platform/simd.hpp"
+#include "vector/frame/error_channel.hpp"
 #include "vector/frame/shapes.h"
 
 #define TMK_KERNEL_NAME_(letter, stem, tier, tag) tmk_vtm_kernel_##letter##stem##_##tier##tag
@@ -40,22 +41,15 @@ TMK_TIER_OPEN
 
 enum class level { la, ha, ep };
 
-inline void report(int32_t status, int32_t i, const float* a, float* r, const char* name) {
-  tmk_vtm_kernel_sError(status, i, a, a, r, r, name);
-}
-
-inline void report(int32_t status, int32_t i, const double* a, double* r, const char* name) {
-  tmk_vtm_kernel_dError(status, i, a, a, r, r, name);
-}
-
-// One element by the scalar road: the result stands in r before the report, which may replace it.
+// One element by the slow path: the result is stored before the report, which may replace it.
 template <class Kernel>
-[[gnu::noinline]] void rare_element(const typename Kernel::real* a, typename Kernel::real* r, int32_t i) {
+[[gnu::noinline]] void rare_element(const typename Kernel::real* a, typename Kernel::real* r, int32_t i,
+                                    error_channel& errors) {
   typename Kernel::real result;
   const int32_t status = Kernel::rare(a + i, &result);
   r[i] = result;
   if (status != 0) [[unlikely]]
-    report(status, i, a, r, Kernel::name);
+    errors.report(status, i, a, a, r, r);
 }
 
 // A kernel may leave the SSE side to its own needs; by default the thread's mode decides.
@@ -71,7 +65,7 @@ constexpr sse_control sse_of() {
 // read back, since a report may replace them. Computes the others anew, so that the walks need not keep them.
 template <class Kernel>
 [[gnu::noinline, gnu::flatten]] void repair_register(int32_t first, int valid, const typename Kernel::real* a,
-                                                     typename Kernel::real* r) {
+                                                     typename Kernel::real* r, error_channel& errors) {
   using real = typename Kernel::real;
   const batch<real> x = load_partial(a + first, valid, Kernel::filler);
   const batch<real> y = Kernel::fast(x);
@@ -84,9 +78,9 @@ template <class Kernel>
     const int32_t status = Kernel::rare(xs + lane, ys + lane);
     if (status == 0) continue;
     const int32_t i = first + lane;
-    r[i] = ys[lane];
-    report(status, i, a, r, Kernel::name);
-    ys[lane] = r[i];
+    if (errors.observed()) r[i] = ys[lane];
+    errors.report(status, i, a, a, r, r);
+    if (errors.observed()) ys[lane] = r[i];
   }
   std::copy_n(ys, valid, r + first);
 }
@@ -109,6 +103,28 @@ inline bool compute_group(const typename Kernel::real* a, batch<typename Kernel:
 // its results need to get to memory, and stores them past the caches.
 constexpr int streaming_threshold = 8 << 20;
 
+// A group with flagged lanes. Missing data are common: a NaN is its own answer, quieted, as of every function
+// of one argument, and costs no slow path.
+template <class Kernel, size_t Count>
+inline void finish_flagged_group(int32_t first, const typename Kernel::real* a, typename Kernel::real* r,
+                                 const batch<typename Kernel::real> (&y)[Count], error_channel& errors) {
+  using real = typename Kernel::real;
+  constexpr int width = lanes<real>;
+  uint32_t rest = 0;  // registers that hold other flagged lanes
+#pragma GCC unroll 16
+  for (size_t k = 0; k < Count; ++k) {
+    const int32_t i = first + static_cast<int32_t>(k) * width;
+    const batch<real> x = load(a + i);
+    const lane_mask<real> nan = x != x;
+    if (lane_bits<real>(Kernel::flagged(x, y[k]) & !nan) == 0)
+      store(r + i, xsimd::select(nan, x + x, y[k]));
+    else
+      rest |= 1u << k;
+  }
+  for (; rest != 0; rest &= rest - 1)
+    repair_register<Kernel>(first + std::countr_zero(rest) * width, width, a, r, errors);
+}
+
 // Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled
 // register leads up to the first 16-byte boundary of a, too.
 template <class Kernel>
@@ -117,6 +133,7 @@ template <class Kernel>
   constexpr int width = lanes<real>;
   constexpr int count = Kernel::group / width;
   const control_scope controls(Kernel::controls, sse_of<Kernel>());
+  error_channel errors(Kernel::name);
 
   const auto partial = [&](int32_t i, int valid) {
     const batch<real> x = load_partial(a + i, valid, Kernel::filler);
@@ -124,7 +141,7 @@ template <class Kernel>
     if ((lane_bits<real>(Kernel::flagged(x, y)) & ((1u << valid) - 1)) == 0) [[likely]]
       store_partial(r + i, valid, y);
     else
-      repair_register<Kernel>(i, valid, a, r);
+      repair_register<Kernel>(i, valid, a, r, errors);
   };
 
   int32_t i = 0;
@@ -140,7 +157,7 @@ template <class Kernel>
     for (; n - i >= Kernel::group; i += Kernel::group) {
       batch<real> y[count];
       if (compute_group<Kernel>(a + i, y)) [[unlikely]] {
-        for (int k = 0; k < count; ++k) repair_register<Kernel>(i + k * width, width, a, r);
+        finish_flagged_group<Kernel>(i, a, r, y, errors);
       } else {
 #pragma GCC unroll 16
         for (int k = 0; k < count; ++k) put(r + i + k * width, y[k]);
@@ -148,8 +165,10 @@ template <class Kernel>
     }
   };
   if constexpr (requires { Kernel::memory_bound; }) {
-    if (n >= streaming_threshold / static_cast<int>(sizeof(real)) && a != r) {
-      const auto misaligned = reinterpret_cast<uintptr_t>(r + i) % sizeof(batch<real>);
+    // A pointer off the boundaries of its own type never comes to a register's.
+    const auto misaligned = reinterpret_cast<uintptr_t>(r + i) % sizeof(batch<real>);
+    if (n >= streaming_threshold / static_cast<int>(sizeof(real)) && a != r &&
+        misaligned % sizeof(real) == 0) {
       if (misaligned != 0) {
         const int head = width - static_cast<int>(misaligned / sizeof(real));
         partial(i, head);
@@ -160,19 +179,18 @@ template <class Kernel>
     }
   }
   whole_groups([](real* p, const batch<real>& y) { store(p, y); });
-  for (; i < n; i += width) partial(i, std::min(width, n - i));
+  for (int32_t left = n - i; left > 0; left -= width) partial(n - left, std::min(width, left));
 }
 
 // Block walk: a block with a flagged element goes element by element through rare(), and so does the tail.
 // After a flagged block the walk goes on by elements until whole blocks remain.
-// Kernels with `restores_input` write the head of such a block back over the input, in-place or not: callers
-// know that their input must be writable.
 template <class Kernel>
 [[gnu::flatten]] void run_blocks(int32_t n, const typename Kernel::real* a, typename Kernel::real* r) {
   using real = typename Kernel::real;
   constexpr int width = lanes<real>;
   constexpr int count = Kernel::group / width;
   const control_scope controls(Kernel::controls, sse_of<Kernel>());
+  error_channel errors(Kernel::name);
 
   int32_t i = 0;
   while (n - i >= Kernel::group) {
@@ -183,12 +201,11 @@ template <class Kernel>
       i += Kernel::group;
       continue;
     }
-    if constexpr (requires { Kernel::restores_input; }) store(const_cast<real*>(a) + i, load(a + i));
     do {
-      rare_element<Kernel>(a, r, i++);
+      rare_element<Kernel>(a, r, i++, errors);
     } while ((n - i) % Kernel::group != 0);
   }
-  while (i < n) rare_element<Kernel>(a, r, i++);
+  while (i < n) rare_element<Kernel>(a, r, i++, errors);
 }
 
 TMK_TIER_CLOSE

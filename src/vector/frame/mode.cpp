@@ -9,6 +9,7 @@
 thread_local const void* vtmInterfInputVecorPointer = nullptr;
 thread_local VtmErrorCallback vtmErrorCallBack = nullptr;
 thread_local int32_t vtmErrStatus = 0;
+thread_local uint32_t vtmSeenStatuses = 0;
 thread_local uint64_t vtmMode = 0;
 
 namespace {

@@ -3,11 +3,12 @@
 #include <cerrno>
 #include <complex>
 #include <cstring>
-#include <type_traits>
+#include <string_view>
 
 #include "platform/controls.hpp"
 #include "tmk/abi/vtm.h"
 #include "vector/complex/reference/complex.hpp"
+#include "vector/frame/error_channel.hpp"
 #include "vector/frame/shapes.h"
 #include "vector/real/reference/real.hpp"
 
@@ -34,36 +35,64 @@ auto value(Element x) {
   return std::bit_cast<typename value_of<Element>::type>(x);
 }
 
-constexpr auto report_of(char letter) {
-  switch (letter) {
-    case 's':
-      return tmk_vtm_kernel_sError;
-    case 'd':
-      return tmk_vtm_kernel_dError;
-    case 'c':
-      return tmk_vtm_kernel_cError;
-    default:
-      return tmk_vtm_kernel_zError;
-  }
+// Functions that round in the direction that the processor is set to.
+constexpr bool rounds_as_set(std::string_view name) {
+  return name.ends_with("Rint") || name.ends_with("NearbyInt");
 }
 
-// What a row brings besides the arithmetic.
-struct call {
-  char letter;
-  const char* name;
+// The floating-point flags of the caller. The C library's functions and exact sums raise others on the way,
+// which are no news of the result: a status tells that.
+class flags {
+ public:
+  void save() {
+    asm volatile("fnstsw %0" : "=m"(x87_));
+    sse_ = _mm_getcsr();
+  }
+  void restore() const {
+    uint16_t x87;
+    asm volatile("fnstsw %0" : "=m"(x87));
+    if (((x87 ^ x87_) & all) != 0) {
+      uint32_t environment[7];
+      asm volatile("fnstenv %0" : "=m"(environment));
+      environment[1] = (environment[1] & ~all) | (x87_ & all);
+      asm volatile("fldenv %0" : : "m"(environment));
+    }
+    const uint32_t sse = _mm_getcsr();
+    if (((sse ^ sse_) & all) != 0) _mm_setcsr((sse & ~all) | (sse_ & all));
+  }
+
+ private:
+  static constexpr uint32_t all = 0x3F;
+  uint16_t x87_ = 0;
+  uint32_t sse_ = 0;
 };
 
 // Runs scalar(i) for every element; scalar stores the results and returns the status.
-template <class Scalar>
-void for_each_element(const call& c, int32_t n, const void* a1, const void* a2, void* r1, void* r2,
-                      Scalar scalar) {
-  const control_scope controls(control_class::c, sse_control::untouched);
+template <class Argument, class Result, class Scalar>
+void for_each_element(const char* name, int32_t n, const Argument* a1, const Argument* a2, Result* r1,
+                      Result* r2, Scalar scalar) {
+  const bool as_set = rounds_as_set(name);
+  const control_scope controls(as_set ? control_class::a : control_class::c,
+                               as_set ? sse_control::masks_only : sse_control::nearest);
+  error_channel errors(name);
+  flags found;
+  found.save();
+  int caller_errno = errno;  // the C library's functions set it, but only a report may
   for (int32_t i = 0; i < n; ++i) {
-    const int caller_errno = errno;  // the C library's functions set it, but only a report may
     const int32_t status = scalar(i);
+    if (status == 0) continue;
+    if (!errors.observed()) {
+      errors.report(status, i, a1, a2, r1, r2);
+      continue;
+    }
+    found.restore();
     errno = caller_errno;
-    if (status != 0) report_of(c.letter)(status, i, a1, a2, r1, r2, c.name);
+    errors.report(status, i, a1, a2, r1, r2);
+    found.save();
+    caller_errno = errno;
   }
+  found.restore();
+  errno = caller_errno;
 }
 
 // Computes into a value and stores its bits as an element.
@@ -79,27 +108,27 @@ int32_t store_result(Element& r, Function function) {
 
 // One body per shape: F is the overload set of the row's stem.
 #define TMK_BODY_unary(F)                                                                       \
-  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                         \
+  for_each_element(name, n, a, a, r, r, [=](int32_t i) {                                        \
     return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), result); }); \
   });
 #define TMK_BODY_real_result TMK_BODY_unary
 #define TMK_BODY_real_argument TMK_BODY_unary
 #define TMK_BODY_binary(F)                                                                                   \
-  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                                                      \
+  for_each_element(name, n, a, b, r, r, [=](int32_t i) {                                                     \
     return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b[i]), result); }); \
   });
 #define TMK_BODY_scalar_exponent(F)                                                                       \
-  for_each_element(row, n, a, a, r, r, [=](int32_t i) {                                                   \
+  for_each_element(name, n, a, a, r, r, [=](int32_t i) {                                                  \
     return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b), result); }); \
   });
 #define TMK_BODY_two_results(F)                                                                          \
-  for_each_element(row, n, a, a, r1, r2, [=](int32_t i) {                                                \
+  for_each_element(name, n, a, a, r1, r2, [=](int32_t i) {                                               \
     return store_result(r2[i], [&](auto& second) {                                                       \
       return store_result(r1[i], [&](auto& first) { return reference::F(value(a[i]), first, second); }); \
     });                                                                                                  \
   });
 #define TMK_BODY_linear_fraction(F)                                            \
-  for_each_element(row, n, a, b, r, r, [=](int32_t i) {                        \
+  for_each_element(name, n, a, b, r, r, [=](int32_t i) {                       \
     return store_result(r[i], [&](auto& result) {                              \
       return reference::F(a[i], b[i], scalea, shifta, scaleb, shiftb, result); \
     });                                                                        \
@@ -107,7 +136,7 @@ int32_t store_result(Element& r, Function function) {
 
 #define TMK_DEFINE_plain(letter, stem, shape)                                                        \
   extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
-    constexpr call row{#letter[0], "v" #letter #stem};                                               \
+    constexpr const char* name = "v" #letter #stem;                                                  \
     TMK_BODY_##shape(stem)                                                                           \
   }
 

@@ -23,7 +23,7 @@ struct single_expm1 {
   using real = float;
   static constexpr char name[] = "vsExpm1";
   static constexpr auto controls = control_class::b;
-  static constexpr auto sse = sse_control::masks_only;
+  static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 8;
   static constexpr float filler = 0.75f;
 

@@ -1,9 +1,7 @@
-// 1 / x on the baseline.
-//   Single: the 12-bit estimate as it stands (EP), with one Newton step (LA), or the true division (HA).
+// 1 / x on the baseline below HA (every_tier/inv_division.cpp).
+//   Single: the 12-bit estimate as it stands (EP), or with one Newton step (LA).
 //   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0
-//   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA); or the true division (HA).
-#include <bit>
-
+//   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA).
 #include "vector/frame/kernel.hpp"
 #include "vector/real/estimates.hpp"
 #include "vector/real/inv_rare.hpp"
@@ -17,7 +15,6 @@ struct single_inv {
   static constexpr char name[] = "vsInv";
   static constexpr auto controls = control_class::a;
   static constexpr int group = 8;
-  static constexpr bool restores_input = true;
 
   static f32 fast(const f32& x) {
     const f32 y0 = reciprocal_estimate(x);
@@ -60,52 +57,15 @@ struct double_inv {
   static int32_t rare(const double* a, double* r) { return reciprocal_rare(a, r); }
 };
 
-// Lanes that hold a zero of either sign, by their bits: shifted left, the sign is gone and zeros are all that
-// is left.
-inline uint32_t zero_lanes(const f32& x) {
-  return lane_bits<float>(mask_as<float>((bits_as<int32_t>(x) << 1) == i32(0)));
-}
-inline uint32_t zero_lanes(const f64& x) {
-  const f64 magnitude = xsimd::abs(x);
-  const u64 bits = bits_as<uint64_t>(magnitude);
-  return lane_bits<double>(mask_as<double>(bits == u64(0)));
-}
-
-// Registers are stored before their elements are tested, so that a report finds the quotients in place.
-template <class Real, const char* Name>
-void run_division(int32_t n, const Real* a, Real* r) {
-  constexpr int width = lanes<Real>;
-  const control_scope controls(control_class::a);
-  int32_t i = 0;
-  for (; n - i >= width; i += width) {
-    const batch<Real> x = load(a + i);
-    store(r + i, batch<Real>(Real(1)) / x);
-    for (uint32_t zeros = zero_lanes(x); zeros != 0; zeros &= zeros - 1)
-      report(VTM_STATUS_SINGULARITY, i + std::countr_zero(zeros), a, r, Name);
-  }
-  for (; i < n; ++i) {
-    const Real x = a[i];
-    r[i] = Real(1) / x;
-    if (magnitude_bits(x) == 0) report(VTM_STATUS_SINGULARITY, i, a, r, Name);
-  }
-}
-
-constexpr char single_name[] = "vsInv";
-constexpr char double_name[] = "vdInv";
-
 }  // namespace
 TMK_TIER_CLOSE
 
 // Maximum errors in ulp over 2^20 samples:
 //   single LA: 2.756 at -0x1.10009cp+0: got -0x1.e1e0c8p-1, want -0x1.e1e0cd83p-1
-//   single HA: 0.5000 at 0x1.fffffep+0: got 0x1.000002p-1, want 0x1.000001p-1
 //   single EP: 4757 at -0x1.0d2ff8p+1: got -0x1.e71p-2, want -0x1.e6ead64dp-2
 //   double LA: 1.479 at 0x1.005a24db712e6p+0: got 0x1.ff4bf5aeaa034p-1, want 0x1.ff4bf5aeaa0357bp-1
-//   double HA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
 //   double EP: 235560 at -0x1.31eff7e4bcddp+545: got -0x1.ac6d73caeb069p-546, want -0x1.ac6d73cab184112p-546
 TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_blocks<single_inv<level::ep>>)
 TMK_DEFINE_KERNEL(s, Inv, LAynn, run_blocks<single_inv<level::la>>)
-TMK_DEFINE_KERNEL(s, Inv, HAynn, run_division<float, single_name>)
 TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<double_inv<level::ep>>)
 TMK_DEFINE_KERNEL(d, Inv, LAynn, run_masked<double_inv<level::la>>)
-TMK_DEFINE_KERNEL(d, Inv, HAynn, run_division<double, double_name>)

@@ -2,15 +2,13 @@
 #pragma once
 
 #include <cmath>
+#include <type_traits>
 
 #include "platform/fp.hpp"
 #include "tmk/abi/vtm.h"
 
 TMK_TIER_OPEN
 namespace {
-
-template <class Real>
-constexpr Real negative_nan = from_bits<Real>(format<Real>::sign | format<Real>::quiet_nan);
 
 template <class Real>
 bool is_nan(Real x) {
@@ -22,14 +20,36 @@ bool is_negative(Real x) {
   return (to_bits(x) & format<Real>::sign) != 0;
 }
 
-// An exact quotient 1 / x whatever the flush controls say. Single: the x87 quotient, whose 64 bits leave one
-// rounding. Double: a subnormal is scaled up by its integer fraction first; its reciprocal is never
-// subnormal.
-inline int32_t reciprocal_rare(const float* a, float* r) {
-  *r = static_cast<float>(1.0L / *a);
-  return magnitude_bits(*a) == 0 ? VTM_STATUS_SINGULARITY : VTM_STATUS_OK;
+// A positive subnormal times 2^Exponent, from its integer fraction: no flush control reaches that.
+template <int Exponent, class Real>
+Real scaled_subnormal(Real x) {
+  using bits = typename format<Real>::bits;
+  constexpr int unit = 1 - format<Real>::bias - format<Real>::fraction_bits;
+  constexpr Real scale =
+      from_bits<Real>(static_cast<bits>(unit + Exponent + format<Real>::bias) << format<Real>::fraction_bits);
+  return static_cast<Real>(static_cast<std::make_signed_t<bits>>(to_bits(x))) * scale;
 }
 
+// The quotient 1 / x, rounded once, whatever the flush controls say: arguments and results below the normal
+// numbers go by their integer fractions. Single takes the quotient in double, whose 53 bits leave one
+// rounding.
+inline int32_t reciprocal_rare(const float* a, float* r) {
+  const uint32_t magnitude = magnitude_bits(*a);
+  if (magnitude == 0 || magnitude >= format<float>::infinity) {
+    *r = 1.0f / *a;
+    return magnitude == 0 ? VTM_STATUS_SINGULARITY : VTM_STATUS_OK;
+  }
+  const double x = magnitude < 0x00800000 ? magnitude * 0x1p-149 : double{from_bits<float>(magnitude)};
+  const double quotient = 1 / x;
+  constexpr double shifter = 0x1p52;  // its last place counts units
+  const float y = quotient < 0x1p-126
+                      ? from_bits<float>(static_cast<uint32_t>(to_bits(quotient * 0x1p149 + shifter)))
+                      : static_cast<float>(quotient);
+  *r = std::copysign(y, *a);
+  return VTM_STATUS_OK;
+}
+
+// A double's reciprocal is no subnormal where the argument is one.
 inline int32_t reciprocal_rare(const double* a, double* r) {
   const uint64_t magnitude = magnitude_bits(*a);
   if (magnitude == 0 || magnitude >= uint64_t{1} << format<double>::fraction_bits) {
@@ -60,7 +80,7 @@ bool root_special(Real x, Real* r, int32_t* status) {
 // sqrt(x) by a formula for normal numbers: a subnormal is scaled into range and the root back, both exactly.
 template <class Real, class Formula>
 int32_t sqrt_rare(const Real* a, Real* r, Formula formula) {
-  constexpr Real up = sizeof(Real) == 4 ? Real(0x1p26) : Real(0x1p54);
+  constexpr int up = sizeof(Real) == 4 ? 26 : 54;
   constexpr Real down = sizeof(Real) == 4 ? Real(0x1p-13) : Real(0x1p-27);
   int32_t status;
   if (root_special(*a, r, &status)) return status;
@@ -68,7 +88,7 @@ int32_t sqrt_rare(const Real* a, Real* r, Formula formula) {
   if (magnitude_bits(*a) == 0 || bits == format<Real>::infinity)
     *r = *a;
   else if (bits >> format<Real>::fraction_bits == 0)
-    *r = formula(*a * up) * down;
+    *r = formula(scaled_subnormal<up>(*a)) * down;
   else
     *r = formula(*a);
   return VTM_STATUS_OK;
@@ -77,7 +97,7 @@ int32_t sqrt_rare(const Real* a, Real* r, Formula formula) {
 // 1 / sqrt(x), likewise.
 template <class Real, class Formula>
 int32_t inv_sqrt_rare(const Real* a, Real* r, Formula formula) {
-  constexpr Real up = sizeof(Real) == 4 ? Real(0x1p126) : Real(0x1p54);
+  constexpr int up = sizeof(Real) == 4 ? 126 : 54;
   constexpr Real down = sizeof(Real) == 4 ? Real(0x1p63) : Real(0x1p27);
   int32_t status;
   if (root_special(*a, r, &status)) return status;
@@ -89,7 +109,7 @@ int32_t inv_sqrt_rare(const Real* a, Real* r, Formula formula) {
   if (bits == format<Real>::infinity)
     *r = 0;
   else if (bits >> format<Real>::fraction_bits == 0)
-    *r = formula(*a * up) * down;
+    *r = formula(scaled_subnormal<up>(*a)) * down;
   else
     *r = formula(*a);
   return VTM_STATUS_OK;

@@ -75,7 +75,6 @@ struct single_inv_sqrt<level::la> {
   static constexpr char name[] = "vsInvSqrt";
   static constexpr auto controls = control_class::b;
   static constexpr int group = 8;
-  static constexpr bool restores_input = true;
 
   static f32 fast(const f32& x) {
     const f32 r = reciprocal_sqrt_estimate(x);

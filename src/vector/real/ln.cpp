@@ -32,7 +32,6 @@ struct logarithm_x87 : positive_logarithm<Real, Kernel> {
 struct single_ln_la : logarithm_x87<float, single_ln_la> {
   static constexpr char name[] = "vsLn";
   static constexpr int group = 4;
-  static constexpr bool restores_input = true;
 
   static f32 formula(const f32& x, int k0) {
     const auto [high, low, distance] = reduce_by_center(x, k0, single_la_rows, single_la_unit);
@@ -47,7 +46,6 @@ struct single_ln_la : logarithm_x87<float, single_ln_la> {
 struct single_ln_ha : positive_logarithm<float, single_ln_ha> {
   static constexpr char name[] = "vsLn";
   static constexpr int group = 8;
-  static constexpr bool restores_input = true;
 
   static f32 formula(const f32& x, int k0) {
     const auto [high, low, parts] = reduce_by_64(x, k0, single_ha_rows, single_ha_unit);
@@ -76,7 +74,6 @@ struct single_ln_ep : positive_logarithm<float, single_ln_ep> {
 struct double_ln_ha : positive_logarithm<double, double_ln_ha> {
   static constexpr char name[] = "vdLn";
   static constexpr int group = 4;
-  static constexpr bool restores_input = true;
 
   static f64 formula(const f64& x, int k0) {
     const auto [high, low, parts] = reduce_by_512(x, k0, double_ha_rows, double_unit);
@@ -91,7 +88,6 @@ struct double_ln_ha : positive_logarithm<double, double_ln_ha> {
 struct double_ln_ep : logarithm_x87<double, double_ln_ep> {
   static constexpr char name[] = "vdLn";
   static constexpr int group = 4;
-  static constexpr bool restores_input = true;
 
   static f64 formula(const f64& x, int k0) {
     f64 row[2];  // of the first 8 fraction bits, rounded

@@ -15,7 +15,6 @@ using namespace log10_data;
 struct single_log10_la : positive_logarithm<float, single_log10_la> {
   static constexpr char name[] = "vsLog10";
   static constexpr int group = 4;
-  static constexpr bool restores_input = true;
 
   static f32 formula(const f32& x, int k0) {
     const auto [high, low, distance] = reduce_by_center(x, k0, single_la_rows, single_unit);
@@ -28,7 +27,6 @@ struct single_log10_la : positive_logarithm<float, single_log10_la> {
 struct single_log10_ha : positive_logarithm<float, single_log10_ha> {
   static constexpr char name[] = "vsLog10";
   static constexpr int group = 8;
-  static constexpr bool restores_input = true;
 
   static f32 formula(const f32& x, int k0) {
     const auto [high, low, parts] = reduce_by_64(x, k0, single_ha_rows, single_unit);
@@ -56,7 +54,6 @@ struct single_log10_ep : positive_logarithm<float, single_log10_ep> {
 struct double_log10_ha : positive_logarithm<double, double_log10_ha> {
   static constexpr char name[] = "vdLog10";
   static constexpr int group = 4;
-  static constexpr bool restores_input = true;
 
   static f64 formula(const f64& x, int k0) {
     const auto [high, low, parts] = reduce_by_512(x, k0, double_rows, double_unit);

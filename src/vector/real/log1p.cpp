@@ -18,7 +18,7 @@ struct double_log1p {
   using real = double;
   static constexpr char name[] = "vdLog1p";
   static constexpr auto controls = control_class::b;
-  static constexpr auto sse = sse_control::masks_only;
+  static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 4;
   static constexpr double filler = 0.75;
 
@@ -54,7 +54,7 @@ struct single_log1p {
   using real = float;
   static constexpr char name[] = "vsLog1p";
   static constexpr auto controls = control_class::b;
-  static constexpr auto sse = sse_control::masks_only;
+  static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 8;
   static constexpr float filler = 0.75f;
 

@@ -14,14 +14,6 @@ namespace {
 template <class Real>
 constexpr Real log_of_zero = from_bits<Real>(format<Real>::sign | format<Real>::infinity);
 
-template <class Real>
-constexpr Real log_of_negative = from_bits<Real>(format<Real>::sign | format<Real>::quiet_nan);
-
-template <class Real>
-bool is_infinite_or_nan(Real x) {
-  return magnitude_bits(x) >= format<Real>::infinity;
-}
-
 // A logarithm in any base of any element. `formula(x, k)` gives log(x 2^k) for a positive normal x and
 // an integer k: 0 for ordinary elements, and for a subnormal the exponent of its unit,
 // with x its integer fraction.
@@ -36,10 +28,10 @@ int32_t log_rare(const Real* a, Real* r, Formula formula) {
     return VTM_STATUS_SINGULARITY;
   }
   if (negative && magnitude_bits(x) <= format<Real>::infinity) {
-    *r = log_of_negative<Real>;
+    *r = negative_nan<Real>;
     return VTM_STATUS_DOMAIN;
   }
-  if (is_infinite_or_nan(x)) {
+  if (magnitude_bits(x) >= format<Real>::infinity) {
     *r = x + x;
   } else if (bits >> format<Real>::fraction_bits == 0) {
     constexpr int unit = 1 - format<Real>::bias - format<Real>::fraction_bits;
@@ -65,7 +57,7 @@ int32_t log1p_rare(const Real* a, Real* r, Formula formula) {
     *r = log_of_zero<Real>;
     return VTM_STATUS_SINGULARITY;
   } else if (to_bits(x) > minus_one) {
-    *r = log_of_negative<Real>;
+    *r = negative_nan<Real>;
     return VTM_STATUS_DOMAIN;
   } else {
     *r = magnitude_bits(x) < to_bits(tiny) ? x : formula(x);

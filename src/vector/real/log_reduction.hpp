@@ -4,22 +4,13 @@
 #pragma once
 
 #include "vector/frame/kernel.hpp"
+#include "vector/real/lane_tests.hpp"
 #include "vector/real/log_256_data.hpp"
 #include "vector/real/log_rare.hpp"
 #include "vector/real/log_row.hpp"
 
 TMK_TIER_OPEN
 namespace {
-
-inline lane_mask<float> not_positive_normal(const f32& x) {
-  return mask_as<float>(bits_as<int32_t>(x) - i32(static_cast<int32_t>(0x80800000)) >
-                        i32(static_cast<int32_t>(0xFEFFFFFF)));
-}
-
-inline lane_mask<double> not_positive_normal(const f64& x) {
-  return mask_of_high_words(bits_as<int32_t>(x) - i32(static_cast<int32_t>(0x80100000)) >
-                            i32(static_cast<int32_t>(0xFFDFFFFF)));
-}
 
 inline f32 keep_bits(const f32& x, uint32_t kept) { return bits_as<float>(bits_as<uint32_t>(x) & u32(kept)); }
 

@@ -3,6 +3,7 @@
 
 #include "vector/frame/kernel.hpp"
 #include "vector/real/estimates.hpp"
+#include "vector/real/lane_tests.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -11,11 +12,6 @@ namespace {
 inline f32 keep_high_bits(const f32& x) { return bits_as<float>(bits_as<uint32_t>(x) & u32(0xFFFF8000)); }
 inline f64 keep_high_bits(const f64& x) {
   return bits_as<double>(bits_as<uint64_t>(x) & u64(0xFFFFFFFF00000000u));
-}
-
-inline lane_mask<double> not_positive_normal(const f64& x) {
-  return mask_of_high_words(bits_as<int32_t>(x) - i32(static_cast<int32_t>(0x80100000)) >
-                            i32(static_cast<int32_t>(0xFFDFFFFF)));
 }
 
 // (1 + e)^(-1/2) - 1 to the degree the level needs: |e| stays below 2^-10.4.

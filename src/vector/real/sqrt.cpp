@@ -14,7 +14,6 @@ struct single_sqrt {
   static constexpr char name[] = "vsSqrt";
   static constexpr auto controls = control_class::a;
   static constexpr int group = Level == level::la ? 16 : 8;
-  static constexpr bool restores_input = true;
 
   // Zero lanes get a zero estimate: x r then is a zero of the same sign.
   static f32 estimate_or_zero(const f32& x) {
@@ -39,11 +38,8 @@ struct single_sqrt {
   // Good: zeros and positive normal numbers. Tested on x: whether x r comes out infinite for a subnormal
   // depends on the processor's estimate.
   static lane_mask<float> flagged(const f32& x, const f32&) {
-    const i32 bits = bits_as<int32_t>(x);
-    const auto zero = (bits & i32(0x7FFFFFFF)) == i32(0);
-    const auto not_positive_normal =
-        bits - i32(static_cast<int32_t>(0x80800000)) > i32(static_cast<int32_t>(0xFEFFFFFF));
-    return mask_as<float>(not_positive_normal & !zero);
+    const auto zero = (bits_as<int32_t>(x) & i32(0x7FFFFFFF)) == i32(0);
+    return not_positive_normal(x) & !mask_as<float>(zero);
   }
   static int32_t rare(const float* a, float* r) {
     return sqrt_rare(a, r, [](float x) { return fast(f32(x)).get(0); });

@@ -104,8 +104,14 @@ int Floor(std::floating_point auto a, auto& r) { return apply(floorl, a, r); }
 int Ceil(std::floating_point auto a, auto& r) { return apply(ceill, a, r); }
 int Trunc(std::floating_point auto a, auto& r) { return apply(truncl, a, r); }
 int Round(std::floating_point auto a, auto& r) { return apply(roundl, a, r); }  // halves away from 0
-int NearbyInt(std::floating_point auto a, auto& r) { return apply(rintl, a, r); }
-int Rint(std::floating_point auto a, auto& r) { return apply(rintl, a, r); }
+
+// In the direction that the SSE unit is set to, which the extended format does not know.
+int Rint(std::floating_point auto a, auto& r) {
+  r = std::isnan(a) ? a + a : std::rint(a);  // the compiler's own rint hands on a signalling NaN
+  return VTM_STATUS_OK;
+}
+int NearbyInt(std::floating_point auto a, auto& r) { return Rint(a, r); }
+
 int Frac(std::floating_point auto a, auto& r) { return apply(fraction, a, r); }
 
 // r1: the integer part; r2: the fraction; both with the sign of a.

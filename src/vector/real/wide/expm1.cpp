@@ -19,7 +19,7 @@ struct wide_expm1 {
   static constexpr bool single = sizeof(Real) == 4;
   static constexpr auto name = single ? "vsExpm1" : "vdExpm1";
   static constexpr auto controls = control_class::a;
-  static constexpr auto sse = single ? sse_control::masks_only : sse_control::by_mode;
+  static constexpr auto sse = single ? sse_control::nearest : sse_control::by_mode;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = Real(0.75);
 

@@ -1,5 +1,5 @@
-// 1 / x on the wide tiers: the processor's estimate (EP single), one Newton step (LA single), the series in
-// e = 1 - x y0 (double, where the processor estimates doubles), or the true division (HA, correctly rounded).
+// 1 / x on the wide tiers below HA (every_tier/inv_division.cpp): the processor's estimate (EP single), one
+// Newton step (LA single), or the series in e = 1 - x y0 (double, where the processor estimates doubles).
 #include <limits>
 #include <type_traits>
 
@@ -10,14 +10,11 @@
 TMK_TIER_OPEN
 namespace {
 
-template <class Real>
-constexpr auto inv_name = sizeof(Real) == 4 ? "vsInv" : "vdInv";
-
 template <class Real, level Level>
 struct wide_inv {
   using real = Real;
   using value = batch<Real>;
-  static constexpr auto name = inv_name<Real>;
+  static constexpr auto name = sizeof(Real) == 4 ? "vsInv" : "vdInv";
   static constexpr auto controls = control_class::a;
   static constexpr bool memory_bound = true;
   static constexpr int group = 4 * lanes<Real>;
@@ -51,38 +48,15 @@ struct wide_inv {
   static int32_t rare(const Real* a, Real* r) { return reciprocal_rare(a, r); }
 };
 
-template <class Real>
-struct wide_inv<Real, level::ha> {
-  using real = Real;
-  using value = batch<Real>;
-  static constexpr auto name = inv_name<Real>;
-  static constexpr auto controls = control_class::a;
-  static constexpr bool memory_bound = true;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
-
-  static value fast(const value& x) { return value(Real(1)) / x; }
-  static lane_mask<Real> flagged(const value& x, const value&) {
-    using bits = std::make_signed_t<typename format<Real>::bits>;
-    constexpr auto magnitude = std::numeric_limits<bits>::max();
-    return mask_as<Real>((bits_as<bits>(x) & batch<bits>(magnitude)) == batch<bits>(bits(0)));
-  }
-  static int32_t rare(const Real* a, Real* r) { return reciprocal_rare(a, r); }
-};
-
 }  // namespace
 TMK_TIER_CLOSE
 
 // Maximum errors in ulp over 2^20 samples (V3):
 //   single LA: 1.757 at 0x1.0d2f42p+6: got 0x1.e6ec1cp-7, want 0x1.e6ec1f84p-7
-//   single HA: 0.5000 at 0x1.fffffep+0: got 0x1.000002p-1, want 0x1.000001p-1
 //   single EP: 4757 at -0x1.0d2ff8p+1: got -0x1.e71p-2, want -0x1.e6ead64dp-2
 //   double LA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
-//   double HA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
 //   double EP: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
 TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_masked<wide_inv<float, level::ep>>)
 TMK_DEFINE_KERNEL(s, Inv, LAynn, run_masked<wide_inv<float, level::la>>)
-TMK_DEFINE_KERNEL(s, Inv, HAynn, run_masked<wide_inv<float, level::ha>>)
 TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<wide_inv<double, level::ep>>)
 TMK_DEFINE_KERNEL(d, Inv, LAynn, run_masked<wide_inv<double, level::la>>)
-TMK_DEFINE_KERNEL(d, Inv, HAynn, run_masked<wide_inv<double, level::ha>>)

@@ -12,7 +12,7 @@ struct wide_log1p {
   using bits = std::make_signed_t<typename format<Real>::bits>;
   static constexpr auto name = sizeof(Real) == 4 ? "vsLog1p" : "vdLog1p";
   static constexpr auto controls = control_class::a;
-  static constexpr auto sse = sse_control::masks_only;
+  static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 4 * lanes<Real>;
   static constexpr Real filler = Real(0.75);
   static constexpr Real largest = sizeof(Real) == 4 ? Real(0x1p126) : Real(0x1p1022);  // 2^-k stays normal

@@ -2,7 +2,7 @@
 // is 1.
 #include "vector/frame/kernel.hpp"
 #include "vector/real/log_rare.hpp"
-#include "vector/real/wide/lane_tests.hpp"
+#include "vector/real/lane_tests.hpp"
 
 TMK_TIER_OPEN
 namespace {

@@ -3,7 +3,7 @@
 
 #include "vector/frame/kernel.hpp"
 #include "vector/real/estimates.hpp"
-#include "vector/real/wide/lane_tests.hpp"
+#include "vector/real/lane_tests.hpp"
 
 TMK_TIER_OPEN
 namespace {

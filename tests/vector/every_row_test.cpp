@@ -1,0 +1,344 @@
+// What holds for every function, level and tier: a caller's floating-point controls change no result that is
+// not defined by them, no argument raises flags or traps that its result does not call for, and a kernel
+// keeps to its arrays.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cfenv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "platform/fp.hpp"
+#include "tmk/abi/vtm.h"
+
+namespace {
+
+enum class shape {
+  // clang-format off
+  unary, binary, scalar_exponent, two_results, linear_fraction, real_result, real_argument,
+  pack_stride, pack_mask, pack_index, unpack_stride, unpack_mask, unpack_index
+  // clang-format on
+};
+
+struct function_row {
+  std::string name;
+  char letter;
+  shape arguments;
+  const VtmDispatchRecord* record;
+
+  bool is_single() const { return letter == 's' || letter == 'c'; }
+  bool is_complex() const { return letter == 'c' || letter == 'z'; }
+  bool is(const char* stem) const { return name.substr(1) == stem; }
+};
+
+const std::vector<function_row> functions = [] {
+  std::vector<function_row> rows = {
+#define TMK_FUNCTION(letter, stem, shape_, slots, stage) \
+  {#letter #stem, #letter[0], shape::shape_, &tmk_vtm_kernel_##letter##stem##_ttab},
+#include "vector/frame/functions.def"
+  };
+  std::erase_if(rows, [](const function_row& f) { return f.arguments >= shape::pack_stride; });
+  return rows;
+}();
+
+// Runs a kernel over n elements. Arrays hold two numbers an element, so that any shape finds room.
+template <class Real>
+struct arrays {
+  std::vector<Real> a, b, r;
+  explicit arrays(size_t n) : a(2 * n), b(2 * n), r(4 * n) {}
+
+  void run(const function_row& f, int slot) {
+    const VtmKernel k = f.record->kernel[slot];
+    const int32_t n = static_cast<int32_t>(a.size() / 2);
+    const auto call = [&](auto... arguments) {
+      reinterpret_cast<void (*)(int32_t, decltype(arguments)...)>(k)(n, arguments...);
+    };
+    const Real *x = a.data(), *y = b.data();
+    using complex = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
+    switch (f.arguments) {
+      case shape::binary:
+        return call(x, y, r.data());
+      case shape::scalar_exponent:
+        return f.is_complex() ? call(x, complex{b[0], b[1]}, r.data()) : call(x, b[0], r.data());
+      case shape::two_results:
+        return call(x, r.data(), r.data() + 2 * n);
+      case shape::linear_fraction:
+        return call(x, y, Real(3), Real(1), Real(2), Real(5), r.data());
+      default:
+        return call(x, r.data());
+    }
+  }
+};
+
+// Ordinary and special arguments, some of them far from the function's domain.
+template <class Real>
+std::vector<Real> values() {
+  using limits = std::numeric_limits<Real>;
+  std::vector<Real> v = {0,
+                         limits::infinity(),
+                         limits::quiet_NaN(),
+                         limits::max(),
+                         limits::min(),
+                         1,
+                         1.5,
+                         2,
+                         3,
+                         0.5,
+                         0.25,
+                         Real(1e-10),
+                         0.75,
+                         Real(0x1.3p-36),
+                         Real(0.1),
+                         10,
+                         80,
+                         -Real(0)};
+  if (sizeof(Real) == 8) v.insert(v.end(), {Real(1e-100), Real(1e100), 700});
+  for (size_t i = 0, n = v.size(); i < n; ++i) v.push_back(-v[i]);
+  return v;
+}
+
+// Every pair of values; functions of one argument read the first.
+template <class Real>
+arrays<Real> pairs() {
+  const auto v = values<Real>();
+  arrays<Real> x(v.size() * v.size());
+  for (size_t i = 0; i < x.a.size(); ++i) {
+    x.a[i] = v[i / v.size() % v.size()];
+    x.b[i] = v[i % v.size()];
+  }
+  return x;
+}
+
+class every_row : public testing::TestWithParam<int32_t> {
+ protected:
+  void SetUp() override {
+    if (tmk_select_tier(GetParam()) != GetParam())
+      GTEST_SKIP() << "this processor, build or TMK_TIER has no " << tmk_tier_name(GetParam());
+    mode_ = tmk_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_DENORMALS_KEPT);
+  }
+  void TearDown() override {
+    std::fesetenv(FE_DFL_ENV);
+    if (mode_ != 0) tmk_vtm_kernel_SetMode(mode_);
+    tmk_select_tier(TMK_TIER_WIDEST);
+  }
+
+  // check(function, slot, arrays of all pairs of values) for every function and slot.
+  template <class Check>
+  static void for_each_slot(Check check) {
+    auto singles = pairs<float>();
+    auto doubles = pairs<double>();
+    for (const function_row& f : functions)
+      for (int slot = 0; slot < 3; ++slot) {
+        if (slot > 0 && f.record->kernel[slot] == f.record->kernel[0]) continue;
+        f.is_single() ? check(f, slot, singles) : check(f, slot, doubles);
+      }
+  }
+
+ private:
+  uint32_t mode_ = 0;
+};
+INSTANTIATE_TEST_SUITE_P(tiers, every_row, testing::Values(TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4),
+                         [](const auto& info) { return tmk_tier_name(info.param); });
+
+template <class Real>
+bool same_bits(const std::vector<Real>& x, const std::vector<Real>& y) {
+  return std::memcmp(x.data(), y.data(), x.size() * sizeof(Real)) == 0;
+}
+
+TEST_P(every_row, results_do_not_depend_on_the_rounding_mode) {
+  for_each_slot([](const function_row& f, int slot, auto& x) {
+    if (f.is("Rint") || f.is("NearbyInt")) return;
+    x.run(f, slot);
+    const auto nearest = x.r;
+    for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+      std::fesetround(direction);
+      x.run(f, slot);
+      const int after = std::fegetround();
+      std::fesetround(FE_TONEAREST);
+      EXPECT_EQ(after, direction) << f.name;
+      EXPECT_TRUE(same_bits(x.r, nearest)) << f.name << " slot " << slot << " direction " << direction;
+    }
+  });
+}
+
+TEST_P(every_row, rint_rounds_as_the_processor_does) {
+  for_each_slot([](const function_row& f, int slot, auto& x) {
+    if (!f.is("Rint") && !f.is("NearbyInt")) return;
+    for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO, FE_TONEAREST}) {
+      std::fesetround(direction);
+      x.run(f, slot);
+      auto want = x.r;
+      for (size_t i = 0; i < x.a.size() / 2; ++i) want[i] = std::rint(x.a[i]);
+      std::fesetround(FE_TONEAREST);
+      EXPECT_TRUE(same_bits(x.r, want)) << f.name << " slot " << slot << " direction " << direction;
+    }
+  });
+}
+
+// Subnormal arguments have their own values, or with subnormal results those of a flushing unit: 0.
+TEST_P(every_row, flushed_subnormals_give_values_or_zero) {
+  for_each_slot([](const function_row& f, int slot, auto& x) {
+    if (f.is_complex() || f.arguments != shape::unary) return;
+    using Real = std::remove_reference_t<decltype(x.a[0])>;
+    using limits = std::numeric_limits<Real>;
+    arrays<Real> tiny(64);
+    for (size_t i = 0; i < tiny.a.size(); ++i)
+      tiny.a[i] = (i % 2 ? -1 : 1) * limits::denorm_min() * std::exp2(Real(i % 22)) * Real(1 + i % 3);
+    for (size_t i = 0; i < 16; ++i) tiny.a[i] = limits::min() * (Real(0.5) + Real(i) / 32);
+    tiny.run(f, slot);
+    const auto kept = tiny.r;
+    tmk_vtm_kernel_SetMode(VTM_DENORMALS_FLUSHED);
+    tiny.run(f, slot);
+    tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
+    for (size_t i = 0; i < tiny.a.size() / 2; ++i) {
+      const bool may_vanish = std::fabs(kept[i]) < limits::min();
+      if (may_vanish && tiny.r[i] == 0) continue;
+      EXPECT_EQ(tmk::to_bits(tiny.r[i]), tmk::to_bits(kept[i]))
+          << f.name << " slot " << slot << " of " << tiny.a[i] << ": " << tiny.r[i] << ", kept " << kept[i];
+    }
+  });
+}
+
+// With every exception unmasked a kernel still runs to its end. In a child, which a trap would kill.
+TEST_P(every_row, unmasked_traps_do_not_fire_inside) {
+  const auto run = [] {
+    feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW);
+    for_each_slot([](const function_row& f, int slot, auto& x) {
+      std::fprintf(stderr, "%s slot %d\n", f.name.c_str(), slot);
+      x.run(f, slot);
+      asm volatile("fwait");  // where the x87 unit tells of a flag that a kernel left
+    });
+    _exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+uint16_t x87_flags() {
+  uint16_t status;
+  asm volatile("fnstsw %0" : "=m"(status));
+  return status & 0x0D;  // invalid, division by zero, overflow
+}
+
+// An infinite or NaN argument is no invalid operation where a number comes out, or a NaN that was passed in.
+// A flag left in the x87 unit would trap at the next instruction of a caller who unmasks it.
+TEST_P(every_row, special_arguments_raise_no_spurious_flags) {
+  tmk_vtm_kernel_SetMode(VTM_ERRMODE_NOERR);
+  for_each_slot([](const function_row& f, int slot, auto& all) {
+    using Real = std::remove_reference_t<decltype(all.a[0])>;
+    for (const Real a : values<Real>())
+      for (const Real b : {Real(2), std::numeric_limits<Real>::quiet_NaN()}) {
+        if (std::isfinite(a) || f.is_complex()) continue;
+        arrays<Real> x(1);
+        x.a[0] = x.a[1] = a;
+        x.b[0] = x.b[1] = b;
+        std::feclearexcept(FE_ALL_EXCEPT);
+        x.run(f, slot);
+        const int raised = x87_flags();
+        std::feclearexcept(FE_ALL_EXCEPT);
+        const bool new_nan = std::isnan(x.r[0]) && !std::isnan(a) && !std::isnan(b);
+        EXPECT_EQ(new_nan ? 0 : raised, 0) << f.name << " slot " << slot << " of " << a << ", " << b;
+      }
+  });
+}
+
+// Missing values among good ones: quieted, payload kept, their neighbours untouched.
+TEST_P(every_row, nans_pass_through_and_leave_their_neighbours) {
+  for_each_slot([](const function_row& f, int slot, auto& all) {
+    using Real = std::remove_reference_t<decltype(all.a[0])>;
+    if (f.is_complex() || f.arguments != shape::unary || f.is("Abs")) return;  // |x| changes the sign alone
+    arrays<Real> good(150), holed(150);
+    for (size_t i = 0; i < good.a.size(); ++i) good.a[i] = Real(0.5) + Real(i % 97) / 256;
+    holed.a = good.a;
+    const Real signalling = tmk::from_bits<Real>(tmk::format<Real>::infinity | 77);
+    const Real quieted = tmk::from_bits<Real>(tmk::format<Real>::quiet_nan | 77);
+    for (size_t i = 0; i < holed.a.size(); i += 3 + i % 7)
+      std::memcpy(&holed.a[i], &signalling, sizeof signalling);
+    good.run(f, slot);
+    holed.run(f, slot);
+    for (size_t i = 0; i < good.a.size() / 2; ++i) {
+      const bool hole = std::isnan(holed.a[i]);
+      EXPECT_EQ(tmk::to_bits(holed.r[i]), tmk::to_bits(hole ? quieted : good.r[i]))
+          << f.name << " slot " << slot << " at " << i;
+    }
+  });
+}
+
+// Long enough for stores past the caches, on pointers that are multiples of nothing.
+TEST_P(every_row, long_unaligned_arrays) {
+  constexpr int32_t n = 2'100'000;
+  constexpr size_t sample = 99'991;
+  std::vector<char> argument(n * sizeof(double) + 8, 0), result(argument.size());
+  const auto check = [&](const char* name, const VtmDispatchRecord& record, auto one) {
+    using Real = decltype(one);
+    for (const size_t offset : {1, 2})
+      for (int slot = 0; slot < 3; ++slot) {
+        auto* const a = reinterpret_cast<Real*>(argument.data());
+        auto* const r = reinterpret_cast<Real*>(result.data() + offset);
+        for (int32_t i = 0; i < n; ++i) a[i] = Real(1 + i % 100);
+        const auto kernel = reinterpret_cast<void (*)(int32_t, const Real*, Real*)>(record.kernel[slot]);
+        kernel(n, a, r);
+        for (size_t i = 0; i < size_t{n}; i += sample) {
+          Real want, got;
+          kernel(1, a + i, &want);
+          std::memcpy(&got, result.data() + offset + i * sizeof(Real), sizeof got);
+          ASSERT_EQ(tmk::to_bits(got), tmk::to_bits(want)) << name << " slot " << slot << " at " << i;
+        }
+      }
+  };
+#define CHECK_LONG(stem)                                    \
+  check("s" #stem, tmk_vtm_kernel_s##stem##_ttab, float{}); \
+  check("d" #stem, tmk_vtm_kernel_d##stem##_ttab, double{});
+  CHECK_LONG(Abs)
+  CHECK_LONG(Inv)
+  CHECK_LONG(Sqrt)
+  CHECK_LONG(InvSqrt)
+}
+
+VtmErrorContext seen;
+int32_t look(VtmErrorContext* context) {
+  seen = *context;
+  context->r1 = 5;
+  context->r1_imaginary = 6;
+  return 0;
+}
+
+// Arguments at the end of the readable memory, and functions that turn real elements into complex ones.
+TEST_P(every_row, reports_read_elements_of_each_arrays_own_width) {
+  const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  auto* const memory =
+      static_cast<char*>(mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  ASSERT_NE(memory, MAP_FAILED);
+  ASSERT_EQ(mprotect(memory + page, page, PROT_NONE), 0);
+  tmk_vtm_kernel_SetErrorCallBack(look);
+  const auto check = [&](auto one, auto entry, auto complex_one) {
+    using Real = decltype(one);
+    constexpr int32_t n = 5;
+    auto* const a = reinterpret_cast<Real*>(memory + page) - n;
+    std::fill_n(a, n, Real(1));
+    a[n - 1] = std::numeric_limits<Real>::infinity();
+    decltype(complex_one) r[n + 1] = {};
+    seen = {};
+    // The base of the caller's whole array: one element lower.
+    tmk_vtm_kernel_SetInterfInputVectorPointer(a - 1);
+    entry(n, a, r);
+    tmk_vtm_kernel_SetInterfInputVectorPointer(nullptr);
+    EXPECT_EQ(seen.code, VTM_STATUS_DOMAIN);
+    EXPECT_EQ(seen.index, n);
+    EXPECT_EQ(seen.a1, std::numeric_limits<double>::infinity());
+    EXPECT_EQ(seen.a1_imaginary, 0);
+    EXPECT_TRUE(std::isnan(seen.r1_imaginary));
+    EXPECT_EQ(r[n - 1].re, 5);
+    EXPECT_EQ(r[n - 1].im, 6);
+    EXPECT_EQ(r[n].re, 0);
+  };
+  check(float{}, _vtmcCIS, tmk_complex8{});
+  check(double{}, _vtmzCIS, tmk_complex16{});
+  tmk_vtm_kernel_ClearErrorCallBack();
+  munmap(memory, 2 * page);
+}
+
+}  // namespace
