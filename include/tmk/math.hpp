@@ -3,11 +3,18 @@
 //   tmk::exp(x, y);                        y[i] = e^x[i], at the thread's accuracy
 //   tmk::exp(x, y, tmk::accuracy::fast);   half the bits
 //   tmk::hypot(a, b, r);  tmk::powx(a, 2.5, r);  tmk::sin_cos(a, r1, r2);
+//   tmk::mul(x, 2.0, y);  tmk::div(1.0, x, y);  tmk::fmax(x, 0.0, y);     one value for all elements
+//   tmk::sqrt(tmk::matrix_view(p, rows, cols, stride, 1), m);              rows of a larger matrix
+//   tmk::ln(tmk::real_parts(z), tmk::real_parts(z));                       parts of complex numbers
 //
 // Arguments are spans of const elements, results spans: vectors and arrays convert. Elements are float,
 // double, std::complex of either ("real" below: the first two alone). All arrays of a call have the size of
 // the first. A result may be the same array as an argument of the same element type, but may not overlap one
 // otherwise, nor the other result. A call that breaks a rule throws tmk::error before anything is written.
+//
+// A tmk::matrix_view may take the place of each span: elements count row by row, every view has the shape of
+// the first, and a result may take the place of an argument with the same strides. The elements pass through
+// a small buffer. Functions of two arguments take a single value for either of them.
 //
 // The statuses named below are for bad elements (math_status): what becomes of them the innermost error_scope
 // decides. The result is NaN for domain, infinite for singularity and overflow, tiny or 0 for underflow.

@@ -1,8 +1,10 @@
 // Matrices of observations by variables: a view of the caller's, and a small one that a function returns.
 #pragma once
 
+#include <complex>
 #include <concepts>
 #include <cstddef>
+#include <ranges>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -62,6 +64,35 @@ class matrix_view {
   std::size_t rows_, cols_;
   std::ptrdiff_t row_stride_, col_stride_;
 };
+
+namespace detail {
+
+template <class Part>
+constexpr matrix_view<Part> column_of_parts(Part* first, std::size_t size) {
+  return {first, size, 1, 2, 1};
+}
+template <class T>
+constexpr T* parts_of(std::complex<T>* z) {
+  return reinterpret_cast<T*>(z);
+}
+template <class T>
+constexpr const T* parts_of(const std::complex<T>* z) {
+  return reinterpret_cast<const T*>(z);
+}
+
+}  // namespace detail
+
+/// The real parts of an array, vector or span of std::complex, as a column of its elements.
+template <std::ranges::borrowed_range Range>
+constexpr auto real_parts(Range&& z) {
+  return detail::column_of_parts(detail::parts_of(std::ranges::data(z)), std::ranges::size(z));
+}
+
+/// The imaginary parts, likewise.
+template <std::ranges::borrowed_range Range>
+constexpr auto imaginary_parts(Range&& z) {
+  return detail::column_of_parts(detail::parts_of(std::ranges::data(z)) + 1, std::ranges::size(z));
+}
 
 /// A matrix of its own, by rows.
 class matrix {

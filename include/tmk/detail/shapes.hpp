@@ -3,9 +3,11 @@
 #pragma once
 
 #include <complex>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <tmk/matrix_view.hpp>
 #include <tmk/scopes.hpp>
 #include <type_traits>
 
@@ -50,6 +52,29 @@ array describe(std::span<T> s) {
   return {s.data(), s.size()};
 }
 
+// Where the elements of a matrix are, in steps of one element; a call takes them row by row.
+struct strides {
+  std::size_t rows, cols;
+  std::ptrdiff_t row, col;
+};
+
+template <class T>
+strides layout_of(matrix_view<T> m) {
+  return {m.rows(), m.cols(), m.row_stride(), m.col_stride()};
+}
+template <class T>
+strides layout_of(std::span<T> s) {
+  return {s.size(), 1, 1, 1};
+}
+
+template <class T>
+array describe(matrix_view<T> m) {
+  return {m.data(), m.rows() * m.cols()};
+}
+
+// One value for all elements of a call that is shaped as `like`.
+inline strides repeated(const strides& like) { return {like.rows, like.cols, 0, 0}; }
+
 // One call. A shape without b or r2 leaves them empty; scalars points to the values passed beside the arrays.
 struct call {
   stem function;
@@ -57,6 +82,7 @@ struct call {
   accuracy level;
   array a, b, r, r2;
   const void* scalars;
+  const strides* layout = nullptr;  // of a, b, r and r2, where not all are plain arrays
 };
 
 void run(const call& c);
@@ -78,10 +104,19 @@ struct overload_set : Overloads... {
   using Overloads::operator()...;
 };
 
+// A view of elements of T, const or not: templates take it, so that vectors go on to convert to spans alone.
+template <class View, class T>
+concept view_of = std::same_as<View, matrix_view<T>> || std::same_as<View, matrix_view<const T>>;
+
 template <stem Stem, class A, class R = A>
 struct unary_call {
   void operator()(std::span<const A> a, std::span<R> r, accuracy level = accuracy::inherited) const {
     run(call{Stem, precision_of<A, R>, level, describe(a), {}, describe(r), {}, nullptr});
+  }
+  template <view_of<A> Argument>
+  void operator()(Argument a, matrix_view<R> r, accuracy level = accuracy::inherited) const {
+    const strides layout[] = {layout_of(a), {}, layout_of(r), {}};
+    run(call{Stem, precision_of<A, R>, level, describe(a), {}, describe(r), {}, nullptr, layout});
   }
 };
 
@@ -91,6 +126,41 @@ struct binary_call {
                   accuracy level = accuracy::inherited) const {
     run(call{Stem, precision_of<T>, level, describe(a), describe(b), describe(r), {}, nullptr});
   }
+  void operator()(std::span<const T> a, std::type_identity_t<T> b, std::span<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run_with_one(a, b, r, level);
+  }
+  void operator()(std::type_identity_t<T> a, std::span<const T> b, std::span<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run_one_with(a, b, r, level);
+  }
+  template <view_of<T> First, view_of<T> Second>
+  void operator()(First a, Second b, matrix_view<T> r, accuracy level = accuracy::inherited) const {
+    const strides layout[] = {layout_of(a), layout_of(b), layout_of(r), {}};
+    run(call{Stem, precision_of<T>, level, describe(a), describe(b), describe(r), {}, nullptr, layout});
+  }
+  template <view_of<T> First>
+  void operator()(First a, std::type_identity_t<T> b, matrix_view<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run_with_one(a, b, r, level);
+  }
+  template <view_of<T> Second>
+  void operator()(std::type_identity_t<T> a, Second b, matrix_view<T> r,
+                  accuracy level = accuracy::inherited) const {
+    run_one_with(a, b, r, level);
+  }
+
+ private:
+  void run_with_one(auto a, const T& b, auto r, accuracy level) const {
+    const strides layout[] = {layout_of(a), repeated(layout_of(a)), layout_of(r), {}};
+    const array value{&b, describe(a).size};
+    run(call{Stem, precision_of<T>, level, describe(a), value, describe(r), {}, nullptr, layout});
+  }
+  void run_one_with(const T& a, auto b, auto r, accuracy level) const {
+    const strides layout[] = {repeated(layout_of(b)), layout_of(b), layout_of(r), {}};
+    const array value{&a, describe(b).size};
+    run(call{Stem, precision_of<T>, level, value, describe(b), describe(r), {}, nullptr, layout});
+  }
 };
 
 template <stem Stem, class T>
@@ -99,6 +169,12 @@ struct scalar_exponent_call {
                   accuracy level = accuracy::inherited) const {
     run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r), {}, &b});
   }
+  template <view_of<T> Argument>
+  void operator()(Argument a, std::type_identity_t<T> b, matrix_view<T> r,
+                  accuracy level = accuracy::inherited) const {
+    const strides layout[] = {layout_of(a), {}, layout_of(r), {}};
+    run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r), {}, &b, layout});
+  }
 };
 
 template <stem Stem, class T>
@@ -106,6 +182,12 @@ struct two_results_call {
   void operator()(std::span<const T> a, std::span<T> r1, std::span<T> r2,
                   accuracy level = accuracy::inherited) const {
     run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r1), describe(r2), nullptr});
+  }
+  template <view_of<T> Argument>
+  void operator()(Argument a, matrix_view<T> r1, matrix_view<T> r2,
+                  accuracy level = accuracy::inherited) const {
+    const strides layout[] = {layout_of(a), {}, layout_of(r1), layout_of(r2)};
+    run(call{Stem, precision_of<T>, level, describe(a), {}, describe(r1), describe(r2), nullptr, layout});
   }
 };
 

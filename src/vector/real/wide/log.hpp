@@ -5,8 +5,8 @@
 #pragma once
 
 #include "vector/frame/kernel.hpp"
+#include "vector/real/lane_tests.hpp"
 #include "vector/real/log_rare.hpp"
-#include "vector/real/wide/lane_tests.hpp"
 #include "vector/real/wide/log_data.hpp"
 
 TMK_TIER_OPEN
@@ -95,30 +95,27 @@ struct rounded_table {
   }
 };
 
-// high + low + log(1 + f) with the rounding of the last addition alone.
+// high + low + log(1 + f) with little more than the rounding of the last addition: f and f^2 join the sum
+// with what their roundings lose, f^3 is all that is rounded more than once.
 template <class Real, log_base Base>
 batch<Real> sum_of_log(const batch<Real>& high, const batch<Real>& low, const batch<Real>& f) {
   using value = batch<Real>;
   using constants = log_constants<Real, Base>;
+  const value half(Real(-0.5));
   value head = f, tail = low;
   if constexpr (Base != log_base::e) {
     const value c(constants::scale[0]);
     head = f * c;
-    tail = xsimd::fma(f, value(constants::scale[1]), tail) + xsimd::fms(f, c, head);
+    const value head_low = xsimd::fma(f, value(constants::scale[1]), xsimd::fms(f, c, head));
+    tail += xsimd::fma(head_low * half, f, head_low);
   }
   const value sum = high + head;
   const value lost = (head - (sum - high)) + tail;
+  const value h = head * half;
+  const value sum_of_two = xsimd::fma(h, f, sum);
   const value f2 = f * f;
-  if constexpr (Base == log_base::e && sizeof(Real) == 4) {
-    // -f^2 / 2 joins the sum with what its rounding loses: f^3 is all that is rounded more than once.
-    static_assert(constants::ha[0] == Real(-0.5));
-    constexpr Real c[] = {constants::ha[1], constants::ha[2], constants::ha[3], constants::ha[4],
-                          constants::ha[5]};
-    const value h = f * value(Real(-0.5));
-    const value sum_of_two = xsimd::fma(h, f, sum);
-    return sum_of_two + xsimd::fma(f2 * f, even_odd(f, f2, c), xsimd::fma(h, f, sum - sum_of_two) + lost);
-  }
-  return sum + xsimd::fma(f2, even_odd(f, f2, constants::ha), lost);
+  return sum_of_two +
+         xsimd::fma(f2 * f, even_odd(f, f2, constants::ha), xsimd::fma(h, f, sum - sum_of_two) + lost);
 }
 
 // log((m + m_low) 2^k); m_low, if given, is below half a unit of m's last place.
@@ -137,17 +134,21 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
     if constexpr (sizeof...(m_low) == 0) {
       return sum_of_log<Real, Base>(high, low, f);
     } else {
-      const auto exact_f = fast_two_sum(f, (m_low, ...) * r);
-      return sum_of_log<Real, Base>(high, low + exact_f.low, exact_f.high);
+      const auto [f_high, f_low] = fast_two_sum(f, (m_low, ...) * r);
+      return sum_of_log<Real, Base>(high, low + xsimd::fnma(f_low, f_high, f_low), f_high);
     }
   } else {
     static constexpr rounded_table<Real> table(constants::high, constants::low);
     const register_table<Real, 4> logarithm(table.entries);
-    const value high = xsimd::fma(x.k, value(constants::two[0] + constants::two[1]), logarithm[cell]);
+    // In single, what log 2 lacks in its last place would count |k| times.
+    constexpr Real two_low = sizeof(Real) == 4 && Level == level::la ? constants::two[1] : Real(0);
+    const value high =
+        xsimd::fma(x.k, value(constants::two[0] + (constants::two[1] - two_low)), logarithm[cell]);
     const value f2 = f * f;
     const value q = Level == level::la ? even_odd(f, f2, constants::la) : even_odd(f, f2, constants::ep);
-    if constexpr (Base == log_base::e) return high + xsimd::fma(f2, q, f);
-    return high + xsimd::fma(f, value(constants::scale[0]), f2 * q);
+    const value y =
+        Base == log_base::e ? xsimd::fma(f2, q, f) : xsimd::fma(f, value(constants::scale[0]), f2 * q);
+    return high + (two_low == 0 ? y : xsimd::fma(x.k, value(two_low), y));
   }
 }
 

@@ -29,14 +29,14 @@ constexpr float float_ln_scale[] = {
     0x1p0,
     0,
 };
-// Relative error of the polynomial: 2^-28.65625.
+// Relative error of the polynomial: 2^-32.015625.
 constexpr float float_ln_ha[] = {
-    -0x1p-1,
     0x1.555556p-2,
-    -0x1.fff8ep-3,
-    0x1.9991e8p-3,
-    -0x1.5b02bep-3,
-    0x1.29e4aap-3,
+    -0x1.000002p-2,
+    0x1.9991eep-3,
+    -0x1.554bf8p-3,
+    0x1.29e2f6p-3,
+    -0x1.053f5cp-3,
 };
 // Relative error of the polynomial: 2^-28.65625.
 constexpr float float_ln_la[] = {
@@ -72,14 +72,14 @@ constexpr float float_log2_scale[] = {
     0x1.715476p0,
     0x1.4ae0cp-26,
 };
-// Relative error of the polynomial: 2^-29.3671875.
+// Relative error of the polynomial: 2^-32.328125.
 constexpr float float_log2_ha[] = {
-    -0x1.715478p-1,
-    0x1.ec70a4p-2,
-    -0x1.714bf6p-2,
-    0x1.276c2p-2,
-    -0x1.f5fa14p-3,
-    0x1.afc6cep-3,
+    0x1.ec70ap-2,
+    -0x1.71547ap-2,
+    0x1.276ff6p-2,
+    -0x1.ec6116p-3,
+    0x1.ae452ep-3,
+    -0x1.79579p-3,
 };
 // Relative error of the polynomial: 2^-29.3671875.
 constexpr float float_log2_la[] = {
@@ -115,14 +115,14 @@ constexpr float float_log10_scale[] = {
     0x1.bcb7b2p-2,
     -0x1.5b235ep-27,
 };
-// Relative error of the polynomial: 2^-28.875.
+// Relative error of the polynomial: 2^-32.546875.
 constexpr float float_log10_ha[] = {
-    -0x1.bcb7b2p-3,
     0x1.287a78p-3,
-    -0x1.bcb024p-4,
-    0x1.63bd2ep-4,
-    -0x1.2daedap-4,
-    0x1.0331dep-4,
+    -0x1.bcb7b6p-4,
+    0x1.63bd12p-4,
+    -0x1.2870a4p-4,
+    0x1.0339e4p-4,
+    -0x1.c6975ep-5,
 };
 // Relative error of the polynomial: 2^-28.875.
 constexpr float float_log10_la[] = {
@@ -164,21 +164,21 @@ constexpr double double_ln_scale[] = {
     0x1p0,
     0,
 };
-// Relative error of the polynomial: 2^-57.796875.
+// Relative error of the polynomial: 2^-60.8125.
 constexpr double double_ln_ha[] = {
-    -0x1p-1,
-    0x1.555555555551bp-2,
-    -0x1.fffffffffff27p-3,
-    0x1.99999999cc81ap-3,
-    -0x1.555555559c99ep-3,
-    0x1.249248bf00039p-3,
-    -0x1.ffffff0bb9703p-4,
-    0x1.c71d1f5eec37cp-4,
-    -0x1.999a5746518c3p-4,
-    0x1.74151b30bcb39p-4,
-    -0x1.550bb85887fc4p-4,
-    0x1.4956e2cf82a0ep-4,
-    -0x1.32765134d6335p-4,
+    0x1.5555555555555p-2,
+    -0x1.fffffffffff93p-3,
+    0x1.9999999999d97p-3,
+    -0x1.5555555584fa7p-3,
+    0x1.249249243942bp-3,
+    -0x1.ffffff41b8605p-4,
+    0x1.c71c71f0a738bp-4,
+    -0x1.999a3c4685b26p-4,
+    0x1.745d576a01c36p-4,
+    -0x1.5511db4b6d0cbp-4,
+    0x1.3ae57d28d5089p-4,
+    -0x1.31f162334a512p-4,
+    0x1.1c5a3ed501375p-4,
 };
 // Relative error of the polynomial: 2^-53.71875.
 constexpr double double_ln_la[] = {
@@ -224,21 +224,21 @@ constexpr double double_log2_scale[] = {
     0x1.71547652b82fep0,
     0x1.777d0ffda0d24p-56,
 };
-// Relative error of the polynomial: 2^-57.78125.
+// Relative error of the polynomial: 2^-60.828125.
 constexpr double double_log2_ha[] = {
-    -0x1.71547652b82fep-1,
-    0x1.ec709dc3a03aap-2,
-    -0x1.71547652b83abp-2,
-    0x1.2776c50f1e513p-2,
-    -0x1.ec709dc3b4862p-3,
-    0x1.a61762157e923p-3,
-    -0x1.715475e963a3ep-3,
-    0x1.484b90e3452cep-3,
-    -0x1.2777304e09c54p-3,
-    0x1.0c66a1c971c2bp-3,
-    -0x1.ec12424c9a3acp-4,
-    0x1.db2129d212373p-4,
-    -0x1.b9382e825957dp-4,
+    0x1.ec709dc3a03fdp-2,
+    -0x1.71547652b82afp-2,
+    0x1.2776c50ef9eb1p-2,
+    -0x1.ec709dc3e530bp-3,
+    0x1.a61762a739348p-3,
+    -0x1.715475c93a82bp-3,
+    0x1.484b13eb94a43p-3,
+    -0x1.27773a854c831p-3,
+    0x1.0c9ab71f38328p-3,
+    -0x1.ec0f3702ae4afp-4,
+    0x1.c64af7e6bf906p-4,
+    -0x1.b96305948cce7p-4,
+    0x1.9a5dc89d3ee27p-4,
 };
 // Relative error of the polynomial: 2^-53.71875.
 constexpr double double_log2_la[] = {
@@ -284,21 +284,21 @@ constexpr double double_log10_scale[] = {
     0x1.bcb7b1526e50ep-2,
     0x1.95355baaafad3p-57,
 };
-// Relative error of the polynomial: 2^-57.765625.
+// Relative error of the polynomial: 2^-60.921875.
 constexpr double double_log10_ha[] = {
-    -0x1.bcb7b1526e50ep-3,
-    0x1.287a7636f432cp-3,
-    -0x1.bcb7b1526e717p-4,
-    0x1.63c627755153ap-4,
-    -0x1.287a7636d9714p-4,
-    0x1.fc3fa5647c582p-5,
-    -0x1.bcb7b11645cbp-5,
-    0x1.8b4e89cc952a2p-5,
-    -0x1.63c68cdd2160cp-5,
-    0x1.432fc8309053cp-5,
-    -0x1.284730f0585bdp-5,
-    0x1.1e0fd38985b0dp-5,
-    -0x1.093710c7da1e4p-5,
+    0x1.287a7636f435fp-3,
+    -0x1.bcb7b1526e4afp-4,
+    0x1.63c6277524d6ep-4,
+    -0x1.287a76371db58p-4,
+    0x1.fc3fa6162e57fp-5,
+    -0x1.bcb7b0ace4cc6p-5,
+    0x1.8b4df19e23bedp-5,
+    -0x1.63c6b4e318201p-5,
+    0x1.436f27a4aa654p-5,
+    -0x1.283fd28572961p-5,
+    0x1.116479361929bp-5,
+    -0x1.09bdbce1d7c4bp-5,
+    0x1.f2d208cb31ddcp-6,
 };
 // Relative error of the polynomial: 2^-53.703125.
 constexpr double double_log10_la[] = {
