@@ -102,10 +102,9 @@ class batch {
     std::mt19937_64 generate(seed);
     const sampler<Real> draw_first(find_domain(f.letter, f.stem, 0)),
         draw_second(find_domain(f.letter, f.stem, 1));
-    const bool complex_argument = f.is_complex() && f.shape != call_shape::real_argument;
     const auto draw = [&](const sampler<Real>& one_part) {
       const double re = one_part(generate);
-      return std::complex<double>(re, complex_argument ? one_part(generate) : 0);
+      return std::complex<double>(re, has_complex_argument() ? one_part(generate) : 0);
     };
     arguments scalars;
     scalars.b = exponent(generate, draw(draw_second));
@@ -115,12 +114,22 @@ class batch {
       inputs_[i] = scalars;
       inputs_[i].a = draw(draw_first);
       if (f.shape != call_shape::scalar_exponent) inputs_[i].b = draw(draw_second);
-      store(a_, i, inputs_[i].a, complex_argument);
-      store(b_, i, inputs_[i].b, complex_argument);
+      store(a_, i, inputs_[i].a, has_complex_argument());
+      store(b_, i, inputs_[i].b, has_complex_argument());
     }
   }
 
-  std::span<const arguments> inputs() const { return inputs_; }
+  // Given arguments, as many as have room; the scalars of the first serve all.
+  batch(const vector_function& f, std::span<const arguments> inputs)
+      : function_(f), count_(static_cast<std::int32_t>(std::min<std::size_t>(inputs.size(), size))) {
+    for (std::int32_t i = 0; i < count_; ++i) {
+      inputs_[i] = inputs[static_cast<std::size_t>(i)];
+      store(a_, i, inputs_[i].a, has_complex_argument());
+      store(b_, i, inputs_[i].b, has_complex_argument());
+    }
+  }
+
+  std::span<const arguments> inputs() const { return {inputs_, static_cast<std::size_t>(count_)}; }
 
   void run(VtmKernel kernel) {
     const arguments& x = inputs_[0];
@@ -167,12 +176,17 @@ class batch {
     }
   }
 
+  bool has_complex_argument() const {
+    return function_.is_complex() && function_.shape != call_shape::real_argument;
+  }
+
   template <class... Arguments>
-  static void call(VtmKernel kernel, Arguments... arguments) {
-    reinterpret_cast<void (*)(std::int32_t, Arguments...)>(kernel)(size, arguments...);
+  void call(VtmKernel kernel, Arguments... arguments) const {
+    reinterpret_cast<void (*)(std::int32_t, Arguments...)>(kernel)(count_, arguments...);
   }
 
   const vector_function& function_;
+  std::int32_t count_ = size;
   arguments inputs_[size];
   Real a_[2 * size], b_[2 * size], r_[2 * size];
 };

@@ -1,8 +1,8 @@
-// A double-precision value y of the function, known to within |y| 2^-46, is 2^-22 ulp of a float off at most,
-// so nearly every result can be judged by it. Multiple precision is asked only where that leaves a doubt:
-// when the error may exceed the largest so far, when y is that close to the midpoint of two floats, and
-// wherever a special is involved that y does not settle. The bound on y is itself checked, at every 4099th
-// argument: a function that breaks it once is refused.
+// The double-precision value y of the function's filter, known to within |y| 2^-46, is 2^-22 ulp of a float
+// off at most, so nearly every result can be judged by it. Multiple precision is asked only where that leaves
+// a doubt: when the error may exceed the largest so far, when y is that close to the midpoint of two floats,
+// and wherever a special is involved that y does not settle. The bound on y is itself checked, at every
+// 4099th argument: a function that breaks it once is refused.
 #include "exhaustive.hpp"
 
 #include <algorithm>
@@ -12,63 +12,12 @@
 #include <cstdio>
 #include <limits>
 
+#include "filters.hpp"
+
 namespace tmk::accuracy {
 
 using tools::call_shape;
 namespace {
-
-struct filter {
-  std::string_view stem;
-  double (*value)(double);
-};
-
-// The C library states errors of a few units of 2^-53 for its double functions, and compositions add two or
-// three.
-constexpr filter filters[] = {
-    {"Inv", [](double x) { return 1 / x; }},
-    {"Sqrt", [](double x) { return std::sqrt(x); }},
-    {"InvSqrt", [](double x) { return 1 / std::sqrt(x); }},
-    {"Sqr", [](double x) { return x * x; }},
-    {"Cbrt", [](double x) { return std::cbrt(x); }},
-    {"InvCbrt", [](double x) { return 1 / std::cbrt(x); }},
-    {"Pow2o3", [](double x) { return std::cbrt(x * x); }},
-    {"Pow3o2", [](double x) { return x * std::sqrt(x); }},
-    {"Exp", [](double x) { return std::exp(x); }},
-    {"Exp2", [](double x) { return std::exp2(x); }},
-    {"Exp10", [](double x) { return std::pow(10, x); }},
-    {"Expm1", [](double x) { return std::expm1(x); }},
-    {"Ln", [](double x) { return std::log(x); }},
-    {"Log2", [](double x) { return std::log2(x); }},
-    {"Log10", [](double x) { return std::log10(x); }},
-    {"Log1p", [](double x) { return std::log1p(x); }},
-    {"Logb", [](double x) { return std::logb(x); }},
-    {"Sin", [](double x) { return std::sin(x); }},
-    {"Cos", [](double x) { return std::cos(x); }},
-    {"Tan", [](double x) { return std::tan(x); }},
-    {"Asin", [](double x) { return std::asin(x); }},
-    {"Acos", [](double x) { return std::acos(x); }},
-    {"Atan", [](double x) { return std::atan(x); }},
-    {"Asinpi", [](double x) { return std::asin(x) / M_PI; }},
-    {"Acospi", [](double x) { return std::acos(x) / M_PI; }},
-    {"Atanpi", [](double x) { return std::atan(x) / M_PI; }},
-    {"Sinh", [](double x) { return std::sinh(x); }},
-    {"Cosh", [](double x) { return std::cosh(x); }},
-    {"Tanh", [](double x) { return std::tanh(x); }},
-    {"Asinh", [](double x) { return std::asinh(x); }},
-    {"Acosh", [](double x) { return std::acosh(x); }},
-    {"Atanh", [](double x) { return std::atanh(x); }},
-    {"Erf", [](double x) { return std::erf(x); }},
-    {"Erfc", [](double x) { return std::erfc(x); }},
-    {"CdfNorm", [](double x) { return std::erfc(-x / M_SQRT2) / 2; }},
-    {"TGamma", [](double x) { return std::tgamma(x); }},
-    {"Floor", [](double x) { return std::floor(x); }},
-    {"Ceil", [](double x) { return std::ceil(x); }},
-    {"Trunc", [](double x) { return std::trunc(x); }},
-    {"Round", [](double x) { return std::round(x); }},
-    {"Rint", [](double x) { return std::rint(x); }},
-    {"NearbyInt", [](double x) { return std::nearbyint(x); }},
-    {"Frac", [](double x) { return x - std::trunc(x); }},
-};
 
 constexpr double trust = 0x1p-46;            // relative error of a filter's value
 constexpr double underflow_doubt = 0x1p-60;  // ulp of a float: more than a double loses where it underflows
@@ -127,8 +76,8 @@ bool holds(const exact_value& exact, double y) {
 
 bool measure_exhaustively(measurement& m, int threads) {
   const vector_function& f = *m.function;
-  const auto* own_filter = std::ranges::find(filters, f.stem, &filter::stem);
-  if (f.letter != 's' || f.shape != call_shape::unary || own_filter == std::end(filters)) {
+  const filter* own_filter = f.letter == 's' && f.shape == call_shape::unary ? find_filter(f.stem) : nullptr;
+  if (own_filter == nullptr) {
     std::fprintf(stderr,
                  "%s: no exhaustive measurement (one single argument and a double-precision filter)\n",
                  std::string(f.name).c_str());
@@ -152,7 +101,7 @@ bool measure_exhaustively(measurement& m, int threads) {
       if (broken_at != ~std::uint64_t{0}) return;
       for (std::int64_t i = 0; i < block_size; ++i) {
         x[i] = std::bit_cast<float>(static_cast<std::uint32_t>(begin + i));
-        y[i] = own_filter->value(x[i]);
+        y[i] = own_filter->in_double(x[i]);
         if ((begin + i) % check_every == 0 && !holds(exact(x[i]), y[i])) broken_at = begin + i;
       }
       for (std::size_t k = 0; k < tallies.size(); ++k) {

@@ -9,6 +9,7 @@
 #include "exhaustive.hpp"
 #include "measure.hpp"
 #include "report.hpp"
+#include "search.hpp"
 
 using namespace tmk::accuracy;
 using namespace tmk::tools;
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
   std::uint64_t seed = 1;
   int threads = static_cast<int>(std::thread::hardware_concurrency());
   bool exhaustive = false, markdown = false;
+  std::string effort_name = "brief", hard_inputs;
 
   CLI::App app("Errors of the vector functions in ulp, against MPFR");
   app.add_option("function", function,
@@ -44,6 +46,10 @@ int main(int argc, char** argv) {
   app.add_option("--samples", samples, "samples per function; 2^16 for all functions, 2^20 for one");
   app.add_option("--seed", seed, "seed of the samples");
   app.add_option("--threads", threads, "threads");
+  app.add_option("--search", effort_name, "how far to climb from the worst samples: none, brief, thorough")
+      ->check(CLI::IsMember({"none", "brief", "thorough"}));
+  app.add_option("--inputs", hard_inputs, "a file of hard arguments to judge as well: function a [b] a line")
+      ->check(CLI::ExistingFile);
   app.add_flag("--exhaustive", exhaustive,
                "every number of the format: single-precision functions of one argument");
   app.add_flag("--markdown", markdown, "print docs/accuracy.md");
@@ -82,7 +88,12 @@ int main(int argc, char** argv) {
     for (measurement& m : all)
       if (measure_exhaustively(m, threads)) show(m);
   } else {
-    measure(all, samples, seed, threads, show);
+    measure(all, samples, seed, threads, [](const measurement&) {});
+    if (!hard_inputs.empty() && !judge_listed(all, hard_inputs)) return 2;
+    for (measurement& m : all) {
+      if (effort_name != "none") climb(m, effort_name == "brief" ? brief : thorough, seed, threads);
+      show(m);
+    }
   }
   if (markdown) print_markdown(stdout, all, tiers, samples);
 }

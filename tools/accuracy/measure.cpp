@@ -77,7 +77,27 @@ std::vector<tally> measure_batch(const measurement& m, std::uint64_t seed) {
   return tallies;
 }
 
+template <class Real>
+void judge_in(measurement& m, std::size_t kernel, std::span<const arguments> inputs) {
+  const oracle exact(m.function->name);
+  tally found;
+  for (std::size_t begin = 0; begin < inputs.size(); begin += batch<Real>::size) {
+    const auto sample = std::make_unique<batch<Real>>(*m.function, inputs.subspan(begin));
+    sample->run(m.kernels[kernel].address);
+    for (std::size_t i = 0; i < sample->inputs().size(); ++i)
+      found.add(sample->inputs()[i], exact(sample->inputs()[i]), sample->result(static_cast<std::int32_t>(i)),
+                std::numeric_limits<Real>::min());
+  }
+  tally& all = m.kernels[kernel].errors;
+  if (found.worst.error > all.worst.error) all.worst = found.worst;
+  all.worst_relative = std::max(all.worst_relative, found.worst_relative);
+}
+
 }  // namespace
+
+void judge_arguments(measurement& m, std::size_t kernel, std::span<const arguments> inputs) {
+  m.function->is_single() ? judge_in<float>(m, kernel, inputs) : judge_in<double>(m, kernel, inputs);
+}
 
 void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
              const std::function<void(const measurement&)>& done) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,9 @@ constexpr std::int64_t samples_per_complex_sample = 8;
 // each function that is complete.
 void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
              const std::function<void(const measurement&)>& done);
+
+// Judges a kernel at these arguments: its worst error may rise, its means do not change.
+void judge_arguments(measurement& m, std::size_t kernel, std::span<const arguments> inputs);
 
 // Runs task(0) ... task(count - 1), in this order of beginning, on threads whose errors are not reported.
 void run_parallel(std::int64_t count, int threads, const std::function<void(std::int64_t)>& task);

@@ -1,0 +1,103 @@
+#include "filters.hpp"
+
+#include <algorithm>
+#include <boost/math/special_functions/erf.hpp>
+#include <boost/math/special_functions/expint.hpp>
+#include <cmath>
+#include <numbers>
+
+namespace tmk::accuracy {
+namespace {
+
+template <class Real>
+constexpr Real pi = std::numbers::pi_v<Real>;
+
+// Sine and cosine of x in units of a straight angle: every subtraction is exact, but where it is of no
+// account.
+template <int StraightAngle, class Real>
+Real sine(Real x) {
+  const Real half = std::remainder(x, Real(2 * StraightAngle)), quarter = Real(StraightAngle) / 2;
+  const Real angle = std::abs(half) > quarter ? std::copysign(Real(StraightAngle), half) - half : half;
+  return std::sin(angle * (pi<Real> / StraightAngle));
+}
+template <int StraightAngle, class Real>
+Real cosine(Real x) {
+  const Real half = std::abs(std::remainder(x, Real(2 * StraightAngle)));
+  return std::sin((Real(StraightAngle) / 2 - half) * (pi<Real> / StraightAngle));
+}
+
+// Out of the domain a NaN, at the poles infinity.
+using quiet =
+    boost::math::policies::policy<boost::math::policies::domain_error<boost::math::policies::ignore_error>,
+                                  boost::math::policies::pole_error<boost::math::policies::ignore_error>,
+                                  boost::math::policies::overflow_error<boost::math::policies::ignore_error>,
+                                  boost::math::policies::promote_double<false>>;
+
+constexpr filter both(std::string_view stem, auto function) { return {stem, function, function}; }
+
+// The C library states errors of a few units in the last place, and compositions add two or three.
+constexpr filter filters[] = {
+    both("Inv", [](auto x) { return 1 / x; }),
+    both("Sqrt", [](auto x) { return std::sqrt(x); }),
+    both("InvSqrt", [](auto x) { return 1 / std::sqrt(x); }),
+    both("Sqr", [](auto x) { return x * x; }),
+    both("Cbrt", [](auto x) { return std::cbrt(x); }),
+    both("InvCbrt", [](auto x) { return 1 / std::cbrt(x); }),
+    both("Pow2o3", [](auto x) { return std::cbrt(x * x); }),
+    both("Pow3o2", [](auto x) { return x * std::sqrt(x); }),
+    both("Exp", [](auto x) { return std::exp(x); }),
+    both("Exp2", [](auto x) { return std::exp2(x); }),
+    both("Exp10", [](auto x) { return std::pow(decltype(x)(10), x); }),
+    both("Expm1", [](auto x) { return std::expm1(x); }),
+    both("Ln", [](auto x) { return std::log(x); }),
+    both("Log2", [](auto x) { return std::log2(x); }),
+    both("Log10", [](auto x) { return std::log10(x); }),
+    both("Log1p", [](auto x) { return std::log1p(x); }),
+    both("Logb", [](auto x) { return std::logb(x); }),
+    both("Sin", [](auto x) { return std::sin(x); }),
+    both("Cos", [](auto x) { return std::cos(x); }),
+    both("Tan", [](auto x) { return std::tan(x); }),
+    both("Asin", [](auto x) { return std::asin(x); }),
+    both("Acos", [](auto x) { return std::acos(x); }),
+    both("Atan", [](auto x) { return std::atan(x); }),
+    both("Asinpi", [](auto x) { return std::asin(x) / pi<decltype(x)>; }),
+    both("Acospi", [](auto x) { return std::acos(x) / pi<decltype(x)>; }),
+    both("Atanpi", [](auto x) { return std::atan(x) / pi<decltype(x)>; }),
+    both("Sinh", [](auto x) { return std::sinh(x); }),
+    both("Cosh", [](auto x) { return std::cosh(x); }),
+    both("Tanh", [](auto x) { return std::tanh(x); }),
+    both("Asinh", [](auto x) { return std::asinh(x); }),
+    both("Acosh", [](auto x) { return std::acosh(x); }),
+    both("Atanh", [](auto x) { return std::atanh(x); }),
+    both("Erf", [](auto x) { return std::erf(x); }),
+    both("Erfc", [](auto x) { return std::erfc(x); }),
+    both("TGamma", [](auto x) { return std::tgamma(x); }),
+    both("Floor", [](auto x) { return std::floor(x); }),
+    both("Ceil", [](auto x) { return std::ceil(x); }),
+    both("Trunc", [](auto x) { return std::trunc(x); }),
+    both("Round", [](auto x) { return std::round(x); }),
+    both("Rint", [](auto x) { return std::rint(x); }),
+    both("NearbyInt", [](auto x) { return std::nearbyint(x); }),
+    both("Frac", [](auto x) { return x - std::trunc(x); }),
+    both("Sinpi", [](auto x) { return sine<1>(x); }),
+    both("Cospi", [](auto x) { return cosine<1>(x); }),
+    both("Tanpi", [](auto x) { return sine<1>(x) / cosine<1>(x); }),
+    both("Sind", [](auto x) { return sine<180>(x); }),
+    both("Cosd", [](auto x) { return cosine<180>(x); }),
+    both("Tand", [](auto x) { return sine<180>(x) / cosine<180>(x); }),
+    {"CdfNorm", [](double x) { return std::erfc(-x / std::numbers::sqrt2) / 2; }, nullptr},
+    {"ErfInv", [](double x) { return boost::math::erf_inv(x, quiet()); }, nullptr},
+    {"ErfcInv", [](double x) { return boost::math::erfc_inv(x, quiet()); }, nullptr},
+    {"CdfNormInv", [](double x) { return -std::numbers::sqrt2 * boost::math::erfc_inv(2 * x, quiet()); },
+     nullptr},
+    {"ExpInt1", [](double x) { return x < 0 ? NAN : boost::math::expint(1, x, quiet()); }, nullptr},
+};
+
+}  // namespace
+
+const filter* find_filter(std::string_view stem) {
+  const auto* row = std::ranges::find(filters, stem, &filter::stem);
+  return row == std::end(filters) ? nullptr : row;
+}
+
+}  // namespace tmk::accuracy
