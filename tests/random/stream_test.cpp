@@ -133,4 +133,41 @@ TEST(stream, a_copied_state_ends_with_the_smaller_block) {
   EXPECT_EQ(__vtsGetStreamStateBrng(small), VTS_BRNG_MCG31M1);
 }
 
+// Words of one family as positions of another lead a draw out of its arrays, or round them for ever.
+TEST(stream, a_copied_state_of_another_family_is_sound_or_refused) {
+  std::vector<int32_t> families;
+  for (int32_t id = VTS_BRNG_MCG31M1; id <= VTS_BRNG_PHILOX4X32X10; id += 0x100000)
+    if (id < VTS_BRNG_IABSTRACT || id > VTS_BRNG_SABSTRACT) families.push_back(id);
+  std::erase_if(families, [](int32_t id) {
+    return id == VTS_BRNG_NONDETERM || (id == VTS_BRNG_ARS5 && !__vtsCPUisAES());
+  });
+  int refused = 0;
+  for (const int32_t from : families)
+    for (const int32_t to : families) {
+      const owned_stream source(from, {3, 1, 4, 1}), destination(to, {5}), untouched(to, {5});
+      draw_bytes(source, 5);
+      __vtsAddChunk(destination, 50, nullptr, new_blob(8, 0), 8);
+      const int32_t status = __vtsCopyStreamState(destination, source);
+      if (status == VTS_STATUS_BAD_ARGUMENT) {
+        ++refused;
+        EXPECT_NE(from, to);
+        EXPECT_EQ(draw_bytes(destination, 700), draw_bytes(untouched, 700)) << std::hex << from << ' ' << to;
+        EXPECT_EQ(__vtsGetNumChunks(destination), 1);
+      } else {
+        EXPECT_EQ(status, 0) << std::hex << from << ' ' << to;
+        draw_bytes(destination, 700);
+      }
+    }
+  EXPECT_GT(refused, 0);
+
+  uint32_t array[4] = {};
+  owned_stream abstract;
+  ASSERT_EQ(__vtsiNewAbstractStream(&abstract.handle, 4, array,
+                                    [](VtsStreamHandle, int32_t*, uint32_t*, const int32_t* least,
+                                       const int32_t*, const int32_t*) -> int32_t { return *least; }),
+            0);
+  EXPECT_EQ(__vtsCopyStreamState(abstract, owned_stream(VTS_BRNG_MT19937, {1})), VTS_STATUS_BAD_ARGUMENT);
+  EXPECT_EQ(draw_bytes(abstract, 1), std::vector<unsigned char>(4));
+}
+
 }  // namespace

@@ -151,8 +151,10 @@ int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* ta
 int32_t __vtsDeleteStream(VtsStreamHandle* stream);
 /* A new stream with the whole state and copies of the chunks. */
 int32_t __vtsCopyStream(VtsStreamHandle* copy, VtsStreamHandle source);
-/* Copies wordBytes * seedWords bytes of the source's state, as far as both blocks reach, and its chunks. The
- * generators are not compared, and a multiplier that leapfrogging changed stays behind. */
+/* Copies wordBytes * seedWords bytes of the source's state, as far as both blocks reach, and its chunks. A
+ * multiplier that leapfrogging changed is not among them. Between generators of two families that leads to
+ * VTS_STATUS_BAD_ARGUMENT, the destination unchanged, where the result would hold a position outside its
+ * arrays or where the destination is an abstract stream; VTS_STATUS_NO_MEMORY. */
 int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source);
 /* From now on the stream yields elements k, k + nstreams, k + 2 nstreams, ... of what it would have.
  * VTS_STATUS_BAD_NSTREAMS for a negative nstreams, VTS_STATUS_NO_LEAPFROG. */

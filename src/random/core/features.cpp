@@ -11,10 +11,14 @@ struct features {
   uint32_t ecx, edx;
 };
 
+// Asked once: a virtual machine traps the instruction, which takes microseconds, and draws ask every time.
 features leaf_1() {
-  uint32_t eax, ebx, ecx = 0, edx = 0;
-  __get_cpuid(1, &eax, &ebx, &ecx, &edx);
-  return {ecx, edx};
+  static const features of_this_processor = [] {
+    uint32_t eax, ebx, ecx = 0, edx = 0;
+    __get_cpuid(1, &eax, &ebx, &ecx, &edx);
+    return features{ecx, edx};
+  }();
+  return of_this_processor;
 }
 
 constexpr uint32_t sse2_of_edx = 1u << 26, aes_of_ecx = 1u << 25, rdrand_of_ecx = 1u << 30;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/scratch.hpp"
+#include "random/core/image.hpp"
 #include "random/core/registry.hpp"
 #include "tmk/abi/serv.h"
 
@@ -14,6 +16,19 @@ constexpr int32_t header_bytes = sizeof(tmk::stream_header);
 // The abstract kinds, which only their constructors make; clearing bit 20 takes two of them to one number.
 bool is_abstract(int32_t brng_id) {
   return (brng_id & ~0x100000) == VTS_BRNG_IABSTRACT || brng_id == VTS_BRNG_SABSTRACT;
+}
+
+// Another family's words are a state only when the positions among them stay inside its arrays; they are
+// judged in a block of their own, so that a refused copy leaves the destination alone.
+int32_t try_copy(VtsStreamHandle destination, const VtsBrngProperties& record, VtsStreamHandle source,
+                 size_t bytes) {
+  if (tmk::state_holds_addresses(record) && bytes > 0) return VTS_STATUS_BAD_ARGUMENT;
+  const tmk::scratch<unsigned char> block(static_cast<size_t>(record.stateBytes));
+  if (!block) return VTS_STATUS_NO_MEMORY;
+  const auto trial = reinterpret_cast<VtsStreamHandle>(block.get());
+  std::memcpy(block.get(), destination, static_cast<size_t>(record.stateBytes));
+  std::memcpy(&tmk::state_of<char>(trial), &tmk::state_of<char>(source), bytes);
+  return tmk::state_is_sound(trial) ? VTS_STATUS_OK : VTS_STATUS_BAD_ARGUMENT;
 }
 
 }  // namespace
@@ -30,7 +45,8 @@ int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* ta
 
   void* block = tmk_serv_allocate(static_cast<size_t>(table[row].stateBytes), tmk::stream_alignment);
   if (block == nullptr) return VTS_STATUS_NO_MEMORY;
-  *stream = static_cast<VtsStreamHandle>(block);
+  // Images hold the whole state, and some states have words that no generator sets.
+  *stream = static_cast<VtsStreamHandle>(std::memset(block, 0, static_cast<size_t>(table[row].stateBytes)));
   tmk::header_of(*stream) = {brngId, 1, 0};
   return VTS_STATUS_OK;
 }
@@ -71,8 +87,12 @@ int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source
   // WH counts four words of 16 bytes where its state has 32.
   const int64_t counted = int64_t{from.wordBytes} * from.seedWords;
   const int64_t reached = std::min(from.stateBytes, to.stateBytes) - header_bytes;
-  std::memcpy(&tmk::state_of<char>(destination), &tmk::state_of<char>(source),
-              static_cast<size_t>(std::min(counted, reached)));
+  const auto bytes = static_cast<size_t>(std::min(counted, reached));
+  if (from.initStream != to.initStream) {
+    const int32_t status = try_copy(destination, to, source, bytes);
+    if (status < 0) return status;
+  }
+  std::memcpy(&tmk::state_of<char>(destination), &tmk::state_of<char>(source), bytes);
   __vtsDeleteChunks(destination);
   return __vtsCopyChunks(destination, source);
 }
