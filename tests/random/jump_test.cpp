@@ -32,6 +32,58 @@ TEST(skip_ahead, equals_generation) {
   });
 }
 
+// Where a polynomial begins to take less time than the words themselves.
+TEST(skip_ahead, equals_generation_where_methods_change) {
+  on_every_tier([&] {
+    for (const auto& [id, change] :
+         {std::pair(VTS_BRNG_MT19937 + 0, 10'000'000), std::pair(VTS_BRNG_SFMT19937 + 0, 14'000'000)})
+      for (const int32_t count : {change - 1, change, change + 5}) {
+        const owned_stream stream(id, {5}), plain(id, {5});
+        draw_words(stream, 3);
+        ASSERT_EQ(__vtsSkipAheadStream(stream, count), 0);
+        std::vector<uint32_t> words(1 << 16);
+        for (int32_t part, left = count + 3; left > 0; left -= part) {
+          part = std::min<int32_t>(left, 1 << 16);
+          _vtsiRngUniformBits(0, plain, part, words.data());
+        }
+        ASSERT_EQ(draw_words(stream, 300), draw_words(plain, 300)) << std::hex << id << ' ' << count;
+      }
+  });
+}
+
+// A register of five bits that steps by x, modulo the primitive x^5 + x^2 + 1: both methods multiply by x^n.
+TEST(skip_ahead, both_methods_evaluate_the_polynomial) {
+  constexpr int32_t exponents[] = {0, 2, 5};
+  static constexpr auto at = [](VtsStreamHandle block) -> uint32_t& {
+    return tmk::state_of<uint32_t>(block);
+  };
+  const tmk::zero_state zero = [](VtsStreamHandle block) { at(block) = 0; };
+  const tmk::combine_states add = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
+    at(to) ^= at(from);
+  };
+  const tmk::combine_states copy = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
+    at(to) = at(from);
+  };
+  const tmk::step_state step = [](VtsStreamHandle block) {
+    at(block) = at(block) << 1 ^ (at(block) & 16 ? 0b100101 : 0);
+  };
+  const tmk::absorb_skip none = [](VtsStreamHandle, uint64_t*, int32_t*) -> int32_t { return 1; };
+  constexpr auto bytes = static_cast<int32_t>(sizeof(tmk::stream_header) + sizeof(uint32_t));
+  for (const auto method : {__vts_SkipAheadHorner, __vts_SkipAheadSWin})
+    for (const uint64_t n : {uint64_t{0}, uint64_t{1}, uint64_t{6}, uint64_t{30}, ~uint64_t{0}}) {
+      struct {
+        tmk::stream_header header;
+        uint32_t state = 11;
+      } got, wanted;
+      const auto handle = [](auto& block) { return reinterpret_cast<VtsStreamHandle>(&block); };
+      for (uint64_t i = 0; i < n % 31; ++i) step(handle(wanted));
+      ASSERT_EQ(method(handle(got), zero, add, copy, step, copy, none, static_cast<uint32_t>(n),
+                       static_cast<uint32_t>(n >> 32), 1, 5, bytes, 3, exponents),
+                0);
+      EXPECT_EQ(got.state, wanted.state) << n;
+    }
+}
+
 TEST(skip_ahead, long_jumps_add_up) {
   for (const int32_t id : with_jumps) {
     const owned_stream once(id, {1, 2}), in_parts(id, {1, 2});
