@@ -29,6 +29,18 @@ inline u32 merge_words(const u64& lower, const u64& upper) {
 #endif
 }
 
+// As many words as x has lanes: the lower word of each.
+inline void store_lower_words(uint32_t* p, const u64& x) {
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi64_epi32(x));
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+  const __m256i even = _mm256_permutevar8x32_epi32(x, _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(even));
+#else
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_shuffle_epi32(x, _MM_SHUFFLE(3, 1, 2, 0)));
+#endif
+}
+
 // As many words as a vector has doubles, as signed or unsigned numbers.
 inline f64 load_signed_words(const uint32_t* p) {
 #if TMK_TIER_NUMBER(TMK_TIER) == 2

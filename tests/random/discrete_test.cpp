@@ -87,6 +87,7 @@ TEST(discrete, edges) {
       {0.999, uniform_law(7, 8).draw, 7},
       {0, bernoulli_law(0).draw, 0},
       {0x1.fffffep-1, bernoulli_law(1).draw, 1},
+      {1, bernoulli_law(1).draw, 1},  // a single uniform may be rounded up
       {0, geometric(0.5), 149},
       {0.75, geometric(0.5), 0},
       {0, geometric(1), 0},

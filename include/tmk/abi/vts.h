@@ -311,6 +311,46 @@ int32_t _vtsiRngUniformBits(int32_t method, VtsStreamHandle stream, int32_t n, v
  * done. */
 int32_t _vtsiRngUniformBits32(int32_t method, VtsStreamHandle stream, int32_t n, uint32_t* r);
 int32_t _vtsiRngUniformBits64(int32_t method, VtsStreamHandle stream, int32_t n, uint64_t* r);
+/* The same laws over uniforms u that are neither end of their interval, so that no variate comes from a
+ * repaired logarithm. Doubles take two elements (two each: Laplace) of generators whose elements have 32 bits
+ * or less, and u holds 53 bits; singles take one. An element of SOBOL and NIEDERR is a uniform. In words
+ * 0 to m - 1, u = (x + 1/2) / m, and (x + (y + 1/2) / m) / m of two, y drawn first. Parameters are those of
+ * _vtsdRng..., without VTS_METHOD_ACCURATE: uniforms lie between a and b. */
+int32_t tmk_vtsdRngUniform(VtsStreamHandle stream, int32_t n, double* r, double a, double b);
+int32_t tmk_vtssRngUniform(VtsStreamHandle stream, int32_t n, float* r, float a, float b);
+int32_t tmk_vtsdRngExponential(VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t tmk_vtssRngExponential(VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+int32_t tmk_vtsdRngCauchy(VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t tmk_vtssRngCauchy(VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+int32_t tmk_vtsdRngGumbel(VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t tmk_vtssRngGumbel(VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+int32_t tmk_vtsdRngLaplace(VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t tmk_vtssRngLaplace(VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+int32_t tmk_vtsdRngRayleigh(VtsStreamHandle stream, int32_t n, double* r, double a, double beta);
+int32_t tmk_vtssRngRayleigh(VtsStreamHandle stream, int32_t n, float* r, float a, float beta);
+int32_t tmk_vtsdRngWeibull(VtsStreamHandle stream, int32_t n, double* r, double alpha, double a, double beta);
+int32_t tmk_vtssRngWeibull(VtsStreamHandle stream, int32_t n, float* r, float alpha, float a, float beta);
+int32_t tmk_vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                            double sigma);
+int32_t tmk_vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
+                            float sigma);
+int32_t tmk_vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                             double sigma, double b, double beta);
+int32_t tmk_vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
+                             float sigma, float b, float beta);
+/* Integers from low to high, both included, each as likely as any other: of two elements, drawn anew where
+ * they belong to the few pairs that are left over, and the status is then TMK_VTS_REDRAWN, a positive one.
+ * MCG59, WH and generators registered by the caller give floor(u width), even but for width / 2^53; SOBOL and
+ * NIEDERR the same, of one element. VTS_STATUS_BAD_ARGUMENT for a generator that is stuck at such pairs. */
+enum { TMK_VTS_REDRAWN = 1 };
+int32_t tmk_vtsiRngUniform(VtsStreamHandle stream, int32_t n, int32_t* r, int32_t low, int32_t high);
+/* 1 with probability p, to within 2^-53; never for p = 0, always for p = 1. */
+int32_t tmk_vtsiRngBernoulli(VtsStreamHandle stream, int32_t n, int32_t* r, double p);
+/* Failures before the first success, from doubles: p of 2e-8 or more keeps every variate below 2^31. */
+int32_t tmk_vtsiRngGeometric(VtsStreamHandle stream, int32_t n, int32_t* r, double p);
+/* How many elements of the stream's generator one uniform of 8 or 4 bytes takes in the functions above. */
+int32_t tmk_vts_elements_of_uniform(VtsStreamHandle stream, int32_t bytes);
+
 /* The same for a stream whose generator is known. */
 #define TMK_VTS_FIXED_WIDTH(name)                                                \
   int32_t _viRngUniformBits32##name(VtsStreamHandle stream, int32_t n, void* r); \

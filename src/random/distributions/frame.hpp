@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "random/distributions/loops.hpp"
+#include "random/distributions/open_uniforms.hpp"
 #include "tmk/abi/vts.h"
 
 namespace tmk {
@@ -50,6 +51,16 @@ struct precision<float> {
                                      &sin_cos = tmk_vtm_kernel_sSinCos_ttab;
   static const auto& loops() { return single_loops_now(); }
 };
+
+// Whose uniforms a law takes. The generator's own may be either end of the interval, which a law with a pole
+// there repairs; open ones are neither.
+enum class uniforms { own, open };
+
+template <class Real>
+int32_t draw_uniforms(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real b) {
+  return kind == uniforms::open ? draw_open(stream, n, r, a, b)
+                                : precision<Real>::uniform(0, stream, n, r, a, b);
+}
 
 // block(count, r) for the blocks of an array; the first negative status ends the walk, the last is returned.
 template <class Real, class Block>

@@ -25,13 +25,13 @@ int32_t repair_gaussian(VtmErrorContext* context) {
 
 // n variates, n even and at most a block.
 template <class Real>
-int32_t draw_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+int32_t draw_pairs(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
   constexpr Real two_pi = 4 * precision<Real>::half_pi;
   constexpr int32_t most = distribution_block / 2;
   alignas(64) Real u[2 * most], rho[most], sine[most], cosine[most];
   const int32_t pairs = n / 2;
   const auto& loops = precision<Real>::loops();
-  const int32_t status = precision<Real>::uniform(0, stream, n, u, 0, 1);
+  const int32_t status = draw_uniforms(kind, stream, n, +u, Real{0}, Real{1});
   if (status < 0) return status;
   Real* const first = sine;
   loops.split_pairs(pairs, u, first);
@@ -46,12 +46,14 @@ int32_t draw_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigm
 
 // Of the last pair of an odd count the second goes to `leftover`, with mean 0 and deviation 1.
 template <class Real>
-int32_t fill_with_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma, Real& leftover) {
-  const int32_t status = in_blocks(
-      n & ~1, r, [=](int32_t count, Real* block) { return draw_pairs(stream, count, block, a, sigma); });
+int32_t fill_with_pairs(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma,
+                        Real& leftover) {
+  const int32_t status = in_blocks(n & ~1, r, [=](int32_t count, Real* block) {
+    return draw_pairs(kind, stream, count, block, a, sigma);
+  });
   if (status < 0 || n <= 0 || n % 2 == 0) return status;
   Real pair[2];
-  const int32_t last = draw_pairs(stream, 2, pair, Real{0}, Real{1});
+  const int32_t last = draw_pairs(kind, stream, 2, pair, Real{0}, Real{1});
   if (last < 0) return last;
   r[n - 1] = pair[0] * sigma + a;
   leftover = pair[1];
@@ -59,9 +61,9 @@ int32_t fill_with_pairs(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real
 }
 
 template <class Real>
-int32_t box_muller(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+int32_t box_muller(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
   Real dropped;
-  return fill_with_pairs(stream, n, r, a, sigma, dropped);
+  return fill_with_pairs(kind, stream, n, r, a, sigma, dropped);
 }
 
 // The second of a pair that is not handed out yet, as it lies in the stream's chunk.
@@ -88,7 +90,8 @@ kept_partner<Real>* find_or_add_partner(VtsStreamHandle stream) {
 
 // One sequence, however the draws are cut: what an odd draw leaves begins the next.
 template <class Real>
-int32_t box_muller_keeping_partner(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+int32_t box_muller_keeping_partner(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a,
+                                   Real sigma) {
   if (n <= 0) return VTS_STATUS_OK;
   kept_partner<Real>* partner = find_or_add_partner<Real>(stream);
   if (partner == nullptr) return VTS_STATUS_NO_MEMORY;
@@ -98,15 +101,15 @@ int32_t box_muller_keeping_partner(VtsStreamHandle stream, int32_t n, Real* r, R
     partner->present = 0;
   }
   Real leftover;
-  const int32_t status = fill_with_pairs(stream, n, r, a, sigma, leftover);
+  const int32_t status = fill_with_pairs(kind, stream, n, r, a, sigma, leftover);
   if (status >= 0 && n % 2 != 0) *partner = {leftover, 1};
   return status;
 }
 
 template <class Real>
-int32_t by_inversion(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+int32_t by_inversion(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
   return in_blocks(n, r, [=](int32_t count, Real* block) {
-    const int32_t status = precision<Real>::uniform(0, stream, count, block, -1, 1);
+    const int32_t status = draw_uniforms(kind, stream, count, block, Real{-1}, Real{1});
     if (status < 0) return status;
     run_kernel(precision<Real>::erf_inv, count, block, block);
     precision<Real>::loops().place(count, block, precision<Real>::sqrt_2 * sigma, a);
@@ -115,20 +118,21 @@ int32_t by_inversion(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real si
 }
 
 template <class Real>
-int32_t gaussian(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
-  static constexpr int32_t (*methods[])(VtsStreamHandle, int32_t, Real*, Real, Real) = {
+int32_t gaussian(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a,
+                 Real sigma) {
+  static constexpr int32_t (*methods[])(uniforms, VtsStreamHandle, int32_t, Real*, Real, Real) = {
       box_muller<Real>, box_muller_keeping_partner<Real>, by_inversion<Real>};
   const distribution_frame frame(repair_gaussian<Real>);
-  return methods[method](stream, n, r, a, sigma);
+  return methods[method](kind, stream, n, r, a, sigma);
 }
 
 // b + beta e^z. Overflow of the exponential is reported as the thread's mode says.
 template <class Real>
-int32_t lognormal(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma, Real b,
-                  Real beta) {
+int32_t lognormal(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a,
+                  Real sigma, Real b, Real beta) {
   const int32_t of_gaussian = method == 0 ? 1 : 2;
   return in_blocks(n, r, [=](int32_t count, Real* block) {
-    const int32_t status = gaussian(of_gaussian, stream, count, block, a, sigma);
+    const int32_t status = gaussian(kind, of_gaussian, stream, count, block, a, sigma);
     if (status < 0) return status;
     run_kernel(precision<Real>::exp, count, block, block);
     precision<Real>::loops().place_above(count, block, beta, b);
@@ -141,37 +145,54 @@ int32_t lognormal(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Re
 extern "C" {
 
 int32_t _vdRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
-  return box_muller(stream, n, r, a, sigma);
+  return box_muller(uniforms::own, stream, n, r, a, sigma);
 }
 int32_t _vdRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
-  return box_muller_keeping_partner(stream, n, r, a, sigma);
+  return box_muller_keeping_partner(uniforms::own, stream, n, r, a, sigma);
 }
 int32_t _vdRngGaussianICDF(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
-  return by_inversion(stream, n, r, a, sigma);
+  return by_inversion(uniforms::own, stream, n, r, a, sigma);
 }
 int32_t _vsRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
-  return box_muller(stream, n, r, a, sigma);
+  return box_muller(uniforms::own, stream, n, r, a, sigma);
 }
 int32_t _vsRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
-  return box_muller_keeping_partner(stream, n, r, a, sigma);
+  return box_muller_keeping_partner(uniforms::own, stream, n, r, a, sigma);
 }
 int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
-  return by_inversion(stream, n, r, a, sigma);
+  return by_inversion(uniforms::own, stream, n, r, a, sigma);
 }
 
 int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                          double sigma) {
-  return gaussian(method, stream, n, r, a, sigma);
+  return gaussian(uniforms::own, method, stream, n, r, a, sigma);
 }
 int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
-  return gaussian(method, stream, n, r, a, sigma);
+  return gaussian(uniforms::own, method, stream, n, r, a, sigma);
 }
 int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                           double sigma, double b, double beta) {
-  return lognormal(method, stream, n, r, a, sigma, b, beta);
+  return lognormal(uniforms::own, method, stream, n, r, a, sigma, b, beta);
 }
 int32_t _vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma,
                           float b, float beta) {
-  return lognormal(method, stream, n, r, a, sigma, b, beta);
+  return lognormal(uniforms::own, method, stream, n, r, a, sigma, b, beta);
+}
+
+int32_t tmk_vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                            double sigma) {
+  return gaussian(uniforms::open, method, stream, n, r, a, sigma);
+}
+int32_t tmk_vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
+                            float sigma) {
+  return gaussian(uniforms::open, method, stream, n, r, a, sigma);
+}
+int32_t tmk_vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
+                             double sigma, double b, double beta) {
+  return lognormal(uniforms::open, method, stream, n, r, a, sigma, b, beta);
+}
+int32_t tmk_vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
+                             float sigma, float b, float beta) {
+  return lognormal(uniforms::open, method, stream, n, r, a, sigma, b, beta);
 }
 }

@@ -24,12 +24,22 @@ struct distribution_loops {
   void (*floor)(int32_t n, const Real* x, int32_t* r);
 };
 
+// (x k + a) + (y k_lower + a_lower) for a pair of words, y first, kept within [low, high].
+struct pair_scale {
+  double k, a, k_lower, a_lower, low, high;
+};
+
 struct single_loops : distribution_loops<float> {};
 struct double_loops : distribution_loops<double> {};
 struct bit_loops {
   // Non-negative singles, compared by their bits: 1 below the bound, else 0. r may be x.
   void (*below)(int32_t n, const int32_t* x, int32_t bound, int32_t* r);
   void (*upper_32_of_59)(int32_t n, const uint64_t* words, uint32_t* r);
+  void (*pairs_to_doubles)(int32_t n, double* r, const pair_scale& scale);  // r holds the pairs
+  void (*doubles_below)(int32_t n, const double* x, double bound, int32_t* r);
+  // low + floor(word width / 2^64), 0 < width < 2^32, where each of the width values comes from as many
+  // words; the other words are left out. Returns how many values there are.
+  int32_t (*bounded)(int32_t n, const uint64_t* words, uint32_t width, int32_t low, int32_t* r);
 };
 
 }  // namespace tmk

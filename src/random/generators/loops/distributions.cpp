@@ -1,4 +1,6 @@
 // Element-wise steps between uniforms, vector kernels and variates.
+#include <bit>
+
 #include "platform/simd_integer.hpp"
 #include "random/distributions/loops.hpp"
 
@@ -98,6 +100,54 @@ void upper_32_of_59(int32_t n, const uint64_t* words, uint32_t* r) {
   for (int32_t i = 0; i < n; ++i) r[i] = static_cast<uint32_t>(words[i] >> 27);
 }
 
+void pairs_to_doubles(int32_t n, double* r, const pair_scale& s) {
+  const u64 lower_word(0xFFFFFFFF), exponent_52(std::bit_cast<uint64_t>(0x1p52));
+  const auto number = [&](const u64& word) { return bits_as<double>(word | exponent_52) - 0x1p52; };
+  const f64 low(s.low), high(s.high);
+  map(n, r, [&](const f64& pair) {
+    const u64 x = bits_as<uint64_t>(pair);
+    const f64 u = (number(x >> 32) * s.k + s.a) + (number(x & lower_word) * s.k_lower + s.a_lower);
+    return xsimd::min(xsimd::max(u, low), high);
+  });
+}
+
+void doubles_below(int32_t n, const double* x, double bound, int32_t* r) {
+  constexpr int width = lanes<double>;
+  const f64 one(1), zero(0), limit(bound);
+  int32_t i = 0;
+  for (; n - i >= width; i += width) store_truncated(r + i, xsimd::select(load(x + i) < limit, one, zero), 0);
+  for (; i < n; ++i) r[i] = x[i] < bound;
+}
+
+// Of the 96 bits of word * width the upper 32 are the value. The values whose lower 64 are less than
+// 2^64 mod width come from one word more than others (D. Lemire, Fast random integer generation in an
+// interval, ACM TOMACS 29 (2019)); of those 64 the upper 32 are all zero, which is rare.
+int32_t keep_even_values(int32_t n, const uint64_t* words, uint32_t width, int32_t low, int32_t* r) {
+  const uint32_t surplus = static_cast<uint32_t>((0 - uint64_t{width}) % width);
+  int32_t kept = 0;
+  for (int32_t i = 0; i < n; ++i) {
+    const uint64_t lower = (words[i] & 0xFFFFFFFF) * width, upper = (words[i] >> 32) * width + (lower >> 32);
+    r[kept] = static_cast<int32_t>(static_cast<uint32_t>(low) + static_cast<uint32_t>(upper >> 32));
+    kept += static_cast<uint32_t>(upper) != 0 || static_cast<uint32_t>(lower) >= surplus;
+  }
+  return kept;
+}
+
+int32_t bounded(int32_t n, const uint64_t* words, uint32_t width, int32_t low, int32_t* r) {
+  constexpr int lanes_64 = lanes<double>;
+  const u64 factor(width), offset(static_cast<uint32_t>(low)), lower_word(0xFFFFFFFF), zero(0);
+  auto rare = zero != zero;
+  int32_t i = 0;
+  for (; n - i >= lanes_64; i += lanes_64) {
+    const u64 x = load(words + i);
+    const u64 upper = multiply_low_words(x >> 32, factor) + (multiply_low_words(x, factor) >> 32);
+    rare = rare | ((upper & lower_word) == zero);
+    store_lower_words(reinterpret_cast<uint32_t*>(r + i), (upper >> 32) + offset);
+  }
+  if (xsimd::any(rare)) return keep_even_values(n, words, width, low, r);
+  return i + keep_even_values(n - i, words + i, width, low, r + i);
+}
+
 template <class Real>
 constexpr distribution_loops<Real> loops = {
     scale<Real>, place<Real>,       place_above<Real>,       subtract_above<Real>,
@@ -109,4 +159,5 @@ TMK_TIER_CLOSE
 
 TMK_DEFINE_LOOPS(single_loops) = {tmk::loops<float>};
 TMK_DEFINE_LOOPS(double_loops) = {tmk::loops<double>};
-TMK_DEFINE_LOOPS(bit_loops) = {tmk::below, tmk::upper_32_of_59};
+TMK_DEFINE_LOOPS(bit_loops) = {tmk::below, tmk::upper_32_of_59, tmk::pairs_to_doubles, tmk::doubles_below,
+                               tmk::bounded};

@@ -1,0 +1,17 @@
+// Uniforms that are never an end of their interval, for laws with a pole there.
+//   singles   one element: (x + 1/2) / m for elements 0 to m - 1, of which rounding keeps 24 bits
+//   doubles   two elements where one has no more than 32 bits, the lower digit y first:
+//             (x + (y + 1/2) / m) / m, of which rounding keeps 53 bits
+// The least is 2^-54 of the interval from its lower end, the greatest the number before the upper one.
+#pragma once
+
+#include <cstdint>
+
+#include "tmk/abi/vts.h"
+
+namespace tmk {
+
+int32_t draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b);
+int32_t draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b);
+
+}  // namespace tmk
