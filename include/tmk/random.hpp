@@ -1,6 +1,6 @@
 // Random streams, and arrays filled with variates of the usual laws.
 //
-//   tmk::stream g(tmk::generator::mt19937, {0x123, 0x234, 0x345, 0x456});
+//   tmk::stream g(tmk::generator::mt19937, 2026);    any integer is a good seed, and so is any list of words
 //   tmk::exponential(g, x, {.rate = 2.0});           x: a vector or span of double or float
 //   tmk::stream h = g;  h.skip(1'000'000'000);       an independent copy, jumped ahead
 //   std::shuffle(v.begin(), v.end(), g);             a standard uniform random bit generator, too
@@ -10,6 +10,7 @@
 // be partly written. A stream is used by one thread at a time.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -18,7 +19,7 @@
 #include <string>
 #include <tmk/error.hpp>
 #include <tmk/uniform.hpp>
-#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -43,15 +44,38 @@ enum class generator : std::int32_t {
   philox4x32x10 = 0x1000000,
 };
 
+/// Seed words that go to the generator as they are, for sequences published under a seed. Streams of related
+/// words are related: of most generators the first numbers of seeds 1 and 2 are alike.
+struct raw_seed {
+  raw_seed(std::initializer_list<std::uint32_t> list) : words(list) {}
+  explicit raw_seed(std::span<const std::uint32_t> list) : words(list.begin(), list.end()) {}
+  std::vector<std::uint32_t> words;
+};
+
 /// A generator with its state. Copies go on independently; a stream that was moved from may only be assigned
 /// to or destroyed, and anything else throws tmk::error.
 class stream {
  public:
-  /// Any number of seed words serves: none is the generator's own default. `set` selects a member of a
-  /// family. Throws tmk::error for a generator or set that does not exist or that the processor cannot run.
+  /// Seeds are hashed to as many words as the generator takes (the algorithm of NumPy's SeedSequence, with
+  /// generator and set as the spawn key), so that streams of seeds 1, 2, 3, ... and of the sets of a family
+  /// have nothing in common. A word or number is the list of its 32-bit words, lowest first; no words are
+  /// those of 0, and zeros at the end of up to four words make no difference. `set` selects a member of wh
+  /// or mt2203. For sobol and niederreiter the one word is the count of dimensions, as in sobol(dimensions);
+  /// the hardware generator has no seed. Throws tmk::error for a generator or set that does not exist or
+  /// that the processor cannot run, for a negative seed, and for dimensions that the generator has not.
   explicit stream(generator g, std::span<const std::uint32_t> seeds = {}, int set = 0);
   stream(generator g, std::initializer_list<std::uint32_t> seeds, int set = 0);
-  stream(generator g, std::uint32_t seed, int set = 0);
+  template <std::integral Seed>
+  requires(!std::same_as<Seed, bool> && sizeof(Seed) <= 8) stream(generator g, Seed seed, int set = 0)
+      : stream(g, static_cast<std::uint64_t>(seed), std::cmp_less(seed, 0), set) {}
+
+  /// The words as they are; none is the generator's own default.
+  stream(generator g, const raw_seed& seeds, int set = 0);
+
+  /// Points of 1 to 40 (Sobol) or 1 to 318 (Niederreiter) dimensions: a fill gives the coordinates of the
+  /// first point, then those of the second. Throws for other counts.
+  [[nodiscard]] static stream sobol(int dimensions);
+  [[nodiscard]] static stream niederreiter(int dimensions);
 
   stream(const stream& other);
   stream& operator=(const stream& other);
@@ -59,25 +83,32 @@ class stream {
   stream& operator=(stream&&) noexcept = default;
 
   /// The generator without its parameter set, which is the other.
-  generator kind() const;
-  int set() const;
+  [[nodiscard]] generator kind() const;
+  [[nodiscard]] int set() const;
 
-  /// Leaves `count` elements of the generator out. A variate takes one element, but two of laplace. Throws
-  /// for r250, mt2203, hardware. A number that gaussian_method::kept_pairs keeps is not left out.
+  /// Leaves `count` elements of the generator out: elements_per_variate says how many a variate takes.
+  /// Throws for r250, mt2203, hardware, and for a negative count. A number that gaussian_method::kept_pairs
+  /// keeps is not left out.
   void skip(std::int64_t count);
 
   /// From now on elements k, k + parts, k + 2 parts, ... of what the stream would have given. For mcg31m1,
   /// mcg59, wh; of sobol and niederreiter, parts = INT32_MAX selects coordinate k. Throws for other
-  /// generators, for parts below 1 and k outside 0 to parts - 1.
+  /// generators, for parts below 1, for k outside 0 to parts - 1, and for an even number of parts of mcg59,
+  /// whose modulus is a power of two: every second element has a shorter period and fails statistical tests.
   void leapfrog(int k, int parts);
 
   /// State and what distributions keep, to go on elsewhere or later. The image does not depend on the
-  /// machine. load throws for a file that is missing and for an image that is truncated, damaged, of a later
-  /// version, or of a generator that is not there.
+  /// machine, and ends with a hash. A file is written under another name in the same folder and then renamed:
+  /// when that fails, the file that was there is still there. load throws for a file that is missing and for
+  /// an image that is truncated, damaged, of a later version, or of a generator that is not there.
   void save(const std::string& path) const;
-  std::vector<std::byte> save() const;
-  static stream load(const std::string& path);
-  static stream load(std::span<const std::byte> image);
+  [[nodiscard]] std::vector<std::byte> save() const;
+  [[nodiscard]] static stream load(const std::string& path);
+  [[nodiscard]] static stream load(std::span<const std::byte> image);
+
+  /// Images that the C interface saved: without a hash, so that a damaged state may go unseen.
+  [[nodiscard]] static stream load_c_image(const std::string& path);
+  [[nodiscard]] static stream load_c_image(std::span<const std::byte> image);
 
   /// A uniform random bit generator in the standard's sense: words of 32 bits. Generators whose elements do
   /// not hold 32 random bits make a word of the upper halves of two elements.
@@ -87,19 +118,21 @@ class stream {
   result_type operator()();
 
   /// For the C interface.
-  VtsStream* handle() const;
+  [[nodiscard]] VtsStream* handle() const;
 
  private:
   struct release {
     void operator()(VtsStream* p) const;
   };
   explicit stream(VtsStream* p) : handle_(p) {}
+  stream(generator g, std::uint64_t seed, bool negative, int set);
   VtsStream* require(const char* function) const;
   std::unique_ptr<VtsStream, release> handle_;
 };
 
-/// `parts` streams that share the elements of g: part k gives k, k + parts, ... Throws as stream::leapfrog.
-std::vector<stream> leapfrog(const stream& g, int parts);
+/// `parts` streams that share the elements of g: part k gives k, k + parts, ... Throws as stream::leapfrog,
+/// and for sobol and niederreiter.
+[[nodiscard]] std::vector<stream> leapfrog(const stream& g, int parts);
 
 enum class gaussian_method {
   pairs,       ///< Box and Muller; of an odd count the last number's partner is lost
@@ -107,13 +140,21 @@ enum class gaussian_method {
   inversion,   ///< one uniform per number, by the inverse error function
 };
 
+/// How much of the generator a uniform double takes.
+enum class resolution {
+  full,      ///< 53 bits: two elements where one has no more than 32 bits
+  one_word,  ///< one element, and no more bits than it has: the numbers of the C interface, ends included
+};
+
 /// The laws with their parameters. Scales, rates and shapes are positive; everything is finite, also when
-/// rounded to the elements' type; tmk::error names what is not. u is uniform over (0, 1).
+/// rounded to the elements' type; tmk::error names what is not. u is uniform over (0, 1) and never 0 or 1: a
+/// double carries 53 bits (of sobol and niederreiter 32), a single the 24 of its format.
 namespace distribution {
 
-/// Between low and high, low < high; both may occur, by rounding.
+/// Between low and high, low < high. Neither occurs, but for resolution::one_word, where both may.
 struct uniform {
   double low = 0, high = 1;
+  tmk::resolution resolution = tmk::resolution::full;
 };
 /// Density rate e^(-rate (x - location)). location - ln(u) / rate.
 struct exponential {
@@ -123,7 +164,7 @@ struct exponential {
 struct cauchy {
   double location = 0, scale = 1;
 };
-/// Of the greatest of many: location - scale ln(-ln u). The C kernel has + for its sign.
+/// Of the greatest of many: location - scale ln(-ln u). The C interface has + for its sign.
 struct gumbel {
   double location = 0, scale = 1;
 };
@@ -131,7 +172,7 @@ struct gumbel {
 struct laplace {
   double location = 0, scale = 1;
 };
-/// location + scale sqrt(-2 ln u). The C kernel has no 2: its beta is sqrt(2) scale.
+/// location + scale sqrt(-2 ln u). The C interface has no 2: its beta is sqrt(2) scale.
 struct rayleigh {
   double scale = 1, location = 0;
 };
@@ -149,15 +190,17 @@ struct lognormal {
   gaussian_method method = gaussian_method::inversion;
 };
 
-/// low to high, both included; low <= high < INT32_MAX.
+/// low to high, both included, low <= high; each as likely as any other (D. Lemire, Fast random integer
+/// generation in an interval, ACM TOMACS 29, 2019). Of mcg59, wh and the quasi-random generators: even but
+/// for the resolution of their doubles.
 struct uniform_int {
   std::int32_t low = 0, high = 1;
 };
-/// 1 with probability p, else 0; 0 <= p <= 1, rounded to single precision.
+/// 1 with probability p to within 2^-53, else 0; 0 <= p <= 1, where 0 gives only zeros and 1 only ones.
 struct bernoulli {
   double p = 0.5;
 };
-/// Failures before the first success; 10^-6 <= p <= 1.
+/// Failures before the first success; 10^-7 <= p <= 1.
 struct geometric {
   double p = 0.5;
 };
@@ -174,11 +217,20 @@ void fill(stream& g, std::span<float> r, const distribution::continuous& law);
 void fill(stream& g, std::span<std::int32_t> r, const distribution::discrete& law);
 
 /// The same, r being cut among up to `threads` threads: the numbers are those of fill, and the stream ends
-/// where fill would leave it. Generators without skip-ahead, and kept_pairs, run on one thread. A jump costs
-/// MT19937 and SFMT19937 milliseconds, so that only long arrays gain. Throws also for threads below 1.
+/// where fill would leave it. Generators without skip-ahead, and kept_pairs, run on one thread, and so does
+/// uniform_int when one of its integers had to be drawn anew. A jump of MT19937 and SFMT19937 costs as much
+/// as millions of their words, so that only long arrays gain. Throws also for threads below 1.
 void fill_parallel(stream& g, std::span<double> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<float> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<std::int32_t> r, const distribution::discrete& law, int threads);
+
+/// How many elements of the generator a variate takes in arrays of T: skip(n * elements_per_variate<T>(g,
+/// law)) leaves n of them out. Integers of uniform_int that are drawn anew, a few in 2^64 / (high - low),
+/// come on top. 0 for kept_pairs, where it depends on the draws before.
+template <class T>
+requires(std::same_as<T, double> || std::same_as<T, float>)
+    [[nodiscard]] int elements_per_variate(const stream& g, const distribution::continuous& law);
+[[nodiscard]] int elements_per_variate(const stream& g, const distribution::discrete& law);
 
 /// Random bits. Throws for generators whose elements do not hold 32 of them.
 void bits(stream& g, std::span<std::uint32_t> r);

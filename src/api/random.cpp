@@ -1,14 +1,14 @@
-// Streams: a handle that is copied, moved and released, and every status of it as tmk::error.
+// Streams: seeded, copied, moved along and released, and every status of them as tmk::error.
 #include "api/random.hpp"
 
 #include <tmk/abi/vts.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <tmk/random.hpp>
-#include <utility>
 
 #include "api/check.hpp"
+#include "api/random_seed.hpp"
 #include "api/settings.hpp"
 
 namespace tmk {
@@ -20,6 +20,7 @@ struct sentence {
   const char* text;
 };
 constexpr sentence sentences[] = {
+    {VTS_STATUS_BAD_ARGUMENT, "was seeded with words that it cannot use"},
     {VTS_STATUS_NO_MEMORY, "found no memory"},
     {VTS_STATUS_INVALID_BRNG, "is no generator"},
     {VTS_STATUS_NO_LEAPFROG, "is a generator that does not leapfrog"},
@@ -31,8 +32,8 @@ constexpr sentence sentences[] = {
     {VTS_STATUS_FILE_READ, "ends before the stream does"},
     {VTS_STATUS_BAD_IMAGE, "does not hold a stream"},
     {VTS_STATUS_BAD_IMAGE_VERSION, "was written by a later version"},
-    {VTS_STATUS_NO_RDRAND, "needs RDRAND, which the processor has not"},
-    {VTS_STATUS_NO_AES, "needs AES instructions, which the processor has not"},
+    {VTS_STATUS_NO_RDRAND, "needs RDRAND, which the processor does not have"},
+    {VTS_STATUS_NO_AES, "needs AES instructions, which the processor does not have"},
 };
 
 std::string hexadecimal(int32_t id) {
@@ -53,11 +54,38 @@ int32_t id_of(generator g, int set) {
   return id + set;
 }
 
-VtsStreamHandle load_image(const void* image, std::size_t bytes, const std::string& source) {
-  VtsStreamHandle handle = nullptr;
+// 0 for generators that are no digital sequences.
+int most_dimensions(generator g) {
+  return g == generator::sobol ? 40 : g == generator::niederreiter ? 318 : 0;
+}
+
+void check_dimensions(const char* function, generator g, std::int64_t dimensions) {
+  const std::string text = std::to_string(dimensions), most = std::to_string(most_dimensions(g));
+  if (dimensions < 1 || dimensions > most_dimensions(g))
+    detail::refuse(function, "dimensions", text, "is " + text + ", want 1 to " + most);
+}
+
+VtsStreamHandle new_stream(int32_t id, std::span<const std::uint32_t> words) {
+  if (words.size() > INT32_MAX)
+    detail::refuse("stream", "seeds", std::to_string(words.size()), "has too many words");
   detail::select_first_tier();
-  detail::check_status("stream::load", "path", source, tmk_vts_load_stream_bounded(&handle, image, bytes));
+  VtsStreamHandle handle = nullptr;
+  const int32_t status = __vtsNewStreamEx(&handle, id, static_cast<int32_t>(words.size()), words.data());
+  if (status < 0) {
+    __vtsDeleteStream(&handle);
+    detail::check_status("stream", "g", hexadecimal(id), status);
+  }
   return handle;
+}
+
+// A digital sequence has no seed but its dimensions, whose direction numbers may follow.
+VtsStreamHandle new_sequence(generator g, std::span<const std::uint32_t> words, int set) {
+  const int32_t id = id_of(g, set);
+  if (words.empty())
+    detail::refuse("stream", "dimensions", "none",
+                   "is missing, want 1 to " + std::to_string(most_dimensions(g)));
+  check_dimensions("stream", g, words[0]);
+  return new_stream(id, words);
 }
 
 }  // namespace
@@ -85,18 +113,39 @@ VtsStream* stream::require(const char* function) const {
 VtsStream* stream::handle() const { return require("stream::handle"); }
 
 stream::stream(generator g, std::span<const std::uint32_t> seeds, int set) {
-  const int32_t id = id_of(g, set);
-  if (seeds.size() > INT32_MAX)
-    detail::refuse("stream", "seeds", std::to_string(seeds.size()), "has too many words");
-  detail::select_first_tier();
-  VtsStreamHandle handle = nullptr;
-  const int32_t status = __vtsNewStreamEx(&handle, id, static_cast<int32_t>(seeds.size()), seeds.data());
-  handle_.reset(handle);
-  detail::check_status("stream", "g", hexadecimal(id), status);
+  if (seeds.data() == nullptr && !seeds.empty())
+    detail::refuse("stream", "seeds", "null", "is null, want " + std::to_string(seeds.size()) + " words");
+  if (most_dimensions(g) != 0)
+    handle_.reset(new_sequence(g, seeds, set));
+  else
+    handle_.reset(new_stream(id_of(g, set), detail::expand_seed(seeds, id_of(g, set))));
 }
 stream::stream(generator g, std::initializer_list<std::uint32_t> seeds, int set)
     : stream(g, std::span(seeds.begin(), seeds.size()), set) {}
-stream::stream(generator g, std::uint32_t seed, int set) : stream(g, std::span(&seed, 1), set) {}
+
+stream::stream(generator g, std::uint64_t seed, bool negative, int set) {
+  if (negative) {
+    const std::string text = std::to_string(static_cast<std::int64_t>(seed));
+    detail::refuse("stream", "seed", text, "is " + text + ", want 0 or more");
+  }
+  if (most_dimensions(g) != 0)
+    check_dimensions("stream", g, static_cast<std::int64_t>(std::min<std::uint64_t>(seed, INT64_MAX)));
+  const std::uint32_t words[] = {static_cast<std::uint32_t>(seed), static_cast<std::uint32_t>(seed >> 32)};
+  *this = stream(g, std::span(words, words[1] == 0 ? 1 : 2), set);
+}
+
+stream::stream(generator g, const raw_seed& seeds, int set)
+    : handle_(most_dimensions(g) != 0 ? new_sequence(g, seeds.words, set)
+                                      : new_stream(id_of(g, set), seeds.words)) {}
+
+stream stream::sobol(int dimensions) {
+  check_dimensions("stream::sobol", generator::sobol, dimensions);
+  return stream(generator::sobol, dimensions);
+}
+stream stream::niederreiter(int dimensions) {
+  check_dimensions("stream::niederreiter", generator::niederreiter, dimensions);
+  return stream(generator::niederreiter, dimensions);
+}
 
 stream::stream(const stream& other) {
   VtsStreamHandle handle = nullptr;
@@ -127,41 +176,19 @@ void stream::leapfrog(int k, int parts) {
   if (k < 0 || k >= parts)
     detail::refuse("stream::leapfrog", "k", std::to_string(k),
                    "is " + std::to_string(k) + ", want 0 to " + std::to_string(parts - 1));
+  if (kind() == generator::mcg59 && parts % 2 == 0)
+    detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
+                   "is " + std::to_string(parts) +
+                       ", want an odd number: elements of mcg59 at even distances are related");
   detail::check_status("stream::leapfrog", handle, __vtsLeapfrogStream(handle, k, parts));
 }
 
 std::vector<stream> leapfrog(const stream& g, int parts) {
-  if (parts < 1) stream(g).leapfrog(0, parts);  // throws
+  if (most_dimensions(g.kind()) != 0) detail::check_status("leapfrog", g.handle(), VTS_STATUS_NO_LEAPFROG);
+  stream(g).leapfrog(0, parts);  // throws what there is to throw before memory is taken
   std::vector<stream> result(static_cast<std::size_t>(parts), g);
   for (int k = 0; k < parts; ++k) result[static_cast<std::size_t>(k)].leapfrog(k, parts);
   return result;
-}
-
-void stream::save(const std::string& path) const {
-  detail::check_status("stream::save", "path", path,
-                       __vtsSaveStreamF(require("stream::save"), path.c_str(), -1));
-}
-
-std::vector<std::byte> stream::save() const {
-  VtsStream* const handle = require("stream::save");
-  std::vector<std::byte> image(static_cast<std::size_t>(__vtsGetStreamSize(handle)));
-  detail::check_status("stream::save", "g", "memory", __vtsSaveStreamM(handle, image.data()));
-  return image;
-}
-
-// By way of memory: the loader that distrusts its image knows where that ends.
-stream stream::load(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (file == nullptr) detail::check_status("stream::load", "path", path, VTS_STATUS_FILE_OPEN);
-  std::vector<char> image;
-  char part[4096];
-  while (const std::size_t count = std::fread(part, 1, sizeof part, file.get()))
-    image.insert(image.end(), part, part + count);
-  return stream(load_image(image.data(), image.size(), path));
-}
-
-stream stream::load(std::span<const std::byte> image) {
-  return stream(load_image(image.data(), image.size(), std::to_string(image.size()) + " bytes"));
 }
 
 stream::result_type stream::operator()() {

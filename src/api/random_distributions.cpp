@@ -20,15 +20,17 @@ using detail::make_draw;
 constexpr std::size_t longest_draw = 1 << 30;  // even, so that pairs stay together
 constexpr std::size_t part_grain = 1024;       // likewise
 
-// The longest draws of an array, until one fails.
+// The longest draws of an array, until one fails: its status, or the greatest.
 template <class Draw, class T>
 int32_t run(const Draw& d, VtsStreamHandle g, std::span<T> r) {
-  int32_t status = VTS_STATUS_OK;
-  for (std::size_t count; !r.empty() && status >= 0; r = r.subspan(count)) {
+  int32_t greatest = VTS_STATUS_OK;
+  for (std::size_t count; !r.empty(); r = r.subspan(count)) {
     count = std::min(r.size(), longest_draw);
-    status = d.kernel(g, static_cast<int32_t>(count), r.data());
+    const int32_t status = d.kernel(g, static_cast<int32_t>(count), r.data());
+    if (status < 0) return status;
+    greatest = std::max(greatest, status);
   }
-  return status;
+  return greatest;
 }
 
 template <class T>
@@ -49,24 +51,30 @@ void fill_serially(stream& g, std::span<T> r, const Laws& laws) {
 }
 
 // Every part begins with a copy of the stream, jumped to its place; the last one's is where the stream ends.
+// False, and the stream as it was, when an integer was drawn anew: the parts behind it began in wrong places.
 template <class Draw, class T>
-void run_parallel(const Draw& d, stream& g, std::span<T> r, std::size_t parts) {
+bool run_parallel(const Draw& d, stream& g, std::span<T> r, std::size_t parts) {
   const std::size_t longest = (r.size() / parts + part_grain - 1) / part_grain * part_grain;
   parts = (r.size() + longest - 1) / longest;  // none is empty
   const auto begin = [&](std::size_t k) { return std::min(k * longest, r.size()); };
   std::vector<stream> streams(parts, g);
+  const int64_t elements = d.elements(g.handle());
   std::atomic<int32_t> failure = VTS_STATUS_OK;
+  std::atomic<bool> redrawn = false;
   detail::run_parts(static_cast<int>(parts), [&](int part) {
     const std::size_t k = static_cast<std::size_t>(part);
     const std::size_t last = k + 1 == parts ? r.size() : begin(k + 1);
     VtsStreamHandle own = streams[k].handle();
-    const auto skipped = static_cast<int64_t>(begin(k)) * d.elements;
+    const auto skipped = static_cast<int64_t>(begin(k)) * elements;
     int32_t status = skipped == 0 ? VTS_STATUS_OK : __vtsSkipAheadStream(own, skipped);
     if (status >= 0) status = run(d, own, r.subspan(begin(k), last - begin(k)));
     if (status < 0) failure = status;
+    if (status == TMK_VTS_REDRAWN) redrawn = true;
   });
   detail::check_status(d.function, g.handle(), failure);
+  if (redrawn) return false;
   g = std::move(streams.back());
+  return true;
 }
 
 template <class T, class Laws>
@@ -80,8 +88,8 @@ void fill_on_threads(stream& g, std::span<T> r, const Laws& laws, int threads) {
         check_array(d.function, r);
         const std::size_t parts =
             std::min<std::size_t>(static_cast<std::size_t>(threads), r.size() / part_grain);
-        const bool jumps = parts > 1 && d.elements != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
-        if (jumps) return run_parallel(d, g, r, parts);
+        const bool jumps = parts > 1 && d.uniforms != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
+        if (jumps && run_parallel(d, g, r, parts)) return;
         detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
       },
       laws);
@@ -105,15 +113,31 @@ void fill_parallel(stream& g, std::span<std::int32_t> r, const distribution::dis
   fill_on_threads(g, r, law, threads);
 }
 
-void bits(stream& g, std::span<std::uint32_t> r) {
-  const draw d{"bits", 1,
-               [](VtsStreamHandle s, int32_t n, uint32_t* to) { return _vtsiRngUniformBits32(0, s, n, to); }};
+template <class T>
+requires(std::same_as<T, double> ||
+         std::same_as<T, float>) int elements_per_variate(const stream& g,
+                                                          const distribution::continuous& law) {
+  return std::visit([&](const auto& l) { return make_draw<T>(l).elements(g.handle()); }, law);
+}
+template int elements_per_variate<double>(const stream& g, const distribution::continuous& law);
+template int elements_per_variate<float>(const stream& g, const distribution::continuous& law);
+int elements_per_variate(const stream& g, const distribution::discrete& law) {
+  return std::visit([&](const auto& l) { return make_draw<std::int32_t>(l).elements(g.handle()); }, law);
+}
+
+namespace {
+
+template <class Word>
+void fill_with_bits(stream& g, std::span<Word> r,
+                    int32_t (*kernel)(int32_t, VtsStreamHandle, int32_t, Word*)) {
+  const draw d{"bits", 0, 0, [=](VtsStreamHandle s, int32_t n, Word* to) { return kernel(0, s, n, to); }};
+  check_array(d.function, r);
   detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
-void bits(stream& g, std::span<std::uint64_t> r) {
-  const draw d{"bits", 2,
-               [](VtsStreamHandle s, int32_t n, uint64_t* to) { return _vtsiRngUniformBits64(0, s, n, to); }};
-  detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
-}
+
+}  // namespace
+
+void bits(stream& g, std::span<std::uint32_t> r) { fill_with_bits(g, r, &_vtsiRngUniformBits32); }
+void bits(stream& g, std::span<std::uint64_t> r) { fill_with_bits(g, r, &_vtsiRngUniformBits64); }
 
 }  // namespace tmk

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "api/check.hpp"
+#include "api/hash.hpp"
 #include "api/stats_blocks.hpp"
 
 namespace tmk {
@@ -15,12 +16,6 @@ namespace {
 constexpr char magic[] = {'T', 'M', 'K', 'M', 'O', 'M', 'T', 'S'};
 constexpr std::uint32_t version = 1;
 constexpr std::size_t header_bytes = 24, hash_bytes = 8;
-
-std::uint64_t fnv1a(std::span<const std::byte> bytes) {
-  std::uint64_t hash = 0xcbf29ce484222325;
-  for (const std::byte b : bytes) hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 0x100000001b3;
-  return hash;
-}
 
 std::uint64_t image_bytes(std::uint64_t cols, bool cross_product) {
   const std::uint64_t joint = cross_product ? 3 + 2 * cols + cols * (cols + 1) / 2 : 0;
@@ -103,7 +98,7 @@ std::vector<std::byte> moments::to_bytes() const {
   write(static_cast<std::uint32_t>(options_.cross_product) | static_cast<std::uint32_t>(options_.nan) << 1);
   write(static_cast<std::uint64_t>(cols()));
   visit_sums(sums_, options_.cross_product, write);
-  write(fnv1a(write.bytes));
+  write(detail::fnv1a(write.bytes));
   return write.bytes;
 }
 
@@ -129,7 +124,7 @@ moments moments::from_bytes(std::span<const std::byte> bytes) {
     refuse_image(size, "has " + size + ", want " + std::to_string(image_bytes(cols, cross_product)));
   std::uint64_t hash;
   reader{bytes.last(hash_bytes)}(hash);
-  if (hash != fnv1a(bytes.first(bytes.size() - hash_bytes))) refuse_image(size, "is damaged");
+  if (hash != detail::fnv1a(bytes.first(bytes.size() - hash_bytes))) refuse_image(size, "is damaged");
 
   moments result(static_cast<std::size_t>(cols), {cross_product, static_cast<nan_policy>(flags >> 1)});
   visit_sums(result.sums_, cross_product, read);
