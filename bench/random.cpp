@@ -1,5 +1,5 @@
-// tmk-bench-random: raw words, uniforms and variates beside what a program would otherwise take, in one
-// process.
+// tmk-bench-random: raw words, uniforms and variates compared with what a program would otherwise take, in
+// one process.
 #include <gsl/gsl_randist.h>
 #include <gsl/gsl_rng.h>
 
@@ -143,25 +143,32 @@ std::vector<group> all_groups() {
     std::vector<subject> peers;
   } laws[] = {
       {"uniform doubles",
-       [](VtsStreamHandle s) { _vtsdRngUniform(0, s, n, doubles(), 0, 1); },
+       [](VtsStreamHandle s) { tmk_vtsdRngUniform(s, n, doubles(), 0, 1); },
        {drawn_by<std::mt19937>("std", std::uniform_real_distribution<double>()),
         drawn_by<boost::random::mt19937>("boost", boost::random::uniform_real_distribution<double>()),
         drawn_by_gsl(gsl_rng_uniform)}},
+      {"uniform doubles of 32 bits",
+       [](VtsStreamHandle s) { _vtsdRngUniform(0, s, n, doubles(), 0, 1); },
+       {}},
+      {"integers from 1 to 6",
+       [](VtsStreamHandle s) { tmk_vtsiRngUniform(s, n, reinterpret_cast<int32_t*>(room()), 1, 6); },
+       {drawn_by<std::mt19937>("std", std::uniform_int_distribution<int>(1, 6)),
+        drawn_by_gsl([](gsl_rng* g) { return gsl_rng_uniform_int(g, 6); })}},
       {"exponential doubles",
-       [](VtsStreamHandle s) { _vtsdRngExponential(0, s, n, doubles(), 0, 1); },
+       [](VtsStreamHandle s) { tmk_vtsdRngExponential(s, n, doubles(), 0, 1); },
        {drawn_by<std::mt19937>("std", std::exponential_distribution<double>()),
         drawn_by<boost::random::mt19937>("boost", boost::random::exponential_distribution<double>()),
         drawn_by_gsl([](gsl_rng* g) { return gsl_ran_exponential(g, 1); })}},
       {"Laplace doubles",
-       [](VtsStreamHandle s) { _vtsdRngLaplace(0, s, n, doubles(), 0, 1); },
+       [](VtsStreamHandle s) { tmk_vtsdRngLaplace(s, n, doubles(), 0, 1); },
        {drawn_by<std::mt19937>("std exponential", std::exponential_distribution<double>()),
         drawn_by_gsl([](gsl_rng* g) { return gsl_ran_laplace(g, 1); })}},
       {"Gumbel doubles",
-       [](VtsStreamHandle s) { _vtsdRngGumbel(0, s, n, doubles(), 0, 1); },
+       [](VtsStreamHandle s) { tmk_vtsdRngGumbel(s, n, doubles(), 0, 1); },
        {drawn_by<std::mt19937>("std exponential", std::exponential_distribution<double>()),
         drawn_by_gsl([](gsl_rng* g) { return gsl_ran_gumbel1(g, 1, 1); })}},
       {"Gaussian doubles, Box-Muller",
-       [](VtsStreamHandle s) { _vtsdRngGaussian(1, s, n, doubles(), 0, 1); },
+       [](VtsStreamHandle s) { tmk_vtsdRngGaussian(1, s, n, doubles(), 0, 1); },
        {drawn_by<std::mt19937>("std", std::normal_distribution<double>()),
         drawn_by<boost::random::mt19937>("boost", boost::random::normal_distribution<double>()),
         drawn_by_gsl([](gsl_rng* g) { return gsl_ran_gaussian_ziggurat(g, 1); })}},

@@ -1,4 +1,4 @@
-// Random streams: seeded, filled, copied and jumped ahead, saved and resumed, and shared by threads.
+// Random streams: seeded, filled, copied and jumped ahead, saved and resumed, shared by threads, and points.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -15,7 +15,7 @@ double mean(const std::vector<double>& x) {
 }  // namespace
 
 int main() {
-  tmk::stream g(tmk::generator::mt19937, {0x123, 0x234, 0x345, 0x456});
+  tmk::stream g(tmk::generator::mt19937, 2026);
   std::vector<double> x(1'000'000), y(x.size());
 
   tmk::exponential(g, x, {.rate = 2.0});
@@ -34,6 +34,19 @@ int main() {
   std::filesystem::remove(path);
   tmk::fill_parallel(again, y, tmk::distribution::uniform{0, 1}, 2);
   std::printf("resumed, on two threads: %s\n", x == y ? "the same numbers" : "other numbers");
+
+  std::vector<std::int32_t> dice(12);
+  tmk::uniform_int(g, dice, {.low = 1, .high = 6});
+  std::printf("dice             ");
+  for (const int d : dice) std::printf(" %d", d);
+  std::puts("");
+
+  tmk::stream points = tmk::stream::sobol(2);
+  tmk::uniform(points, x);
+  std::ptrdiff_t within = 0;
+  for (std::size_t i = 0; i < x.size(); i += 2) within += x[i] * x[i] + x[i + 1] * x[i + 1] < 1;
+  std::printf("pi                %.5f by Sobol points\n",
+              8.0 * static_cast<double>(within) / static_cast<double>(x.size()));
 
   std::vector<int> deck(8);
   std::iota(deck.begin(), deck.end(), 1);

@@ -51,7 +51,7 @@ void fill_serially(stream& g, std::span<T> r, const Laws& laws) {
 }
 
 // Every part begins with a copy of the stream, jumped to its place; the last one's is where the stream ends.
-// False, and the stream as it was, when an integer was drawn anew: the parts behind it began in wrong places.
+// False, and the stream as it was, when an integer was drawn anew: the parts after it began in wrong places.
 template <class Draw, class T>
 bool run_parallel(const Draw& d, stream& g, std::span<T> r, std::size_t parts) {
   const std::size_t longest = (r.size() / parts + part_grain - 1) / part_grain * part_grain;

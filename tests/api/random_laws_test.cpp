@@ -138,12 +138,12 @@ TEST(random_laws, integers_that_are_left_over_are_drawn_anew) {
   std::vector<std::uint32_t> state(250);
   std::generate(state.begin(), state.end(), std::mt19937(1));
   for (const std::size_t i : {0u, 1u}) state[i + 147] = state[i];  // the first pair of words is 0
-  stream g(generator::r250, raw_seed(state)), behind = g;
+  stream g(generator::r250, raw_seed(state)), after = g;
   std::uint32_t pair[2];
-  ASSERT_EQ(_vtsiRngUniformBits(0, behind.handle(), 2, pair), 0);
+  ASSERT_EQ(_vtsiRngUniformBits(0, after.handle(), 2, pair), 0);
   std::vector<int> with(3000), without(3000);
   uniform_int(g, with, {.low = 0, .high = 2});
-  uniform_int(behind, without, {.low = 0, .high = 2});
+  uniform_int(after, without, {.low = 0, .high = 2});
   EXPECT_EQ(with, without);
 
   stream stuck(generator::r250, raw_seed(std::vector<std::uint32_t>(250)));

@@ -50,7 +50,7 @@ TEST(abstract_stream, asks_for_what_the_draw_lacks) {
   std::vector<uint32_t> array(5), drawn(8);
   owned_stream stream;
   ASSERT_EQ(__vtsiNewAbstractStream(&stream.handle, 5, array.data(), refill<uint32_t>), 0);
-  ASSERT_EQ(__RegBrngsNew[9].iBrng(stream, 2, drawn.data()), 0);  // leaves one behind
+  ASSERT_EQ(__RegBrngsNew[9].iBrng(stream, 2, drawn.data()), 0);  // one is left
   ASSERT_EQ(__RegBrngsNew[9].iBrng(stream, 3, drawn.data()), 0);
   EXPECT_EQ(seen.calls, 2);
   EXPECT_EQ(seen.least, 2);

@@ -1,4 +1,4 @@
-// A registered generator whose uniforms all stand at one place of the interval; draw number `failing` fails.
+// A registered generator whose uniforms are all at one place of the interval; draw number `failing` fails.
 #pragma once
 
 #include "random/streams.hpp"

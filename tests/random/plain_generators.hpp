@@ -47,7 +47,7 @@ void expect_any_cut(const plain_generator& g, const std::vector<Value>& wanted, 
   for (size_t done = 0, n, end = wanted.size() / per_element; done < end; done += n) {
     n = std::min<size_t>(1 + engine() % (engine() % 8 == 0 ? 5000 : engine() % 2 ? 7 : 150), end - done);
     draw(stream, static_cast<int32_t>(n), got.data() + done * per_element);
-    ASSERT_EQ(got[(done + n) * per_element], Value(77)) << "behind " << n << " at " << done;
+    ASSERT_EQ(got[(done + n) * per_element], Value(77)) << "past " << n << " at " << done;
     got[(done + n) * per_element] = Value(77);
   }
   got.pop_back();

@@ -16,7 +16,7 @@ std::vector<uint32_t> points(int32_t id, uint32_t dimensions, uint32_t count) {
 }
 
 TEST(quasi, sobol_gives_the_published_points) {
-  // The first points that Joe and Kuo publish with their direction numbers, behind the origin.
+  // The first points that Joe and Kuo publish with their direction numbers, after the origin.
   const double wanted[] = {0.5,   0.5,   0.5,   0.75,   0.25,   0.25,   0.25,   0.75,   0.75,
                            0.375, 0.375, 0.625, 0.875,  0.875,  0.125,  0.625,  0.125,  0.875,
                            0.125, 0.625, 0.375, 0.1875, 0.3125, 0.9375, 0.6875, 0.8125, 0.4375};

@@ -1,9 +1,9 @@
 /* Random streams: generators, their registry, streams with the data attached to them, persistence.
  *
- * The C door checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK) or a
+ * The C interface checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK) or a
  * negative status unless said otherwise. A stream is used by one thread at a time; distinct streams run
  * freely side by side. Registration is finished before concurrent use. <tmk/random.hpp> is the checked C++
- * door. */
+ * API. */
 #ifndef TMK_ABI_VTS_H
 #define TMK_ABI_VTS_H
 
@@ -63,7 +63,7 @@ enum {
   VTS_BRNG_PHILOX4X32X10 = 0x1000000
 };
 
-/* Second seed word of a SOBOL stream that brings its own direction numbers behind it: "DIRS". */
+/* Second seed word of a SOBOL stream that brings its own direction numbers after it: "DIRS". */
 enum { VTS_SOBOL_DIRECTIONS = 0x53524944 };
 
 /* What initStream is asked for. */
@@ -163,7 +163,7 @@ int32_t __vtsLeapfrogStream(VtsStreamHandle stream, int32_t k, int32_t nstreams)
 int32_t __vtsSkipAheadStream(VtsStreamHandle stream, int64_t nskip);
 int32_t __vtsGetStreamStateBrng(VtsStreamHandle stream);
 
-/* 1 when the processor has the instructions of ARS5 (AES beside SSE2), and of the hardware generator. */
+/* 1 when the processor has the instructions of ARS5 (AES and SSE2), and of the hardware generator. */
 int32_t __vtsCPUisAES(void);
 int32_t __vtsCPUisRDRAND(void);
 

@@ -10,7 +10,7 @@
 
 namespace tmk {
 
-// What a generator tells of its state. Blocks have the shape of its streams; work blocks have no header to
+// What a generator does with its states. Blocks have the shape of its streams; work blocks have no header to
 // speak of. Each carries its own position in its ring, and additions align the two positions.
 using zero_state = void (*)(VtsStreamHandle block);
 using combine_states = void (*)(VtsStreamHandle destination, VtsStreamHandle source, int32_t offset);
@@ -29,7 +29,7 @@ TMK_DECLARE_LOOPS(jump_loops)
 
 namespace tmk {
 
-// r ^= a for rings of `size` words whose oldest words stand at these positions.
+// r ^= a for rings of `size` words whose oldest words are at these positions.
 inline void add_ring(uint32_t* r, int32_t r_position, const uint32_t* a, int32_t a_position, int32_t size) {
   const auto add = jump_loops_now().add;
   for (int32_t run, left = size; left > 0; left -= run, r_position += run, a_position += run) {
@@ -44,8 +44,9 @@ inline void add_ring(uint32_t* r, int32_t r_position, const uint32_t* a, int32_t
 }  // namespace tmk
 
 extern "C" {
-// Both leave the stream as nskip steps would and return 0, or -4 for want of memory, the stream unchanged but
-// for what absorb took. `words` is the count of 32-bit words that hold a polynomial below `degree`.
+// Both leave the stream as nskip steps would and return 0, or -4 when there is no memory, the stream
+// unchanged but for what absorb took. `words` is the count of 32-bit words that hold a polynomial below
+// `degree`.
 int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::zero_state zero, tmk::combine_states add,
                               tmk::combine_states copy_to_work, tmk::step_state step,
                               tmk::combine_states copy_back, tmk::absorb_skip absorb, uint32_t nskip_low,
@@ -58,7 +59,7 @@ int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::zero_state zero, tmk::c
                             int32_t terms, const int32_t* polynomial);
 
 // x^nskip modulo the polynomial into out[0] to out[2 * words - 1], the words from `words` on zero. Returns 0,
-// or -4 for want of memory.
+// or -4 when there is no memory.
 int32_t x_pow_nskip_mod_cpoly(uint64_t nskip, int32_t degree, int32_t terms, const int32_t* polynomial,
                               int32_t words, uint32_t* out);
 }

@@ -91,7 +91,7 @@ int32_t load_header(image_source& source, tmk::image_header& header) {
   return VTS_STATUS_OK;
 }
 
-// The version stands in the first byte or in the last.
+// The version is in the first byte or in the last.
 int32_t check_header(const tmk::image_header& header, const VtsBrngProperties* record) {
   const uint32_t first = header.magic & 0xFF, last = header.magic >> 24;
   const bool marked =
@@ -139,7 +139,7 @@ int32_t load_chunk(image_source& source, uint32_t version, VtsStreamHandle strea
 
 }  // namespace
 
-// Reads the chunks behind a state, unless *status already tells of a failure.
+// Reads the chunks after a state, unless *status is already a failure.
 static void __vtsReadChunks(int32_t* status, image_source* source, const tmk::image_header* header,
                             VtsStreamHandle stream) {
   for (uint32_t i = 0; i < header->chunk_count && *status >= 0; ++i)

@@ -42,7 +42,7 @@ bool is_under(const VtsGlobRODataEntry& entry, const uint32_t* key) {
   return std::equal(key, key + 4, entry.key);
 }
 
-// The functions from here to the next extern "C" want the lock held.
+// The functions from here to the next extern "C" need the lock held.
 VtsGlobRODataEntry* find(const uint32_t* key) {
   auto* end = _GlobRODataTable + _GlobRODataTableCount;
   auto* entry = std::find_if(_GlobRODataTable, end, [key](const auto& e) { return is_under(e, key); });

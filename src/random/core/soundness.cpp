@@ -26,7 +26,7 @@ bool sequence_is_sound(VtsStreamHandle stream) {
          (s.selected < s.dimensions || s.selected == UINT32_MAX);
 }
 
-// For states whose one position may stand behind the last element.
+// For states whose one position may be past the last element.
 template <class State, uint32_t Size>
 bool index_is_sound(VtsStreamHandle stream) {
   return state_of<State>(stream).index <= Size;

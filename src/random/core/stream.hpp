@@ -16,7 +16,7 @@ static_assert(sizeof(stream_header) == 16);
 
 constexpr int32_t stream_alignment = 128;
 
-// A generator's state as it lies in the block, right behind the header.
+// A generator's state as it lies in the block, right after the header.
 template <class State>
 State& state_of(VtsStreamHandle stream) {
   return *reinterpret_cast<State*>(reinterpret_cast<char*>(stream) + sizeof(stream_header));

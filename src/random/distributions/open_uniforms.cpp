@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "random/core/registry.hpp"
 #include "random/distributions/frame.hpp"
@@ -49,10 +48,12 @@ element_rule rule_of(VtsStreamHandle stream) {
 }
 
 template <class Real>
-std::pair<Real, Real> ends_within(Real a, Real b) {
-  const Real step = static_cast<Real>(a + (double{b} - a) * 0x1p-54);
-  return {std::max(std::nextafter(a, b), step), std::nextafter(b, a)};
-}
+struct ends_within {
+  Real low, high;
+  ends_within(Real a, Real b)
+      : low(std::max(std::nextafter(a, b), static_cast<Real>(a + (double{b} - a) * 0x1p-54))),
+        high(std::nextafter(b, a)) {}
+};
 
 int32_t draw_words(VtsStreamHandle stream, int32_t n, void* r) {
   return _vtsiRngUniformBits(0, stream, n, r);
@@ -61,8 +62,9 @@ int32_t draw_words(VtsStreamHandle stream, int32_t n, void* r) {
 int32_t draw_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t n, double* r, double a,
                    double b) {
   const double k = (b - a) / rule.base, k_lower = k / rule.base;
-  const auto [low, high] = ends_within(a, b);
-  const pair_scale scale = {k, a - rule.least * k, k_lower, (0.5 - rule.least) * k_lower, low, high};
+  const ends_within ends(a, b);
+  const pair_scale scale = {k,        a - rule.least * k, k_lower, (0.5 - rule.least) * k_lower,
+                            ends.low, ends.high};
   return in_blocks(n, r, [=](int32_t count, double* block) {
     const int32_t status = draw_words(stream, 2 * count, block);
     if (status >= 0) bit_loops_now().pairs_to_doubles(count, block, scale);
@@ -76,7 +78,7 @@ int32_t draw_single_words(const element_rule& rule, VtsStreamHandle stream, int3
                           Real b) {
   const double k = (double{b} - a) / rule.base;
   const double centre = a + (0.5 - rule.least) * k;
-  const auto [low, high] = ends_within(a, b);
+  const ends_within ends(a, b);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     uint32_t* const words = reinterpret_cast<uint32_t*>(block + count) - count;
     const int32_t status = draw_words(stream, count, words);
@@ -85,17 +87,17 @@ int32_t draw_single_words(const element_rule& rule, VtsStreamHandle stream, int3
       scale_loops_now().unsigned_to_double(count, words, block, k, centre);
     else
       scale_loops_now().unsigned_to_single(count, words, block, k, centre);
-    precision<Real>::loops().clamp(count, block, low, high);
+    precision<Real>::loops().clamp(count, block, ends.low, ends.high);
     return status;
   });
 }
 
 template <class Real>
 int32_t draw_fractions(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real b) {
-  const auto [low, high] = ends_within(a, b);
+  const ends_within ends(a, b);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     const int32_t status = precision<Real>::uniform(0, stream, count, block, a, b);
-    if (status >= 0) precision<Real>::loops().clamp(count, block, low, high);
+    if (status >= 0) precision<Real>::loops().clamp(count, block, ends.low, ends.high);
     return status;
   });
 }

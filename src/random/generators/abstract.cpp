@@ -7,7 +7,7 @@
 
 namespace {
 
-// What differs between the kinds; their records stand in one row after the other.
+// What differs between the kinds; their records are in rows one after the other.
 struct words {
   using element = uint32_t;
   using state = tmk::iabstract_state;

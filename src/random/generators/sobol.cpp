@@ -10,7 +10,7 @@ using namespace tmk;
 
 constexpr int bits = 32;
 
-// Direction number i of a dimension is m[i] 2^(32 - i), m odd and below 2^i; behind the initial ones m
+// Direction number i of a dimension is m[i] 2^(32 - i), m odd and below 2^i; after the initial ones m
 // follows a recurrence by the dimension's polynomial.
 void set_dimension(sobol_state& s, uint32_t dimension) {
   const auto v = [&](int i) -> uint32_t& { return s.direction[i][dimension]; };

@@ -9,7 +9,7 @@
 TMK_TIER_OPEN
 namespace {
 
-// Modulo 2^64: the lower 59 bits do not see those above, so the mask waits until an element is written.
+// Modulo 2^64: the lower 59 bits do not depend on those above, so the mask waits until an element is written.
 struct stepper {
   u64 lower, upper;  // words of the multiplier
   explicit stepper(uint64_t a) : lower(a), upper(a >> 32) {}

@@ -1,5 +1,5 @@
-// Philox: several vectors of blocks at once, word by word. Words stand in the lower halves of 64-bit lanes,
-// as products want them; what the upper halves hold does not matter.
+// Philox: several vectors of blocks at once, word by word. Words are in the lower halves of 64-bit lanes,
+// as products need them; what the upper halves hold does not matter.
 #include "random/generators/philox.hpp"
 
 #include "platform/simd_integer.hpp"
@@ -62,7 +62,7 @@ void advance(uint32_t (&counter)[4], int by) {
 void blocks(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_t* r) {
   uint32_t c[4] = {counter[0], counter[1], counter[2], counter[3]};
   for (int part; count > 0; count -= part, r += 4 * part) {
-    // At the end, and where the lowest word wraps, what stands beyond is dropped.
+    // At the end, and where the lowest word wraps, what is beyond is dropped.
     const uint32_t until_wrap = 0 - c[0];
     part = count < group ? count : group;
     if (until_wrap != 0 && until_wrap < static_cast<uint32_t>(part)) part = static_cast<int>(until_wrap);
