@@ -45,7 +45,7 @@ enum class generator : std::int32_t {
 };
 
 /// Seed words that go to the generator as they are, for sequences published under a seed. Streams of related
-/// words are related: of most generators the first numbers of seeds 1 and 2 are alike.
+/// words are related: of many generators the first numbers of seeds 1 and 2 are alike.
 struct raw_seed {
   raw_seed(std::initializer_list<std::uint32_t> list) : words(list) {}
   explicit raw_seed(std::span<const std::uint32_t> list) : words(list.begin(), list.end()) {}

@@ -180,7 +180,11 @@ void stream::leapfrog(int k, int parts) {
     detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
                    "is " + std::to_string(parts) +
                        ", want an odd number: elements of mcg59 at even distances are related");
-  detail::check_status("stream::leapfrog", handle, __vtsLeapfrogStream(handle, k, parts));
+  const int32_t status = __vtsLeapfrogStream(handle, k, parts);
+  if (status == VTS_STATUS_NO_LEAPFROG && most_dimensions(kind()) != 0 && parts == INT32_MAX)
+    detail::refuse("stream::leapfrog", "k", std::to_string(k),
+                   "is " + std::to_string(k) + ", want less than the dimensions");
+  detail::check_status("stream::leapfrog", handle, status);
 }
 
 std::vector<stream> leapfrog(const stream& g, int parts) {

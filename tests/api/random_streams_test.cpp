@@ -159,6 +159,7 @@ TEST(random_points, other_counts_of_dimensions_are_refused) {
   expect_refused([] { static_cast<void>(stream::sobol(41)); }, bad, "dimensions", "41");
   expect_refused([] { static_cast<void>(stream::sobol(0)); }, bad, "dimensions", "0");
   expect_refused([] { static_cast<void>(stream::niederreiter(319)); }, bad, "dimensions", "319");
+  expect_refused([] { stream::sobol(5).leapfrog(5, INT32_MAX); }, bad, "k", "5");
   expect_refused([] { stream(generator::sobol, 50u); }, bad, "dimensions", "50");
   expect_refused([] { stream(generator::sobol, raw_seed{50}); }, bad, "dimensions", "50");
   expect_refused([] { stream(generator::sobol, 0x1'0000'0005); }, bad, "dimensions", "4294967301");
