@@ -94,8 +94,8 @@ int32_t repair_ln_of_zero_only(VtmErrorContext* context) {
   return context->code == VTM_STATUS_SINGULARITY ? repair_ln<Real>(context) : 0;
 }
 
-// For the life of the object: exceptions masked, and bad elements reported to the callback alone. Kernels merge
-// the SSE flags that they raise into the caller's; the frame discards them where it had to change the
+// For the life of the object: exceptions masked, and bad elements reported to the callback alone. Kernels
+// merge the SSE flags that they raise into the caller's; the frame discards them where it had to change the
 // controls.
 class distribution_frame {
  public:
