@@ -1,7 +1,7 @@
 /* Random streams: generators, their registry, streams with the data attached to them, persistence.
  *
- * The C interface checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK) or a
- * negative status unless said otherwise. A stream is used by one thread at a time; distinct streams run
+ * The C interface checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK)
+ * or a negative status unless said otherwise. A stream is used by one thread at a time; distinct streams run
  * freely side by side. Registration is finished before concurrent use. <tmk/random.hpp> is the checked C++
  * API. */
 #ifndef TMK_ABI_VTS_H
