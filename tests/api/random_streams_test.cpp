@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -196,7 +197,8 @@ TEST(random_images, with_one_bit_changed_are_refused) {
 }
 
 struct folder {
-  std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "tmk_random_streams_test";
+  std::filesystem::path path =
+      std::filesystem::path(testing::TempDir()) / ("tmk-streams-" + std::to_string(getpid()));
   folder() {
     std::filesystem::remove_all(path);
     std::filesystem::create_directory(path);
