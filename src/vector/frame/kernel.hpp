@@ -115,7 +115,7 @@ inline void finish_flagged_group(int32_t first, const typename Kernel::real* a, 
   for (size_t k = 0; k < Count; ++k) {
     const int32_t i = first + static_cast<int32_t>(k) * width;
     const batch<real> x = load(a + i);
-    const lane_mask<real> nan = x != x;
+    const lane_mask<real> nan = xsimd::isnan(x);
     if (lane_bits<real>(Kernel::flagged(x, y[k]) & !nan) == 0)
       store(r + i, xsimd::select(nan, x + x, y[k]));
     else
