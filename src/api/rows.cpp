@@ -88,7 +88,7 @@ constexpr std::array<char, 16> snake_case(std::string_view stem) {
   return name;
 }
 
-using table = std::array<std::array<row, 4>, static_cast<std::size_t>(stem::count)>;
+using table = std::array<std::array<row, 4>, stem_count>;
 
 constexpr table make_rows() {
   table rows{};
