@@ -86,8 +86,8 @@ void fill_on_threads(stream& g, std::span<T> r, const Laws& laws, int threads) {
       [&](const auto& law) {
         const auto d = make_draw<T>(law);
         check_array(d.function, r);
-        const std::size_t parts =
-            std::min<std::size_t>(static_cast<std::size_t>(threads), r.size() / part_grain);
+        const std::size_t parts = std::min<std::size_t>(
+            static_cast<std::size_t>(detail::usable_threads(threads)), r.size() / part_grain);
         const bool jumps = parts > 1 && d.uniforms != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
         if (jumps && run_parallel(d, g, r, parts)) return;
         detail::check_status(d.function, g.handle(), run(d, g.handle(), r));

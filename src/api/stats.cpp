@@ -102,7 +102,7 @@ void for_each_item(std::size_t count, int threads, const std::function<void(std:
     std::size_t item;
     std::exception_ptr what;
   };
-  const int parts = static_cast<int>(std::min(static_cast<std::size_t>(threads), count));
+  const int parts = static_cast<int>(std::min(static_cast<std::size_t>(usable_threads(threads)), count));
   std::vector<failure> failures(static_cast<std::size_t>(parts), failure{count, nullptr});
   const auto run = [&](int part) {
     failure& own = failures[static_cast<std::size_t>(part)];

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "api/stats_block.hpp"
+#include "api/threads.hpp"
 
 namespace tmk::detail {
 
@@ -169,7 +170,7 @@ moment_sums summarise(const char* function, const data_view& x, const weight_vie
     waiting[k] = std::move(sums);
   };
   // In waves: long enough to be worth starting threads, short enough for their sums to stay in memory.
-  const std::size_t workers = std::min(static_cast<std::size_t>(threads), blocks);
+  const std::size_t workers = std::min(static_cast<std::size_t>(usable_threads(threads)), blocks);
   const std::size_t matrix = options.cross_product ? cols * cols : cols;
   const std::size_t wave = workers * std::clamp<std::size_t>((std::size_t{1} << 22) / matrix, 1, 128);
   std::vector<block> scratch(workers);

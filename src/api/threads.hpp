@@ -8,6 +8,9 @@
 
 namespace tmk::detail {
 
+// How many of the threads that a caller asks for can be of use. More would only cut the work finer.
+int usable_threads(int threads);
+
 // How many threads a call of n elements is worth, at most `threads`.
 int part_count(std::size_t n, float cost_per_element, int threads);
 

@@ -1,5 +1,5 @@
-/* Threads that a caller lends to a computation. The library makes none of its own accord: the statistics and
- * fitting functions take a table like this as their last argument and run their workers through it. */
+/* Threads for a computation: the statistics and fitting functions take a table like this as their last
+ * argument and run their workers through it. They make no threads in another way. */
 #ifndef TMK_ABI_THREADING_H
 #define TMK_ABI_THREADING_H
 
@@ -36,9 +36,18 @@ typedef struct ThreadingService {
 
 /* Everything in the caller's thread, in the order of the items. */
 const ThreadingService* tmk_threading_serial(void);
-/* OpenMP's threads, as many as omp_get_max_threads() says in the calling thread. Items go to threads by a
- * fixed rule, so results that depend on the thread count alone are the same from run to run. */
+/* The library's own threads, made when they are first asked for and shared by all callers. MaxThreads is what
+ * omp_get_max_threads() says in the calling thread where the program has OpenMP; elsewhere the environment
+ * variable OMP_NUM_THREADS, or else the count of processors. Fewer threads than asked for may run, by
+ * tmk_threading_limit or because the system gives no more; inside another run, inside an OpenMP region, and
+ * in a forked child of a process with threads the caller's runs alone. Items go to thread indices by a fixed
+ * rule, so results that depend on the thread count alone are the same from run to run. */
+const ThreadingService* tmk_threading_pool(void);
+/* The same table, under the name that it had while its threads were OpenMP's. */
 const ThreadingService* tmk_threading_openmp(void);
+/* The most threads that work on one run of tmk_threading_pool: four for each processor, or the limit of
+ * OpenMP where that is lower. */
+int32_t tmk_threading_limit(void);
 
 #ifdef __GNUC__
 #pragma GCC visibility pop
