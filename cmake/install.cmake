@@ -1,14 +1,11 @@
-# What a user gets: headers, both libraries, and their descriptions for CMake and pkg-config.
+# What a user gets: headers, both libraries, their descriptions for CMake and pkg-config, and the pages.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-add_library(tmk::tmk ALIAS tmk)
-add_library(tmk::tmk_static ALIAS tmk_static)
-
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tmk DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES ${TMK_PROTOTYPES} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tmk/abi)
+install(FILES ${TMK_PROTOTYPES} ${TMK_GENERATED}/tmk/abi/version.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tmk/abi)
 
-# Two export sets: the static library needs a C++ link and OpenMP, which a C project may not have.
+# Two export sets: the static library needs a C++ link and a BLAS, which a project may not have.
 set(TMK_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tmk)
 foreach(library tmk tmk_static)
   install(TARGETS ${library} EXPORT ${library}_targets)
@@ -24,3 +21,6 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tmkConfig.cmake ${CMAKE_CURRENT_BINARY
 file(RELATIVE_PATH TMK_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/tmk.pc.in tmk.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tmk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES LICENSE NOTICE README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples data DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN CMakeLists.txt EXCLUDE)

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <tmk/detail/standard_library.hpp>
 
 namespace tmk {
 

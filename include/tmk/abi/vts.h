@@ -221,9 +221,6 @@ int32_t __vtsDeleteChunksById(VtsStreamHandle stream, uint32_t chunkId);
 /* The table of shared blobs, safe to use from several threads. An entry pointer is good until the next
  * removal. VTS_STATUS_RO_ENTRY_NOT_FOUND for an unknown, null or all-zero key; VTS_STATUS_RO_TABLE_FULL at
  * 128 entries. */
-extern VtsGlobRODataEntry _GlobRODataTable[128];
-extern uint32_t _GlobRODataTableCount;
-extern uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
 int32_t __vtsCreateGlobRODataTableEntry(VtsGlobRODataEntry** entry, const uint32_t* key, void* data);
 int32_t __vtsFindGlobRODataTableEntry(VtsGlobRODataEntry** entry, const uint32_t* key);
 int32_t __vtsRegisterGlobRODataReference(VtsChunk* chunk, const uint32_t* key);

@@ -3,6 +3,13 @@
 
 #include "random/core/stream.hpp"
 
+// The table of shared blobs: callers reach it by the functions of vts.h.
+extern "C" {
+extern VtsGlobRODataEntry _GlobRODataTable[128];
+extern uint32_t _GlobRODataTableCount;
+extern uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
+}
+
 namespace tmk {
 
 inline VtsChunk* first_chunk(VtsStreamHandle stream) {
