@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <tmk/math.hpp>
@@ -34,6 +35,8 @@ void expect(bool right, const char* what) {
 int main(int, char** arguments) {
   const std::string blas = arguments[1];
   expect(tmk::version() == TMK_VERSION_STRING && tmk_version() == TMK_VERSION, "version");
+  if (const char* asked = std::getenv("OMP_NUM_THREADS"))
+    expect(tmk_threading_pool()->MaxThreads() == std::atoi(asked), "threads by the environment");
   std::vector<double> x(200000), y(x.size());
   tmk::stream g(tmk::generator::mcg59, 3u);
   tmk::fill_parallel(g, x, tmk::distribution::uniform{}, 2);
