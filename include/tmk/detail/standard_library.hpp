@@ -6,5 +6,6 @@
 #ifndef __GLIBCXX__
 #error "tmk's C++ API needs GCC's standard library (clang: -stdlib=libstdc++)"
 #elif defined(_GLIBCXX_DEBUG) && !defined(TMK_GLIBCXX_DEBUG)
-#error "_GLIBCXX_DEBUG changes std::vector, which tmk returns; use _GLIBCXX_ASSERTIONS, or compile tmk with _GLIBCXX_DEBUG, too, and define TMK_GLIBCXX_DEBUG"
+#error \
+    "_GLIBCXX_DEBUG changes std::vector, which tmk returns; use _GLIBCXX_ASSERTIONS, or compile tmk with _GLIBCXX_DEBUG, too, and define TMK_GLIBCXX_DEBUG"
 #endif
