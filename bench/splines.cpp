@@ -1,4 +1,4 @@
-// tmk-bench-splines: construction, evaluation and integration of splines beside what a program would
+// tmk-bench-splines: construction, evaluation and integration of splines compared with what a program would
 // otherwise take, in one process on one thread. The peers are compiled for AVX2, as is this program.
 #include <algorithm>
 #include <cmath>
@@ -116,7 +116,7 @@ std::string shape_of(size_t n, size_t ny, bool uniform, const char* real) {
 template <class Real>
 constexpr const char* real_name = std::is_same_v<Real, double> ? "double" : "float";
 
-// The values that the peer of function j sees.
+// The values that the peer of function j takes.
 template <class Real>
 std::vector<double> function_of(const problem<Real>& d, size_t j) {
   const auto at = d.y.begin() + static_cast<ptrdiff_t>(j * d.points);
@@ -147,7 +147,8 @@ void add_evaluation(std::vector<group>& groups, size_t n, size_t ny, bool unifor
                     size_t sites, bool three) {
   const family f = family::natural;
   groups.push_back({std::string(three ? "value and 2 derivatives" : "values") + " at " +
-                        site_names[int(order)] + " sites" + shape_of(n, ny, uniform, real_name<Real>),
+                        site_names[int(order)] + " sites" + shape_of(n, ny, uniform, real_name<Real>) +
+                        (sites < n ? " sites=" + std::to_string(sites) : ""),
                     int64_t(sites * ny), [=] {
                       const auto d = std::make_shared<problem<Real>>(n, ny, uniform, f);
                       d->construct(f);
@@ -229,6 +230,9 @@ std::vector<group> all_groups() {
     add_evaluation<double>(groups, 10'000, 1, false, order, 1'000'000, true);
     add_evaluation<double>(groups, 10'000, 1, true, order, 1'000'000, true);
   }
+  // Few ascending sites among many points.
+  for (const size_t sites : {12'500, 50'000, 99'999})
+    add_evaluation<double>(groups, 100'000, 1, false, sites_are::sorted, sites, false);
   for (const size_t cells : {1, 10, 1'000, 5'000}) add_integrals(groups, 10'000, 100'000, cells);
   return groups;
 }
@@ -244,10 +248,11 @@ int main(int argc, char** argv) {
       "brackets how\n"
       "many times faster than the peer tmk is. Cells of a grid that is not uniform differ in width up to 50 "
       "times.\n"
-      "Storage for coefficients stands ready where the library lets its user provide it. The peers work in "
+      "Storage for coefficients is ready where the library lets its user provide it. The peers work in "
       "double\n"
-      "throughout, beside floats too; they evaluate site by site, GSL with its accelerator. \"Values alone\" "
+      "throughout, compared with floats too; they evaluate site by site, GSL with its accelerator. \"Values "
+      "alone\" "
       "is\n"
       "tmk's own time without the derivatives. Hyman's filter has no like among the peers: Steffen's and\n"
-      "Fritsch and Carlson's monotone cubics stand beside it.\n\n");
+      "Fritsch and Carlson's monotone cubics are listed with it.\n\n");
 }

@@ -1,4 +1,4 @@
-// A task's arrays of row pointers: one pointer per function, and a null one behind the last, since a query
+// A task's arrays of row pointers: one pointer per function, and a null one after the last, since a query
 // may ask for the slot of index ny.
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace tmk::fitting {
 
-// In front of the pointers stands how many they are, so that ny may be edited down and up again.
+// In front of the pointers is their number, so that ny may be edited down and up again.
 constexpr size_t rows_alignment = 128;
 constexpr int64_t most_rows = int64_t{PTRDIFF_MAX / 2} / static_cast<int64_t>(sizeof(void*));
 

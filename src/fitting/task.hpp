@@ -16,13 +16,14 @@ struct bucket {
 };
 constexpr int bucket_room = 1026;
 
-// What hides behind a DFTask*. The 32-bit layout packs the 64-bit fields to 4 bytes, as that interface's own
+// What a DFTask* points to. The 32-bit layout packs the 64-bit fields to 4 bytes, as that interface's own
 // compilers do; both precisions agree up to the scale.
 template <class Real>
 struct task {
   uint32_t wide_ints;
   uint8_t tag;  // always 4
-  uint8_t unused[3];
+  bool even;    // see points_are_even
+  uint8_t unused[2];
   int32_t precision;  // 1 double, 0 single
   int32_t dims;       // always 1
   int64_t nx;
@@ -45,6 +46,18 @@ struct task {
   bool uniform() const { return (xhint & DF_PARTITION_UNIFORM) != 0; }
   bool columns() const { return yhint == DF_COLUMNS; }
 };
+
+// How far points that are said to be even lie from a uniform partition, in steps, at most: 4e-11 in double
+// precision.
+template <class Real>
+constexpr Real even_within = sizeof(Real) == 8 ? Real(3.6685e-11) : Real(2.4222e-5);
+
+// For the C++ API, which has looked: the given points of the task are even, so that a cell follows from a
+// site's place in proportion. Cells are the same, in less time.
+template <class Real>
+void points_are_even(DFTask* handle) {
+  task<Real>::of(handle).even = true;
+}
 
 // By nx and x, in the task's own room.
 template <class Real>

@@ -52,6 +52,15 @@ inline f64 load_signed_words(const uint32_t* p) {
 #endif
 }
 
+// As many signed words as a vector of T has lanes, as numbers of its type.
+template <class T>
+batch<T> load_as(const int32_t* p) {
+  if constexpr (sizeof(T) == 8)
+    return load_signed_words(reinterpret_cast<const uint32_t*>(p));
+  else
+    return xsimd::to_float(load(p));
+}
+
 // On the narrow tiers a word is the low end of 2^52 + word; the difference is exact.
 inline f64 load_unsigned_words(const uint32_t* p) {
 #if TMK_TIER_NUMBER(TMK_TIER) == 2

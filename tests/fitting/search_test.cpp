@@ -40,7 +40,7 @@ struct partition {
   ~partition() { tmk_df_kernel_DeleteTask(&task); }
 };
 
-// How to search; the cells behind those of n sites must stay as they are.
+// How to search; the cells after those of n sites must stay as they are.
 template <class Real>
 struct call {
   int64_t site_hint = 0;
@@ -158,7 +158,7 @@ TYPED_TEST(Search, every_method_finds_the_same_cells) {
           {"quasi-uniform", 2, {}},
           {"peak at 0", 0, {.search_hint = {9, 1, 9, 9, 0}}},
           {"peak inside", 0, {.search_hint = {9, 1, 9, 9, last / 2 + Real(0.4)}}},
-          {"peak behind", 0, {.search_hint = {9, 1, 9, 9, last}}},
+          {"peak past the end", 0, {.search_hint = {9, 1, 9, 9, last}}},
           {"sorted", 0, {.site_hint = DF_SITES_SORTED}},
       };
       for (auto [name, xhint, by] : methods) {
@@ -180,8 +180,9 @@ TYPED_TEST(Search, every_method_finds_the_same_cells) {
 // Long runs of sites between two points, a site for each point, and many points between two sites.
 TYPED_TEST(Search, sorted_sites_of_every_density) {
   using Real = TypeParam;
-  const auto x = make_grid(grids<Real>[0], 3000, this->engine_);
-  for (const int n : {50, 3000, 100000}) {
+  for (const auto& [nx, n] : {std::pair(3000, 50), std::pair(3000, 3000), std::pair(3000, 100'000),
+                              std::pair(100'000, 200), std::pair(100'000, 20'000)}) {
+    const auto x = make_grid(grids<Real>[0], nx, this->engine_);
     auto sites = make_grid(grids<Real>[0], n, this->engine_);
     sites.insert(sites.end(), {x.back(), x.back(), x.back() + 1});
     const auto want = cells_of(x, sites);
@@ -190,7 +191,7 @@ TYPED_TEST(Search, sorted_sites_of_every_density) {
       call<Real> by{.site_hint = DF_SITES_SORTED, .threads = tests::shuffled_threads(threads)};
       auto cells = by.cells(partition<Real>(x, 0), sites);
       cells.resize(want.size());
-      ASSERT_EQ(cells, want) << n;
+      ASSERT_EQ(cells, want) << nx << ' ' << n;
     }
   }
 }
@@ -345,7 +346,7 @@ TYPED_TEST(Search, hooks_are_finished_where_they_ask) {
       EXPECT_EQ(by.cells(p, sites), want) << nx << " " << uniform;
       EXPECT_EQ(by.status, 7);
       EXPECT_LE(script.most, 1024);
-      // 1000 takes every cell as it stands, whatever its flag.
+      // 1000 takes every cell as it is, whatever its flag.
       script.asked = 0;
       script.status = script.last_status = 1000;
       EXPECT_EQ(by.template cells<int32_t>(p, sites),

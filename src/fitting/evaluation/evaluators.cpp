@@ -24,7 +24,7 @@ void fill_zeros(const interpolation<Real>& call, const sites_of_block<Real>& blo
         block.result[f * function + block.row(i) * site + k * derivative] = 0;
 }
 
-// Functions that lie beside each other in the result go there together, as many as the room takes; the others
+// Functions that are neighbours in the result go there together, as many as the room takes; the others
 // one at a time, straight into the result where their sites or derivatives are neighbours.
 template <class Real, int Order>
 int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Real>& block) {
@@ -70,7 +70,7 @@ int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Re
   return DF_STATUS_OK;
 }
 
-// The right end is the one that is given: first + (nx - 1) step may lie beside it.
+// The right end is the one that is given: first + (nx - 1) step may miss it.
 template <class Real>
 int64_t step_left(const partition<Real>& points, Real t, int64_t cell) {
   const int64_t p = cell > 0 ? cell - 1 : 0;
@@ -84,7 +84,7 @@ int64_t step_right(const partition<Real>& points, Real t, int64_t cell) {
 }
 
 // The point a site lies on, -1 where there is none. Points of a uniform partition are rounded, so a site may
-// be a little beside.
+// be a little off.
 template <class Real>
 int64_t lookup(const partition<Real>& points, Real t, int64_t cell) {
   const int64_t k = cell - 1;

@@ -31,10 +31,10 @@ struct block_walk {
       const Real* r = right.block(first, count, made_right);
       if (const int32_t status = own_left.find_limits(count, l, left_cells); status < 0) return status;
       if (const int32_t status = own_right.find_limits(count, r, right_cells); status < 0) return status;
-      Real* behind = result + static_cast<ptrdiff_t>(first) * call.pair_stride;
+      Real* to = result + static_cast<ptrdiff_t>(first) * call.pair_stride;
       for (ptrdiff_t f = call.first_function; f < call.end_function; ++f)
-        for (int i = 0; i < count; ++i) behind[f * call.function_stride + i * call.pair_stride] = 0;
-      const int32_t status = integrate(call, {count, l, r, left_cells, right_cells, behind, nullptr});
+        for (int i = 0; i < count; ++i) to[f * call.function_stride + i * call.pair_stride] = 0;
+      const int32_t status = integrate(call, {count, l, r, left_cells, right_cells, to, nullptr});
       if (status < 0) return status;
     }
     return DF_STATUS_OK;
@@ -47,7 +47,7 @@ struct block_walk {
 template <class Real>
 bool running_sums_pay(const block_walk<Real>& walk, int64_t n) {
   constexpr int64_t most_samples = 256, few_pairs = 32, few_points = 4096;
-  constexpr double cells_per_pair = 16;  // what a span costs beside its cells
+  constexpr double cells_per_pair = 16;  // what a span costs besides its cells
   const auto& x = walk.call.points;
   if (n < few_pairs && x.nx < few_points) return false;
   const int64_t samples = std::min(n, most_samples);

@@ -32,14 +32,14 @@ struct integration {
   spline_kind kind;
   ptrdiff_t function_stride, pair_stride;
   integration_hook<Real> hooks[regions];
-  // The functions at work, and their running sums one behind the other; null where spans are added up.
+  // The functions at work, and their running sums one after the other; null where spans are added up.
   ptrdiff_t first_function, end_function;
   running_sum<Real>* sums;
 
   ptrdiff_t entries() const { return static_cast<ptrdiff_t>(points.nx) + 1; }
 };
 
-// Pairs of limits, at most site_block. Integrals are added to what stands in the result, those of pair i in
+// Pairs of limits, at most site_block. Integrals are added to what is in the result, those of pair i in
 // row `place[i]`, or i where place is null.
 template <class Real>
 struct pairs_of_block {

@@ -56,8 +56,8 @@ struct block_walk {
         status = own_search.find(count, site, cell);
       if (status >= 0 && (type & DF_INTERPOLATE_CELLS) != 0) cells.write(first, count, cell);
       if (status >= 0 && evaluate != nullptr) {
-        Real* behind = result + static_cast<ptrdiff_t>(first) * call.layout.site;
-        status = evaluate(call, {count, site, cell, behind, nullptr});
+        Real* to = result + static_cast<ptrdiff_t>(first) * call.layout.site;
+        status = evaluate(call, {count, site, cell, to, nullptr});
       }
       if (status < 0) return status;
     }
@@ -68,7 +68,7 @@ struct block_walk {
 // Sites between two ends are merged with the points where they ascend, unless they are few among many points.
 template <class Real>
 bool ascend_among_points(const Real* site, int64_t site_hint, int64_t nsite, int64_t nx) {
-  constexpr int64_t most_points_between = 16;
+  constexpr int64_t most_points_between = 4;
   return (site_hint & DF_SITES_UNIFORM) != 0 && nsite > 1 && nsite >= nx / most_points_between &&
          site[0] <= site[1];
 }

@@ -26,7 +26,7 @@ struct interpolation {
 };
 
 // Sites of a block, at most site_block, and where their results go: those of site i into row `place[i]`
-// behind `result`, or row i where place is null.
+// from `result` on, or row i where place is null.
 template <class Real>
 struct sites_of_block {
   int count;

@@ -1,4 +1,4 @@
-// The kinds of spline that interpolation and integration tell apart, and the partition their sites lie in.
+// The kinds of spline that interpolation and integration distinguish, and the partition their sites lie in.
 #pragma once
 
 #include <algorithm>

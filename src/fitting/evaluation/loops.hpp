@@ -12,7 +12,7 @@ namespace tmk {
 // block stay in the first cache, and the steps between them cost little against its sites.
 constexpr int site_block = 256;
 
-// Polynomials of `count` sites at given distances from the bases of their pieces, whose coefficients stand in
+// Polynomials of `count` sites at given distances from the bases of their pieces, whose coefficients are in
 // rows. pieces and distances are readable up to a multiple of 16. Column c of site i goes to
 // out[i * site_stride + c * column_stride]; one of the two strides is 1.
 template <class Real>
@@ -24,13 +24,12 @@ struct evaluation_loops {
   // By order - 2, and by the set of derivatives as bits: 1 the value, 2 the first, 4 the second, 8 the third.
   polynomial_loop<Real>* polynomials[3][16];
   // Pieces of cells, those outside 1 ... last + 1 as the nearest, and the distances of sites from their bases
-  // x[piece] or first + piece * step. Cells are readable, pieces and distances have room, up to a multiple of
-  // 16.
+  // x[piece] or first + piece * step. Pieces and distances have room up to a multiple of 16.
   void (*locate_given)(const Real* sites, const int32_t* cells, int count, int32_t last, const Real* x,
                        int32_t* pieces, Real* distances);
   void (*locate_uniform)(const Real* sites, const int32_t* cells, int count, int32_t last, Real first,
                          Real step, int32_t* pieces, Real* distances);
-  // `columns` columns of `count` values, `pitch` apart, as rows behind out, `stride` apart. The columns are
+  // `columns` columns of `count` values, `pitch` apart, as rows from out on, `stride` apart. The columns are
   // readable up to a multiple of 16.
   void (*as_rows)(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride);
 };

@@ -27,7 +27,7 @@ struct located_sites {
 
 // A cell outside the partition takes the nearest polynomial, so that ends are carried on; cells of a caller's
 // hook that are outside every range do so, too. A Subbotin spline has its pieces around the points: the loop
-// is told piece + 1 for a cell.
+// gets piece + 1 for a cell.
 template <class Real>
 void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind, int count,
             const Real* sites, const int32_t* cells, located_sites<Real>& at) {

@@ -9,7 +9,7 @@
 
 namespace tmk::fitting {
 
-// Derivatives of orders 0 to 3 as bits, ascending orders in ascending columns; behind them columns of higher
+// Derivatives of orders 0 to 3 as bits, ascending orders in ascending columns; after them columns of higher
 // ones, which are zero. `stride` is the count of results of a site and function that the caller reckons with,
 // the sum of the entries of dorder: with entries above 1 it is more than there are columns.
 struct derivative_request {

@@ -61,14 +61,14 @@ void evaluate(const Real* rows, const int32_t* pieces, const Real* distances, in
   }
 }
 
-inline f64 as_reals(const int32_t* p, double) {
-  return load_signed_words(reinterpret_cast<const uint32_t*>(p));
-}
-inline f32 as_reals(const int32_t* p, float) { return xsimd::to_float(load(p)); }
-
+// Pieces past the last cell are 0: registers that are not full read coefficients there.
 inline void pieces_of_cells(const int32_t* cells, int count, int32_t last, int32_t* pieces) {
-  for (int i = 0; i < count; i += lanes<int32_t>)
+  constexpr int widest = 16;
+  int i = 0;
+  for (; i + lanes<int32_t> <= count; i += lanes<int32_t>)
     store(pieces + i, xsimd::max(xsimd::min(load(cells + i) - 1, i32(last)), i32(0)));
+  for (; i < count; ++i) pieces[i] = std::clamp(cells[i] - 1, 0, last);
+  for (; i % widest != 0; ++i) pieces[i] = 0;
 }
 
 template <class Real, class Base>
@@ -91,11 +91,11 @@ template <class Real>
 void locate_uniform(const Real* sites, const int32_t* cells, int count, int32_t last, Real first, Real step,
                     int32_t* pieces, Real* distances) {
   locate(sites, cells, count, last, pieces, distances, [&](const int32_t* piece) {
-    return xsimd::fma(as_reals(piece, Real()), batch<Real>(step), batch<Real>(first));
+    return xsimd::fma(load_as<Real>(piece), batch<Real>(step), batch<Real>(first));
   });
 }
 
-// `Columns` columns beside each other, and what is left of a register of sites one by one.
+// `Columns` columns side by side, and what is left of a register of sites one by one.
 template <int Columns, class Real>
 void columns_as_rows(const Real* column, ptrdiff_t pitch, int count, Real* out, ptrdiff_t stride) {
   int i = 0;

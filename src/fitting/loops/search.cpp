@@ -5,6 +5,7 @@
 #include "fitting/search/loops.hpp"
 #include "fitting/search/walk.hpp"
 #include "platform/simd_integer.hpp"
+#include "platform/simd_rows.hpp"
 
 namespace tmk::fitting {
 inline namespace TMK_TIER {
@@ -54,22 +55,32 @@ void uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search
   for (int k = 0; k < n - i; ++k) cells[i + k] = rest[k];
 }
 
-// A start in proportion, one step either way without a branch, since which one is needed is a matter of
-// chance, and a walk for the sites that this does not bring home: those outside, and the last point, among
-// them.
+// A start in proportion, which is the cell where the points are known to be even and the site is clear of
+// them, or where the points say so: a group of such sites is done. The others go one step either way without
+// a branch, since which one is needed is a matter of chance, and sites that this does not bring home walk:
+// those outside, and the last point, among them.
 template <class Real>
 void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
                    int32_t* cells) {
   using real = batch<Real>;
   // A single holds not every count; one that it rounded down keeps starts within 1 and nx - 1.
   const ptrdiff_t low_bits = sizeof(Real) == 4 && nx > (1 << 24) ? 0xFF : 0;
-  const real top(static_cast<Real>((nx - 2) & ~low_bits));
+  const real top(static_cast<Real>((nx - 2) & ~low_bits)), middle(Real(-0.5)), trusted(state->trusted);
   for (ptrdiff_t i = 0; i < n; i += group<Real>) {
     const int count = static_cast<int>(std::min<ptrdiff_t>(n - i, group<Real>));
     int32_t start[group<Real>];
+    auto home = lane_mask<Real>(true);
     for (int k = 0; k < count; k += lanes<Real>) {
       const real t = load_partial(sites + i + k, std::min(count - k, lanes<Real>), x[0]);
-      store_truncated(start + k, xsimd::min(xsimd::max((t - x[0]) * state->rate, real(0)), top), 1);
+      const real place = xsimd::min(xsimd::max((t - x[0]) * state->rate, real(0)), top);
+      store_truncated(start + k, place, 1);
+      auto sure = xsimd::abs(place - load_as<Real>(start + k) - middle) < trusted;
+      if (!every<Real>(sure)) sure = (load_at(x - 1, start + k) <= t) & (t < load_at(x, start + k));
+      home = home & sure;
+    }
+    if (every<Real>(home)) {
+      std::copy_n(start, count, cells + i);
+      continue;
     }
     for (int k = 0; k < count; ++k) {
       const Real t = sites[i + k];
@@ -83,15 +94,33 @@ void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, 
   }
 }
 
+// low[k] to the first point above t[k], or to low[k] + width where all before are not above: side by side,
+// since which half is next is a matter of chance, and a branch for it would be mispredicted every other time.
+// Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 + 1 on either side.
+constexpr int side_by_side = 16;
+template <class Real, int Sites>
+[[gnu::always_inline]] inline void bisect_together(const Real* (&low)[Sites], ptrdiff_t width,
+                                                   const Real* t) {
+  for (; width > 0; width /= 2) {
+    const ptrdiff_t half = (width + 1) / 2;
+#pragma GCC unroll 16
+    for (int k = 0; k < Sites; ++k) {
+      const Real* const next = low[k] + half;
+      low[k] = __builtin_expect_with_probability(next[-1] <= t[k], 1, 0.5) ? next : low[k];
+    }
+  }
+}
+
 // Merges sites and points. A group between two points is one comparison; within reach of the running cell
-// each point counts for the sites of a group at or above it; sparse sites walk.
+// each point counts for the sites of a group at or above it; groups that reach farther are bisected, a batch
+// of sites at a time, between the running cell and a point past their end.
 template <class Real>
 void sorted(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
             int32_t* cells) {
   using real = batch<Real>;
-  constexpr int count = group<Real>, reach = 2 * count;
+  constexpr int count = group<Real>, reach = count + count / 2, together = std::min(count, side_by_side);
   const Real last = x[nx - 1];
-  ptrdiff_t cell = state->cell, i = 0;
+  ptrdiff_t cell = state->cell, i = 0, passed_before = reach;
   const auto walk_to = [&](ptrdiff_t end) {
     for (; i < end; ++i) {
       cell = sites[i] == last ? nx - 1 : walk_up(x, cell, nx, sites[i]);
@@ -105,16 +134,23 @@ void sorted(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_
       i += count;
       continue;
     }
-    // Also where the end of the group is a NaN.
-    if (!(t_end < last)) {
+    // Also where the end of the group is a NaN. Only sites in disorder lead to nx and end below the last
+    // point.
+    if (!(t_end < last) || cell == nx) {
       walk_to(i + count);
       continue;
     }
-    cell = walk_up(x, cell, nx, sites[i]);
-    const bool sparse = cell + reach < nx && x[cell + reach] <= t_end;
-    // Only sites in disorder begin above the last point and end below it.
-    if (sparse || cell == nx) {
-      walk_to(i + count);
+    if (cell + reach < nx && x[cell + reach] <= t_end) {
+      for (const ptrdiff_t end = i + count; i < end; i += together) {
+        ptrdiff_t width = passed_before + passed_before / 2;
+        while (width < nx - cell && x[cell + width] <= sites[i + together - 1]) width *= 2;
+        const Real* low[together];
+        std::fill_n(low, together, x + cell);
+        bisect_together(low, std::min(width, nx - cell), sites + i);
+        for (int k = 0; k < together; ++k) cells[i + k] = static_cast<int32_t>(low[k] - x);
+        passed_before = std::max<ptrdiff_t>(cells[i + together - 1] - cell, together);
+        cell = cells[i + together - 1];
+      }
       continue;
     }
     real t[registers], passed[registers];
@@ -154,11 +190,8 @@ void peak(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_st
   walk_to(i, n);
 }
 
-// Brackets by the bucket index, then bisections side by side without branches: which half is next is a matter
-// of chance. The widest bracket among the sites at hand serves them all, moved down where it would reach
-// behind the last point. Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 + 1 on
-// either side.
-constexpr int side_by_side = 16;
+// Brackets by the bucket index, then bisections side by side. The widest bracket among the sites at hand
+// serves them all, moved down where it would reach past the last point.
 template <class Real, int Sites>
 void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search_state<Real>& state,
                         const bucket* buckets, int32_t* cells) {
@@ -183,14 +216,7 @@ void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search
   const Real* const highest = x + (nx - 1 - width);
 #pragma GCC unroll 16
   for (int k = 0; k < Sites; ++k) low[k] = std::min(low[k], highest);
-  for (; width > 0; width /= 2) {
-    const ptrdiff_t half = (width + 1) / 2;
-#pragma GCC unroll 16
-    for (int k = 0; k < Sites; ++k) {
-      const Real* const behind = low[k] + half;
-      low[k] = __builtin_expect_with_probability(behind[-1] <= t[k], 1, 0.5) ? behind : low[k];
-    }
-  }
+  bisect_together(low, width, t);
 #pragma GCC unroll 16
   for (int k = 0; k < Sites; ++k) cells[k] = static_cast<int32_t>(low[k] - x);
   if (xsimd::any(outside))

@@ -1,5 +1,7 @@
 // The choice of a search method, and what the method needs to know.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "fitting/search/search.hpp"
 
@@ -30,7 +32,7 @@ struct choice {
         {task_.xhint == DF_PARTITION_UNIFORM, uniform},
         {task_.xhint == DF_PARTITION_QUASI_UNIFORM, quasi_uniform},
         {site_hint == DF_SITES_SORTED, sorted},
-        {search_hint == nullptr, hybrid},
+        {search_hint == nullptr, task_.even ? quasi_uniform : hybrid},
     };
     for (const auto& row : rows)
       if (row.holds) return static_cast<int32_t>(row.method);
@@ -42,7 +44,16 @@ struct choice {
   }
 };
 
-// An index made for more points than there are now would lead behind them.
+// The place in proportion and the place of a point are each off by some roundings of the count of points and
+// of the largest of them.
+template <class Real>
+Real trusted_distance(const task<Real>& t, Real rate) {
+  const Real largest = std::max(std::abs(t.x[0]), std::abs(t.x[t.nx - 1]));
+  return Real(0.5) - (even_within<Real> +
+                      (4 * static_cast<Real>(t.nx) + largest * rate) * std::numeric_limits<Real>::epsilon());
+}
+
+// An index made for more points than there are now would lead past them.
 template <class Real>
 bool index_usable(const task<Real>& task) {
   return task.nx > points_without_index && task.buckets != nullptr && task.nbuckets > 0 &&
@@ -70,6 +81,7 @@ int32_t choose_search(const task<Real>& task, int64_t site_hint, const Real* sea
       break;
     case quasi_uniform:
       state.rate = cells / (task.x[task.nx - 1] - task.x[0]);
+      if (task.even) state.trusted = trusted_distance(task, state.rate);
       break;
     case peak:
       // A single may have rounded the count of points up.

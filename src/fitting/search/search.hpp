@@ -34,12 +34,15 @@ struct hook_types<float> {
   using search = DFsSearchHook;
 };
 
-// What a method knows beside the partition. A thread has a copy of its own.
+// What a method knows besides the partition. A thread has a copy of its own.
 template <class Real>
 struct search_state {
   search_method method{};
   // Uniform and quasi-uniform: cells per unit of x, (nx - 1) / (last - first).
   Real rate{};
+  // Quasi-uniform: how far from the middle between two places of a grid, in steps, a site is known to lie
+  // between the points at these places; 0 where they may be anywhere.
+  Real trusted{};
   // Sorted: the cell of the site before, 0 at first. Sites below their predecessor get wrong cells.
   int32_t cell = 0;
   int32_t peak = 0;
