@@ -1,5 +1,5 @@
 // Edits of a task. Checks and stores alternate where a family of fields is edited at once: a call that fails
-// has changed what stands before the failure.
+// has changed what comes before the failure.
 #include "fitting/fields.hpp"
 #include "fitting/rows.hpp"
 #include "platform/checks.hpp"

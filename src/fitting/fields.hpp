@@ -17,7 +17,7 @@ constexpr bool is_ic_type(int64_t v) {
   return (v & DF_IC_KNOTS) != 0 || v == 0 || v == DF_IC_FIRST || v == DF_IC_SECOND;
 }
 
-// Values, by attribute from DF_NX on; those of both precisions stand at the same place. DF_AUX_FLAG, 32 bits
+// Values, by attribute from DF_NX on; those of both precisions are at the same place. DF_AUX_FLAG, 32 bits
 // wide, is not among them.
 struct value_row {
   int64_t task<double>::*field;
@@ -39,7 +39,7 @@ static_assert(DF_NX + sizeof value_rows / sizeof value_rows[0] == DF_AUX_FLAG);
 constexpr bool is_value(int64_t attribute) { return attribute >= DF_NX && attribute < DF_AUX_FLAG; }
 constexpr const value_row& value_row_of(int64_t attribute) { return value_rows[attribute - DF_NX]; }
 
-// Pointers, by attribute: those that lie in the record, and those behind an array of rows.
+// Pointers, by attribute: those that lie in the record, and those in an array of rows.
 template <class Real>
 struct pointer_row {
   const Real* task<Real>::*field;

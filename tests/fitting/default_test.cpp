@@ -9,7 +9,7 @@ class default_cubic : public testing::Test {};
 using both = testing::Types<double, float>;
 TYPED_TEST_SUITE(default_cubic, both);
 
-// The second derivatives of a cubic at the inner points give the cubic back, whatever the ends are told of
+// The second derivatives of a cubic at the inner points give the cubic back, whatever the ends are given
 // it; but a free right end keeps half of the bend before it.
 TYPED_TEST(default_cubic, cubics_by_their_second_derivatives) {
   using Real = TypeParam;

@@ -63,7 +63,7 @@ TYPED_TEST(integration, kinds_and_layouts) {
         }
 }
 
-// Short spans far behind large sums: each integral is as good as its own cells added up.
+// Short spans far after large sums: each integral is as good as its own cells added up.
 TYPED_TEST(integration, running_sums_keep_the_digits) {
   using Real = TypeParam;
   constexpr int64_t nx = 6000, n = 3000;

@@ -1,4 +1,4 @@
-// Linear splines: slopes on every road, and the cut into tiles.
+// Linear splines: slopes in every layout, and the cut into tiles.
 #include "fitting/construction_case.hpp"
 #include "threading/shuffled_threads.hpp"
 

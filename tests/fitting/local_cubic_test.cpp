@@ -42,8 +42,8 @@ slopes expected_slopes(const construction_case<Real>& c, family f, size_t j) {
     const wide bound = 3 * std::min(std::fabs(d0), std::fabs(d1));
     return d0 * d1 <= 0 || s * d0 <= 0 ? 0 : std::copysign(std::min(bound, std::fabs(s)), s);
   };
-  const auto weighted = [&](ptrdiff_t i, wide before, wide left, wide right, wide behind) {
-    const wide w1 = std::fabs(behind - right), w2 = std::fabs(left - before);
+  const auto weighted = [&](ptrdiff_t i, wide before, wide left, wide right, wide after) {
+    const wide w1 = std::fabs(after - right), w2 = std::fabs(left - before);
     r.tolerance[static_cast<size_t>(i)] *= 1 + steepest / (w1 + w2);
     r.s[static_cast<size_t>(i)] = (w1 * left + w2 * right) / (w1 + w2);
   };

@@ -1,4 +1,4 @@
-// Natural cubics beside a dense solve.
+// Natural cubics compared with a dense solve.
 #include "fitting/spline_properties.hpp"
 
 namespace tmk::tests {

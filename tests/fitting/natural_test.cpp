@@ -1,4 +1,4 @@
-// Natural cubics: the properties that leave one spline, on every road.
+// Natural cubics: the properties that leave one spline, in every kernel.
 #include "fitting/spline_properties.hpp"
 #include "threading/shuffled_threads.hpp"
 
@@ -41,7 +41,7 @@ void expect_spline_on_widths(const std::function<double(int64_t)>& width, bool m
     for (auto& p : s.points) p = -p;
   }
   if (std::adjacent_find(s.points.begin(), s.points.end(), std::greater_equal<Real>()) != s.points.end())
-    return;  // widths that singles cannot tell from 0
+    return;  // widths that are 0 in singles
   s.bc_type = bc_type;
   s.bc = {Real(0.75), Real(-1.5)};
   if (bc_type == DF_BC_PERIODIC) s.close();

@@ -31,7 +31,7 @@ struct wide_cell {
 };
 
 // Values at the points, slopes and second derivatives that agree on both sides, and the boundary conditions:
-// together they leave one spline. Errors are in units of rounding of what stands in a cell.
+// together they leave one spline. Errors are in units of rounding of what is in a cell.
 template <class Real>
 void expect_spline(const construction_case<Real>& s, int64_t j, wide allowed) {
   const wide unit = allowed * std::numeric_limits<Real>::epsilon();

@@ -133,7 +133,7 @@ TEST(fitting_task, pointers_by_attribute_and_index) {
     EXPECT_EQ(p, r.query == 0 ? r.pointer : other) << r.attribute << ' ' << r.index;
   }
   EXPECT_EQ(tmk_df_kernel_sQueryIdxPtr(t, DF_BC, 9, nullptr), DF_STATUS_NULL_RESULT);
-  // Fewer functions and more again: rows that were given stand, new ones are null, none lies outside.
+  // Fewer functions and more again: rows that were given stay, new ones are null, none lies outside.
   ASSERT_EQ(tmk_df_kernel_iEditVal(t, DF_NY, 1), 0);
   ASSERT_EQ(tmk_df_kernel_iEditVal(t, DF_NY, 40), 0);
   ASSERT_EQ(tmk_df_kernel_sQueryIdxPtr(t, DF_Y, 2, &p), 0);

@@ -1,6 +1,8 @@
 // Akima's cubics: the slope at a point is a mean of its two neighbours, each weighted by how little the
 // differences change on its own side (Akima, J. ACM 17, 1970). At the second and the last but one point,
-// where an outer difference is missing, the frame's continuation by equal changes stands for it.
+// where an outer difference is missing, the frame's continuation by equal changes takes its place.
+#include "fitting/construction/akima.hpp"
+
 #include <cmath>
 
 #include "fitting/construction/local_cubic.hpp"
@@ -33,7 +35,24 @@ struct akima {
   static constexpr end_function<Real>* at_unset = continued_end<Real>;
 };
 
+// The interface's 1e-10 is a matter of scale: where slopes are large, rounding decides at a corner between
+// two straight parts, where they are small nothing does.
+struct akima_of_any_scale : akima {
+  template <class Real>
+  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule =
+      &local_cubic_loops<Real>::akima_by_noise;
+};
+
 }  // namespace
+
+template <class Real>
+int32_t construct_akima_of_any_scale(DFTask* task, int64_t /*format*/, int64_t method,
+                                     const ThreadingService* threading) {
+  return construct<local_cubic<akima_of_any_scale>, Real>(task, method, threading);
+}
+template int32_t construct_akima_of_any_scale<double>(DFTask*, int64_t, int64_t, const ThreadingService*);
+template int32_t construct_akima_of_any_scale<float>(DFTask*, int64_t, int64_t, const ThreadingService*);
+
 }  // namespace tmk::fitting
 
 TMK_DF_CONSTRUCTOR(AkimaCubicSpline, local_cubic<tmk::fitting::akima>)

@@ -1,4 +1,4 @@
-// The slope at an end of a local cubic, by boundary condition: tables of functions that see their end from
+// The slope at an end of a local cubic, by boundary condition: tables of functions that take their end from
 // outside in, so that one function serves both.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The rows that the ends of a natural cubic add to its system: diagonal, what stands beside it, right side.
+// The rows that the ends of a natural cubic add to its system: diagonal, its neighbour, right side.
 #pragma once
 
 #include "fitting/construction/frame.hpp"
@@ -25,7 +25,7 @@ constexpr both_ends end_conditions(boundary index, ptrdiff_t cells) {
   return index == free_end && cells == 1 ? table[periodic] : table[index];
 }
 
-// The cell at an end and the one beside it: widths w in any unit, divided differences d. `reach` is the width
+// The cell at an end and its neighbour: widths w in any unit, divided differences d. `reach` is the width
 // in the unit of x, negative at the left end.
 template <class Real>
 struct outer_cells {
@@ -34,7 +34,7 @@ struct outer_cells {
 
 template <class Real>
 struct end_row_elements {
-  Real diagonal, beside;
+  Real diagonal, neighbour;
 };
 
 template <class Real>

@@ -1,5 +1,5 @@
 // What all constructors share: checks in order, the index into a family's table of kernels, the view of one
-// function whatever its layout, and the road to the caller's threads.
+// function whatever its layout, and the way to the caller's threads.
 #pragma once
 
 #include <algorithm>
@@ -69,7 +69,7 @@ int32_t check_cubic(const task<Real>& t, int64_t least_nx, bool may_be_unset) {
                        {lacks_boundary_values(t), DF_STATUS_NULL_BC}});
 }
 
-// Where the kernel of a task stands: rows * 2 + uniform in tables of four, and (rows * 2 + uniform) * 7 +
+// The index of a task's kernel: rows * 2 + uniform in tables of four, and (rows * 2 + uniform) * 7 +
 // boundary in tables of 28.
 template <class Real>
 int grid_index(const task<Real>& t) {
@@ -128,7 +128,7 @@ bool all_close(const task<Real>& t) {
 }
 
 // Whether a cubic's coefficients are better written past the caches, which could not hold them; the stores
-// that do so want 16-byte alignment.
+// that do so need 16-byte alignment.
 template <class Real>
 bool passes_caches(const task<Real>& t) {
   constexpr ptrdiff_t cached_elements = (ptrdiff_t{8} << 20) / static_cast<ptrdiff_t>(sizeof(Real));
@@ -164,7 +164,7 @@ bool any_missing(Real* const* rows, ptrdiff_t count) {
   return rows == nullptr || std::find(rows, rows + count, nullptr) != rows + count;
 }
 
-// The road from an exported constructor into a family: check(task, method) has the family's own conditions,
+// From an exported constructor into a family: check(task, method) has the family's own conditions,
 // construct(task, method, service) does the work. Pointers that a kernel would follow blindly are looked at
 // last.
 template <class Family, class Real>

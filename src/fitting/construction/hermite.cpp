@@ -6,7 +6,7 @@
 namespace tmk::fitting {
 namespace {
 
-// The slope where a period closes is the caller's too; for want of one, that of a parabola.
+// The slope where a period closes is the caller's too; without one, that of a parabola.
 template <class Real>
 Real periodic_end(const spline_end<Real>& e) {
   return e.bc != nullptr ? e.bc[0] : ends::periodic_parabola(e);

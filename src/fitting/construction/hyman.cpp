@@ -12,7 +12,8 @@ namespace {
 template <class Real>
 Real filtered_end(const spline_end<Real>& e) {
   const Real s = ends::end_cubic(e), d = e.cell.slope;
-  return s * d <= 0 ? Real(0) : std::copysign(std::min(std::abs(s), 3 * std::abs(d)), s);
+  const bool turns = (s <= 0 && d >= 0) || (s >= 0 && d <= 0);
+  return turns ? Real(0) : std::copysign(std::min(std::abs(s), 3 * std::abs(d)), s);
 }
 
 struct hyman {

@@ -51,11 +51,12 @@ class local_cubic_job {
         r_(h_ + row_length(n_)),
         y_(r_ + row_length(n_)),
         d_(y_ + row_length(n_)),
-        s_(d_ + row_length(n_)) {}
+        s_(d_ + row_length(n_)),
+        noise_(s_ + row_length(n_)) {}
 
   // The rows of a thread: zeros where registers read beyond what is computed, and the widths of a uniform
   // partition.
-  static constexpr int rows = 5;
+  static constexpr int rows = 6;
   static ptrdiff_t row_length(ptrdiff_t n) {
     return std::min(strip_cells, n / row_unit * row_unit + row_unit) + 2 * row_margin;
   }
@@ -89,7 +90,7 @@ class local_cubic_job {
     if (p_.rule != nullptr) {
       done = std::min(last - at.cell, b - at.knot) / row_unit * row_unit;
       const ptrdiff_t cell = at.cell - a, knot = at.knot - a;
-      p_.rule->together[with_widths]({p_.t.x + at.cell * with_widths, values + cell, values, rows_at(cell),
+      p_.rule->together[with_widths]({points_from(at.cell), values + cell, values, rows_at(cell),
                                       rows_at(knot), rows_at(0), c, p_.past_caches},
                                      static_cast<int>(done));
       at.cell += done;
@@ -97,7 +98,7 @@ class local_cubic_job {
     }
     prepare_slopes(at, values, with_widths, last, b + 1);
     if (b == n_ - 1) s_[b - a] = p_.ends[1](end_of(y, 1, s_[b - a - 1]));
-    const auto [h, r, d, s] = rows_at(done);
+    const auto [h, r, d, s, noise] = rows_at(done);
     local_cubic_loops_now<Real>().cells(values + done, s, d, r, static_cast<int>(b - a - done),
                                         p_.past_caches, c + 4 * done);
   }
@@ -108,18 +109,22 @@ class local_cubic_job {
     ptrdiff_t first, cell, knot;
   };
 
-  row_places<Real> rows_at(ptrdiff_t i) const { return {h_ + i, r_ + i, d_ + i, s_ + i}; }
+  row_places<Real> rows_at(ptrdiff_t i) const { return {h_ + i, r_ + i, d_ + i, s_ + i, noise_ + i}; }
+  const Real* points_from(ptrdiff_t cell) const { return p_.uniform ? nullptr : p_.t.x + cell; }
 
   void prepare_slopes(stages& at, const Real* values, bool with_widths, ptrdiff_t cell_end,
                       ptrdiff_t knot_end) {
     const auto& loops = local_cubic_loops_now<Real>();
     const auto cells = rows_at(at.cell - at.first), knots = rows_at(at.knot - at.first);
     const int count = static_cast<int>(cell_end - at.cell);
+    const Real* const y = values + (at.cell - at.first);
     if (with_widths) loops.widths(p_.t.x + at.cell, count, cells.h, cells.r);
-    loops.slopes(values + (at.cell - at.first), cells.r, count, cells.d);
+    loops.slopes(y, cells.r, count, cells.d);
+    if (p_.rule != nullptr && p_.rule->noise != nullptr)
+      p_.rule->noise(points_from(at.cell), y, cells.r, cells.d, count, cells.noise);
     continue_slopes(at.first, cell_end);
     if (p_.rule != nullptr)
-      p_.rule->knots(knots.h, knots.d, static_cast<int>(knot_end - at.knot), knots.s);
+      p_.rule->knots(knots.h, knots.d, knots.noise, static_cast<int>(knot_end - at.knot), knots.s);
     else
       for (ptrdiff_t i = std::max<ptrdiff_t>(at.knot, 1); i < std::min(knot_end, n_ - 1); ++i)
         s_[i - at.first] = p_.t.ic[i - 1];
@@ -136,10 +141,14 @@ class local_cubic_job {
 
   // A cell outside either end, its divided difference in line with the last two.
   void continue_slopes(ptrdiff_t a, ptrdiff_t cells_end) {
-    if (a == 0) d_[-1] = 2 * d_[0] - d_[1];
+    if (a == 0) {
+      d_[-1] = 2 * d_[0] - d_[1];
+      noise_[-1] = 2 * noise_[0] + noise_[1];
+    }
     if (cells_end == n_ - 1) {
-      Real* d = d_ + (n_ - 1 - a);
+      Real *d = d_ + (n_ - 1 - a), *noise = noise_ + (n_ - 1 - a);
       d[0] = 2 * d[-1] - d[-2];
+      noise[0] = 2 * noise[-1] + noise[-2];
     }
   }
 
@@ -159,7 +168,7 @@ class local_cubic_job {
   const plan& p_;
   const ptrdiff_t n_;
   const Real step_;
-  Real *h_, *r_, *y_, *d_, *s_;
+  Real *h_, *r_, *y_, *d_, *s_, *noise_;
 };
 
 template <class Family>

@@ -1,4 +1,4 @@
-// Natural cubics: the constructor, its kernels, and the roads of one thread and of many. They are twice
+// Natural cubics: the constructor, its kernels, and the ways of one thread and of many. They are twice
 // continuously differentiable; their slopes s at the knots solve a tridiagonal system,
 //   h[i] s[i-1] + 2 (h[i-1] + h[i]) s[i] + h[i-1] s[i+1] = 3 (h[i] d[i-1] + h[i-1] d[i])
 // with widths h and divided differences d; the rows of the ends say the boundary conditions.

@@ -1,14 +1,14 @@
 // Natural cubics of many points, cut into panels.
 //
-// Off the diagonal a row of the system weighs half of what stands on it, so that a slope is felt k knots away
+// Off the diagonal a row of the system weighs half of what is on it, so that a slope is felt k knots away
 // by at most 2^-k of itself, and commonly 0.27^k. Panels are therefore solved by themselves, each with
 // `reach` more knots on either side and the divided difference for the slope where these end: that is
 // forgotten below rounding. A group of panels is solved in the lanes of registers, where one recurrence would
 // leave the processor waiting, and stays in cache. A period is nothing but panels that reach around.
 //
 // Slopes are as large as widths are small. Where widths grow two or three times from knot to knot and on,
-// what is forgotten of a slope beyond is still much for the slopes within. The factors tell how much is left
-// (forgets_ends), and a partition that remembers is not for this road.
+// what is forgotten of a slope beyond is still much for the slopes within. The factors give how much is left
+// (forgets_ends), and a partition that remembers is not for panels.
 #pragma once
 
 #include <cmath>
@@ -57,11 +57,11 @@ class natural_panels {
         [&](int side, ptrdiff_t at) {
           const ptrdiff_t outer = at - side * lanes, next = outer + (side == 0 ? lanes : -lanes);
           const auto row = end_row(end_conditions(index_, cells_)[side], w[outer], w[next]);
-          const Real pivot = side == 0 ? row.diagonal : row.diagonal - row.beside * m.g[at - lanes];
+          const Real pivot = side == 0 ? row.diagonal : row.diagonal - row.neighbour * m.g[at - lanes];
           good &= pivot != 0;
           end_reciprocal_[side] = 1 / pivot;
           (side == 0 ? m.e : m.g)[at] = 0;
-          (side == 0 ? m.g : m.e)[at] = row.beside / pivot;
+          (side == 0 ? m.g : m.e)[at] = row.neighbour / pivot;
         });
     if (!good) return DF_STATUS_SOLVER_FAILED;
     see_memory(group, m, w);
@@ -70,7 +70,7 @@ class natural_panels {
     return DF_STATUS_OK;
   }
 
-  // Whether panels can be solved by themselves, as far as the groups that are factored tell; no more groups
+  // Whether panels can be solved by themselves, as far as the groups that are factored show; no more groups
   // turn a no into a yes. Points that do not ascend remember everything.
   bool forgets_ends() const { return remembered_ <= std::numeric_limits<Real>::epsilon() / 4 * least_width_; }
 
@@ -133,7 +133,7 @@ class natural_panels {
 
   ptrdiff_t first_of(ptrdiff_t group, ptrdiff_t lane) const { return own(group * lanes + lane) - reach; }
 
-  // Rows of what lanes have at knots or cells 0 ... last: from where it stands, or by value(i) through rows
+  // Rows of what lanes have at knots or cells 0 ... last: from its place, or by value(i) through rows
   // of their own in `spare`. Beyond an end without a period, the last one goes on.
   template <class Value>
   void fill(ptrdiff_t group, Real* to, Real* spare, ptrdiff_t last, const Real* direct, Value&& value) const {
@@ -176,7 +176,7 @@ class natural_panels {
     natural_loops_now<Real>().separate(from + reach * lanes, least_own_ + 2, row);
   }
 
-  // run(first, end) on rows but the first and the last; end_at(side, element) behind the row of an end.
+  // run(first, end) on rows but the first and the last; end_at(side, element) after the row of an end.
   template <class Run, class EndAt>
   void each_piece(ptrdiff_t group, Run&& run, EndAt&& end_at) const {
     ptrdiff_t next = 1;
@@ -207,7 +207,7 @@ class natural_panels {
       left[k] = has_left_end(group) && k == 0 ? 0 : std::max(w[own - lanes], w[own]);
       right[k] = has_right_end(group) && k == lanes - 1 ? 0 : std::max(w[end - lanes], w[end]);
     }
-    // Behind the panels' longest; a row more would only forget more.
+    // Past the panels' longest; a row more would only forget more.
     const ptrdiff_t first = reach + least_own_ + 1;
     for (ptrdiff_t i = 0; i < reach; ++i)
       for (ptrdiff_t k = 0; k < lanes; ++k) {

@@ -45,8 +45,8 @@ class natural_whole {
     const auto left = end_row(conditions[0], m.w[0], m.w[last > 0]);
     const auto right = end_row(conditions[1], m.w[last], m.w[last - (last > 0)]);
     m.d[0] = left.diagonal;
-    m.du[0] = left.beside;
-    m.dl[last] = right.beside;
+    m.du[0] = left.neighbour;
+    m.dl[last] = right.neighbour;
     m.d[length_] = right.diagonal;
     if (settled_by_choice()) m.dl[0] = m.du[1] = 0;
     return linalg::factor<Real>({length_ + 1, m.dl, m.d, m.du}) == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
@@ -71,7 +71,7 @@ class natural_whole {
   };
   system system_at(Real* p) const { return {p, p + row_, p + 2 * row_, p + 3 * row_, p + 4 * row_}; }
 
-  // f(i, the cell or knot that stands at i).
+  // f(i, the cell or knot at i).
   template <class Function>
   void each_place(ptrdiff_t count, Function&& f) const {
     ptrdiff_t place = reach_ == 0 ? 0 : cells_ - 1 - (reach_ - 1) % cells_;
