@@ -9,12 +9,12 @@
 //   s.extrapolate(tmk::side::left, tmk::extrapolation::constant);
 //
 // A spline owns what it needs; x and y may go. It never changes but by extrapolate: copies share what they
-// hold, and all const members may run in several threads at once. One that was moved from may only be
-// assigned to or destroyed. Inside a parallel_scope, long calls use its threads.
+// hold, a move is a copy, and all const members may run in several threads at once. Inside a parallel_scope,
+// long calls use its threads.
 //
 // x and y are checked at construction: x finite and strictly ascending, y finite, sizes that match, as many
-// points as the family needs. Calls check their sizes alone. A refused call throws tmk::error naming argument
-// and value and writes nothing.
+// points as the family needs, all coefficients finite. Calls check their sizes alone. A refused call throws
+// tmk::error naming argument and value and writes nothing.
 #pragma once
 
 #include <tmk/detail/spline_arguments.hpp>
@@ -76,6 +76,11 @@ namespace layout {
 using enum result_order;
 }
 
+namespace detail {
+// Throws for what is no side.
+family step_family(side from);
+}  // namespace detail
+
 /// The families, for double and float as y is. `x` is an array, or tmk::uniform(first, last, n); `y` is an
 /// array, or tmk::rows(Y) or tmk::columns(Y) of a matrix_view, a function in each row or column. An end
 /// without a condition takes the family's usual one; a right end that is not named takes the left's.
@@ -89,75 +94,83 @@ class spline_families {
 
  public:
   /// Straight lines between points. 2 points.
-  template <class Y>
-  static result<Y> linear(x_of<Y> x, const Y& y) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> linear(x_of<Y> x, const Y& y) {
     return {detail::family::linear, x, y, {}};
   }
 
   /// The value of the nearest point to the left (or right) of a site; at a point its own. 2 points.
-  template <class Y>
-  static result<Y> step(x_of<Y> x, const Y& y, side from = side::left) {
-    return {from == side::left ? detail::family::step_left : detail::family::step_right, x, y, {}};
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> step(x_of<Y> x, const Y& y, side from = side::left) {
+    return {detail::step_family(from), x, y, {}};
   }
 
   /// Parabolas with a continuous slope, knots at the points, given the slope at the left end: that of the
-  /// parabola through the first three points unless told. 2 points; `left` may be a first derivative.
-  template <class Y>
-  static result<Y> quadratic(x_of<Y> x, const Y& y, boundary left = {}) {
+  /// parabola through the first three points unless given. 2 points; `left` may be a first derivative.
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> quadratic(x_of<Y> x, const Y& y, boundary left = {}) {
     return {detail::family::quadratic, x, y, {.left = left}};
   }
 
   /// Parabolas with a continuous slope, knots midway between the points (Subbotin 1967). The usual ends have
   /// the slope of the parabola through the outer three points. 3 points.
-  template <class Y>
-  static result<Y> subbotin(x_of<Y> x, const Y& y, boundary left = {}, std::optional<boundary> right = {}) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> subbotin(x_of<Y> x, const Y& y, boundary left = {},
+                                          std::optional<boundary> right = {}) {
     return {detail::family::subbotin, x, y, {.left = left, .right = right.value_or(left)}};
   }
 
-  /// The cubic spline, twice continuously differentiable; free ends unless told. 2 points.
-  template <class Y>
-  static result<Y> natural(x_of<Y> x, const Y& y, boundary left = {}, std::optional<boundary> right = {}) {
+  /// The cubic spline, twice continuously differentiable; free ends unless given others. 2 points.
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> natural(x_of<Y> x, const Y& y, boundary left = {},
+                                         std::optional<boundary> right = {}) {
     return {detail::family::natural, x, y, {.left = left, .right = right.value_or(left)}};
   }
 
   /// The cubic spline without a knot at the second and last but one points. 3 points, and then a parabola.
-  template <class Y>
-  static result<Y> not_a_knot(x_of<Y> x, const Y& y) {
-    return natural(x, y, boundary::not_a_knot());
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> not_a_knot(x_of<Y> x, const Y& y) {
+    return {
+        detail::family::not_a_knot, x, y, {.left = boundary::not_a_knot(), .right = boundary::not_a_knot()}};
   }
 
   /// The cubic spline whose first two derivatives go on at the other end. 3 points.
-  template <class Y>
-  static result<Y> periodic(x_of<Y> x, const Y& y) {
-    return natural(x, y, boundary::periodic());
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> periodic(x_of<Y> x, const Y& y) {
+    return {detail::family::periodic, x, y, {.left = boundary::periodic(), .right = boundary::periodic()}};
   }
 
   /// Cubics of the first derivatives given at all points, or of the second; as y. 2 points.
-  template <class Y>
-  static result<Y> hermite(x_of<Y> x, const Y& y, like<Y> first_derivatives) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> hermite(x_of<Y> x, const Y& y, like<Y> first_derivatives) {
     return {detail::family::hermite, x, y, {.given = &first_derivatives}};
   }
-  template <class Y>
-  static result<Y> from_second_derivatives(x_of<Y> x, const Y& y, like<Y> second_derivatives) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> from_second_derivatives(x_of<Y> x, const Y& y, like<Y> second_derivatives) {
     return {detail::family::second_derivatives, x, y, {.given = &second_derivatives}};
   }
 
   /// Each slope is that of the parabola through a point and its neighbours (Bessel). 4 points.
-  template <class Y>
-  static result<Y> bessel(x_of<Y> x, const Y& y, boundary left = {}, std::optional<boundary> right = {}) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> bessel(x_of<Y> x, const Y& y, boundary left = {},
+                                        std::optional<boundary> right = {}) {
     return {detail::family::bessel, x, y, {.left = left, .right = right.value_or(left)}};
   }
 
-  /// Slopes by Akima (1970), who wanted no overshoot beside straight parts. 5 points.
-  template <class Y>
-  static result<Y> akima(x_of<Y> x, const Y& y, boundary left = {}, std::optional<boundary> right = {}) {
+  /// Slopes by Akima (1970), without overshoot next to straight parts: each a mean of its two differences,
+  /// each weighted by how straight its side is; the plain mean where both sides are straight within rounding.
+  /// 5 points.
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> akima(x_of<Y> x, const Y& y, boundary left = {},
+                                       std::optional<boundary> right = {}) {
     return {detail::family::akima, x, y, {.left = left, .right = right.value_or(left)}};
   }
 
   /// Bessel's slopes, limited so that the spline is monotone wherever the points are (Hyman 1983), at usual
   /// ends as well. 4 points.
-  template <class Y>
-  static result<Y> hyman(x_of<Y> x, const Y& y, boundary left = {}, std::optional<boundary> right = {}) {
+  template <detail::array_of_double_or_float Y>
+  [[nodiscard]] static result<Y> hyman(x_of<Y> x, const Y& y, boundary left = {},
+                                       std::optional<boundary> right = {}) {
     return {detail::family::hyman, x, y, {.left = left, .right = right.value_or(left)}};
   }
 };
@@ -169,16 +182,21 @@ class basic_spline : public spline_families {
   /// Of a function: values, as (t, 0), or derivatives at a site t outside; called in the evaluating thread.
   using outside_function = std::function<Real(Real site, std::size_t function, int derivative)>;
 
-  std::size_t functions() const;
-  std::size_t points() const;
-  Real first() const;  ///< ends of the partition
-  Real last() const;
+  // Copies share the core, and a move is a copy: what was moved from is still the spline that it was.
+  basic_spline(const basic_spline&) = default;
+  basic_spline& operator=(const basic_spline&) = default;
+  ~basic_spline() = default;
+
+  [[nodiscard]] std::size_t functions() const;
+  [[nodiscard]] std::size_t points() const;
+  [[nodiscard]] Real first() const;  ///< ends of the partition
+  [[nodiscard]] Real last() const;
 
   /// Value or derivative at one site, for a spline of one function.
-  Real operator()(Real site, int derivative = 0) const;
+  [[nodiscard]] Real operator()(Real site, int derivative = 0) const;
 
   /// Values at sites, an array or tmk::uniform(first, last, n): function by function. out has
-  /// functions() * sites elements. Sorted sites are seen, and are fastest.
+  /// functions() * sites elements. Ascending sites are found out, and are fastest.
   void operator()(const abscissae<Real>& sites, std::span<Real> out) const;
 
   /// Values and derivatives; out has functions() * sites * orders elements.
@@ -186,7 +204,7 @@ class basic_spline : public spline_families {
                 result_order order = layout::function_site_derivative) const;
 
   /// Integral from lo to hi, which may be the lower, for a spline of one function.
-  Real integrate(Real lo, Real hi) const;
+  [[nodiscard]] Real integrate(Real lo, Real hi) const;
 
   /// Integrals between pairs of limits: function by function. out has functions() * pairs elements.
   void integrate(std::span<const Real> lo, std::span<const Real> hi, std::span<Real> out) const;
@@ -198,8 +216,8 @@ class basic_spline : public spline_families {
 
   /// The polynomials, function by function and cell by cell: coefficients of (t - x[i])^0, (t - x[i])^1 ...
   /// of cell i, from x[i] to x[i+1]. A Subbotin spline has one around each point; a step function has none.
-  std::span<const Real> coefficients() const;
-  std::span<const Real> coefficients(std::size_t function) const;
+  [[nodiscard]] std::span<const Real> coefficients() const;
+  [[nodiscard]] std::span<const Real> coefficients(std::size_t function) const;
 
   /// What holds outside the partition at one side, in evaluations and in integrals. Returns *this.
   basic_spline& extrapolate(side which, extrapolation how);
@@ -209,6 +227,9 @@ class basic_spline : public spline_families {
   template <class Function>
   requires std::invocable<Function&, Real, std::size_t, int> || std::invocable<Function&, Real> basic_spline&
   extrapolate(side which, Function function) {
+    // A std::function may be empty.
+    if constexpr (requires { function.target_type(); })
+      if (!function) return extrapolate_by(which, nullptr);
     if constexpr (std::invocable<Function&, Real, std::size_t, int>)
       return extrapolate_by(which, std::move(function));
     else

@@ -3,17 +3,17 @@
 
 #include <tmk/abi/status.h>
 
-#include <limits>
 #include <new>
 
 #include "api/first_where.hpp"
 #include "api/state.hpp"
+#include "fitting/task.hpp"
 
 namespace tmk::detail {
 
 namespace {
 
-int32_t lent_threads() { return static_cast<int32_t>(state.threads); }
+int32_t allowed_threads() { return static_cast<int32_t>(state.threads); }
 
 }  // namespace
 
@@ -25,15 +25,15 @@ void check_fitting(const char* function, int32_t status) {
 }
 
 const ThreadingService* fitting_threads() {
-  static const ThreadingService lent = [] {
-    ThreadingService table = *tmk_threading_openmp();
-    table.MaxThreads = lent_threads;
-    return table;
+  static const ThreadingService table = [] {
+    ThreadingService openmp = *tmk_threading_openmp();
+    openmp.MaxThreads = allowed_threads;
+    return openmp;
   }();
-  return state.threads == 1 ? tmk_threading_serial() : &lent;
+  return state.threads == 1 ? tmk_threading_serial() : &table;
 }
 
-// A grid is not indexed; so points that need no index come as one, and are told later.
+// A grid is not indexed; so points that need no index come as one, and the hint is edited afterwards.
 template <class Real>
 fitting_task<Real>::fitting_task(const char* function, const partition<Real>& p, bool searched)
     : function_(function) {
@@ -47,11 +47,12 @@ fitting_task<Real>::fitting_task(const char* function, const partition<Real>& p,
   if (!searched && !p.grid) set(DF_XHINT, DF_PARTITION_UNKNOWN);
 }
 
-// By the kernels' own formula, so that its rounding counts, too.
+// By the kernels' own formula, so that its rounding counts, too. The grid gives cells alone: distances are
+// from the points.
 template <class Real>
 bool evenly_spaced(std::span<const Real> x) {
   const Real first = x.front(), step = (x.back() - first) / static_cast<Real>(x.size() - 1);
-  const Real reach = std::pow(std::numeric_limits<Real>::epsilon(), Real(2) / 3) * step;
+  const Real reach = fitting::even_within<Real> * step;
   const auto far = [&](std::size_t i) {
     return !(std::abs(x[i] - (first + static_cast<Real>(static_cast<int32_t>(i)) * step)) <= reach);
   };

@@ -27,7 +27,7 @@ constexpr auto twin(Double* d, Single* s) {
 // Throws for a negative status of the C interface, with its sentence.
 void check_fitting(const char* function, int32_t status);
 
-// A table of run slots for a call of this thread: as many threads as its parallel_scope lends.
+// A table of run slots for a call of this thread: as many threads as its parallel_scope allows.
 const ThreadingService* fitting_threads();
 
 struct delete_fitting_task {
@@ -75,14 +75,16 @@ struct spline_core {
   std::vector<Real> y;  // of a step function
   std::vector<Real> knots;
   std::unique_ptr<Real[]> coefficients;
-  bool grid = false;
   fitting_task<Real> task;
-  int smooth = 0;  // the highest derivative that does not jump at points
-  std::array<Real, 2> ends;
-  fitting_task<Real> even;  // over a grid in place of evenly spaced points; none elsewhere
+  Real point(std::size_t i) const {
+    return x.size() == points
+               ? x[i]
+               : first + static_cast<Real>(i) * ((last - first) / static_cast<Real>(points - 1));
+  }
+  bool even = false;  // a grid, or points so near one that a cell follows from a site's place in proportion
 };
 
-// x and y as a construction wants them, checked. `least` points.
+// x and y as a construction needs them, checked. `least` points.
 template <class Real>
 void check_points(const char* function, const abscissae<Real>& x, std::size_t least);
 template <class Real>
@@ -90,10 +92,13 @@ void check_functions(const char* function, const char* name, const function_set<
                      std::size_t functions);
 template <class Real>
 void check_periodic(const char* function, const function_set<Real>& y);
+// That every coefficient is a finite number; else names the cell that asks for more than the type holds.
+template <class Real>
+void check_coefficients(const spline_core<Real>& core, const function_set<Real>& y);
+void check_one_function(const char* function, std::size_t functions);
+void check_side(const char* function, const char* name, side which);
 
-// Whether no point is farther than epsilon^(2/3) of a step from its place on a uniform grid (4e-11 in
-// double): the grid in place of the points moves no value by more than that part of the difference of two
-// neighbours.
+// Whether no point is farther than fitting::even_within of a step from its place on a uniform grid.
 template <class Real>
 bool evenly_spaced(std::span<const Real> x);
 

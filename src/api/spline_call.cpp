@@ -39,7 +39,7 @@ int64_t boundary_code(const construction<Real>& c) {
 }
 
 template <class Real>
-bool wants_usual_slope(const construction<Real>& c) {
+bool needs_usual_slope(const construction<Real>& c) {
   return family_of<Real>(c.kind).usual_slope != nullptr && !leaves_ends_unset(c) &&
          (c.left.what == condition::usual || c.right.what == condition::usual);
 }
@@ -68,7 +68,7 @@ class caller {
         code_(boundary_code(c)),
         task_(c.function, c.over, false),
         constructor_(family_.construct) {
-    // Two points leave no interior derivative to give, and the constructors for given ones want it.
+    // Two points leave no interior derivative to give, and the constructors for given ones need it.
     const auto natural = family_of<Real>(family::natural).construct;
     if (c.over.points == 2 && c.given != nullptr) constructor_ = natural;
   }
@@ -118,7 +118,7 @@ class caller {
 
 template <class Real>
 void call_constructor(const construction<Real>& c, Real* coefficients) {
-  const bool singly = c.given != nullptr || wants_usual_slope(c);
+  const bool singly = c.given != nullptr || needs_usual_slope(c);
   const auto functions = static_cast<std::ptrdiff_t>(c.y.functions);
   if (!singly && functions > 1 && c.y.function_stride == 1 && c.y.point_stride == functions)
     return caller<Real>(c).all(c.y.data, c.y.functions, DF_COLUMNS, coefficients);

@@ -28,6 +28,18 @@ void check_grid(const char* function, const uniform_grid& grid) {
                number(grid.first));
 }
 
+// Zero times anything else is no zero; in as many sums as two registers of 32 bytes hold.
+template <class Real>
+bool all_finite(const Real* values, std::size_t n) {
+  constexpr std::size_t sums = 64 / sizeof(Real);
+  Real sum[sums] = {};
+  std::size_t i = 0;
+  for (; i + sums <= n; i += sums)
+    for (std::size_t k = 0; k < sums; ++k) sum[k] += values[i + k] * 0;
+  for (; i < n; ++i) sum[0] += values[i] * 0;
+  return std::all_of(sum, sum + sums, [](Real s) { return s == 0; });
+}
+
 template <class Real>
 void check_array(const char* function, std::span<const Real> x) {
   const std::size_t n = x.size();
@@ -38,7 +50,7 @@ void check_array(const char* function, std::span<const Real> x) {
   if (const std::size_t i = first_where<Real>(n - 1, falls);
       i != n - 1 && std::isfinite(x[i]) && std::isfinite(x[i + 1]))
     refuse(function, place("x", i + 1), number(x[i + 1]),
-           "is " + number(x[i + 1]) + " behind x[" + std::to_string(i) + "] = " + number(x[i]) +
+           "is " + number(x[i + 1]) + " after x[" + std::to_string(i) + "] = " + number(x[i]) +
                ", want strictly ascending numbers");
   else if (i != n - 1 || endless(0) || endless(n - 1)) {
     const std::size_t bad = first_where<Real>(n, endless);
@@ -112,6 +124,41 @@ void check_periodic(const char* function, const function_set<Real>& y) {
                  ", for the spline is periodic");
 }
 
+void check_one_function(const char* function, std::size_t functions) {
+  if (functions != 1)
+    refuse(function, "out", std::to_string(functions),
+           "is missing, and there are " + std::to_string(functions) + " functions");
+}
+
+void check_side(const char* function, const char* name, side which) {
+  const auto number = std::to_string(static_cast<int>(which));
+  if (which != side::left && which != side::right)
+    refuse(function, name, number, "is " + number + ", want side::left or side::right");
+}
+
+// Differences, reciprocal widths or their powers have left the range. In a cubic spline one such cell spoils
+// others, so the cell to name is the one that asks for most, not the first that holds no number.
+template <class Real>
+void check_coefficients(const spline_core<Real>& core, const function_set<Real>& y) {
+  const auto* c = core.coefficients.get();
+  const std::size_t count = core.row * core.functions;
+  if (all_finite(c, count)) return;
+  const auto* const bad = std::find_if(c, c + count, [](Real v) { return !std::isfinite(v); });
+  const std::size_t f = static_cast<std::size_t>(bad - c) / core.row;
+  const auto x = [&](std::size_t i) { return static_cast<long double>(core.point(i)); };
+  std::size_t cell = 0;
+  long double most = -1;
+  for (std::size_t i = 0; i + 1 < core.points; ++i) {
+    const long double h = x(i + 1) - x(i), rise = std::abs(static_cast<long double>(y(f, i + 1)) - y(f, i));
+    const long double size = std::max(1 / h, rise / std::pow(h, core.order - 1));
+    if (size > most) most = size, cell = i;
+  }
+  const auto end = [&](std::size_t i) { return "x[" + std::to_string(i) + "] = " + number(core.point(i)); };
+  refuse(core.name, place_in("y", y, f, cell + 1), number(y(f, cell + 1)),
+         "is " + number(y(f, cell + 1)) + ": in the cell from " + end(cell) + " to " + end(cell + 1) +
+             " coefficients leave the range of " + (sizeof(Real) == 8 ? "double" : "float"));
+}
+
 void check_output(const char* function, const char* name, const void* data, std::size_t size,
                   std::size_t want) {
   if (size != want)
@@ -126,6 +173,8 @@ template void check_points(const char*, const abscissae<float>&, std::size_t);
 template void check_functions(const char*, const char*, const function_set<double>&, std::size_t,
                               std::size_t);
 template void check_functions(const char*, const char*, const function_set<float>&, std::size_t, std::size_t);
+template void check_coefficients(const spline_core<double>&, const function_set<double>&);
+template void check_coefficients(const spline_core<float>&, const function_set<float>&);
 template void check_periodic(const char*, const function_set<double>&);
 template void check_periodic(const char*, const function_set<float>&);
 

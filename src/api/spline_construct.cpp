@@ -1,12 +1,10 @@
 // The C interface's constructors, so called that what comes out is what the field's books say. Where one of
-// its end formulas is another (see docs/decisions/spline-door.md), the door sets the slope itself, lays
-// points on behind the ends, or writes the polynomials.
+// its end formulas is another (see docs/decisions/spline-api.md), the slope is set here, points of the period
+// are added past the ends, or the polynomials are written.
 #include "api/spline_construct.hpp"
 
 #include <algorithm>
-#include <limits>
-
-#include "api/first_where.hpp"
+#include <cmath>
 
 namespace tmk::detail {
 
@@ -35,7 +33,7 @@ void parabola(const construction<Real>& c, Real* coefficients) {
   }
 }
 
-// A local family sees as far as two points: with two of the period's laid on at each end, its inner rule
+// A local family looks as far as two points: with two of the period's added past each end, its inner rule
 // makes the ends, too.
 template <class Real>
 void periodic_by_overlap(const construction<Real>& c, Real* coefficients) {
@@ -62,45 +60,15 @@ void periodic_by_overlap(const construction<Real>& c, Real* coefficients) {
     std::copy_n(rows.data() + f * wide_row + 4 * overlap, row, coefficients + f * row);
 }
 
-// Akima's rule in the kernels takes slopes that differ by less than 1e-10 as equal. Where all slopes of a
-// function are small that is too much; this is the power of two that brings them to 1, as far as numbers go.
-template <class Real>
-int enlargement(const construction<Real>& c, std::size_t f) {
-  constexpr Real small = Real(1) / 1024;
-  constexpr int most = std::numeric_limits<Real>::max_exponent - 2;
-  const std::size_t cells = c.over.points - 1;
-  const auto width = [&](std::size_t i) { return point(c.over, i + 1) - point(c.over, i); };
-  const auto rise = [&](std::size_t i) { return std::abs(c.y(f, i + 1) - c.y(f, i)); };
-  if (first_where<Real>(cells, [&](std::size_t i) { return rise(i) >= small * width(i); }) != cells) return 0;
-  Real slope = 0;
-  double size = std::max(std::abs(c.left.value), std::abs(c.right.value));
-  for (std::size_t i = 0; i < cells; ++i) {
-    slope = std::max(slope, rise(i) / width(i));
-    size = std::max<double>({size, std::abs(c.y(f, i)), std::abs(c.y(f, i + 1))});
-  }
-  return slope == 0 ? 0 : std::max(0, std::min({-std::ilogb(slope), most - std::ilogb(size), most}));
-}
-
-// The functions made larger, exactly, and their splines small again.
-template <class Real>
-void akima_enlarged(const construction<Real>& c, const std::vector<int>& powers, Real* coefficients) {
-  const std::size_t n = c.over.points, row = row_length(c);
-  std::vector<Real> y(n);
-  for (std::size_t f = 0; f < c.y.functions; ++f, coefficients += row) {
-    for (std::size_t i = 0; i < n; ++i) y[i] = std::ldexp(c.y(f, i), powers[f]);
-    construction<Real> larger = c;
-    larger.y = rows_in(y, 1);
-    for (boundary* b : {&larger.left, &larger.right}) b->value = std::ldexp(b->value, powers[f]);
-    call_constructor(larger, coefficients);
-    for (std::size_t i = 0; i < row; ++i) coefficients[i] = std::ldexp(coefficients[i], -powers[f]);
-  }
-}
-
 template <class Real>
 void check_conditions(const construction<Real>& c) {
-  for (const auto& [argument, value] : {std::pair("left", c.left.value), std::pair("right", c.right.value)})
-    if (!std::isfinite(value))
-      refuse(c.function, argument, number(value), "holds " + number(value) + ", want a finite number");
+  for (const auto& [argument, b] : {std::pair("left", c.left), std::pair("right", c.right)}) {
+    const auto code = std::to_string(static_cast<int>(b.what));
+    if (b.what < condition::usual || b.what > condition::periodic)
+      refuse(c.function, argument, code, "holds condition " + code + ", want a boundary::condition");
+    if (!std::isfinite(static_cast<Real>(b.value)))
+      refuse(c.function, argument, number(b.value), "holds " + number(b.value) + ", want a finite number");
+  }
   const bool whole = both_ends(c.left.what) || both_ends(c.right.what);
   const std::string points = std::to_string(c.over.points);
   const struct {
@@ -110,10 +78,11 @@ void check_conditions(const construction<Real>& c) {
     std::string complaint;
   } rows[] = {
       {whole && c.left.what != c.right.what, "right", "",
-       "and argument left differ, want not_a_knot and periodic at both ends or at none"},
+       "is not the condition of argument left, and not_a_knot and periodic hold at both ends or at none"},
       {c.kind == family::quadratic && c.left.what != condition::usual && c.left.what != condition::first,
-       "left", "", "is no first derivative, and no other is served"},
-      {c.kind == family::subbotin && whole, "left", "", "is no derivative, and no other is served"},
+       "left", "", "is not a first derivative, the one condition that the family has"},
+      {c.kind == family::subbotin && whole, "left", "",
+       "is neither a first nor a second derivative, the conditions that the family has"},
       {whole && c.over.points < 3, "x", points, "has " + points + " points, want 3 or more"},
   };
   for (const auto& row : rows)
@@ -135,12 +104,6 @@ void construct(const construction<Real>& c, Real* coefficients) {
     construction<Real> given = c;
     given.over = given_points(x);
     return construct(given, coefficients);
-  }
-  if (c.kind == family::akima) {
-    std::vector<int> powers(c.y.functions);
-    for (std::size_t k = 0; k < powers.size(); ++k) powers[k] = enlargement(c, k);
-    if (std::any_of(powers.begin(), powers.end(), [](int power) { return power != 0; }))
-      return akima_enlarged(c, powers, coefficients);
   }
   call_constructor(c, coefficients);
 }

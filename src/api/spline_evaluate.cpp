@@ -20,7 +20,7 @@ constexpr order_row order_rows[] = {
     {DF_FUNCTION_SITE_DERIVATIVE, true},  {DF_FUNCTION_DERIVATIVE_SITE, true},
 };
 
-// Where the results of a site stand.
+// Where the results of a site are.
 struct strides {
   std::size_t function, site, derivative;
 };
@@ -52,26 +52,29 @@ void check_sites(const char* function, const abscissae<Real>& sites) {
                    "has " + std::to_string(n) + " points, want at most 2147483647");
 }
 
+// Whether ascending sites are to be merged with the points: below one to four points a search of each site
+// costs no more, and on even points it never does.
 template <class Real>
-void interpolate(const detail::spline_core<Real>& core, const detail::outside_rules<Real>& rules,
-                 const abscissae<Real>& sites, std::span<const std::int32_t> orders, Real* out,
-                 int64_t layout) {
+bool merges(const detail::spline_core<Real>& core, std::size_t sites) {
+  return !core.even && sites >= core.points / 4;
+}
+
+template <class Real>
+void interpolate(const char* function, const detail::spline_core<Real>& core,
+                 const detail::outside_rules<Real>& rules, const abscissae<Real>& sites,
+                 std::span<const std::int32_t> orders, Real* out, int64_t layout) {
   if (sites.size() == 0) return;
   int32_t wanted[16] = {};
   for (const std::int32_t k : orders) wanted[k] = 1;
-  // Beside a point a grid may take the cell behind it, which shows in derivatives that jump.
-  const bool even = core.even.get() != nullptr && orders.back() <= core.smooth;
-  const auto& task = even ? core.even : core.task;
-  // Below the polynomials' degree every result depends on the site, and so a NaN spreads by itself. A walk
-  // along the points is worth the way where sites are not few.
-  const bool walks = !even && !core.grid && sites.size() >= core.points / 16;
-  const auto p = detail::prepare(core, rules, sites, {orders.back() < core.order - 1, walks});
+  const bool merged = merges(core, sites.size());
+  // Below the polynomials' degree every result depends on the site, and so a NaN spreads by itself.
+  const auto p = detail::prepare(core, rules, sites, {orders.back() < core.order - 1, merged});
   detail::check_fitting(
-      core.name, detail::twin<Real>(tmk_df_kernel_dDFInterpolate1D, tmk_df_kernel_sDFInterpolate1D)(
-                     task.get(), DF_INTERPOLATE_VALUES, 0, static_cast<int64_t>(p.values.size()),
-                     p.values.data(), detail::site_hint(p.ascending && walks), orders.back() + 1, 0, wanted,
-                     nullptr, out, layout, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                     nullptr, nullptr, detail::fitting_threads()));
+      function, detail::twin<Real>(tmk_df_kernel_dDFInterpolate1D, tmk_df_kernel_sDFInterpolate1D)(
+                    core.task.get(), DF_INTERPOLATE_VALUES, 0, static_cast<int64_t>(p.values.size()),
+                    p.values.data(), detail::site_hint(p.ascending && merged), orders.back() + 1, 0, wanted,
+                    nullptr, out, layout, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                    nullptr, nullptr, detail::fitting_threads()));
   const strides at = strides_of(layout, core.functions, p.values.size(), orders.size());
   for (const auto& s : p.strays)
     for (std::size_t f = 0; f < core.functions; ++f)
@@ -79,6 +82,18 @@ void interpolate(const detail::spline_core<Real>& core, const detail::outside_ru
         Real& result = out[f * at.function + s.index * at.site + k * at.derivative];
         result = detail::outside_value(core, s, f, orders[k], result);
       }
+}
+
+// The same into an array of the caller's, checked.
+template <class Real>
+void write(const char* function, const detail::spline_core<Real>& core,
+           const detail::outside_rules<Real>& rules, const abscissae<Real>& sites, const derivatives& orders,
+           std::span<Real> out, int64_t layout) {
+  check_sites(function, sites);
+  detail::check_output(function, "out", out.data(), out.size(),
+                       core.functions * sites.size() * orders.orders().size());
+  if (!sites.is_grid()) check_apart(function, out, sites.array(), "sites");
+  interpolate(function, core, rules, sites, orders.orders(), out.data(), layout);
 }
 
 }  // namespace
@@ -106,23 +121,24 @@ void basic_spline<Real>::evaluate(const abscissae<Real>& sites, const derivative
   if (row.one_function && functions() != 1)
     detail::refuse(function, "order", std::to_string(functions()),
                    "is for one function, but there are " + std::to_string(functions()));
-  check_sites(function, sites);
-  detail::check_output(function, "out", out.data(), out.size(),
-                       functions() * sites.size() * orders.orders().size());
-  if (!sites.is_grid()) check_apart(function, out, sites.array(), "sites");
-  interpolate(*core_, outside_, sites, orders.orders(), out.data(), row.hint);
+  write(function, *core_, outside_, sites, orders, out, row.hint);
 }
 
 template <class Real>
 void basic_spline<Real>::operator()(const abscissae<Real>& sites, std::span<Real> out) const {
-  evaluate(sites, {0}, out);
+  write<Real>("spline::operator()", *core_, outside_, sites, {0}, out, order_rows[0].hint);
 }
 
 template <class Real>
 Real basic_spline<Real>::operator()(Real site, int derivative) const {
+  constexpr auto function = "spline::operator()";
+  detail::check_one_function(function, functions());
+  if (derivative < 0 || derivative > 15)
+    detail::refuse(function, "derivative", std::to_string(derivative),
+                   "is " + std::to_string(derivative) + ", want 0 to 15");
   Real result = 0;
-  evaluate(std::span<const Real>(&site, 1), {derivative}, std::span<Real>(&result, 1),
-           layout::site_derivative);
+  interpolate<Real>(function, *core_, outside_, std::span<const Real>(&site, 1), {&derivative, 1}, &result,
+                    DF_FUNCTION_SITE_DERIVATIVE);
   return result;
 }
 
@@ -136,11 +152,11 @@ void basic_spline<Real>::cells(const abscissae<Real>& sites, std::span<std::int3
                           {"sites", {sites.array().data(), sites.size()}, sizeof(Real)}, false);
   if (sites.size() == 0) return;
   const detail::outside_rules<Real> carry_on{};
-  const bool walks = sites.size() >= core_->points / 16;
+  const bool merged = merges(*core_, sites.size());
   const auto p = detail::prepare(*core_, carry_on, sites, {true, true});
   detail::check_fitting(function, detail::twin<Real>(tmk_df_kernel_dDFSearch1D, tmk_df_kernel_sDFSearch1D)(
                                       core_->task.get(), 0, static_cast<int64_t>(p.values.size()),
-                                      p.values.data(), detail::site_hint(p.ascending && walks), nullptr,
+                                      p.values.data(), detail::site_hint(p.ascending && merged), nullptr,
                                       out.data(), nullptr, nullptr, detail::fitting_threads()));
   if (p.ascending && !std::isnan(p.values[0])) return;
   for (std::size_t i = 0; i < out.size(); ++i)
@@ -157,6 +173,8 @@ void basic_spline<Real>::cells(const abscissae<Real>& sites, std::span<std::int6
 
 template <class Real>
 basic_spline<Real>& basic_spline<Real>::extrapolate_by(side which, outside_function function) {
+  detail::check_side("spline::extrapolate", "which", which);
+  if (!function) detail::refuse("spline::extrapolate", "function", "null", "is null");
   outside_[which == side::left ? 0 : 1] = {extrapolation::polynomial, std::move(function), {}};
   return *this;
 }

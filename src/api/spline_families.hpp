@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "api/spline.hpp"
+#include "fitting/construction/akima.hpp"
 
 namespace tmk::detail {
 
@@ -40,42 +41,48 @@ using spline_constructor = int32_t(DFTask*, int64_t, int64_t, const ThreadingSer
 template <class Real>
 struct family_row {
   const char* name;
+  family kind;        // that of the constructor: not_a_knot and periodic are names of natural splines
   std::size_t least;  // points
   int64_t order, type;
   spline_constructor* construct;
   Real (*usual_slope)(const outer_cells<Real>&);  // null where a usual end is free
   bool local;                                     // slopes come from neighbours alone
-  bool unset;  // told no condition at either end, the constructor makes the usual ones
-  int smooth;  // the highest derivative that does not jump at points
+  bool unset;  // without a condition at either end the constructor makes the usual ones
 };
 
 // In the order of `family`.
 template <class Real>
 const family_row<Real>& family_of(family kind) {
   static constexpr auto
-      linear = twin<Real>(tmk_df_kernel_dDFLinearSpline1D, tmk_df_kernel_sDFLinearSpline1D),
-      quadratic = twin<Real>(tmk_df_kernel_dDFQuadraticSpline1D, tmk_df_kernel_sDFQuadraticSpline1D),
-      natural = twin<Real>(tmk_df_kernel_dDFNaturalCubicSpline1D, tmk_df_kernel_sDFNaturalCubicSpline1D),
-      hermite = twin<Real>(tmk_df_kernel_dDFHermiteCubicSpline1D, tmk_df_kernel_sDFHermiteCubicSpline1D),
-      by_second = twin<Real>(tmk_df_kernel_dDFDefaultCubicSpline1D, tmk_df_kernel_sDFDefaultCubicSpline1D),
-      bessel = twin<Real>(tmk_df_kernel_dDFBesselCubicSpline1D, tmk_df_kernel_sDFBesselCubicSpline1D),
-      akima = twin<Real>(tmk_df_kernel_dDFAkimaCubicSpline1D, tmk_df_kernel_sDFAkimaCubicSpline1D),
-      hyman = twin<Real>(tmk_df_kernel_dDFHymanCubicSpline1D, tmk_df_kernel_sDFHymanCubicSpline1D);
+      make_linear = twin<Real>(tmk_df_kernel_dDFLinearSpline1D, tmk_df_kernel_sDFLinearSpline1D),
+      make_quadratic = twin<Real>(tmk_df_kernel_dDFQuadraticSpline1D, tmk_df_kernel_sDFQuadraticSpline1D),
+      make_natural = twin<Real>(tmk_df_kernel_dDFNaturalCubicSpline1D, tmk_df_kernel_sDFNaturalCubicSpline1D),
+      make_hermite = twin<Real>(tmk_df_kernel_dDFHermiteCubicSpline1D, tmk_df_kernel_sDFHermiteCubicSpline1D),
+      make_default = twin<Real>(tmk_df_kernel_dDFDefaultCubicSpline1D, tmk_df_kernel_sDFDefaultCubicSpline1D),
+      make_bessel = twin<Real>(tmk_df_kernel_dDFBesselCubicSpline1D, tmk_df_kernel_sDFBesselCubicSpline1D),
+      make_hyman = twin<Real>(tmk_df_kernel_dDFHymanCubicSpline1D, tmk_df_kernel_sDFHymanCubicSpline1D);
+  using enum family;
   static constexpr family_row<Real> table[] = {
-      {"spline::linear", 2, DF_ORDER_LINEAR, DF_TYPE_STANDARD, linear, nullptr, false, false, 0},
-      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_RIGHT, nullptr, nullptr, false, false, -1},
-      {"spline::step", 2, DF_ORDER_NONE, DF_TYPE_STEP_LEFT, nullptr, nullptr, false, false, -1},
-      {"spline::quadratic", 2, DF_ORDER_QUADRATIC, DF_TYPE_STANDARD, quadratic, parabola_slope<Real>, false,
-       false, 1},
-      {"spline::subbotin", 3, DF_ORDER_QUADRATIC, DF_TYPE_SUBBOTIN, quadratic, parabola_slope<Real>, false,
-       false, 1},
-      {"spline::natural", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, natural, nullptr, false, false, 2},
-      {"spline::hermite", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hermite, nullptr, false, false, 1},
-      {"spline::from_second_derivatives", 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, by_second, nullptr, false,
-       false, 0},
-      {"spline::bessel", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, bessel, parabola_slope<Real>, true, true, 1},
-      {"spline::akima", 5, DF_ORDER_CUBIC, DF_TYPE_STANDARD, akima, akima_slope<Real>, true, true, 1},
-      {"spline::hyman", 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, hyman, hyman_slope<Real>, true, false, 1},
+      {"spline::linear", linear, 2, DF_ORDER_LINEAR, DF_TYPE_STANDARD, make_linear, nullptr, false, false},
+      {"spline::step", step_left, 2, DF_ORDER_NONE, DF_TYPE_STEP_RIGHT, nullptr, nullptr, false, false},
+      {"spline::step", step_right, 2, DF_ORDER_NONE, DF_TYPE_STEP_LEFT, nullptr, nullptr, false, false},
+      {"spline::quadratic", quadratic, 2, DF_ORDER_QUADRATIC, DF_TYPE_STANDARD, make_quadratic,
+       parabola_slope<Real>, false, false},
+      {"spline::subbotin", subbotin, 3, DF_ORDER_QUADRATIC, DF_TYPE_SUBBOTIN, make_quadratic,
+       parabola_slope<Real>, false, false},
+      {"spline::natural", natural, 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_natural, nullptr, false, false},
+      {"spline::hermite", hermite, 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_hermite, nullptr, false, false},
+      {"spline::from_second_derivatives", second_derivatives, 2, DF_ORDER_CUBIC, DF_TYPE_STANDARD,
+       make_default, nullptr, false, false},
+      {"spline::bessel", bessel, 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_bessel, parabola_slope<Real>, true,
+       true},
+      {"spline::akima", akima, 5, DF_ORDER_CUBIC, DF_TYPE_STANDARD,
+       fitting::construct_akima_of_any_scale<Real>, akima_slope<Real>, true, true},
+      {"spline::hyman", hyman, 4, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_hyman, hyman_slope<Real>, true,
+       false},
+      {"spline::not_a_knot", natural, 3, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_natural, nullptr, false,
+       false},
+      {"spline::periodic", natural, 3, DF_ORDER_CUBIC, DF_TYPE_STANDARD, make_natural, nullptr, false, false},
   };
   return table[static_cast<std::size_t>(kind)];
 }

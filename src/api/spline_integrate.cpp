@@ -11,7 +11,7 @@ template <class Real>
 void integrate_inside(const detail::spline_core<Real>& core, std::span<const Real> lo, bool lo_ascends,
                       std::span<const Real> hi, bool hi_ascends, Real* out) {
   detail::check_fitting(
-      core.name,
+      "spline::integrate",
       detail::twin<Real>(tmk_df_kernel_dDFIntegrate1D, tmk_df_kernel_sDFIntegrate1D)(
           core.task.get(), 0, static_cast<int64_t>(lo.size()), lo.data(), detail::site_hint(lo_ascends),
           hi.data(), detail::site_hint(hi_ascends), nullptr, nullptr, out, DF_ROWS, nullptr, nullptr, nullptr,
@@ -43,9 +43,7 @@ void basic_spline<Real>::integrate(std::span<const Real> lo, std::span<const Rea
 
 template <class Real>
 Real basic_spline<Real>::integrate(Real lo, Real hi) const {
-  if (functions() != 1)
-    detail::refuse("spline::integrate", "out", std::to_string(functions()),
-                   "is missing, and there are " + std::to_string(functions()) + " functions");
+  detail::check_one_function("spline::integrate", functions());
   Real result = 0;
   integrate(std::span<const Real>(&lo, 1), std::span<const Real>(&hi, 1), std::span<Real>(&result, 1));
   return result;
@@ -53,6 +51,7 @@ Real basic_spline<Real>::integrate(Real lo, Real hi) const {
 
 template <class Real>
 basic_spline<Real>& basic_spline<Real>::extrapolate(side which, extrapolation how) {
+  detail::check_side("spline::extrapolate", "which", which);
   const Real ends[2] = {first(), last()};
   std::vector<Real> terms;
   if (how == extrapolation::constant || how == extrapolation::linear) {

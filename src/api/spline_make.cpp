@@ -1,8 +1,9 @@
-// A spline comes into being: checks, copies of what it needs, construction.
+// A spline is made: checks, copies of what it needs, construction.
 #include <algorithm>
 
 #include "api/settings.hpp"
 #include "api/spline_construct.hpp"
+#include "fitting/task.hpp"
 
 namespace tmk {
 
@@ -18,15 +19,20 @@ std::vector<Real> midpoints(const std::vector<Real>& x) {
 
 }  // namespace
 
+detail::family detail::step_family(side from) {
+  check_side("spline::step", "from", from);
+  return from == side::left ? family::step_left : family::step_right;
+}
+
 template <class Real>
 basic_spline<Real>::basic_spline(detail::family kind, const abscissae<Real>& x, const function_set<Real>& y,
                                  const details& more) {
   const auto& family = detail::family_of<Real>(kind);
+  const char* const given = kind == detail::family::hermite ? "first_derivatives" : "second_derivatives";
   detail::select_first_tier();
   detail::check_points(family.name, x, family.least);
   detail::check_functions(family.name, "y", y, x.size(), y.functions);
-  if (more.given != nullptr)
-    detail::check_functions(family.name, "derivatives", *more.given, x.size(), y.functions);
+  if (more.given != nullptr) detail::check_functions(family.name, given, *more.given, x.size(), y.functions);
 
   auto core = std::make_shared<detail::spline_core<Real>>();
   core->name = family.name;
@@ -45,29 +51,24 @@ basic_spline<Real>::basic_spline(detail::family kind, const abscissae<Real>& x, 
   core->row = static_cast<std::size_t>(core->order) * (core->points - (knots.empty() ? 1 : 0));
   core->coefficients = std::make_unique_for_overwrite<Real[]>(core->row * core->functions);
   if (family.construct != nullptr)
-    detail::construct<Real>({family.name, kind, over, y, more.left, more.right, more.given,
+    detail::construct<Real>({family.name, family.kind, over, y, more.left, more.right, more.given,
                              knots.empty() ? nullptr : knots.data()},
                             core->coefficients.get());
   else
     core->y = detail::by_rows(y);
+  detail::check_coefficients(*core, y);
 
-  const auto describe = [&](const detail::partition<Real>& p) {
-    detail::fitting_task<Real> task(family.name, p, true);
-    task.set(DF_NY, static_cast<int64_t>(core->functions));
-    if (!core->y.empty()) task.set(DF_Y, core->y.data());
-    detail::check_fitting(
-        family.name, detail::twin<Real>(tmk_df_kernel_dEditPPSpline1D, tmk_df_kernel_sEditPPSpline1D)(
-                         task.get(), family.order, family.type, DF_BC_NONE, nullptr,
-                         knots.empty() ? DF_IC_NONE : DF_IC_KNOTS, knots.empty() ? nullptr : knots.data(),
-                         core->row != 0 ? core->coefficients.get() : nullptr, 0));
-    return task;
-  };
-  core->task = describe(over);
-  core->grid = x.is_grid();
-  core->smooth = family.smooth;
-  core->ends = {core->first, core->last};
-  if (!x.is_grid() && detail::evenly_spaced<Real>(x.array()))
-    core->even = describe({core->points, core->ends.data(), true});
+  detail::fitting_task<Real>& task = core->task;
+  task = {family.name, over, true};
+  task.set(DF_NY, static_cast<int64_t>(core->functions));
+  if (!core->y.empty()) task.set(DF_Y, core->y.data());
+  detail::check_fitting(family.name,
+                        detail::twin<Real>(tmk_df_kernel_dEditPPSpline1D, tmk_df_kernel_sEditPPSpline1D)(
+                            task.get(), family.order, family.type, DF_BC_NONE, nullptr,
+                            knots.empty() ? DF_IC_NONE : DF_IC_KNOTS, knots.empty() ? nullptr : knots.data(),
+                            core->row != 0 ? core->coefficients.get() : nullptr, 0));
+  core->even = x.is_grid() || detail::evenly_spaced<Real>(x.array());
+  if (core->even && !x.is_grid()) fitting::points_are_even<Real>(task.get());
   core_ = std::move(core);
 }
 

@@ -1,4 +1,4 @@
-// Points, values and sites for tests of the door to splines, and polynomials that its families reproduce.
+// Points, values and sites for tests of the C++ API to splines, and polynomials that its families reproduce.
 #pragma once
 
 #include <gtest/gtest.h>

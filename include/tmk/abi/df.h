@@ -4,8 +4,8 @@
  * A task holds pointers: x, y, boundary values, internal conditions and coefficients stay the caller's. Every
  * function returns 0 or a negative status (tmk_status_text has a sentence for each). Values are checked only
  * as the functions below say; nothing tests that x ascends. Construction, search, interpolation and
- * integration only read the task, so several may run at once; edits may not run beside any other use.
- * <tmk/spline.hpp> is the checked C++ door. */
+ * integration only read the task, so several may run at once; edits may not run together with any other use.
+ * <tmk/spline.hpp> is the checked C++ API. */
 #ifndef TMK_ABI_DF_H
 #define TMK_ABI_DF_H
 
@@ -80,14 +80,14 @@ enum {
   DF_PARTITION_UNIFORM = 4
 };
 
-/* yhint and s_hint: functions one behind the other in a block; the values of all functions at a point
+/* yhint and s_hint: functions one after the other in a block; the values of all functions at a point
  * together; one array per function. */
 enum { DF_ROWS = 16, DF_COLUMNS = 32, DF_SEPARATE = 128 };
 
 /* Spline orders, and types where an order has several kinds. */
 enum { DF_ORDER_NONE = 0, DF_ORDER_LINEAR = 2, DF_ORDER_QUADRATIC = 3, DF_ORDER_CUBIC = 4 };
 enum {
-  DF_TYPE_STANDARD = 0, /* quadratic, or the cubic whose constructor is told elsewhere */
+  DF_TYPE_STANDARD = 0, /* quadratic, or a cubic, whose constructor the call names */
   DF_TYPE_SUBBOTIN = 1, /* quadratic with knots between the points */
   DF_TYPE_LOOKUP = 6,   /* with order 0 */
   DF_TYPE_STEP_RIGHT = 7,

@@ -24,15 +24,20 @@ namespace tmk {
 namespace detail {
 template <class Range, class Real>
 concept array_of = std::convertible_to<const Range&, std::span<const Real>>;
-}
+// An array, but of other elements.
+template <class Range, class Real>
+concept array_of_others = std::ranges::contiguous_range<const Range> && !array_of<Range, Real>;
+}  // namespace detail
 
 /// Points or sites: an array of the caller's, or a grid in place of one.
 template <class Real>
 class abscissae {
  public:
   template <detail::array_of<Real> Range>
-  abscissae(const Range& array) : array_(array), grid_{}, is_grid_(false) {}
-  abscissae(const uniform_grid& grid) : grid_(grid), is_grid_(true) {}
+  abscissae(const Range& elements) : array_(elements), grid_{}, is_grid_(false) {}
+  abscissae(const uniform_grid& points) : grid_(points), is_grid_(true) {}
+  template <detail::array_of_others<Real> Range>
+  abscissae(const Range&) = delete;  // x, y and sites have one type of elements, double or float
 
   bool is_grid() const { return is_grid_; }
   const uniform_grid& grid() const { return grid_; }
@@ -45,7 +50,7 @@ class abscissae {
   bool is_grid_;
 };
 
-/// Values of functions at the same points, the caller's: function f at point i stands at
+/// Values of functions at the same points, the caller's: function f at point i is
 /// data[f function_stride + i point_stride]. An array converts, as one function.
 template <class Real>
 struct function_set {
@@ -53,18 +58,20 @@ struct function_set {
   std::size_t functions, points;
   std::ptrdiff_t function_stride, point_stride;
 
-  function_set(const Real* data, std::size_t functions, std::size_t points, std::ptrdiff_t function_stride,
-               std::ptrdiff_t point_stride)
-      : data(data),
-        functions(functions),
-        points(points),
-        function_stride(function_stride),
-        point_stride(point_stride) {}
+  function_set(const Real* values, std::size_t function_count, std::size_t point_count,
+               std::ptrdiff_t from_function, std::ptrdiff_t from_point)
+      : data(values),
+        functions(function_count),
+        points(point_count),
+        function_stride(from_function),
+        point_stride(from_point) {}
 
   template <detail::array_of<Real> Range>
   function_set(const Range& array)
       : function_set(std::span<const Real>(array).data(), 1, std::span<const Real>(array).size(),
                      static_cast<std::ptrdiff_t>(std::span<const Real>(array).size()), 1) {}
+  template <detail::array_of_others<Real> Range>
+  function_set(const Range&) = delete;  // y and its derivatives have one type of elements, double or float
 
   Real operator()(std::size_t f, std::size_t i) const {
     return data[static_cast<std::ptrdiff_t>(f) * function_stride +
@@ -96,7 +103,9 @@ class basic_spline;
 namespace detail {
 
 template <class Y>
-struct element {
+struct element {};
+template <std::ranges::range Y>
+struct element<Y> {
   using type = std::remove_cv_t<std::ranges::range_value_t<Y>>;
 };
 template <class Real>
@@ -106,18 +115,26 @@ struct element<function_set<Real>> {
 template <class Y>
 using element_of = typename element<Y>::type;
 
+// What y must be.
+template <class Y>
+concept array_of_double_or_float = std::same_as < element_of<Y>,
+double > || std::same_as<element_of<Y>, float>;
+
+// Programs that were compiled pass these numbers: new families come last.
 enum class family {
-  linear,
-  step_left,
-  step_right,
-  quadratic,
-  subbotin,
-  natural,
-  hermite,
-  second_derivatives,
-  bessel,
-  akima,
-  hyman,
+  linear = 0,
+  step_left = 1,
+  step_right = 2,
+  quadratic = 3,
+  subbotin = 4,
+  natural = 5,
+  hermite = 6,
+  second_derivatives = 7,
+  bessel = 8,
+  akima = 9,
+  hyman = 10,
+  not_a_knot = 11,
+  periodic = 12,
 };
 
 template <class Real>
