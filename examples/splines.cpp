@@ -52,7 +52,7 @@ int main() {
   std::printf("outside: %g and %g\n", s(-1), s(16));
 
   try {
-    spline::linear(std::vector<double>{0, 2, 1}, std::vector<double>{0, 0, 0});
+    show("points in disorder", spline::linear(std::vector<double>{0, 2, 1}, std::vector<double>{0, 0, 0}));
   } catch (const tmk::error& e) {
     std::puts(e.what());
   }
