@@ -1,5 +1,4 @@
-// e^x on the wide tiers. Single LA keeps the table and drops its corrections; the levels below HA otherwise
-// do without a table: a longer polynomial costs less than the lookups.
+// e^x on the wide tiers. LA keeps the table and drops its corrections, EP does without a table.
 #include "vector/real/wide/exponential.hpp"
 
 TMK_TIER_OPEN
@@ -27,11 +26,15 @@ struct wide_exp {
 
   static value fast(const value& x) {
     if constexpr (Level == level::ha) return exponential<exp_base::e>(x);
-    if constexpr (Level == level::ep) return exponential_without_table<false>(x, constants::ep);
-    if constexpr (!single) return exponential_without_table<true>(x, constants::la);
+    if constexpr (Level == level::ep) return exponential_without_table(x, constants::ep);
     const auto arg = reduce<exp_base::e>(x);
     const value& r = arg.reduced;
-    return xsimd::fma(arg.power, xsimd::fma(r * r, series(r, constants::la), r), arg.power);
+    value q;
+    if constexpr (single)
+      q = series(r, constants::la);
+    else
+      q = series(r, constants::ha);
+    return xsimd::fma(arg.power, xsimd::fma(r * r, q, r), arg.power);
   }
   // Good: |x| < 87.3365... (EP 87.25), 708.39...
   static lane_mask<Real> flagged(const value& x, const value&) {

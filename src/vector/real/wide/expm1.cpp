@@ -24,12 +24,16 @@ struct wide_expm1 {
   static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
-    const auto arg = reduce<exp_base::e>(x);
-    const value& power = arg.power;
+    auto arg = reduce<exp_base::e>(x);
+    const value power = arg.power;
     value y;
     if constexpr (Level == level::ha) {
-      const value t = xsimd::fma(power_correction(arg), arg.r,
-                                 beyond_linear<exp_base::e, true>(arg, constants::minus_one));
+      // In single the rounding of the reduced argument would show: the polynomial takes the exact r, and what
+      // it lacks is multiplied by the slope there.
+      if constexpr (single) arg.reduced = arg.r;
+      value t = xsimd::fma(power_correction(arg), arg.r,
+                           beyond_linear<exp_base::e, true>(arg, constants::minus_one));
+      if constexpr (single) t = xsimd::fnma(arg.k * value(constants::step_low), arg.r, t);
       const auto base = two_sum(power, value(Real(-1)));
       const value slope = power * arg.r;
       const auto sum = fast_two_sum(base.high, slope);

@@ -109,16 +109,14 @@ batch<Real> exponential(const batch<Real>& x) {
   return xsimd::fma(arg.power, growth, arg.power);
 }
 
-// 2^n (1 + r + r^2 q(r)), x = n log(2) + r, without a table: e^x to the accuracy of q, which LA and EP
-// choose.
-template <bool Compensated, class Real, size_t Size>
+// 2^n (1 + r + r^2 q(r)), x = n log(2) + r, without a table: e^x to half the bits.
+template <class Real, size_t Size>
 batch<Real> exponential_without_table(const batch<Real>& x, const Real (&coefficients)[Size]) {
   using value = batch<Real>;
   using constants = exp_series<Real, exp_base::e>;
   const value shifted = xsimd::fma(x, value(constants::rate / 8), value(shifter<Real>));
   const value k = shifted - value(shifter<Real>);
-  value r = xsimd::fnma(k, value(constants::step * 8), x);
-  if constexpr (Compensated) r = xsimd::fnma(k, value(constants::step_low * 8), r);
+  const value r = xsimd::fnma(k, value(constants::step * 8), x);
   return raise_exponent<0>(xsimd::fma(r * r, series(r, coefficients), r + value(Real(1))), shifted);
 }
 

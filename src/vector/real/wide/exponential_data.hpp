@@ -96,11 +96,6 @@ struct exp_series<double, exp_base::e> {
   static constexpr double minus_one[] = {
       0x1p-1, 0x1.55555555555cep-3, 0x1.55555555554efp-5, 0x1.1111110b1cc99p-7,
       0x1.6c16c16e5591cp-10, 0x1.a01f58beb4952p-13, 0x1.a01bd8ac625b5p-16};
-  // Relative error 2^-57.9.
-  static constexpr double la[] = {
-      0x1.000000000000ap-1, 0x1.55555555554fcp-3, 0x1.5555555550689p-5, 0x1.111111112725dp-7,
-      0x1.6c16c18488a72p-10, 0x1.a01a012dcb964p-13, 0x1.a01999231b74ap-16, 0x1.71df1d1476ce9p-19,
-      0x1.28ae3c99da44fp-22, 0x1.ad8d55a54b453p-26};
   // Relative error 2^-28.3.
   static constexpr double ep[] = {
       0x1.fffffb9471388p-2, 0x1.555490a4bf9cap-3, 0x1.5558f4b5f2a24p-5, 0x1.123a678e99168p-7,
