@@ -25,6 +25,7 @@ const double one[] = {1};
 const std::complex<double> complex_one[] = {1};
 const int bad_index[] = {0, 4, 1};
 const std::int64_t far_index[] = {0, std::int64_t{1} << 32};
+const std::size_t unsigned_index[] = {0, SIZE_MAX};
 const int mask[] = {1, 0, 1, 1};
 
 const refusal refusals[] = {
@@ -49,9 +50,26 @@ const refusal refusals[] = {
     {"index", [](auto m) { pack_indexed(m.first(4), bad_index, m.last(3)); }, "index[1]", "4"},
     {"wide index", [](auto m) { unpack_indexed(m.first(2), m.last(4), far_index); }, "index[1]",
      "4294967296"},
+    {"index of size_t", [](auto m) { pack_indexed(m.first(4), unsigned_index, m.last(2)); }, "index[1]",
+     "-1"},
     {"mask's size", [](auto m) { pack_masked(m.first(5), mask, m.last(5)); }, "mask", "4"},
     {"room for the mask", [](auto m) { pack_masked(m.first(4), mask, m.last(2)); }, "y", "2"},
-    {"threads", [](auto) { parallel_scope none(0); }, "threads", "0"},
+    {"value's result", [](auto m) { mul(m.first(4), 2.0, m.last(3)); }, "r", "3"},
+    {"view's rows", [](auto m) { exp(matrix_view(m.data(), 2, 3), matrix_view(m.data() + 8, 3, 2)); }, "r",
+     "3"},
+    {"view's columns", [](auto m) { exp(matrix_view(m.data(), 2, 3), matrix_view(m.data() + 8, 2, 2)); }, "r",
+     "2"},
+    {"null view", [](auto m) { exp(matrix_view<double>(nullptr, 2, 2), matrix_view(m.data(), 2, 2)); }, "a",
+     "null"},
+    {"views overlap", [](auto m) { exp(matrix_view(m.data(), 2, 2, 4, 1), matrix_view(m.data() + 4, 2, 2)); },
+     "r", "overlap"},
+    {"transposed in place",
+     [](auto m) { exp(matrix_view(m.data(), 2, 2), matrix_view(m.data(), 2, 2, 1, 2)); }, "r", "overlap"},
+    {"rows of the result overlap",
+     [](auto m) { exp(matrix_view(m.data(), 2, 3), matrix_view(m.data() + 8, 2, 3, 2, 1)); }, "r", "strides"},
+    {"kind of scope", [](auto) { const error_scope scope(static_cast<on_error>(7)); }, "what", "7"},
+    {"empty repair", [](auto) { const error_scope scope{error_scope::handler()}; }, "repair", "null"},
+    {"threads", [](auto) { const parallel_scope none(0); }, "threads", "0"},
     {"thread's accuracy", [](auto) { set_accuracy(accuracy::inherited); }, "level", "0"},
     {"tier", [](auto) { select_tier(static_cast<tier>(9)); }, "wanted", "9"},
 };

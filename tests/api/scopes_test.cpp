@@ -1,10 +1,12 @@
 // Error scopes and threads: who sees a bad element, what is put back, and that threads change no bit.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <cfenv>
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <string>
 #include <tmk/math.hpp>
@@ -112,6 +114,42 @@ TEST(error_scope, nests_and_restores_the_channel) {
   EXPECT_EQ(errno, ERANGE);
 }
 
+TEST(error_scope, ignores) {
+  const std::vector<double> x{0, 1, -1};
+  std::vector<double> y(3);
+  error_scope outer;
+  tmk_vtm_kernel_ClearErrStatus();
+  tmk_clear_seen_statuses();
+  const thread_channel before;
+  {
+    const error_scope quiet_scope(on_error::ignore);
+    errno = 0;
+    ln(x, y);
+    EXPECT_EQ(errno, 0);
+    {
+      error_scope inner;
+      ln(x, y);
+      EXPECT_EQ(inner.errors().size(), 2u);
+    }
+    tmk_vtm_kernel_ClearErrStatus();
+    tmk_clear_seen_statuses();
+    ln(x, y);
+  }
+  EXPECT_EQ(thread_channel(), before);
+  EXPECT_EQ(y[0], -infinity);
+  EXPECT_EQ(tmk_vtm_kernel_GetErrStatus(), 0);
+  EXPECT_EQ(tmk_seen_statuses(), 0u);
+  EXPECT_TRUE(outer.errors().empty());
+  ln(x, y);
+  EXPECT_EQ(outer.errors().size(), 2u);
+}
+
+// What does not reach the thread's channel by its callers' own choice is refused by the compiler.
+static_assert(!std::is_constructible_v<error_scope, std::nullptr_t>);
+static_assert(!std::is_constructible_v<error_scope, void (*)(int)>);
+static_assert(!detail::takes_reference<void (*)(math_error)>());
+static_assert(detail::takes_reference<void (*)(const math_error&)>());
+
 // Long enough for several threads, with bad elements among the good.
 constexpr std::size_t length = 200'001;
 
@@ -174,6 +212,43 @@ TEST(parallel_scope, c_callback_runs_on_the_caller_in_order) {
   EXPECT_EQ(errno, EDOM);
   EXPECT_EQ(tmk_vtm_kernel_GetErrStatus(), VTM_STATUS_DOMAIN);
 }
+
+TEST(parallel_scope, leaves_the_statuses_of_one_thread) {
+  std::vector<double> x(length, 1), y(length);
+  x[2] = 0;            // a singularity in the first part
+  x[length - 1] = -1;  // a domain error in the last
+  const parallel_scope threads(4);
+  std::feclearexcept(FE_ALL_EXCEPT);
+  tmk_vtm_kernel_ClearErrStatus();
+  tmk_clear_seen_statuses();
+  errno = 0;
+  ln(x, y);
+  EXPECT_EQ(errno, EDOM);
+  EXPECT_EQ(tmk_vtm_kernel_GetErrStatus(), VTM_STATUS_DOMAIN);
+  EXPECT_EQ(tmk_clear_seen_statuses(), 1u << VTM_STATUS_DOMAIN | 1u << VTM_STATUS_SINGULARITY);
+  EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO), FE_INVALID | FE_DIVBYZERO);
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST(parallel_scope, bad_elements_take_no_memory_where_nobody_sees_them) {
+  constexpr std::size_t n = 5'000'000;
+  std::vector<float> x(n, -1), y(n);
+  const parallel_scope threads(2);
+  ln(x, y);  // threads are made
+  rlimit found;
+  getrlimit(RLIMIT_DATA, &found);
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  rlim_t data = 0;
+  while (status >> word)
+    if (word == "VmData:") status >> data;
+  const rlimit tight{data * 1024 + (rlim_t{128} << 20), found.rlim_max};
+  setrlimit(RLIMIT_DATA, &tight);
+  EXPECT_NO_THROW(ln(x, y));
+  setrlimit(RLIMIT_DATA, &found);
+  EXPECT_TRUE(std::isnan(y[n - 1]));
+}
+#endif
 
 TEST(parallel_scope, silent_error_modes_stay_silent) {
   const auto x = long_argument<double>();

@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   std::uint64_t seed = 1;
   int threads = static_cast<int>(std::thread::hardware_concurrency());
   bool exhaustive = false, markdown = false;
-  std::string effort_name = "brief", hard_inputs;
+  std::string effort_name = "auto", hard_inputs;
 
   CLI::App app("Errors of the vector functions in ulp, against MPFR");
   app.add_option("function", function,
@@ -46,8 +46,10 @@ int main(int argc, char** argv) {
   app.add_option("--samples", samples, "samples per function; 2^16 for all functions, 2^20 for one");
   app.add_option("--seed", seed, "seed of the samples");
   app.add_option("--threads", threads, "threads");
-  app.add_option("--search", effort_name, "how far to climb from the worst samples: none, brief, thorough")
-      ->check(CLI::IsMember({"none", "brief", "thorough"}));
+  app.add_option("--search", effort_name,
+                 "how far to climb from the worst samples: none, brief, thorough, or auto, which is "
+                 "thorough for functions with kernels of their own")
+      ->check(CLI::IsMember({"none", "brief", "thorough", "auto"}));
   app.add_option("--inputs", hard_inputs, "a file of hard arguments to judge as well: function a [b] a line")
       ->check(CLI::ExistingFile);
   app.add_flag("--exhaustive", exhaustive,
@@ -91,7 +93,8 @@ int main(int argc, char** argv) {
     measure(all, samples, seed, threads, [](const measurement&) {});
     if (!hard_inputs.empty() && !judge_listed(all, hard_inputs)) return 2;
     for (measurement& m : all) {
-      if (effort_name != "none") climb(m, effort_name == "brief" ? brief : thorough, seed, threads);
+      const bool far = effort_name == "thorough" || (effort_name == "auto" && m.function->worked);
+      if (effort_name != "none") climb(m, far ? thorough : brief, seed, threads);
       show(m);
     }
   }

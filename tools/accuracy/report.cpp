@@ -4,6 +4,8 @@
 #include <cmath>
 #include <map>
 
+#include "search.hpp"
+
 namespace tmk::accuracy {
 namespace {
 
@@ -175,7 +177,9 @@ void print_markdown(std::FILE* out, const std::vector<measurement>& all, const s
 
 Measured against MPFR and MPC, over %lld seeded samples per function (%lld per complex function):
 drawn over the binades of the domain, evenly over its usual part, and around its bounds, zeros, poles and the
-arguments known to be hard.
+arguments known to be hard. Maxima are those of a search that climbs: %lld further samples (%lld of functions with
+one kernel for all levels), judged by a wider format where there is one, then six rounds of neighbours of the worst.
+Means and shares are those of the seeded samples.
 
 The unit is the spacing of the result's format at the exact value (2^(max(e, e_min) - p) for
 2^(e-1) <= |y| < 2^e), so 0.5 is a correctly rounded result; subnormal results are included, with the spacing
@@ -185,7 +189,8 @@ and the sign of a zero does not count.
 
 )",
                static_cast<long long>(samples), static_cast<long long>(samples),
-               static_cast<long long>(samples / samples_per_complex_sample));
+               static_cast<long long>(samples / samples_per_complex_sample),
+               static_cast<long long>(thorough.samples), static_cast<long long>(brief.samples));
   for (int tier : tools::all_tiers)
     if (std::ranges::find(tiers, tier) == tiers.end())
       std::fprintf(out, "The tier %s was not measured: the processor of this run does not have it.\n\n",

@@ -269,10 +269,13 @@ template <stem Stem>
 using real_argument =
     overload_set<unary_call<Stem, float, single_complex>, unary_call<Stem, double, double_complex>>;
 
+// Kernels count in signed numbers: an unsigned entry past their range is refused as out of the array.
+template <template <stem, class, class> class Call, stem Stem, class T>
+struct over_integers
+    : overload_set<Call<Stem, T, std::int32_t>, Call<Stem, T, std::int64_t>, Call<Stem, T, std::size_t>> {};
 template <stem Stem, class T>
-struct pack_entries : overload_set<pack_call<Stem, T, std::int32_t>, pack_call<Stem, T, std::int64_t>> {};
+struct pack_entries : over_integers<pack_call, Stem, T> {};
 template <stem Stem, class T>
-struct unpack_entries : overload_set<unpack_call<Stem, T, std::int32_t>, unpack_call<Stem, T, std::int64_t>> {
-};
+struct unpack_entries : over_integers<unpack_call, Stem, T> {};
 
 }  // namespace tmk::detail
