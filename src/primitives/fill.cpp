@@ -6,8 +6,6 @@
 
 #include "tmk/abi/tpp.h"
 
-extern "C" {
-
 void tmk_dft_t4_ownsCopy_8u(const uint8_t* source, uint8_t* destination, size_t bytes) {
   std::memcpy(destination, source, bytes);
 }
@@ -15,8 +13,6 @@ void tmk_dft_t4_ownsZero_8u(uint8_t* destination, size_t bytes) { std::memset(de
 void tmk_dft_t4_ownsSet_8u(uint8_t value, uint8_t* destination, int32_t length) {
   std::memset(destination, value, static_cast<size_t>(length));
 }
-
-}  // extern "C"
 
 namespace tmk::primitives {
 namespace {
@@ -37,8 +33,6 @@ void set(Value value, Value* destination, int32_t length) {
 }  // namespace
 }  // namespace tmk::primitives
 
-extern "C" {
-
 void tmk_dft_t4_ownsSet_16u(uint16_t value, uint16_t* destination, int32_t length) {
   tmk::primitives::set(value, destination, length);
 }
@@ -51,8 +45,6 @@ void tmk_dft_t4_ownsSet_64s(int64_t value, int64_t* destination, int32_t length)
 void tmk_dft_t4_ownsSet_64sc(Tpp64sc value, Tpp64sc* destination, int32_t length) {
   tmk::primitives::set(value, destination, length);
 }
-
-}  // extern "C"
 
 namespace tmk::primitives {
 namespace {

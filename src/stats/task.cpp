@@ -64,6 +64,7 @@ int32_t __vtsSSDeleteTask(SSTask** task) {
   if (task == nullptr || *task == nullptr) return VTS_STATUS_SS_TASK_NULL;
   auto& t = tmk::stats::task<double>::of(*task);  // the record's layout does not depend on the precision
   tmk_serv_deallocate(t.savedMeans);
+  tmk_serv_deallocate(t.keptSums.sums);
   for (int32_t i = 0; i < t.cleanupCount; ++i) t.cleanup(*task);
   tmk_serv_deallocate(*task);
   *task = nullptr;

@@ -10,6 +10,16 @@ namespace tmk::stats {
 
 using ss_cleanup = void(SSTask* task);
 
+// Central sums of the one-pass method for which the caller has no field: what the next block updates them
+// from. They hold for one state alone, that of the accumulator and the weights they were written with.
+template <class Real>
+struct kept_sums {
+  Real* sums;  // those of order 2, then those of order 3
+  int64_t variables;
+  const Real* accumulator;
+  double weight, weight2;
+};
+
 // What hides behind an SSTask*; both precisions have the same layout.
 template <class Real>
 struct task {
@@ -42,6 +52,8 @@ struct task {
   }
 };
 
-static_assert(sizeof(void*) != 4 || offsetof(task<double>, savedMeans) == sizeof(task<double>) - 4);
+// The record's layout is fixed up to the saved means; what follows them is this library's own.
+static_assert(sizeof(void*) != 4 || offsetof(task<double>, savedMeans) == 372);
+static_assert(sizeof(task<double>) == sizeof(task<float>));
 
 }  // namespace tmk::stats

@@ -55,4 +55,29 @@ TEST(fill, every_type) {
   TMK_CHECK(64sc);
 }
 
+// The routines that the checked functions end in, as callers reach them: by bytes and by elements.
+TEST(fill, inner_routines) {
+  std::vector<Tpp64sc> a(300, {1, -2}), b(302, {7, 7});
+  tmk_dft_t4_ownsCopy_8u(reinterpret_cast<const uint8_t*>(a.data()), reinterpret_cast<uint8_t*>(&b[1]), 4800);
+  EXPECT_EQ(std::memcmp(a.data(), &b[1], 4800), 0);
+  tmk_dft_t4_ownsZero_8u(reinterpret_cast<uint8_t*>(&b[1]), 16);
+  tmk_dft_t4_ownsSet_8u(0x11, reinterpret_cast<uint8_t*>(&b[2].re), 3);
+  tmk_dft_t4_ownsSet_16u(0x2233, reinterpret_cast<uint16_t*>(&b[3].re), 2);
+  tmk_dft_t4_ownsSet_32s(-5, reinterpret_cast<int32_t*>(&b[4].re), 1);
+  tmk_dft_t4_ownsSet_64s(9, &b[5].im, 2);
+  tmk_dft_t4_ownsSet_64sc({3, 4}, &b[7], 2);
+  EXPECT_EQ(b[0].im, 7);
+  EXPECT_EQ(b[1].re, 0);
+  EXPECT_EQ(b[2].re, 0x111111);
+  EXPECT_EQ(b[2].im, -2);
+  EXPECT_EQ(b[3].re, 0x22332233);
+  EXPECT_EQ(b[4].re, 0xFFFFFFFB);
+  EXPECT_EQ(b[5].im, 9);
+  EXPECT_EQ(b[6].re, 9);
+  EXPECT_EQ(b[6].im, -2);
+  EXPECT_EQ(b[8].im, 4);
+  EXPECT_EQ(b[9].re, 1);
+  EXPECT_EQ(b[301].re, 7);
+}
+
 }  // namespace

@@ -85,10 +85,10 @@ struct results {
   std::array<std::vector<Real>, 7> moment, sum;
   std::vector<Real> kurtosis, skewness, variation, cov, cor, cross, weight{0, 0};
   std::vector<int64_t> mask;
-  std::set<int> leave_out;  // moments that have no field
+  std::set<int> leave_out, leave_out_sums;  // moments and sums that have no field
   bool keep_weight = false, wide = false;
   int matrix_storage = VTS_SS_FULL, threads = 1;
-  Real* saved_means = nullptr;
+  stats::task<Real> task{};  // what it keeps goes on to the next block
   ptrdiff_t p;
 
   explicit results(ptrdiff_t p)
@@ -98,7 +98,10 @@ struct results {
   }
   results(const results&) = delete;
   results& operator=(const results&) = delete;
-  ~results() { tmk_serv_deallocate(saved_means); }
+  ~results() {
+    tmk_serv_deallocate(task.savedMeans);
+    tmk_serv_deallocate(task.keptSums.sums);
+  }
 
   void give_means(const reference& from) { moment[0].assign(from.moment[0].begin(), from.moment[0].end()); }
 
@@ -122,6 +125,9 @@ template <class Real>
 int32_t compute(const sample<Real>& data, int storage, uint32_t asked, uint32_t method, results<Real>& r,
                 uint32_t high = 0) {
   stats::task<Real> task{};
+  task.savedMeans = r.task.savedMeans;
+  task.savedMeanCount = r.task.savedMeanCount;
+  task.keptSums = r.task.keptSums;
   task.wideIntegers = r.wide;
   std::vector<int32_t> narrow;
   // The upper halves of a wide mask do not count.
@@ -158,7 +164,7 @@ int32_t compute(const sample<Real>& data, int storage, uint32_t asked, uint32_t 
   const bool with_sums = (asked & 0xFE000000u) != 0 || (method & 0x103) == 0;
   for (int k = 0; k < 7; ++k) {
     if (!r.leave_out.contains(k)) *moments[k] = r.moment[k].data();
-    if (with_sums) *sums[k] = r.sum[k].data();
+    if (with_sums && !r.leave_out_sums.contains(k)) *sums[k] = r.sum[k].data();
   }
   task.kurtosis = r.kurtosis.data();
   task.skewness = r.skewness.data();
@@ -166,7 +172,6 @@ int32_t compute(const sample<Real>& data, int storage, uint32_t asked, uint32_t 
   task.cov = r.cov.data();
   task.cor = r.cor.data();
   task.cross = r.cross.data();
-  task.savedMeans = r.saved_means;
   const auto basic = [] {
     if constexpr (sizeof(Real) == 8)
       return _vtsdSSBasic;
@@ -174,7 +179,7 @@ int32_t compute(const sample<Real>& data, int storage, uint32_t asked, uint32_t 
       return _vtssSSBasic;
   }();
   const int32_t status = basic(task.handle(), asked, high, method, 0, tests::shuffled_threads(r.threads));
-  r.saved_means = task.savedMeans;
+  r.task = task;
   return status;
 }
 

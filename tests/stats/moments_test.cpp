@@ -242,6 +242,70 @@ TYPED_TEST(Moments, BlocksNeedNoLowerCentralMoments) {
                 500 * std::numeric_limits<Real>::epsilon() * want.scale[6][j]);
 }
 
+// Fields for the sums asked for and for the mean alone: what the next block needs besides stays in the task.
+TYPED_TEST(Moments, BlocksNeedNoLowerCentralSums) {
+  using Real = TypeParam;
+  const ptrdiff_t p = 3, n = 90;
+  sample<Real> data(n, p, false, 13);
+  for (ptrdiff_t i = 0; i < n; ++i) data.at(i, 1) += static_cast<Real>(i) / 30;  // blocks of unlike means
+  const reference want(data);
+  constexpr uint32_t order3 = VTS_SS_ESTIMATE_CENTRAL_SUM3, order4 = VTS_SS_ESTIMATE_CENTRAL_SUM4;
+  for (const uint32_t asked : {order3, order4, order3 | order4, VTS_SS_ESTIMATE_CENTRAL_SUM2 | order4})
+    for (const int threads : {1, 2})
+      for (const bool masked : {false, true}) {
+        SCOPED_TRACE(std::to_string(asked) + " threads " + std::to_string(threads));
+        results<Real> got(p);
+        got.keep_weight = true;
+        got.threads = threads;
+        if (masked) got.mask = {1, 1, 1};
+        got.leave_out = {1, 2, 3, 4, 5, 6};
+        for (int k = 0; k < 7; ++k)
+          if (k < 4 || (asked >> (25 + k) & 1) == 0) got.leave_out_sums.insert(k);
+        for (const ptrdiff_t third : {0, 1, 2})
+          ASSERT_EQ(compute(data.block(third * 30, third * 30 + 30), VTS_SS_COLUMNS, asked,
+                            VTS_SS_METHOD_ONE_PASS, got),
+                    0);
+        for (int k = 4; k < 7; ++k)
+          for (ptrdiff_t j = 0; j < p && (asked >> (25 + k) & 1) != 0; ++j)
+            EXPECT_NEAR(got.sum[k][j] / want.weight, want.plain_moment(k, j),
+                        100 * std::numeric_limits<Real>::epsilon() * want.scale[k][j])
+                << k;
+      }
+}
+
+// As in the header: what a task points to may change from one computation to the next, p included.
+TYPED_TEST(Moments, FollowACountThatChanges) {
+  using Real = TypeParam;
+  for (const ptrdiff_t next : {40, 1}) {
+    const sample<Real> first(50, 4, false, 5), second(60, next, false, 6);
+    const reference want(second);
+    results<Real> got(40), fresh(next);
+    got.give_means(reference(first));
+    ASSERT_EQ(compute(first, VTS_SS_ROWS, matrices, VTS_SS_METHOD_TWO_PASS, got), 0);
+    got.give_means(want);
+    fresh.give_means(want);
+    ASSERT_EQ(compute(second, VTS_SS_ROWS, matrices, VTS_SS_METHOD_TWO_PASS, got), 0);
+    ASSERT_EQ(compute(second, VTS_SS_ROWS, matrices, VTS_SS_METHOD_TWO_PASS, fresh), 0);
+    got.cov.resize(fresh.cov.size());
+    EXPECT_EQ(got.cov, fresh.cov);
+    EXPECT_EQ(got.task.savedMeanCount, next);
+  }
+}
+
+// Whatever the levels' kernels come to be, correlations are scaled by those of the first slot.
+TEST(MomentsKernels, CorrelationsTakeTheInverseRootOfTheFirstSlot) {
+  auto& record = tmk_vtm_kernel_dInvSqrt_ttab;
+  const auto before = record;
+  auto* const two = +[](int32_t n, const double*, double* r) { std::fill_n(r, n, 2.0); };
+  record.kernel[TMK_SLOT_LA] = reinterpret_cast<void (*)()>(two);
+  const sample<double> data(50, 2, false, 5);
+  results<double> got(2);
+  const int32_t status = compute(data, VTS_SS_ROWS, matrices, VTS_SS_METHOD_FAST, got, 1);
+  record = before;
+  ASSERT_EQ(status, 0);
+  EXPECT_EQ(got.cor[1], 4 * got.cross[1]);
+}
+
 TYPED_TEST(Moments, OfOddWeights) {
   using Real = TypeParam;
   const Real nan = std::numeric_limits<Real>::quiet_NaN();
@@ -326,7 +390,8 @@ TYPED_TEST(Moments, OfOneObservation) {
 }
 
 TEST(MomentsStatus, ComesInTheOrderOfTheChecks) {
-  const int32_t p = 2, n = 4, none = 0, negative = -1, columns = VTS_SS_COLUMNS, bad = 0x40000;
+  static const int32_t none = 0;
+  const int32_t p = 2, n = 4, negative = -1, columns = VTS_SS_COLUMNS, bad = 0x40000;
   double data[8] = {1, 2, 3, 4, 5, 6, 7, 9}, r[2], weights[4] = {1, 1, 1, 1}, accum[2] = {};
   using field = stats::task<double>;
   const auto nothing = [](field&) {};
@@ -366,7 +431,11 @@ TEST(MomentsStatus, ComesInTheOrderOfTheChecks) {
       {"nor without a count", 0, 0, 0x400, [](field& t) { t.observations = nullptr; }, -4020},
       {"unless it was kept", 0, 0, 0x400,
        [](field& t) { t.observations = nullptr, t.accumWeight = places[2]; }, 0},
-      {"a conversion beside a pass is nothing", 1, 0, 0x401, nothing, 0},
+      {"a conversion with a pass is nothing", 1, 0, 0x401, nothing, 0},
+      {"no variables, last of all", 1, 0, 0x1, [](field& t) { t.dimension = &none; }, -4001},
+      {"nor one pass of them", 1, 0, 0x2, [](field& t) { t.dimension = &none; }, -4001},
+      {"nor two", 1, 0, 0x100, [](field& t) { t.dimension = counts[1]; }, -4001},
+      {"nor a conversion", 0, 0, 0x400, [](field& t) { t.dimension = &none; }, -4001},
   };
   for (const auto& row : rows) {
     field task{};

@@ -228,6 +228,23 @@ TYPED_TEST(order, statuses_come_in_their_order) {
   j.out_storage = VTS_SS_ROWS;
   EXPECT_EQ(quantiles(0x30000, 2), -4029);
 
+  j.orders[0] = std::numeric_limits<Real>::quiet_NaN();
+  EXPECT_EQ(quantiles(0x10000, 1), -4022);
+  j.orders[0] = Real(0.5);
+  const auto with_counts = [&](int32_t p, int32_t n) {
+    j.p = p, j.n = n;
+    const int32_t status = quantiles(0x10000, 1);
+    EXPECT_EQ(sort(VTS_SS_METHOD_RADIX_SORT), status);
+    EXPECT_EQ(name::minmax(j.task, 0, 0, 1, 0, threads), status);
+    return status;
+  };
+  EXPECT_EQ(with_counts(0, 10), -4001);
+  EXPECT_EQ(with_counts(-1, 10), -4001);
+  EXPECT_EQ(with_counts(2, -1), -4002);
+  EXPECT_EQ(with_counts(1, 0), 0);
+  EXPECT_TRUE(std::isnan(j.quantiles[0])) << "the quantile of an empty block";
+  j.p = 2, j.n = 10;
+
   EXPECT_EQ(minmax(0), -4015);
   j.set(VTS_SS_PARAM_MINIMUM, j.low);
   EXPECT_EQ(minmax(0), -4016);
@@ -272,6 +289,25 @@ TYPED_TEST(order, weighted_median) {
       EXPECT_EQ(names<Real>::median(j.task), 0);
       for (int v = 0; v < 2; ++v)
         EXPECT_NEAR(j.quantiles[v], row.want * (v + 1), 1e-6) << row.want << " " << layout;
+    }
+}
+
+// Weights of one size are none: whether rounded multiples of it meet their half may not show.
+TYPED_TEST(order, weighted_median_of_equal_weights) {
+  using Real = TypeParam;
+  for (const double weight : {0.1, 1 / 3.0, 0.7, 1e-30})
+    for (int32_t n = 1; n <= 1500; n += n < 40 ? 1 : 97) {
+      job<Real> j(1, n, VTS_SS_ROWS);
+      for (int32_t i = 0; i < n; ++i) j.data[i] = static_cast<Real>(7 * i % n);
+      if (n % 7 == 0) std::iota(j.data.begin(), j.data.end(), Real(0));
+      j.weights.assign(n, static_cast<Real>(weight));
+      j.orders = {Real(0.5)};
+      j.quantiles.resize(1);
+      j.set(VTS_SS_PARAM_WEIGHTS, j.weights);
+      j.set(VTS_SS_PARAM_QUANTILE_ORDERS, j.orders);
+      j.set(VTS_SS_PARAM_QUANTILES, j.quantiles);
+      EXPECT_EQ(names<Real>::median(j.task), 0);
+      EXPECT_EQ(j.quantiles[0], static_cast<Real>(n - 1) / 2) << n << " weights of " << weight;
     }
 }
 

@@ -324,6 +324,26 @@ TEST(sketch, masks_of_later_blocks) {
   EXPECT_EQ(s.at(0.5, 2).count, 4);
 }
 
+TEST(sketch, later_blocks_have_the_variables_of_the_first) {
+  const std::vector<double> data(60, 1);
+  for (const int32_t layout : {VTS_SS_ROWS, VTS_SS_COLUMNS}) {
+    stream<double> s(0.1, {0.5}, 3);
+    s.storage = layout;
+    ASSERT_EQ(s.add(data.data(), 10), 0);
+    for (const int32_t p : {2, 6, 0, -1}) {
+      s.p = p;
+      EXPECT_EQ(s.add(data.data(), 10, and_answer), VTS_STATUS_SS_BAD_DIMENSION) << p;
+      EXPECT_EQ(s.add(nullptr, 0, and_answer), VTS_STATUS_SS_BAD_DIMENSION) << p;
+    }
+    EXPECT_EQ(s.answers, std::vector<double>(3, -77));
+    s.p = 3;
+    EXPECT_EQ(s.at(0.5, 2).count, 10);
+  }
+  stream<double> none(0.1);
+  none.p = 0;
+  EXPECT_EQ(none.add(data.data(), 10), VTS_STATUS_SS_BAD_DIMENSION);
+}
+
 // A block that finds no memory is refused; what was there is answered for, and more can come. The block is
 // larger than anything that earlier tests may have left in the heap, and is never read.
 TEST(sketch, goes_on_after_a_failed_allocation) {

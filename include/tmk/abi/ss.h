@@ -1,10 +1,12 @@
 /* Summary statistics: a task that points to the caller's arrays, and the functions that compute over it.
  *
  * A task holds pointers: what they point to, counts and storage codes included, may change from one
- * computation to the next, and stays the caller's. Integers (p, n, storage codes, counts, masks) have 32
- * bits, or 64 when the task was made with wideIntegers set. Every function returns 0 or a negative status
- * (tmk_status_text has a sentence for each); floating-point accidents are left as IEEE results. A task is
- * used by one thread at a time. <tmk/stats.hpp> is the checked C++ door. */
+ * computation to the next, and stays the caller's. Counts are checked at each computation: p below 1 is
+ * VTS_STATUS_SS_BAD_DIMENSION, n below 0 (below 1 for Basic) VTS_STATUS_SS_BAD_OBSERVATIONS. Integers (p, n,
+ * storage codes, counts, masks) have 32 bits, or 64 when the task was made with wideIntegers set. Every
+ * function returns 0 or a negative status (tmk_status_text has a sentence for each); floating-point accidents
+ * are left as IEEE results. A task is used by one thread at a time. <tmk/stats.hpp> is the checked C++ API.
+ */
 #ifndef TMK_ABI_SS_H
 #define TMK_ABI_SS_H
 
@@ -255,10 +257,11 @@ int32_t __vtsiSSEditTask(SSTask* task, int64_t parameter, const void* value);
 void __vtsSQuantilesFreeBuffers(SSTask* task);
 
 /* One quantile, of an order from 0 to 1, of a variable (from 0) in the sketches that StreamQuantiles keeps.
- * The number of values not above *value lies from *lowest to *highest, and these are at most 2 epsilon *count
- * apart; NaN, 0 and 0 when *count is 0. VTS_STATUS_SS_TASK_NULL, VTS_STATUS_SS_DATA_NULL when there was no
- * block yet, VTS_STATUS_SS_BAD_DIMENSION for a variable that does not exist, VTS_STATUS_SS_INDICES_NULL for
- * one that is left out, VTS_STATUS_SS_BAD_STREAM_ORDERS. */
+ * The number of values not above *value, in the order of the sorts (-0.0 below +0.0), lies from *lowest to
+ * *highest, and these are at most 2 epsilon *count apart; NaN, 0 and 0 when *count is 0.
+ * VTS_STATUS_SS_TASK_NULL, VTS_STATUS_SS_DATA_NULL when there was no block yet, VTS_STATUS_SS_BAD_DIMENSION
+ * for a variable that does not exist, VTS_STATUS_SS_INDICES_NULL for one that is left out,
+ * VTS_STATUS_SS_BAD_STREAM_ORDERS. */
 int32_t tmk_ss_dstream_quantile(SSTask* task, int32_t variable, double order, double* value, int64_t* lowest,
                                 int64_t* highest, int64_t* count);
 int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, float* value, int64_t* lowest,
@@ -272,15 +275,19 @@ int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, flo
  *
  * The compute functions take the masks of estimates and methods. Basic folds moments, sums and symmetric
  * matrices of a block into those of earlier blocks (accumWeight holds the weight so far and the sum of its
- * squares), by one method of fast, one-pass and two-pass, or converts without touching data. Its central2 is
+ * squares), by one method of fast, one-pass and two-pass, or converts without touching data. The one-pass
+ * sums of lower orders that central sums rest on are kept in the task when the caller has no field for them:
+ * go on with the same task and accumWeight, one accumulation at a time, or give the fields. Its central2 is
  * the unbiased weighted variance while central3 and central4 divide by the weight alone; kurtosis is in
  * excess of 3; cor has variances on its diagonal. Minmax starts from what minimum and maximum hold. Quantiles
  * interpolate linearly between ranks 0 and n - 1; the rows of quantiles are packed over the selected
- * variables. WMedian gives the weighted quantile of the first order for every variable. StreamQuantiles keeps
- * a sketch of the blocks that came by, whose ranks are true to epsilon times their count.
+ * variables; those of no observations are NaN. WMedian gives the weighted quantile of the first order for
+ * every variable; a cumulated weight within 4 roundings of its share of the total counts as equal to it.
+ * StreamQuantiles keeps a sketch of the blocks that came by, whose ranks are true to epsilon times their
+ * count; p stays that of the first block (VTS_STATUS_SS_BAD_DIMENSION).
  *
  * QSort sorts n reals in place; QSortStep elements that lie `stride` apart; QSortSelect puts in a[k] the
- * element of rank k, none greater before it and none less behind it, and returns it. */
+ * element of rank k, none greater before it and none less after it, and returns it. */
 #define TMK_SS_COMPUTE(name)                                                                    \
   int32_t name(SSTask* task, uint32_t estimatesLow, uint32_t estimatesHigh, uint32_t methodLow, \
                uint32_t methodHigh, const ThreadingService* threading);

@@ -1,12 +1,13 @@
 /* Array primitives: radix sorts in place and by index, copy, zero and set.
  *
- * Tags: 8u, 16u, 16s, 32u, 32s, 64s integers by width and sign, 32f float, 64f double, and a c behind for a
- * pair of them (a complex value). Lengths count elements. Every function returns 0, TPP_STATUS_NULL_PTR for a
- * null pointer, or else TPP_STATUS_BAD_SIZE for a length below 1 or a stride below the size of an element.
+ * Tags: 8u, 16u, 16s, 32u, 32s, 64s integers by width and sign, 32f float, 64f double, and a c at the end for
+ * a pair of them (a complex value). Lengths count elements. Every function returns 0, TPP_STATUS_NULL_PTR for
+ * a null pointer, or else TPP_STATUS_BAD_SIZE for a length below 1 or a stride below the size of an element.
  * They allocate nothing and keep no state. */
 #ifndef TMK_ABI_TPP_H
 #define TMK_ABI_TPP_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -80,6 +81,16 @@ TMK_TPP_FILL(64fc, Tpp64fc)
 TMK_TPP_FILL(64s, int64_t)
 TMK_TPP_FILL(64sc, Tpp64sc)
 #undef TMK_TPP_FILL
+
+/* What the functions above end in, for callers whose arguments hold: nothing is checked, and a count of 0 is
+ * allowed. Copy and Zero count bytes, the others elements of the width in their name. */
+void tmk_dft_t4_ownsCopy_8u(const uint8_t* source, uint8_t* destination, size_t bytes);
+void tmk_dft_t4_ownsZero_8u(uint8_t* destination, size_t bytes);
+void tmk_dft_t4_ownsSet_8u(uint8_t value, uint8_t* destination, int32_t length);
+void tmk_dft_t4_ownsSet_16u(uint16_t value, uint16_t* destination, int32_t length);
+void tmk_dft_t4_ownsSet_32s(int32_t value, int32_t* destination, int32_t length);
+void tmk_dft_t4_ownsSet_64s(int64_t value, int64_t* destination, int32_t length);
+void tmk_dft_t4_ownsSet_64sc(Tpp64sc value, Tpp64sc* destination, int32_t length);
 
 #ifdef __GNUC__
 #pragma GCC visibility pop

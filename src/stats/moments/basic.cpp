@@ -17,11 +17,15 @@ int thread_count(int64_t n, int64_t p, bool matrix, int most) {
 
 template <class Real>
 int32_t keep_means(basic_call<Real>& call) {
-  Real*& saved = call.task.savedMeans;
-  if (saved == nullptr)
-    saved = static_cast<Real*>(tmk_serv_allocate(static_cast<size_t>(call.p) * sizeof(Real), 128));
-  if (saved == nullptr) return VTS_STATUS_SS_MEMORY;
-  std::copy_n(call.work[0], call.p, saved);
+  auto& task = call.task;
+  if (task.savedMeanCount != call.p) {
+    Real* const means = allocate_reals<Real>(call.p);
+    if (means == nullptr) return VTS_STATUS_SS_MEMORY;
+    tmk_serv_deallocate(task.savedMeans);
+    task.savedMeans = means;
+    task.savedMeanCount = call.p;
+  }
+  std::copy_n(call.work[0], call.p, task.savedMeans);
   return 0;
 }
 
@@ -39,9 +43,7 @@ int32_t run(task<Real>& task, const demand& asked, const ThreadingService& threa
   if (const int32_t status = set_up(call); status != 0) return status;
 
   if (call.products_apart && call.weight().w != 0)
-    add_outer_product(p, call.weight().w,
-                      call.two_pass() && task.savedMeans != nullptr ? task.savedMeans : call.work[0],
-                      call.cross, false);
+    add_outer_product(p, call.weight().w, call.earlier_means(call.work[0]), call.cross, false);
   threading.ParallelRun(call.threads, &call, &work_on_range<Real>);
   if (call.status < 0) return call.status;
   merge_threads(call);
@@ -56,6 +58,7 @@ int32_t run(task<Real>& task, const demand& asked, const ThreadingService& threa
   if (task.accumWeight != nullptr) std::copy_n(call.accum, 2, task.accumWeight);
   // The working means may be the field of the sums.
   const int32_t status = call.two_pass() ? keep_means(call) : 0;
+  keep_lost_sums(call);
   write_back(call);
   write_derived(task, asked, p);
   return status;

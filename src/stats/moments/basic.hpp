@@ -8,6 +8,7 @@
 #include "stats/moments/demand.hpp"
 #include "stats/moments/kernels.hpp"
 #include "stats/task.hpp"
+#include "tmk/abi/serv.h"
 
 namespace tmk::stats {
 
@@ -27,6 +28,11 @@ struct loops_of<float> {
   static const auto& fast() { return fast_singles_now(); }
   static const auto& two_pass() { return two_pass_singles_now(); }
 };
+
+template <class Real>
+Real* allocate_reals(ptrdiff_t count) {
+  return static_cast<Real*>(tmk_serv_allocate(static_cast<size_t>(count) * sizeof(Real), 128));
+}
 
 // Where a working array's estimates stand in the task.
 template <class Real>
@@ -56,6 +62,7 @@ struct basic_call {
   int q = 0;                    // order number: a column of the kernel tables
   unsigned kept = 0;            // working arrays that the kernel keeps, as a mask
   unsigned sourced = 0;         // those whose earlier state the caller holds
+  unsigned lost = 0;            // central sums that nothing of the caller's brings to the next block
   bool products_apart = false;  // the cross-product waits for the merge
   row_kernel<Real>* kernel = nullptr;
   Real* accum = nullptr;  // a record a thread
@@ -68,12 +75,20 @@ struct basic_call {
 
   bool keeps(int k) const { return (kept >> k & 1) != 0; }
   bool two_pass() const { return asked.by == method::two_pass; }
+  // About which mean the blocks before were summed; `now` is the one at hand.
+  const Real* earlier_means(const Real* now) const {
+    return two_pass() && task.savedMeanCount == p ? task.savedMeans : now;
+  }
   weight_pair<Real> weight() const { return {accum[sum_of_weights], accum[sum_of_squared_weights]}; }
 };
 
 // The kernel, working arrays and matrices of a call, holding what earlier blocks left. 0 or a status.
 template <class Real>
 int32_t set_up(basic_call<Real>& call);
+
+// Central sums of `lost` to the task, whose memory set_up has found.
+template <class Real>
+void keep_lost_sums(const basic_call<Real>& call);
 
 // The range of thread s, with its working arrays; what ParallelRun runs, context a basic_call.
 template <class Real>

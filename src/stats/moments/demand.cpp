@@ -88,6 +88,7 @@ int32_t check_demand(const task<Real>& task, uint32_t low, uint32_t high, uint32
        VTS_STATUS_SS_BAD_STORAGE},
       {!reads && task.accumWeight == nullptr && (no_count || task.weights != nullptr),
        VTS_STATUS_SS_ACCUM_WEIGHT_NULL},
+      {task.p() < 1, VTS_STATUS_SS_BAD_DIMENSION},
   });
 }
 

@@ -28,15 +28,13 @@ void pack(const task<Real>& task, ptrdiff_t p, int storage, Real* r, Element ele
   }
 }
 
-// Kernels of the same slots as those of random variates, with subnormals kept whatever the thread's mode
-// says.
+// With subnormals kept whatever the thread's mode says.
 template <class Real>
 void inverse_square_roots(ptrdiff_t n, const Real* a, Real* r) {
-  constexpr bool is_double = sizeof(Real) == 8;
-  const auto& record = is_double ? tmk_vtm_kernel_dInvSqrt_ttab : tmk_vtm_kernel_sInvSqrt_ttab;
+  const auto& record = sizeof(Real) == 8 ? tmk_vtm_kernel_dInvSqrt_ttab : tmk_vtm_kernel_sInvSqrt_ttab;
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
-  reinterpret_cast<void (*)(int32_t, const Real*, Real*)>(
-      record.kernel[is_double ? TMK_SLOT_EP : TMK_SLOT_LA])(static_cast<int32_t>(n), a, r);
+  reinterpret_cast<void (*)(int32_t, const Real*, Real*)>(record.kernel[TMK_SLOT_LA])(static_cast<int32_t>(n),
+                                                                                      a, r);
   tmk_vtm_kernel_SetMode(mode);
 }
 

@@ -16,7 +16,7 @@ template <class Real>
 int32_t run_with_products(const basic_call<Real>& call, row_range<Real> r) {
   const auto& task = call.task;
   const bool weighted = task.weights != nullptr;
-  const Real* const saved = call.two_pass() && task.savedMeans != nullptr ? task.savedMeans : r.work[0];
+  const Real* const saved = call.earlier_means(r.work[0]);
   const ptrdiff_t p = r.p, end = r.end,
                   row_bytes = p * static_cast<ptrdiff_t>(sizeof(Real)) * (weighted ? 2 : 1),
                   length = std::min(std::max(block_bytes / row_bytes, least_block), end - r.first);

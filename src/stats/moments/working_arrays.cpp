@@ -85,6 +85,50 @@ void restore_central_sums(basic_call<Real>& call) {
   }
 }
 
+// Central sums of orders 2 and 3 that updating the higher ones takes, and that neither a field nor the raw
+// moments bring to the next block.
+template <class Real>
+unsigned lost_between_blocks(const basic_call<Real>& call) {
+  if (call.asked.by != method::one_pass || call.task.accumWeight == nullptr) return 0;
+  unsigned fielded = 0;
+  for (int k = 0; k < moment_arrays; ++k)
+    if (call.task.*sum_fields<Real>[k] != nullptr || call.task.*moment_fields<Real>[k] != nullptr)
+      fielded |= 1u << k;
+  unsigned lost = 0;
+  for (int order = 2; order <= 3; ++order) {
+    const int k = raw_arrays + order - 2;
+    const unsigned raw = (1u << order) - 1;
+    const bool feeds_higher = (call.kept & fielded) >> (k + 1) != 0;
+    if (call.keeps(k) && (fielded >> k & 1) == 0 && (fielded & raw) != raw && feeds_higher) lost |= 1u << k;
+  }
+  return lost;
+}
+
+template <class Real>
+bool reserve_kept_sums(const basic_call<Real>& call) {
+  kept_sums<Real>& kept = call.task.keptSums;
+  if (call.lost == 0 || kept.variables == call.p) return true;
+  Real* const sums = allocate_reals<Real>(2 * call.p);
+  if (sums == nullptr) return false;
+  tmk_serv_deallocate(kept.sums);
+  kept = {.sums = sums, .variables = call.p, .accumulator = nullptr, .weight = 0, .weight2 = 0};
+  return true;
+}
+
+template <class Real>
+Real* kept_array(const basic_call<Real>& call, int k) {
+  return call.task.keptSums.sums + (k - raw_arrays) * call.p;
+}
+
+template <class Real>
+void restore_lost_sums(const basic_call<Real>& call) {
+  const kept_sums<Real>& kept = call.task.keptSums;
+  const auto w = call.weight();
+  if (kept.accumulator != call.task.accumWeight || kept.weight != w.w || kept.weight2 != w.w2) return;
+  for (int k = raw_arrays; k < moment_arrays; ++k)
+    if ((call.lost >> k & 1) != 0) std::copy_n(kept_array(call, k), call.p, call.work[k]);
+}
+
 template <class Real>
 void fill_cross(const basic_call<Real>& call) {
   const auto& task = call.task;
@@ -134,7 +178,12 @@ int32_t set_up(basic_call<Real>& call) {
   if (task.accumWeight != nullptr) std::copy_n(task.accumWeight, 2, call.accum);
   for (int k = 0; k < moment_arrays; ++k)
     if (call.keeps(k) || k == 0) place_array(call, k, temporary + k * p);
-  if (call.asked.by == method::one_pass && call.weight().w > 0) restore_central_sums(call);
+  call.lost = lost_between_blocks(call);
+  if (!reserve_kept_sums(call)) return VTS_STATUS_SS_MEMORY;
+  if (call.asked.by == method::one_pass && call.weight().w > 0) {
+    restore_central_sums(call);
+    restore_lost_sums(call);
+  }
   if (matrix) {
     call.cross = in_place ? task.cross : temporary + temporaries;
     fill_cross(call);
@@ -142,7 +191,22 @@ int32_t set_up(basic_call<Real>& call) {
   return 0;
 }
 
-template int32_t set_up(basic_call<double>&);
-template int32_t set_up(basic_call<float>&);
+template <class Real>
+void keep_lost_sums(const basic_call<Real>& call) {
+  if (call.lost == 0) return;
+  for (int k = raw_arrays; k < moment_arrays; ++k)
+    if ((call.lost >> k & 1) != 0) std::copy_n(call.work[k], call.p, kept_array(call, k));
+  kept_sums<Real>& kept = call.task.keptSums;
+  const auto w = call.weight();
+  kept.accumulator = call.task.accumWeight;
+  kept.weight = w.w, kept.weight2 = w.w2;
+}
+
+#define TMK_INSTANTIATE(Real)                 \
+  template int32_t set_up(basic_call<Real>&); \
+  template void keep_lost_sums(const basic_call<Real>&);
+TMK_INSTANTIATE(double)
+TMK_INSTANTIATE(float)
+#undef TMK_INSTANTIATE
 
 }  // namespace tmk::stats

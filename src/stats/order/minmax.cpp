@@ -76,6 +76,7 @@ int32_t minmax(SSTask* handle, uint32_t estimates, uint32_t method) {
       {(method & (VTS_SS_METHOD_FAST | VTS_SS_METHOD_ONE_PASS)) == 0, VTS_STATUS_SS_BAD_METHOD},
   });
   if (status != 0) return status;
+  if (const int32_t counts = counts_status(t); counts != 0) return counts;
   const ptrdiff_t p = t.p(), n = t.n();
   if (storage_is(t, t.dataStorage, VTS_SS_ROWS)) {
     for (ptrdiff_t j = 0; j < p; ++j)

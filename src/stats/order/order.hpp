@@ -20,6 +20,13 @@ bool storage_is(const task<Real>& t, const void* storage, int64_t bits) {
   return (t.integer(storage) & bits) != 0;
 }
 
+// Counts may have changed since the task was made; no observations are a result, no variables are none.
+template <class Real>
+int32_t counts_status(const task<Real>& t) {
+  return first_status({{t.p() < 1, VTS_STATUS_SS_BAD_DIMENSION},
+                       {t.observations == nullptr || t.n() < 0, VTS_STATUS_SS_BAD_OBSERVATIONS}});
+}
+
 // Writes the numbers of the selected variables to `list` and returns their count.
 template <class Real>
 int32_t list_selected(const task<Real>& t, int32_t* list) {

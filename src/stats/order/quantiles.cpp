@@ -58,7 +58,9 @@ void _vSSQuantilesThreader(int32_t item, int32_t thread, int32_t, void* context)
   Real* const quantiles = t.quantiles + item * count;
   Real* const mine = call.workspace + thread * n;
   const variable<Real> in(t.data, storage_is(t, t.dataStorage, VTS_SS_ROWS), j, p, n);
-  if (call.with_order_stats) {
+  if (n == 0) {
+    std::fill_n(quantiles, count, std::numeric_limits<Real>::quiet_NaN());
+  } else if (call.with_order_stats) {
     const variable<Real> out(t.orderStats, storage_is(t, t.orderStatsStorage, VTS_SS_ROWS), j, p, n);
     copy(in, out, n);
     if (out.stride == 1)
@@ -83,7 +85,7 @@ template <class Real>
 int32_t check(const task<Real>& t, bool with_quantiles, bool with_order_stats, uint32_t method) {
   constexpr int64_t any_storage = VTS_SS_ROWS | VTS_SS_COLUMNS;
   const int64_t count = t.quantileOrderCount != nullptr ? t.integer(t.quantileOrderCount) : -1;
-  const auto outside = [](Real order) { return order < 0 || order > 1; };
+  const auto outside = [](Real order) { return !(order >= 0 && order <= 1); };  // NaN too
   return first_status({
       {!storage_is(t, t.dataStorage, any_storage), VTS_STATUS_SS_BAD_STORAGE},
       {with_quantiles && t.quantiles == nullptr, VTS_STATUS_SS_QUANTILES_NULL},
@@ -106,10 +108,11 @@ int32_t quantiles(SSTask* handle, uint32_t estimates, uint32_t method, const Thr
   const bool with_quantiles = (estimates & VTS_SS_ESTIMATE_QUANTILES) != 0;
   const bool with_order_stats = (estimates & VTS_SS_ESTIMATE_ORDER_STATS) != 0;
   if (const int32_t status = check(t, with_quantiles, with_order_stats, method); status != 0) return status;
+  if (const int32_t status = counts_status(t); status != 0) return status;
 
   const int64_t p = t.p(), n = t.n();
-  const int64_t affordable =
-      std::max<int64_t>(1, (int64_t{1} << 30) / (n * static_cast<int64_t>(sizeof(Real))));
+  const int64_t affordable = std::max<int64_t>(
+      1, (int64_t{1} << 30) / (std::max<int64_t>(1, n) * static_cast<int64_t>(sizeof(Real))));
   const auto threads = static_cast<int32_t>(std::min({int64_t{threading->MaxThreads()}, p, affordable}));
   const scratch<Real> workspace(static_cast<size_t>(n) * static_cast<size_t>(threads));
   const scratch<int32_t> variables(static_cast<size_t>(p));

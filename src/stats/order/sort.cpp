@@ -50,6 +50,7 @@ int32_t sort(SSTask* handle, uint32_t method, const ThreadingService* threading)
        VTS_STATUS_SS_BAD_STORAGE},
       {(method & VTS_SS_METHOD_RADIX_SORT) == 0, VTS_STATUS_SS_BAD_METHOD},
   });
+  if (status == 0) status = counts_status(t);
   if (status != 0) return status;
 
   // A gigabyte of scratch for each thread there is, shared by as many as it lasts for.

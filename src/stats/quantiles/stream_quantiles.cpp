@@ -47,6 +47,7 @@ int32_t check(const task<Real>& t, uint32_t method) {
 template <class Real>
 int32_t make_sketches(task<Real>& t) {
   const int64_t p = t.p();
+  if (p < 1) return VTS_STATUS_SS_BAD_DIMENSION;
   if (p > INT32_MAX || p > static_cast<int64_t>(PTRDIFF_MAX / sizeof(sketch<Real>)))
     return VTS_STATUS_SS_MEMORY;
   auto* s = static_cast<sketch<Real>*>(tmk_serv_allocate(static_cast<size_t>(p) * sizeof(sketch<Real>), 128));
@@ -59,11 +60,12 @@ int32_t make_sketches(task<Real>& t) {
   return 0;
 }
 
-// A variable left out at first cannot come in later, and some variable must.
+// The variables are those of the first block: one left out then cannot come in later, and some variable must.
 template <class Real>
-int32_t check_mask(const task<Real>& t) {
-  if (t.indices == nullptr) return 0;
+int32_t check_later_block(const task<Real>& t) {
   const sketch<Real>* s = sketches(t);
+  if (t.p() != s->variables) return VTS_STATUS_SS_BAD_DIMENSION;
+  if (t.indices == nullptr) return 0;
   bool any = false;
   for (ptrdiff_t j = 0; j < s->variables; ++j) {
     if (t.selects(j) && s[j].enabled == 0) return VTS_STATUS_SS_INDICES_NULL;
@@ -104,7 +106,8 @@ template <class Real>
 int32_t stream_quantiles(SSTask* handle, uint32_t method, const ThreadingService* threading) {
   auto& t = task<Real>::of(handle);
   if (const int32_t status = check(t, method)) return status;
-  if (const int32_t status = t.streamState == nullptr ? make_sketches(t) : check_mask(t)) return status;
+  if (const int32_t status = t.streamState == nullptr ? make_sketches(t) : check_later_block(t))
+    return status;
   if (t.n() > 0) {
     job<Real> j = {&t, 0};
     const int32_t p = sketches(t)->variables;
