@@ -1,104 +1,23 @@
-// Values taken into a sketch.
+// Values taken into a sketch, and sketches into one another.
+
+#include "stats/quantiles/sketch.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "stats/quantiles/sketch_keys.hpp"
-#include "tmk/abi/serv.h"
+#include "stats/quantiles/sketch_walk.hpp"
 #include "tmk/abi/ss.h"
 
 namespace tmk::stats {
 
 namespace {
 
-template <class T>
-T* allocate(int64_t count) {
-  if (count > PTRDIFF_MAX / static_cast<ptrdiff_t>(sizeof(T))) return nullptr;
-  return static_cast<T*>(tmk_serv_allocate(static_cast<size_t>(count) * sizeof(T), 128));
-}
-
-constexpr int64_t longest_block = 1 << 30;
-
-// Stage s holds 2^(s + 1) / epsilon values, in blocks of (s + 1) / epsilon.
-template <class Real>
-void begin_block(sketch<Real>& s, double epsilon) {
-  const double inverse = 1 / epsilon;
-  const auto end_of_stage = [&] {
-    return std::trunc((std::exp2(s.stage + 2) - 1) * inverse) - std::trunc(inverse);
-  };
-  while (s.stage < 0 || static_cast<double>(s.count) >= end_of_stage()) ++s.stage;
-  s.block = static_cast<int64_t>(std::min<double>(std::ceil((s.stage + 1) * inverse), longest_block));
-}
-
-template <class Real>
-bool ensure_levels(sketch<Real>& s, int32_t count) {
-  if (count <= s.level_count) return true;
-  auto* levels = allocate<sketch_level<Real>>(count);
-  if (levels == nullptr) return false;
-  std::copy_n(s.levels, s.level_count, levels);
-  for (int32_t h = s.level_count; h < count; ++h) levels[h] = {.weight = int64_t{1} << h};
-  tmk_serv_deallocate(s.levels);
-  s.levels = levels;
-  s.level_count = count;
-  return true;
-}
-
-template <class Real>
-int64_t half_of_workspace(int64_t capacity) {
-  return capacity / 2 + 1;
-}
-
-// Room for `needed` values of the block; it grows with the data, not to the block's full length at once.
-template <class Real>
-bool reserve_block(sketch_level<Real>& level, int64_t needed, int64_t block) {
-  if (needed <= level.capacity) return true;
-  const int64_t capacity = std::clamp<int64_t>(2 * int64_t{level.capacity}, needed, block);
-  Real* values = allocate<Real>(capacity);
-  Real* workspace = allocate<Real>(2 * half_of_workspace<Real>(capacity));
-  if (values == nullptr || workspace == nullptr) {
-    tmk_serv_deallocate(values);
-    tmk_serv_deallocate(workspace);
-    return false;
-  }
-  std::copy_n(level.values, level.count, values);
-  tmk_serv_deallocate(level.values);
-  tmk_serv_deallocate(level.workspace);
-  level.values = values;
-  level.workspace = workspace;
-  level.capacity = static_cast<int32_t>(capacity);
-  return true;
-}
-
-// Room in an empty level.
-template <class Real>
-bool reserve(sketch_level<Real>& level, int64_t needed) {
-  if (needed <= level.capacity) return true;
-  Real* values = allocate<Real>(needed);
-  if (values == nullptr) return false;
-  tmk_serv_deallocate(level.values);
-  level.values = values;
-  level.capacity = static_cast<int32_t>(needed);
-  return true;
-}
-
-// Which of two values the next thinning of this level keeps, its error booked.
-template <class Real>
-bool thinning_keeps_first(sketch<Real>& s, sketch_level<Real>& level) {
-  const bool first = level.keep_first != 0;
-  (first ? s.counted_over : s.counted_under) += level.weight;
-  level.keep_first = first ? 0 : 1;
-  ++level.thinnings;
-  return first;
-}
-
 // Every second value of the merged sequence. Each step stores and moves on by 0 or 1, so that nothing
-// branches on the data; one value behind the result may be written.
+// branches on the data; one value past the result may be written.
 template <class Real>
-int32_t merge_every_second(const Real* a, int32_t a_count, const Real* b, int32_t b_count, bool keep,
-                           Real* r) {
+void merge_every_second(const Real* a, int64_t a_count, const Real* b, int64_t b_count, bool keep, Real* r) {
   const Real *const a_end = a + a_count, *const b_end = b + b_count;
-  Real* const begin = r;
   const auto put = [&](Real x) {
     *r = x;
     r += keep;
@@ -113,88 +32,137 @@ int32_t merge_every_second(const Real* a, int32_t a_count, const Real* b, int32_
   }
   while (a != a_end) put(*a++);
   while (b != b_end) put(*b++);
-  return static_cast<int32_t>(r - begin);
 }
 
-// A full block goes up: thinned, then merged with the summary of each level until one is empty. All memory is
-// found before anything changes.
+// b into a, which has room for both, from their ends.
 template <class Real>
-int32_t carry_block(sketch<Real>& s) {
-  int32_t top = 1;
-  int64_t longest = (s.block + 1) / 2;
-  for (; top < s.level_count && s.levels[top].count != 0; ++top)
-    longest = std::max<int64_t>(longest, s.levels[top].count);
-  if (!ensure_levels(s, std::max(top, s.stage + 3) + 1) || !reserve(s.levels[top], longest + 1))
-    return VTS_STATUS_SS_MEMORY;
+void merge_in_place(Real* a, int64_t a_count, const Real* b, int64_t b_count) {
+  for (Real* r = a + a_count + b_count; b_count > 0;) {
+    const bool from_a = a_count > 0 && key_of(a[a_count - 1]) > key_of(b[b_count - 1]);
+    *--r = from_a ? a[--a_count] : b[--b_count];
+  }
+}
 
-  sort_block(s);
-  sketch_level<Real>& block = s.levels[0];
-  const bool first_block = s.count == block.count;
-  const Real low = block.values[0], high = block.values[block.count - 1];
-  if (first_block || key_of(low) < key_of(s.minimum)) s.minimum = low;
-  if (first_block || key_of(high) > key_of(s.maximum)) s.maximum = high;
+template <class Real>
+void include_extremes(sketch<Real>& s, bool first, Real low, Real high) {
+  if (first || key_of(low) < key_of(s.minimum)) s.minimum = low;
+  if (first || key_of(high) > key_of(s.maximum)) s.maximum = high;
+}
 
-  Real *summary = block.workspace, *next = summary + half_of_workspace<Real>(block.capacity);
-  int32_t count = 0;
-  for (int32_t i = thinning_keeps_first(s, block) ? 0 : 1; i < block.count; i += 2)
-    summary[count++] = block.values[i];
-  block.count = 0;
-  for (int32_t h = 1; h < top; ++h) {
-    sketch_level<Real>& level = s.levels[h];
-    const bool keep_first = thinning_keeps_first(s, level);
-    count = merge_every_second(level.values, level.count, summary, count, keep_first, next);
-    level.count = 0;
+// Moves the values on their walk, in memory that has been reserved.
+template <class Real>
+struct mover {
+  sketch<Real>& s;
+  const Real* values;
+  ptrdiff_t stride;
+  Real *summary = s.levels[0].workspace, *next = summary + s.workspace_half;
+
+  void append(sketch_level<Real>& block, int64_t taken) {
+    Real* const to = block.values + block.count;
+    if (stride == 1)
+      std::copy_n(values, taken, to);
+    else
+      for (ptrdiff_t i = 0; i < taken; ++i) to[i] = values[i * stride];
+    values += taken * stride;
+  }
+  void sort() { sort_block(s); }
+  void thin_block(const sketch_level<Real>& block, bool keeps_first) {
+    include_extremes(s, s.count == block.count, block.values[0], block.values[block.count - 1]);
+    Real* to = summary;
+    for (int32_t i = keeps_first ? 0 : 1; i < block.count; i += 2) *to++ = block.values[i];
+  }
+  void join(sketch_level<Real>& level, int32_t, int64_t count) {
+    merge_in_place(level.values, level.count, summary, count);
+  }
+  void thin(const sketch_level<Real>& level, int64_t count, bool keeps_first) {
+    merge_every_second(level.values, level.count, summary, count, keeps_first, next);
     std::swap(summary, next);
   }
-  std::copy_n(summary, count, s.levels[top].values);
-  s.levels[top].count = count;
-  return 0;
+};
+
+template <class Real>
+bool only_raw(const sketch<Real>& s) {
+  return s.level_count == 0 || s.count == s.levels[0].count;
+}
+
+// The levels of `other` join those of s: no value is lost, so the errors add up.
+template <class Real>
+bool join_levels(sketch<Real>& s, const sketch<Real>& other) {
+  for (int32_t h = 1; h < other.level_count; ++h) {
+    const sketch_level<Real>& from = other.levels[h];
+    if (!reserve_level(s, h, (h < s.level_count ? int64_t{s.levels[h].count} : 0) + from.count)) return false;
+    sketch_level<Real>& level = s.levels[h];
+    merge_in_place(level.values, level.count, from.values, from.count);
+    level.count += from.count;
+    level.thinnings += from.thinnings;
+  }
+  s.levels[0].thinnings += other.levels[0].thinnings;
+  include_extremes(s, false, other.minimum, other.maximum);
+  s.count += other.count - other.levels[0].count;
+  s.counted_over += other.counted_over;
+  s.counted_under += other.counted_under;
+  s.merged = 1;
+  return true;
 }
 
 template <class Real>
-void append(Real* to, const Real* values, ptrdiff_t stride, int64_t n) {
-  if (stride == 1)
-    std::copy_n(values, n, to);
-  else
-    for (ptrdiff_t i = 0; i < n; ++i) to[i] = values[i * stride];
+bool thin_long_levels(sketch<Real>& s, double epsilon) {
+  for (int32_t h = 1; h < s.level_count; ++h) {
+    const int64_t count = s.levels[h].count;
+    if (!thins(s, s.levels[h], count, epsilon)) continue;
+    const int64_t above = h + 1 < s.level_count ? s.levels[h + 1].count : 0;
+    if (!reserve_workspace(s, count / 2 + 2) || !reserve_level(s, h + 1, above + count / 2 + 1)) return false;
+    sketch_level<Real>& level = s.levels[h];
+    const bool keeps_first = thinning_keeps_first(s, level);
+    Real* const summary = s.levels[0].workspace;
+    merge_every_second<Real>(level.values, count, nullptr, 0, keeps_first, summary);
+    level.count = 0;
+    merge_in_place(s.levels[h + 1].values, above, summary, thinned(count, keeps_first));
+    s.levels[h + 1].count += static_cast<int32_t>(thinned(count, keeps_first));
+  }
+  return true;
 }
 
 }  // namespace
 
 template <class Real>
+void sort_block(sketch<Real>& s) {
+  if (s.sorted != 0 || s.level_count == 0) return;
+  if (s.levels[0].count > 1) sort(s.levels[0].values, s.levels[0].workspace, s.levels[0].count);
+  s.sorted = 1;
+}
+
+template <class Real>
 int32_t absorb(sketch<Real>& s, const Real* values, ptrdiff_t stride, int64_t n, double epsilon) {
-  if (!ensure_levels(s, 1)) return VTS_STATUS_SS_MEMORY;
-  while (n > 0) {
-    // After a failure the block may have been left full.
-    if (s.levels[0].count == 0) begin_block(s, epsilon);
-    if (const int64_t taken = std::min(n, s.block - s.levels[0].count); taken > 0) {
-      sketch_level<Real>& block = s.levels[0];
-      if (!reserve_block(block, block.count + taken, s.block)) return VTS_STATUS_SS_MEMORY;
-      append(block.values + block.count, values, stride, taken);
-      block.count += static_cast<int32_t>(taken);
-      s.count += taken;
-      s.sorted = 0;
-      values += taken * stride;
-      n -= taken;
-    }
-    if (s.levels[0].count == s.block)
-      if (const int32_t status = carry_block(s)) return status;
-  }
+  if (const int32_t status = reserve(s, n, epsilon); status != 0) return status;
+  mover<Real> moves{.s = s, .values = values, .stride = stride};
+  walk(s, n, epsilon, moves);
   return 0;
 }
 
 template <class Real>
-void release(sketch<Real>& s) {
-  for (int32_t h = 0; h < s.level_count; ++h) {
-    tmk_serv_deallocate(s.levels[h].values);
-    tmk_serv_deallocate(s.levels[h].workspace);
+int32_t merge(sketch<Real>& s, const sketch<Real>& other, double epsilon) {
+  if (other.count == 0) return 0;
+  const sketch_level<Real>& raw = other.levels[0];
+  if (!only_raw(other)) {
+    if (only_raw(s)) {
+      sketch<Real> r;
+      if (const int32_t status = copy(other, r); status != 0) return status;
+      std::swap(s, r);
+      const int32_t status = r.count == 0 ? 0 : absorb(s, r.levels[0].values, 1, r.levels[0].count, epsilon);
+      release(r);
+      return status;
+    }
+    if (!join_levels(s, other) || !thin_long_levels(s, epsilon)) return VTS_STATUS_SS_MEMORY;
+    s.block = std::max(s.block, block_length(s, epsilon));
   }
-  tmk_serv_deallocate(s.levels);
+  return absorb(s, raw.values, 1, raw.count, epsilon);
 }
 
-#define TMK_SKETCH(Real)                                                                             \
-  template int32_t absorb(sketch<Real>& s, const Real* values, ptrdiff_t stride, int64_t n, double); \
-  template void release(sketch<Real>& s);
+#define TMK_SKETCH(Real)                                                           \
+  template void sort_block(sketch<Real>&);                                         \
+  template int32_t absorb(sketch<Real>&, const Real*, ptrdiff_t, int64_t, double); \
+  template int32_t merge(sketch<Real>&, const sketch<Real>&, double);
 TMK_SKETCH(double)
 TMK_SKETCH(float)
 #undef TMK_SKETCH

@@ -13,9 +13,9 @@ int64_t counted(const sketch<Real>& s, key<Real> k) {
   int64_t sum = 0;
   for (int32_t h = 0; h < s.level_count; ++h) {
     const sketch_level<Real>& level = s.levels[h];
-    const Real* behind = std::upper_bound(level.values, level.values + level.count, k,
-                                          [](key<Real> wanted, Real x) { return wanted < key_of(x); });
-    sum += level.weight * (behind - level.values);
+    const Real* end = std::upper_bound(level.values, level.values + level.count, k,
+                                       [](key<Real> wanted, Real x) { return wanted < key_of(x); });
+    sum += level.weight * (end - level.values);
   }
   return sum;
 }
@@ -66,7 +66,25 @@ sketch_answer<Real> answer(sketch<Real>& s, double order) {
           k == range.high ? s.count : std::min(sum + s.counted_under, s.count)};
 }
 
-template sketch_answer<double> answer(sketch<double>& s, double order);
-template sketch_answer<float> answer(sketch<float>& s, double order);
+template <class Real>
+sketch_answer<Real> rank(sketch<Real>& s, Real value) {
+  if (s.count == 0) return {value, 0, 0};
+  sort_block(s);
+  const key_range<Real> range = extremes(s);
+  const key<Real> k = key_of(value == 0 ? Real{0} : value);
+  if (k < range.low) return {value, 0, 0};
+  if (k >= range.high) return {value, s.count, s.count};
+  // The lowest value is not above it, the highest is.
+  const int64_t sum = counted(s, k);
+  return {value, std::max<int64_t>(sum - s.counted_over, 1),
+          std::clamp<int64_t>(sum + s.counted_under, 1, s.count - 1)};
+}
+
+#define TMK_SKETCH(Real)                                              \
+  template sketch_answer<Real> answer(sketch<Real>& s, double order); \
+  template sketch_answer<Real> rank(sketch<Real>& s, Real value);
+TMK_SKETCH(double)
+TMK_SKETCH(float)
+#undef TMK_SKETCH
 
 }  // namespace tmk::stats

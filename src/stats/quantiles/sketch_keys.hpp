@@ -1,4 +1,4 @@
-// Values in the order of the sorts, and a sketch's block put in it.
+// Values in the order of the sorts.
 #pragma once
 
 #include <bit>
@@ -36,13 +36,6 @@ inline void sort(double* values, double* workspace, int32_t n) {
 }
 inline void sort(float* values, float* workspace, int32_t n) {
   tmk_dft_t4_tppsSortRadixAscend_32f_I(values, workspace, n);
-}
-
-template <class Real>
-void sort_block(sketch<Real>& s) {
-  if (s.sorted != 0 || s.level_count == 0) return;
-  if (s.levels[0].count > 1) sort(s.levels[0].values, s.levels[0].workspace, s.levels[0].count);
-  s.sorted = 1;
 }
 
 }  // namespace tmk::stats
