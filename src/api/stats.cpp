@@ -9,6 +9,7 @@
 #include <exception>
 #include <limits>
 #include <new>
+#include <numeric>
 
 #include "api/check.hpp"
 #include "api/settings.hpp"
@@ -41,18 +42,24 @@ void check_data(const char* function, const data_view& x, bool empty) {
     refuse(function, "x", "null", "is null, want " + std::to_string(rows) + " by " + std::to_string(cols));
 }
 
-void check_weights(const char* function, const weight_view& weights, std::size_t rows) {
+void check_weights(const char* function, const weight_view& weights, std::size_t rows, bool counts) {
   if (!weights) return;
   if (weights->size() != rows)
     refuse(function, "weights", std::to_string(weights->size()),
            "has size " + std::to_string(weights->size()) + ", want " + std::to_string(rows));
   if (weights->data() == nullptr && rows != 0)
     refuse(function, "weights", "null", "is null, want " + std::to_string(rows) + " elements");
-  const auto bad = [](double w) { return !(w >= 0 && w <= std::numeric_limits<double>::max()); };
+  const auto bad = [counts](double w) {
+    return !(w >= 0 && w <= std::numeric_limits<double>::max()) || (counts && w != std::trunc(w));
+  };
   const auto found = std::find_if(weights->begin(), weights->end(), bad);
   if (found != weights->end())
     refuse(function, place("weights", static_cast<std::size_t>(found - weights->begin())), number(*found),
-           "is " + number(*found) + ", want a finite number of 0 or more");
+           "is " + number(*found) + ", want a " + (counts ? "whole" : "finite") + " number of 0 or more");
+  const double sum = std::accumulate(weights->begin(), weights->end(), 0.0);
+  const double most = counts ? 0x1p53 : std::numeric_limits<double>::max();
+  if (sum > most)
+    refuse(function, "weights", number(sum), "sum to " + number(sum) + ", want at most " + number(most));
 }
 
 void check_orders(const char* function, std::span<const double> orders) {
@@ -67,6 +74,28 @@ void check_threads(const char* function, int threads) {
   if (threads < 1)
     refuse(function, "threads", std::to_string(threads),
            "is " + std::to_string(threads) + ", want 1 or more");
+}
+
+namespace {
+
+const char* name_of(nan_policy policy) {
+  constexpr const char* names[] = {"propagate", "omit", "raise"};
+  return names[static_cast<int>(policy)];
+}
+
+}  // namespace
+
+void check_policy(const char* function, const char* argument, nan_policy policy) {
+  const int value = static_cast<int>(policy);
+  if (value < 0 || value > static_cast<int>(nan_policy::raise))
+    refuse(function, argument, std::to_string(value),
+           "is " + std::to_string(value) + ", want propagate, omit or raise");
+}
+
+void check_same_policy(const char* function, const char* argument, nan_policy policy, nan_policy own) {
+  if (policy != own)
+    refuse(function, argument, name_of(policy),
+           std::string("is ") + name_of(policy) + ", want " + name_of(own));
 }
 
 // In tiles of rows, each by columns: the search stays near the data in both layouts.

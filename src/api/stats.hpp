@@ -18,11 +18,16 @@ void check_status(const char* function, int32_t status);
 
 // x with rows (where `empty` does not allow none) and columns, and not null.
 void check_data(const char* function, const data_view& x, bool empty);
-void check_weights(const char* function, const weight_view& weights, std::size_t rows);
+void check_weights(const char* function, const weight_view& weights, std::size_t rows, bool counts);
 void check_orders(const char* function, std::span<const double> orders);
 void check_threads(const char* function, int threads);
-// Where nan_policy::raise wants it: the first NaN, by rows, of an observation that counts.
+void check_policy(const char* function, const char* argument, nan_policy policy);
+void check_same_policy(const char* function, const char* argument, nan_policy policy, nan_policy own);
+// Under nan_policy::raise: the first NaN, by rows, of an observation that counts.
 void refuse_nan(const char* function, const data_view& x, const weight_view& weights, nan_policy policy);
+
+// A cross-product has half the square of them.
+constexpr std::size_t most_matrix_cols = 32768;
 
 std::size_t rows_of(const data_view& x);
 std::size_t cols_of(const data_view& x);

@@ -71,19 +71,32 @@ void subtract(double* x, std::size_t n, double shift) {
   for (std::size_t k = 0; k < n; ++k) x[k] -= shift;
 }
 
+// Count, weight and mean weight of a block that is not empty. Weights are squared after the largest has been
+// brought near 1 by a power of two.
+variable_sums weights_of(const block& b, bool counts) {
+  variable_sums r{.n = static_cast<std::int64_t>(b.n), .weight = static_cast<double>(b.n), .mean_weight = 1};
+  if (b.weights.empty()) return r;
+  const int exponent = std::ilogb(*std::max_element(b.weights.begin(), b.weights.end()));
+  const double factor = std::ldexp(1.0, -std::clamp(exponent, -1000, 1000));
+  double scaled = 0, squares = 0;
+  r.weight = 0;
+  for (const double w : b.weights) {
+    const double near_one = w * factor;
+    r.weight += w;
+    scaled += near_one;
+    squares += near_one * near_one;
+  }
+  r.mean_weight = squares / scaled / factor;
+  if (counts) r.n = static_cast<std::int64_t>(r.weight), r.mean_weight = 1;
+  return r;
+}
+
 // The sums of a block that has lost its NaNs, or propagates them. Destroys the block's values.
-moment_sums sums_of(const char* function, block& b, bool cross_product) {
+moment_sums sums_of(const char* function, block& b, const moments_options& options) {
+  const bool cross_product = options.cross_product;
   moment_sums sums = no_sums(b.p, cross_product);
   if (b.n == 0) return sums;
-  variable_sums common{.n = static_cast<std::int64_t>(b.n)};
-  common.weight = common.weight2 = static_cast<double>(b.n);
-  if (!b.weights.empty()) {
-    common.weight = common.weight2 = 0;
-    for (const double w : b.weights) {
-      common.weight += w;
-      common.weight2 += w * w;
-    }
-  }
+  const variable_sums common = weights_of(b, options.weights_are_counts);
 
   const extrema e = find_extrema(function, b);
   const std::vector<double> rough = means(function, b);
@@ -116,19 +129,21 @@ moment_sums sums_of(const char* function, block& b, bool cross_product) {
   }
   if (cross_product && !products) sums.joint.cross = c2;
   if (cross_product)
-    sums.joint.n = common.n, sums.joint.weight = common.weight, sums.joint.weight2 = common.weight2;
+    sums.joint.n = common.n, sums.joint.weight = common.weight, sums.joint.mean_weight = common.mean_weight;
   return sums;
 }
 
-moment_sums sums_without_nan(const char* function, block& b, bool cross_product) {
-  moment_sums sums = no_sums(b.p, cross_product);
-  if (cross_product) {
+moment_sums sums_without_nan(const char* function, block& b, const moments_options& options) {
+  moment_sums sums = no_sums(b.p, options.cross_product);
+  if (options.cross_product) {
     block complete = without_nan(b, 0, b.p);
-    sums.joint = sums_of(function, complete, true).joint;
+    sums.joint = sums_of(function, complete, options).joint;
   }
+  moments_options alone = options;
+  alone.cross_product = false;
   for (std::size_t j = 0; j < b.p; ++j) {
     block column = without_nan(b, j, j + 1);
-    sums.variables[j] = sums_of(function, column, false).variables[0];
+    sums.variables[j] = sums_of(function, column, alone).variables[0];
   }
   return sums;
 }
@@ -153,8 +168,8 @@ moment_sums summarise(const char* function, const data_view& x, const weight_vie
   const auto summarise_block = [&](block& b, std::size_t number) {
     read_block(b, x, weights, number * length, std::min(rows, (number + 1) * length));
     if (options.nan == nan_policy::omit && contains_nan(b.x.data(), b.x.size()))
-      return sums_without_nan(function, b, options.cross_product);
-    return sums_of(function, b, options.cross_product);
+      return sums_without_nan(function, b, options);
+    return sums_of(function, b, options);
   };
 
   // Blocks are joined as a balanced tree: a rounding is passed on by as many joins as the count of blocks has

@@ -22,6 +22,15 @@ double joined_offset(double oa, double ob, double d, double share) {
   return std::isfinite(d) ? oa + d * share : oa + ob;
 }
 
+// A mean of the weights by the weights, as a mean of values is joined: no square leaves the range of double,
+// and where all weights are 1 it stays 1.
+template <class Sums>
+void join_weights(Sums& a, const Sums& b, double weight, double share_b) {
+  a.n += b.n;
+  a.weight = weight;
+  a.mean_weight += (b.mean_weight - a.mean_weight) * share_b;
+}
+
 void merge(variable_sums& a, const variable_sums& b) {
   if (b.n == 0) return;
   if (a.n == 0) {
@@ -38,9 +47,7 @@ void merge(variable_sums& a, const variable_sums& b) {
   a.c3 += b.c3 + d2 * d * both * (share_a - share_b) + 3 * d * (b.c2 * share_a - a.c2 * share_b);
   a.c2 += b.c2 + d2 * both;
   a.offset = joined_offset(a.offset, b.offset, d, share_b);
-  a.n += b.n;
-  a.weight = weight;
-  a.weight2 += b.weight2;
+  join_weights(a, b, weight, share_b);
   // A NaN among the extrema stays.
   if (b.min < a.min || std::isnan(b.min)) a.min = b.min;
   if (b.max > a.max || std::isnan(b.max)) a.max = b.max;
@@ -65,9 +72,7 @@ void merge(joint_sums& a, const joint_sums& b) {
     from += i + 1;
   }
   for (std::size_t j = 0; j < p; ++j) a.offset[j] = joined_offset(a.offset[j], b.offset[j], d[j], share_b);
-  a.n += b.n;
-  a.weight = weight;
-  a.weight2 += b.weight2;
+  join_weights(a, b, weight, share_b);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 // What a sum of squares about the mean is divided by: n - 1 where all weights are 1.
 template <class Sums>
 double degrees_of_freedom(const Sums& s) {
-  const double f = s.weight - s.weight2 / s.weight;
+  const double f = s.weight - s.mean_weight;
   return s.n > 1 && f > 0 ? f : nan;
 }
 
@@ -47,6 +47,15 @@ const joint_sums& require_joint(const char* function, const moments_options& opt
 
 double cross_of(const joint_sums& s, std::size_t i, std::size_t j) { return s.cross[i * (i + 1) / 2 + j]; }
 
+// A sum of weights that leaves the range of double would leave no mean.
+void check_total(const char* function, const char* argument, const detail::moment_sums& a,
+                 const detail::moment_sums& b) {
+  for (std::size_t j = 0; j < a.variables.size(); ++j)
+    if (const double sum = a.variables[j].weight + b.variables[j].weight; !std::isfinite(sum))
+      detail::refuse(function, argument, detail::number(sum),
+                     "brings the sum of weights to " + detail::number(sum) + ", want a finite number");
+}
+
 void check_order(const char* function, int order) {
   if (order < 1 || order > 4)
     detail::refuse(function, "order", std::to_string(order), "is " + std::to_string(order) + ", want 1 to 4");
@@ -55,7 +64,8 @@ void check_order(const char* function, int order) {
 }  // namespace
 
 moments::moments(std::size_t cols, const moments_options& options) : options_(options) {
-  const std::size_t most = options.cross_product ? 32768 : INT32_MAX;
+  detail::check_policy("moments", "options.nan", options.nan);
+  const std::size_t most = options.cross_product ? detail::most_matrix_cols : INT32_MAX;
   if (cols < 1 || cols > most)
     detail::refuse("moments", "cols", std::to_string(cols),
                    "is " + std::to_string(cols) + ", want 1 to " + std::to_string(most));
@@ -68,10 +78,12 @@ void moments::add(const data_view& x, const weight_view& weights, int threads) {
   if (detail::cols_of(x) != cols())
     detail::refuse(function, "x.cols", std::to_string(detail::cols_of(x)),
                    "is " + std::to_string(detail::cols_of(x)) + ", want " + std::to_string(cols()));
-  detail::check_weights(function, weights, detail::rows_of(x));
+  detail::check_weights(function, weights, detail::rows_of(x), options_.weights_are_counts);
   detail::check_threads(function, threads);
   detail::refuse_nan(function, x, weights, options_.nan);
-  detail::merge(sums_, detail::summarise(function, x, weights, options_, threads));
+  const detail::moment_sums sums = detail::summarise(function, x, weights, options_, threads);
+  check_total(function, "weights", sums_, sums);
+  detail::merge(sums_, sums);
 }
 
 void moments::merge(const moments& other) {
@@ -82,11 +94,16 @@ void moments::merge(const moments& other) {
   if (other.options_.cross_product != options_.cross_product)
     detail::refuse(function, "other.options.cross_product", other.options_.cross_product ? "true" : "false",
                    std::string("is not ") + (options_.cross_product ? "true" : "false"));
-  if (other.options_.nan != options_.nan)
-    detail::refuse(function, "other.options.nan", std::to_string(static_cast<int>(other.options_.nan)),
-                   "is not " + std::to_string(static_cast<int>(options_.nan)));
+  if (other.options_.weights_are_counts != options_.weights_are_counts)
+    detail::refuse(function, "other.options.weights_are_counts",
+                   other.options_.weights_are_counts ? "true" : "false",
+                   std::string("is not ") + (options_.weights_are_counts ? "true" : "false"));
+  detail::check_same_policy(function, "other.options.nan", other.options_.nan, options_.nan);
+  check_total(function, "other", sums_, other.sums_);
   detail::merge(sums_, &other == this ? detail::moment_sums(other.sums_) : other.sums_);
 }
+
+void moments::reset() { sums_ = detail::no_sums(cols(), options_.cross_product); }
 
 std::vector<std::int64_t> moments::count() const {
   std::vector<std::int64_t> n;
@@ -160,11 +177,13 @@ matrix moments::covariance() const {
 matrix moments::correlation() const {
   const joint_sums& s = require_joint("moments::correlation", options_, sums_);
   const double defined = degrees_of_freedom(s) > 0 ? 1 : nan;
+  // Of mean products: the root of a sum would round otherwise for weights twice as large.
+  const auto mean_product = [&](std::size_t i, std::size_t j) { return cross_of(s, i, j) / s.weight; };
   std::vector<double> length;
-  for (std::size_t j = 0; j < cols(); ++j) length.push_back(std::sqrt(cross_of(s, j, j)));
+  for (std::size_t j = 0; j < cols(); ++j) length.push_back(std::sqrt(mean_product(j, j)));
   return symmetric(cols(), [&](std::size_t i, std::size_t j) {
     if (i == j) return std::isfinite(length[i]) ? defined : nan;
-    return defined * std::clamp(cross_of(s, i, j) / length[i] / length[j], -1.0, 1.0);
+    return defined * std::clamp(mean_product(i, j) / length[i] / length[j], -1.0, 1.0);
   });
 }
 

@@ -1,115 +1,160 @@
-// Quantiles of a stream: one task per variable, since omitted NaNs leave variables with counts of their own.
+// Quantiles of a stream.
+#include "api/stats_sketch.hpp"
+
 #include <cmath>
 #include <limits>
 
 #include "api/check.hpp"
-#include "api/settings.hpp"
-#include "api/stats.hpp"
 
 namespace tmk {
 
 namespace {
 
-struct variable {
-  detail::task_handle task;
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+detail::variable_sketch& variable_of(const char* function, std::vector<detail::variable_sketch>& variables,
+                                     std::size_t j) {
+  if (j >= variables.size())
+    detail::refuse(function, "variable", std::to_string(j),
+                   "is " + std::to_string(j) + ", want 0 to " + std::to_string(variables.size() - 1));
+  return variables[j];
+}
+
+void check_order(const char* function, double order) {
+  if (!(order >= 0 && order <= 1))
+    detail::refuse(function, "order", detail::number(order), "is " + detail::number(order) + ", want 0 to 1");
+}
+
+// Gathers the numbers of rows [first, last) of a column.
+template <class View>
+void gather(std::vector<double>& values, const View& view, std::size_t j, std::size_t first,
+            std::size_t last) {
+  values.clear();
+  for (std::size_t i = first; i < last; ++i)
+    if (const double value = view(i, j); !std::isnan(value)) values.push_back(value);
+}
+
+template <class View>
+std::int64_t count_numbers(const View& view, std::size_t j) {
   std::int64_t count = 0;
-  bool has_nan = false;
-};
+  for (std::size_t i = 0; i < view.rows(); ++i) count += !std::isnan(view(i, j));
+  return count;
+}
 
 }  // namespace
 
-// The tasks point into it.
-struct quantile_sketch::state {
-  static constexpr int32_t one = 1;
-  double epsilon, order = 0.5, answer = 0;
-  int32_t n = 0;
-  nan_policy nan;
-  std::vector<variable> variables;
-
-  const variable& require(const char* function, std::size_t j, double order) const {
-    if (j >= variables.size())
-      detail::refuse(function, "variable", std::to_string(j),
-                     "is " + std::to_string(j) + ", want 0 to " + std::to_string(variables.size() - 1));
-    if (!(order >= 0 && order <= 1))
-      detail::refuse(function, "order", detail::number(order),
-                     "is " + detail::number(order) + ", want 0 to 1");
-    return variables[j];
-  }
-
-  void absorb(variable& v, std::vector<double>& values) {
-    n = static_cast<int32_t>(values.size());
-    __vtsdSSEditTask(v.task.get(), VTS_SS_PARAM_DATA, values.data());
-    detail::check_status(
-        "quantile_sketch::add",
-        _vtsdSSStreamQuantiles(v.task.get(), 0, 0, VTS_SS_METHOD_STREAM_ABSORB, 0, tmk_threading_serial()));
-    v.count += n;
-  }
-};
-
-void quantile_sketch::release::operator()(state* p) const { delete p; }
-
 quantile_sketch::quantile_sketch(std::size_t cols, double epsilon, nan_policy nan) {
-  if (cols < 1) detail::refuse("quantile_sketch", "cols", "0", "is 0, want 1 or more");
+  constexpr auto function = "quantile_sketch";
+  if (cols < 1) detail::refuse(function, "cols", "0", "is 0, want 1 or more");
   if (!(epsilon > 0 && epsilon <= 1))
-    detail::refuse("quantile_sketch", "epsilon", detail::number(epsilon),
+    detail::refuse(function, "epsilon", detail::number(epsilon),
                    "is " + detail::number(epsilon) + ", want more than 0, at most 1");
-  state_.reset(new state{.epsilon = epsilon, .nan = nan, .variables = {}});
-  state_->variables.resize(cols);
-  for (variable& v : state_->variables) {
-    v.task = detail::new_task("quantile_sketch", &state::one, &state_->n, nullptr, nullptr);
-    static constexpr int32_t storage = VTS_SS_ROWS;
-    __vtsiSSEditTask(v.task.get(), VTS_SS_PARAM_OBSERVATIONS, &state_->n);
-    __vtsiSSEditTask(v.task.get(), VTS_SS_PARAM_DATA_STORAGE, &storage);
-    __vtsdSSEditStreamQuantiles(v.task.get(), &state::one, &state_->order, &state_->answer, &state::one,
-                                &state_->epsilon);
-  }
+  detail::check_policy(function, "nan", nan);
+  state_ = std::make_unique<state>(state{epsilon, nan, std::vector<detail::variable_sketch>(cols)});
 }
 
-std::size_t quantile_sketch::cols() const { return state_->variables.size(); }
-double quantile_sketch::epsilon() const { return state_->epsilon; }
+quantile_sketch::quantile_sketch(std::unique_ptr<state> s) : state_(std::move(s)) {}
+quantile_sketch::quantile_sketch(const quantile_sketch& other)
+    : state_(other.state_ == nullptr ? nullptr : std::make_unique<state>(*other.state_)) {}
+quantile_sketch::quantile_sketch(quantile_sketch&& other) noexcept = default;
+quantile_sketch& quantile_sketch::operator=(const quantile_sketch& other) {
+  if (this != &other) *this = quantile_sketch(other);
+  return *this;
+}
+quantile_sketch& quantile_sketch::operator=(quantile_sketch&& other) noexcept = default;
+quantile_sketch::~quantile_sketch() = default;
 
+quantile_sketch::state& quantile_sketch::here(const char* function) const {
+  if (state_ == nullptr) detail::refuse(function, "sketch", "moved from", "was moved from");
+  return *state_;
+}
+
+std::size_t quantile_sketch::cols() const noexcept {
+  return state_ == nullptr ? 0 : state_->variables.size();
+}
+double quantile_sketch::epsilon() const { return here("quantile_sketch::epsilon").epsilon; }
+
+// All memory is found before the first value is taken in.
 void quantile_sketch::add(const data_view& x) {
   constexpr auto function = "quantile_sketch::add";
+  state& s = here(function);
   detail::check_data(function, x, true);
   if (detail::cols_of(x) != cols())
     detail::refuse(function, "x.cols", std::to_string(detail::cols_of(x)),
                    "is " + std::to_string(detail::cols_of(x)) + ", want " + std::to_string(cols()));
-  detail::refuse_nan(function, x, std::nullopt, state_->nan);
+  detail::refuse_nan(function, x, {}, s.nan);
   constexpr std::size_t length = 8192;
   std::vector<double> values;
   values.reserve(length);
   const auto add_view = [&](const auto& view) {
+    for (std::size_t j = 0; j < view.cols(); ++j)
+      detail::check_status(function,
+                           stats::reserve(s.variables[j].values, count_numbers(view, j), s.epsilon));
     for (std::size_t first = 0; first < view.rows(); first += length)
       for (std::size_t j = 0; j < view.cols(); ++j) {
-        variable& v = state_->variables[j];
         const std::size_t last = std::min(view.rows(), first + length);
-        values.clear();
-        for (std::size_t i = first; i < last; ++i)
-          if (const double value = view(i, j); !std::isnan(value)) values.push_back(value);
-        if (values.size() != last - first) v.has_nan = true;
-        if (!values.empty()) state_->absorb(v, values);
+        gather(values, view, j, first, last);
+        if (values.size() != last - first) s.variables[j].has_nan = true;
+        detail::check_status(function, stats::absorb(s.variables[j].values, values.data(), 1,
+                                                     static_cast<std::int64_t>(values.size()), s.epsilon));
       }
   };
   std::visit(add_view, x);
 }
 
+// Into a copy, which takes the sketch's place when all is well.
+void quantile_sketch::merge(const quantile_sketch& other) {
+  constexpr auto function = "quantile_sketch::merge";
+  const state &own = here(function), &from = other.here(function);
+  if (other.cols() != cols())
+    detail::refuse(function, "other.cols", std::to_string(other.cols()),
+                   "is " + std::to_string(other.cols()) + ", want " + std::to_string(cols()));
+  detail::check_same_policy(function, "other.nan", from.nan, own.nan);
+  auto merged = std::make_unique<state>(own);
+  merged->epsilon = std::max(own.epsilon, from.epsilon);
+  for (std::size_t j = 0; j < cols(); ++j) {
+    detail::variable_sketch& v = merged->variables[j];
+    detail::check_status(function, stats::merge(v.values, from.variables[j].values, merged->epsilon));
+    v.has_nan |= from.variables[j].has_nan;
+  }
+  state_ = std::move(merged);
+}
+
+void quantile_sketch::reset() {
+  const state& s = here("quantile_sketch::reset");
+  *this = quantile_sketch(cols(), s.epsilon, s.nan);
+}
+
 std::int64_t quantile_sketch::count(std::size_t variable) const {
-  return state_->require("quantile_sketch::count", variable, 0).count;
+  constexpr auto function = "quantile_sketch::count";
+  return variable_of(function, here(function).variables, variable).values.count;
 }
 
 double quantile_sketch::quantile(std::size_t variable, double order) const {
-  state_->require("quantile_sketch::quantile", variable, order);
+  constexpr auto function = "quantile_sketch::quantile";
+  variable_of(function, here(function).variables, variable);
+  check_order(function, order);
   return bounds(variable, order).value;
 }
 
 quantile_sketch::estimate quantile_sketch::bounds(std::size_t variable, double order) const {
-  const auto& v = state_->require("quantile_sketch::bounds", variable, order);
-  estimate e{std::numeric_limits<double>::quiet_NaN(), 0, 0, v.count};
-  if (v.count == 0 || (v.has_nan && state_->nan == nan_policy::propagate)) return e;
-  detail::check_status(
-      "quantile_sketch::bounds",
-      tmk_ss_dstream_quantile(v.task.get(), 0, order, &e.value, &e.lowest_rank, &e.highest_rank, &e.count));
-  return e;
+  constexpr auto function = "quantile_sketch::bounds";
+  state& s = here(function);
+  detail::variable_sketch& v = variable_of(function, s.variables, variable);
+  check_order(function, order);
+  if (v.has_nan && s.nan == nan_policy::propagate) return {nan, 0, 0, v.values.count};
+  const auto r = stats::answer(v.values, order);
+  return {r.value, r.lowest, r.highest, v.values.count};
+}
+
+quantile_sketch::estimate quantile_sketch::rank(std::size_t variable, double value) const {
+  constexpr auto function = "quantile_sketch::rank";
+  state& s = here(function);
+  detail::variable_sketch& v = variable_of(function, s.variables, variable);
+  if (std::isnan(value)) detail::refuse(function, "value", "nan", "is not a number");
+  if (v.has_nan && s.nan == nan_policy::propagate) return {nan, 0, 0, v.values.count};
+  const auto r = stats::rank(v.values, value);
+  return {r.value, r.lowest, r.highest, v.values.count};
 }
 
 }  // namespace tmk

@@ -3,6 +3,8 @@
 // Keys are sorted by two or three digits of the highest bits in which they differ, from the lowest digit up.
 // Where these do not hold the whole difference, keys with equal digits lie side by side then, and such runs
 // are short in data of many values: an insertion sort ends them, a further radix sort if they are long.
+#include "primitives/sort.hpp"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -136,18 +138,36 @@ void sort_bytes(T* a, int32_t n) {
 }
 
 template <bool Descending, class T>
-int32_t checked_sort(T* array, T* scratch, int32_t length) {
-  if (array == nullptr || scratch == nullptr) return TPP_STATUS_NULL_PTR;
-  if (length < 1) return TPP_STATUS_BAD_SIZE;
+void sort_any(T* array, T* scratch, int32_t length) {
   using word = word_of<sizeof(T)>;
   if constexpr (sizeof(T) == 1)
     sort_bytes<Descending>(array, length);
   else
     sort<T, Descending>(reinterpret_cast<word*>(array), reinterpret_cast<word*>(scratch), length);
+}
+
+template <bool Descending, class T>
+int32_t checked_sort(T* array, T* scratch, int32_t length) {
+  if (array == nullptr || scratch == nullptr) return TPP_STATUS_NULL_PTR;
+  if (length < 1) return TPP_STATUS_BAD_SIZE;
+  sort_any<Descending>(array, scratch, length);
   return TPP_STATUS_OK;
 }
 
 }  // namespace
+
+template <class T>
+void sort_elements(T* a, T* scratch, int32_t n, bool descending) {
+  (descending ? sort_any<true, T> : sort_any<false, T>)(a, scratch, n);
+}
+
+template void sort_elements(double*, double*, int32_t, bool);
+template void sort_elements(float*, float*, int32_t, bool);
+template void sort_elements(int32_t*, int32_t*, int32_t, bool);
+template void sort_elements(uint32_t*, uint32_t*, int32_t, bool);
+template void sort_elements(int64_t*, int64_t*, int32_t, bool);
+template void sort_elements(uint64_t*, uint64_t*, int32_t, bool);
+
 }  // namespace tmk::primitives
 
 #define TMK_SORT(tag, type)                                                                       \

@@ -1,44 +1,14 @@
-// The checked door to summary statistics: digits that survive large offsets, results that depend on the data
-// alone, NaNs and weights as stated, images, and what is refused.
+// Moments: digits that survive large offsets, merged blocks, and results that depend on the data alone.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <limits>
-#include <numeric>
 #include <random>
-#include <tmk/stats.hpp>
+
+#include "api/stats_samples.hpp"
 
 namespace tmk {
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-std::vector<double> gaussian_values(std::size_t n, unsigned seed, double offset = 0) {
-  std::mt19937_64 g(seed);
-  std::normal_distribution<double> law(offset, 1);
-  std::vector<double> x(n);
-  for (double& v : x) v = law(g);
-  return x;
-}
-
-// Not a number equals itself here; everything else to the bit.
-void expect_same(const std::vector<double>& a, const std::vector<double>& b) {
-  ASSERT_EQ(a.size(), b.size());
-  for (std::size_t i = 0; i < a.size(); ++i)
-    EXPECT_TRUE(a[i] == b[i] || (std::isnan(a[i]) && std::isnan(b[i]))) << i << ' ' << a[i] << ' ' << b[i];
-}
-
-void expect_same(const summary& a, const summary& b) {
-  EXPECT_EQ(a.n, b.n);
-  for (const auto member : {&summary::weight, &summary::mean, &summary::sd, &summary::skewness,
-                            &summary::kurtosis, &summary::min, &summary::max})
-    expect_same(a.*member, b.*member);
-  for (const auto member : {&summary::quantiles, &summary::cov, &summary::cor})
-    expect_same((a.*member).values(), (b.*member).values());
-}
 
 // The textbook's formulas in extended precision over one variable: mean and central moments 2 to 4 over W.
 struct reference {
@@ -75,7 +45,8 @@ TEST(stats, agrees_with_the_textbook_in_extended_precision) {
         const summary t = weighted ? s : describe(x);
         for (const summary* each : {&s, &t}) {
           expect_close(each->mean[0], static_cast<double>(r.mean), 15, "mean");
-          expect_close(each->sd[0] * each->sd[0], r.variance(), 13, "variance");
+          expect_close(each->variance[0], r.variance(), 13, "variance");
+          EXPECT_EQ(each->sd[0], std::sqrt(each->variance[0]));
           expect_close(each->skewness[0], r.skewness(), 12.5, "skewness");
           expect_close(each->kurtosis[0], r.kurtosis(), 12.5, "kurtosis");
         }
@@ -116,7 +87,7 @@ TEST(stats, merge_equals_whole_for_random_cuts) {
   for (std::size_t i = 0; i < n; ++i) x[i * p + 1] += x[i * p] + 1e6;
   std::vector<double> w(n);
   std::mt19937 g(3);
-  for (double& v : w) v = g() % 4;
+  for (double& v : w) v = static_cast<double>(g() % 4);
   const matrix_view<const double> view(x.data(), n, p);
   const std::span<const double> weights(w);
   moments whole(p);
@@ -129,7 +100,7 @@ TEST(stats, merge_equals_whole_for_random_cuts) {
     for (std::size_t k = 0; k + 1 < cuts.size(); ++k)
       (k < 3 ? left : right)
           .add(view.block(cuts[k], cuts[k + 1] - cuts[k]), weights.subspan(cuts[k], cuts[k + 1] - cuts[k]));
-    left.merge(right);
+    left += right;
     EXPECT_EQ(left.count(), whole.count());
     EXPECT_EQ(left.weight(), whole.weight());
     EXPECT_EQ(left.min(), whole.min());
@@ -149,6 +120,90 @@ TEST(stats, merge_equals_whole_for_random_cuts) {
   moments empty(p);
   empty.merge(whole);
   EXPECT_EQ(empty.to_bytes(), bytes);
+  empty.reset();
+  EXPECT_EQ(empty.to_bytes(), moments(p).to_bytes());
+}
+
+// Only ratios of weights are to show, and a power of two changes no rounding.
+TEST(stats, weights_of_any_size) {
+  const std::vector<double> x{1, 2, 3}, y = gaussian_values(40'000, 12, 3);
+  for (const double weight : {1e-300, 1e-170, 1e-12, 1.0, 1e160, 1e300}) {
+    const std::vector<double> w(3, weight);
+    const summary s = describe(x, {.weights = w});
+    EXPECT_NEAR(s.mean[0], 2, 1e-15) << weight;
+    EXPECT_NEAR(s.sd[0], 1, 1e-15) << weight;
+    moments halves(1);
+    halves.add(std::span(x).first(1), std::span(w).first(1));
+    halves.add(std::span(x).last(2), std::span(w).last(2));
+    EXPECT_NEAR(halves.sd()[0], 1, 1e-15) << weight;
+  }
+  std::vector<double> w(y.size()), scaled(y.size());
+  for (std::size_t i = 0; i < w.size(); ++i) w[i] = 0.01 + static_cast<double>(i % 97) / 13;
+  const matrix_view<const double> view(y.data(), w.size() / 2, 2);
+  const summary s = describe(view, {.weights = std::span(w).first(w.size() / 2)});
+  for (const int power : {-600, -200, 1, 33, 600}) {
+    for (std::size_t i = 0; i < w.size(); ++i) scaled[i] = std::ldexp(w[i], power);
+    expect_same_estimates(describe(view, {.weights = std::span(scaled).first(w.size() / 2)}), s);
+  }
+}
+
+// Counts are observations made several times: results are those of the data written out.
+TEST(stats, weights_that_are_counts) {
+  const std::size_t n = 9'000, p = 2;
+  std::vector<double> x = gaussian_values(n * p, 14), counts(n), written_out;
+  std::mt19937 g(15);
+  for (double& c : counts) c = static_cast<double>(g() % 4);
+  x[0] = nan, counts[0] = 3;
+  for (std::size_t i = 0; i < n; ++i)
+    for (int k = 0; k < static_cast<int>(counts[i]); ++k)
+      written_out.insert(written_out.end(), {x[i * p], x[i * p + 1]});
+  const matrix_view<const double> view(x.data(), n, p), whole(written_out.data(), written_out.size() / p, p);
+  const summary want = describe(whole, {.nan = nan_policy::omit, .orders = {0, 0.1, 0.5, 0.77, 1}});
+  const summary got = describe(view, {.weights = counts,
+                                      .nan = nan_policy::omit,
+                                      .orders = {0, 0.1, 0.5, 0.77, 1},
+                                      .weights_are_counts = true});
+  EXPECT_EQ(got.n, want.n);
+  EXPECT_EQ(got.weight, want.weight);
+  EXPECT_EQ(got.complete, want.complete);
+  for (const auto member : {&summary::mean, &summary::variance, &summary::skewness, &summary::kurtosis,
+                            &summary::median, &summary::mad})
+    for (std::size_t j = 0; j < p; ++j) EXPECT_NEAR((got.*member)[j], (want.*member)[j], 1e-13);
+  for (const auto member : {&summary::quantiles, &summary::cov, &summary::cor})
+    for (std::size_t k = 0; k < (got.*member).values().size(); ++k)
+      EXPECT_NEAR((got.*member).values()[k], (want.*member).values()[k], 1e-13);
+  const moments_options options{.nan = nan_policy::omit, .weights_are_counts = true};
+  moments first(p, options), second(p, options);
+  first.add(view.block(0, n / 3), std::span(counts).first(n / 3));
+  second.add(view.block(n / 3, n - n / 3), std::span(counts).last(n - n / 3));
+  first += moments::from_bytes(second.to_bytes());
+  EXPECT_EQ(first.count(), want.n);
+  for (std::size_t j = 0; j < p; ++j) EXPECT_NEAR(first.variance()[j], want.variance[j], 1e-13);
+}
+
+TEST(stats, medians_deviations_and_counts_of_nans) {
+  const std::vector<double> x{1, 2, nan, 4, 8, 16, nan, 3}, w{1, 1, 1, 1, 1, 1, 0, 1};
+  struct row {
+    describe_options options;
+    std::int64_t n, nans;
+    double median, mad;
+  };
+  const row rows[] = {
+      {{.nan = nan_policy::omit}, 6, 2, 3.5, 2},
+      {{.weights = w, .nan = nan_policy::omit}, 6, 1, 3.5, 2},
+      {{.nan = nan_policy::omit, .orders = {}}, 6, 2, 3.5, 2},
+      {{.nan = nan_policy::omit, .orders = {0.5, 0.1}}, 6, 2, 3.5, 2},
+      {{}, 8, 2, nan, nan},
+  };
+  for (const row& r : rows) {
+    const summary s = describe(x, r.options);
+    EXPECT_EQ(s.n[0], r.n);
+    EXPECT_EQ(s.nans[0], r.nans);
+    expect_same({s.median[0], s.mad[0]}, {r.median, r.mad});
+    EXPECT_EQ(s.quantiles.cols(), r.options.orders.size());
+  }
+  EXPECT_EQ(describe(std::vector<double>{1, 2, infinity}).mad[0], 1);
+  EXPECT_TRUE(std::isnan(describe(std::vector<double>{1, infinity, infinity}).mad[0]));
 }
 
 TEST(stats, layouts_strides_and_threads_change_no_bit) {
@@ -191,7 +246,7 @@ TEST(stats, covariance_and_correlation) {
 }
 
 TEST(stats, degenerate_samples) {
-  const std::vector<double> constant(50'000, 0.1), w0(3, 0), x{5, 1, 2}, first_zero{0, 1, 1};
+  const std::vector<double> constant(50'000, 0.1), w0(3, 0), ones(2, 1), x{5, 1, 2}, first_zero{0, 1, 1};
   const summary c = describe(constant);
   EXPECT_EQ(c.mean[0], 0.1);
   EXPECT_EQ(c.sd[0], 0);
@@ -211,7 +266,7 @@ TEST(stats, degenerate_samples) {
     EXPECT_TRUE(std::isnan(v));
 
   const summary rest = describe(x, {.weights = first_zero}),
-                pair = describe(std::vector<double>{1, 2}, {.weights = std::vector<double>(2, 1)});
+                pair = describe(std::vector<double>{1, 2}, {.weights = ones});
   expect_same(rest, pair);
   expect_same(describe(std::vector<double>{nan, 1, 2}, {.weights = first_zero}), pair);
 
@@ -263,200 +318,12 @@ TEST(stats, what_a_nan_does_is_the_callers_choice) {
   std::vector<double> two = gaussian_values(n * p, 7);
   two[2'000 * p + 1] = two[2'000 * p + 2] = two[2'500 * p] = nan;
   for (const int threads : {1, 2}) try {
-      describe(matrix_view<const double>(two.data(), n, p), {.threads = threads, .nan = nan_policy::raise});
+      (void)describe(matrix_view<const double>(two.data(), n, p),
+                     {.threads = threads, .nan = nan_policy::raise});
       ADD_FAILURE();
     } catch (const error& e) {
       EXPECT_EQ(e.argument(), "x(2000, 1)");
     }
-}
-
-TEST(stats, weighted_quantiles_invert_the_distribution_function) {
-  const std::vector<double> x{4, 1, 3, 2, 6, 5};
-  for (const double weight : {1.0, 0.1, 3e-300})
-    EXPECT_EQ(median(x, {.weights = std::vector<double>(6, weight)})[0], 3.5) << weight;
-  const std::vector<double> w{1, 2, 0, 3, 0, 4}, orders{0, 0.2, 0.5, 0.55, 0.6, 1};
-  expect_same(quantiles(x, orders, {.weights = w}).values(), {1, 1.5, 3, 4, 4.5, 5});
-}
-
-TEST(stats, quantiles_are_the_ranks) {
-  std::vector<double> x = gaussian_values(1'001, 8);
-  std::vector<double> orders;
-  for (int k = 0; k <= 1'000; ++k) orders.push_back(k / 1000.0);
-  const matrix q = quantiles(x, orders, {.threads = 2});
-  sort(x);
-  for (std::size_t k = 0; k <= 1'000; ++k) EXPECT_NEAR(q(0, k), x[k], 1e-12);
-  EXPECT_EQ(median(x)[0], x[500]);
-}
-
-TEST(stats, sketch_answers_within_its_bounds) {
-  const std::size_t n = 60'000;
-  std::vector<double> x = gaussian_values(2 * n, 9);
-  std::vector<double> sorted;
-  for (std::size_t i = 0; i < n; ++i) sorted.push_back(x[2 * i]);
-  for (std::size_t i = 0; i < n; i += 100) x[2 * i + 1] = nan;
-  std::sort(sorted.begin(), sorted.end());
-  quantile_sketch q(2, 0.01, nan_policy::omit), strict(2, 0.01);
-  const matrix_view<const double> view(x.data(), n, 2);
-  EXPECT_TRUE(std::isnan(q.quantile(0, 0.5)));
-  for (std::size_t first = 0; first < n; first += 7'001)
-    q.add(view.block(first, std::min(n - first, std::size_t{7'001})));
-  strict.add(view);
-  const quantile_sketch moved(std::move(q));
-  for (const double order : {0.0, 0.01, 0.25, 0.5, 0.99, 1.0}) {
-    const auto b = moved.bounds(0, order);
-    const auto rank = std::lower_bound(sorted.begin(), sorted.end(), b.value) - sorted.begin() + 1;
-    EXPECT_LE(b.lowest_rank, rank);
-    EXPECT_GE(b.highest_rank, rank);
-    EXPECT_NEAR(static_cast<double>(rank), order * n, 0.01 * n + 1);
-    EXPECT_EQ(b.count, n);
-    EXPECT_EQ(b.value, moved.quantile(0, order));
-    EXPECT_EQ(b.value, strict.quantile(0, order));
-  }
-  EXPECT_EQ(moved.count(1), n - n / 100);
-  EXPECT_FALSE(std::isnan(moved.quantile(1, 0.5)));
-  EXPECT_TRUE(std::isnan(strict.quantile(1, 0.5)));
-}
-
-TEST(stats, sorts_and_their_indices) {
-  std::vector<float> x{3, -1, 2, -1}, y = x;
-  EXPECT_EQ(sort_index(std::span<const float>(x)), (std::vector<std::int32_t>{1, 3, 2, 0}));
-  EXPECT_EQ(sort_index(std::span<const float>(x), true), (std::vector<std::int32_t>{0, 2, 1, 3}));
-  sort(y, true);
-  EXPECT_EQ(y, (std::vector<float>{3, 2, -1, -1}));
-  std::vector<std::int32_t> k{3, -1, 2};
-  sort(k);
-  EXPECT_EQ(k, (std::vector<std::int32_t>{-1, 2, 3}));
-  sort(std::span<double>());
-}
-
-TEST(stats, images_come_back_and_damaged_ones_are_refused) {
-  const std::vector<double> x = gaussian_values(600, 10);
-  for (const bool cross_product : {false, true})
-    for (const nan_policy policy : {nan_policy::propagate, nan_policy::omit, nan_policy::raise}) {
-      moments m(3, {cross_product, policy});
-      EXPECT_EQ(moments::from_bytes(m.to_bytes()).to_bytes(), m.to_bytes());
-      m.add(matrix_view<const double>(x.data(), 200, 3));
-      moments same = moments::from_bytes(m.to_bytes());
-      EXPECT_EQ(same.to_bytes(), m.to_bytes());
-      same.merge(m);
-      EXPECT_EQ(same.count()[0], 400);
-    }
-  moments m(3);
-  m.add(matrix_view<const double>(x.data(), 200, 3));
-  const auto image = m.to_bytes();
-  EXPECT_EQ(std::to_integer<int>(image[8]), 1);  // version
-  for (std::size_t k = 0; k < image.size(); ++k) {
-    auto bad = image;
-    bad[k] ^= std::byte{static_cast<unsigned char>(1u << k % 8)};
-    EXPECT_THROW(moments::from_bytes(bad), error) << k;
-    EXPECT_THROW(moments::from_bytes(std::span(image).first(k)), error) << k;
-  }
-  auto longer = image;
-  longer.push_back(std::byte{0});
-  EXPECT_THROW(moments::from_bytes(longer), error);
-}
-
-// With the hash made good again, the content itself is looked at.
-TEST(stats, impossible_images_are_refused) {
-  moments m(2);
-  m.add(matrix_view<const double>(gaussian_values(40, 11).data(), 20, 2));
-  struct row {
-    std::size_t place;
-    std::uint64_t word;
-  };
-  constexpr std::uint64_t minus_one = 0xbff0000000000000, not_a_number = 0x7ff8000000000000;
-  const row rows[] = {
-      {16, 0},                       // no columns
-      {16, std::uint64_t{1} << 62},  // more columns than memory
-      {24, ~std::uint64_t{0}},       // a count of -1
-      {32, not_a_number},            // a weight
-      {32, minus_one},
-      {40, 0x7fe0000000000000},  // squares of weights above the square of their sum
-      {64, minus_one},           // a sum of squares
-      {88, 0x7fe0000000000000},  // a minimum above the maximum
-      {184, 21},                 // more complete rows than values
-      {240, minus_one},          // a diagonal
-  };
-  for (const row& r : rows) {
-    auto image = m.to_bytes();
-    const auto put = [&](std::size_t place, std::uint64_t word) {
-      for (unsigned k = 0; k < 8; ++k) image[place + k] = static_cast<std::byte>(word >> 8 * k);
-    };
-    put(r.place, r.word);
-    std::uint64_t hash = 0xcbf29ce484222325;
-    for (std::size_t k = 0; k + 8 < image.size(); ++k)
-      hash = (hash ^ std::to_integer<std::uint64_t>(image[k])) * 0x100000001b3;
-    put(image.size() - 8, hash);
-    EXPECT_THROW(moments::from_bytes(image), error) << r.place;
-  }
-}
-
-TEST(stats, refusals_name_argument_and_value_and_leave_the_accumulator) {
-  const std::vector<double> x{1, 2, 3, 4, 5, 6};
-  const std::vector<double> spoiled{1, 2, nan, 4, 5, 6}, negative{1, 1, -0.5}, undefined{1, nan, 1},
-      infinite{1, 1, infinity}, few(2, 1), bad_orders{0.5, 1.5};
-  const matrix_view<const double> view(x.data(), 3, 2), wide(x.data(), 2, 3), holes(spoiled.data(), 3, 2),
-      null(nullptr, 3, 2), none(nullptr, 0, 2), no_columns(x.data(), 3, 0);
-  moments acc(2, {.nan = nan_policy::raise});
-  acc.add(view);
-  const auto before = acc.to_bytes();
-  quantile_sketch q(2);
-  q.add(view);
-  const auto nans = std::vector<double>{nan};
-  struct refusal {
-    std::function<void()> call;
-    const char *argument, *value;
-  };
-  const refusal rows[] = {
-      {[&] { acc.add(wide); }, "x.cols", "3"},
-      {[&] { acc.add(null); }, "x", "null"},
-      {[&] { acc.add(holes); }, "x(1, 0)", "nan"},
-      {[&] { acc.add(view, few); }, "weights", "2"},
-      {[&] { acc.add(view, std::vector<double>()); }, "weights", "0"},
-      {[&] { acc.add(view, negative); }, "weights[2]", "-0.5"},
-      {[&] { acc.add(view, undefined); }, "weights[1]", "nan"},
-      {[&] { acc.add(view, infinite); }, "weights[2]", "inf"},
-      {[&] { acc.add(view, {}, 0); }, "threads", "0"},
-      {[&] { acc.merge(moments(3, {.nan = nan_policy::raise})); }, "other.cols", "3"},
-      {[&] {
-         acc.merge(moments(2, {false, nan_policy::raise}));
-       },
-       "other.options.cross_product", "false"},
-      {[&] { acc.merge(moments(2)); }, "other.options.nan", "0"},
-      {[&] { acc.raw(5); }, "order", "5"},
-      {[&] { acc.central(0); }, "order", "0"},
-      {[&] { moments(0); }, "cols", "0"},
-      {[&] { moments(40'000); }, "cols", "40000"},
-      {[&] { moments(2, {.cross_product = false}).covariance(); }, "options.cross_product", "false"},
-      {[&] { describe(none); }, "x.rows", "0"},
-      {[&] { describe(no_columns); }, "x.cols", "0"},
-      {[&] { describe(view, {.orders = bad_orders}); }, "orders[1]", "1.5"},
-      {[&] { describe(view, {.orders = nans}); }, "orders[0]", "nan"},
-      {[&] { describe(view, {.threads = -1}); }, "threads", "-1"},
-      {[&] { quantiles(view, bad_orders); }, "orders[1]", "1.5"},
-      {[&] { median(null); }, "x", "null"},
-      {[&] { quantile_sketch(0); }, "cols", "0"},
-      {[&] { quantile_sketch(1, 0); }, "epsilon", "0"},
-      {[&] { quantile_sketch(1, 1.25); }, "epsilon", "1.25"},
-      {[&] { quantile_sketch(1, nan); }, "epsilon", "nan"},
-      {[&] { q.add(wide); }, "x.cols", "3"},
-      {[&] { q.quantile(2, 0.5); }, "variable", "2"},
-      {[&] { q.quantile(0, -0.5); }, "order", "-0.5"},
-      {[&] { q.quantile(0, nan); }, "order", "nan"},
-  };
-  for (const refusal& row : rows) {
-    try {
-      row.call();
-      ADD_FAILURE() << row.argument << ' ' << row.value;
-    } catch (const error& e) {
-      EXPECT_EQ(e.argument(), row.argument) << e.what();
-      EXPECT_EQ(e.value(), row.value) << e.what();
-    }
-    EXPECT_EQ(acc.to_bytes(), before) << row.argument;
-    EXPECT_EQ(q.count(0), 3);
-  }
-  acc.add(none);
-  EXPECT_EQ(acc.to_bytes(), before);
 }
 
 }  // namespace
