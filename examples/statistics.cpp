@@ -17,10 +17,11 @@ int main() {
 
   const tmk::matrix_view<const double> x(data.data(), rows, cols);
   const tmk::summary s = tmk::describe(
-      x, {.weights = weights, .threads = 2, .nan = tmk::nan_policy::omit, .orders = {0.5, 0.99}});
+      x, {.weights = weights, .threads = 2, .nan = tmk::nan_policy::omit, .orders = {0.01, 0.99}});
   for (std::size_t j = 0; j < cols; ++j)
-    std::printf("variable %zu: %lld values, mean %.6f, sd %.6f, median %.3f, 99 %% below %.3f\n", j,
-                static_cast<long long>(s.n[j]), s.mean[j], s.sd[j], s.quantiles(j, 0), s.quantiles(j, 1));
+    std::printf("variable %zu: %lld values, %lld NaN, mean %.6f, sd %.6f, median %.3f, 99 %% below %.3f\n", j,
+                static_cast<long long>(s.n[j]), static_cast<long long>(s.nans[j]), s.mean[j], s.sd[j],
+                s.median[j], s.quantiles(j, 1));
 
   // As two programs would: each takes half, one sends its state to the other.
   const std::span<const double> w(weights);
@@ -28,11 +29,13 @@ int main() {
   first.add(x.block(0, rows / 2), w.first(rows / 2));
   second.add(x.block(rows / 2, rows / 2), w.last(rows / 2));
   const std::vector<std::byte> sent = second.to_bytes();
-  first.merge(tmk::moments::from_bytes(sent));
+  first += tmk::moments::from_bytes(sent);
   std::printf("from halves: sd %.6f and %.6f, %zu bytes sent\n", first.sd()[0], first.sd()[1], sent.size());
 
-  tmk::quantile_sketch q(cols, 0.001, tmk::nan_policy::omit);
-  q.add(x);
+  tmk::quantile_sketch q(cols, 0.001, tmk::nan_policy::omit), rest = q;
+  q.add(x.block(0, rows / 2));
+  rest.add(x.block(rows / 2, rows / 2));
+  q += tmk::quantile_sketch::from_bytes(rest.to_bytes());
   const auto e = q.bounds(0, 0.99);
   std::printf("sketch: %.3f, of rank %lld to %lld among %lld\n", e.value,
               static_cast<long long>(e.lowest_rank), static_cast<long long>(e.highest_rank),
@@ -40,7 +43,7 @@ int main() {
 
   try {
     weights[3] = -1;
-    tmk::describe(x, {.weights = weights});
+    (void)tmk::describe(x, {.weights = weights});
   } catch (const tmk::error& e) {
     std::puts(e.what());
   }

@@ -34,10 +34,9 @@ void show(const table& t, const tmk::summary& s) {
               "skew", "kurt", "min", "25 %", "50 %", "75 %", "max");
   for (std::size_t j = 0; j < t.names.size(); ++j)
     std::printf("  %-9s %5lld %7lld %9.3f %8.3f %6.2f %6.2f %8.2f %8.2f %8.2f %8.2f %8.2f\n",
-                t.names[j].c_str(), static_cast<long long>(s.n[j]),
-                static_cast<long long>(t.rows) - static_cast<long long>(s.n[j]), s.mean[j], s.sd[j],
-                s.skewness[j], s.kurtosis[j], s.min[j], s.quantiles(j, 0), s.quantiles(j, 1),
-                s.quantiles(j, 2), s.max[j]);
+                t.names[j].c_str(), static_cast<long long>(s.n[j]), static_cast<long long>(s.nans[j]),
+                s.mean[j], s.sd[j], s.skewness[j], s.kurtosis[j], s.min[j], s.quantiles(j, 0),
+                s.quantiles(j, 1), s.quantiles(j, 2), s.max[j]);
 }
 
 void show_correlations(const table& t, const tmk::summary& s) {

@@ -98,19 +98,24 @@ void set_weights(sample& s, bool counts) {
 sample sample::of(const char* function, const data_view& x, std::size_t j, const weight_view& weights,
                   const sample_options& options) {
   sample s{.function = function, .values = {}, .weights = {}};
-  std::visit(
-      [&](const auto& view) {
-        s.values.reserve(view.rows());
-        for (std::size_t i = 0; i < view.rows(); ++i) {
-          if (weights && !((*weights)[i] > 0)) continue;
-          const double value = view(i, j);
-          s.nans += std::isnan(value);
-          if (std::isnan(value) && options.nan == nan_policy::omit) continue;
-          s.values.push_back(value);
-          if (weights) s.weights.push_back((*weights)[i]);
-        }
-      },
-      x);
+  // Every value is stored and passed by if it counts: nothing branches on the data.
+  const auto take = [&](const auto& view) {
+    const bool omit = options.nan == nan_policy::omit;
+    std::size_t k = 0;
+    s.values.resize(view.rows());
+    if (weights) s.weights.resize(view.rows());
+    for (std::size_t i = 0; i < view.rows(); ++i) {
+      const double value = view(i, j), weight = weights ? (*weights)[i] : 1;
+      s.values[k] = value;
+      if (weights) s.weights[k] = weight;
+      const bool counts = weight > 0, is_nan = std::isnan(value);
+      s.nans += counts && is_nan ? 1 : 0;
+      k += counts && !(omit && is_nan) ? 1 : 0;
+    }
+    s.values.resize(k);
+    if (weights) s.weights.resize(k);
+  };
+  std::visit(take, x);
   s.defined = !s.values.empty() && (s.nans == 0 || options.nan == nan_policy::omit);
   set_weights(s, options.weights_are_counts);
   return s;
@@ -135,8 +140,10 @@ double sample::quantile(double order) const {
 
 double sample::deviation_from(double centre) const {
   if (!defined || !std::isfinite(centre)) return nan;
-  sample distances = *this;
-  for (double& value : distances.values) value = std::fabs(value - centre);
+  sample distances{.function = function, .values = {}, .weights = weights, .unit = unit, .defined = true};
+  distances.values.resize(values.size());
+  std::transform(values.begin(), values.end(), distances.values.begin(),
+                 [centre](double value) { return std::fabs(value - centre); });
   return distances.quantile(0.5);
 }
 
