@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Groups of subjects that do the same work: ours by tier, and the peers'. One row of a table each.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-bench: kernels beside their peers, function by function, ratios from one run.
 #include <algorithm>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Compiled once per tier. Eigen's namespace is renamed by the build, for its inline functions have one name
 // in all instruction sets; for the same reason nothing here may come from a library that the linker could
 // merge.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a user would otherwise take: vector functions of other libraries, and the plain copy of an array.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-bench-random: raw words, uniforms and variates compared with what a program would otherwise take, in
 // one process.
 #include <gsl/gsl_randist.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times of one function at one size, and how they are told.
 #pragma once
 

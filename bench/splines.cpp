@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-bench-splines: construction, evaluation and integration of splines compared with what a program would
 // otherwise take, in one process on one thread. The peers are compiled for AVX2, as is this program.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "splines_peers.hpp"
 
 #include <gsl/gsl_spline.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a user would otherwise take for splines: each peer fits one function over ascending x, and evaluates
 // it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-bench-stats: moments, covariances, sorts, quantiles and the quantile sketch beside what a program would
 // otherwise take, in one process on one thread. The peers are compiled for AVX2, as is this program.
 #include <hwy/contrib/sort/vqsort.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "stats_peers.hpp"
 
 #include <gsl/gsl_rstat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a user would otherwise take for moments. Data are doubles, n observations of p variables; `rows` says
 // that the observations of a variable stand together. Results go to `r`, so that nothing is left out.
 #pragma once

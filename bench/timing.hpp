@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times of several subjects in one process, their repetitions shuffled.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Of use to those who build often; a user's build of the library does not read this.
 find_program(TMK_CCACHE ccache)
 if(TMK_CCACHE)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What a user gets: headers, both libraries, their descriptions for CMake and pkg-config, and the pages.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

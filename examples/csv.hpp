@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One column of a comma-separated file with a heading line; a missing cell (NA) becomes a NaN.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bad elements three ways: collected, repaired, raised.
 #include <cstdio>
 #include <tmk/math.hpp>

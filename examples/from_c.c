@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Vector math from C: the tier once, then plain calls; a bad element is found in the thread's status. */
 #include <stdio.h>
 #include <tmk/abi/vtm.h>

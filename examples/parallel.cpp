@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One long call on several threads: the same bits, sooner.
 #include <algorithm>
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random streams: seeded, filled, copied and jumped ahead, saved and resumed, shared by threads, and points.
 #include <algorithm>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each family of splines through the same points, and what one can ask of them.
 #include <cstdio>
 #include <tmk/spline.hpp>

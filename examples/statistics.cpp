@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Summary statistics: a data set described, the same from blocks that come one by one, and a sketch of its
 // quantiles.
 #include <cstdio>

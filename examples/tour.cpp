@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tour: what the library does, on real data, page by page.
 #include "tour.hpp"
 

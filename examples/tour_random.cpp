@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tour's page of random streams: three generators drawn and shown, a stream saved and resumed, a jump.
 #include <algorithm>
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tour's page of splines: two curves through a monthly series, their slopes, an integral and a plot.
 #include <algorithm>
 #include <array>

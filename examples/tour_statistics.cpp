@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tour's page of summary statistics: two data sets described, whole and from blocks, and a sketch.
 #include <cmath>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tour's page of vector math: on real measurements, its accuracy levels measured, and a bad element
 // repaired.
 #include <algorithm>

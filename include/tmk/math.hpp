@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Vector math: element-wise functions over arrays that you own.
 //
 //   tmk::exp(x, y);                        y[i] = e^x[i], at the thread's accuracy

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Matrices of observations by variables: a view of the caller's, and a small one that a function returns.
 #pragma once
 

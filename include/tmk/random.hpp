@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random streams, and arrays filled with variates of the usual laws.
 //
 //   tmk::stream g(tmk::generator::mt19937, 2026);    any integer is a good seed, and so is any list of words

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the calls of a thread run: accuracy, tier, what becomes of bad elements, and on how many threads.
 // Scopes belong to the thread that made them, nest, and put back what they found.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Splines in one dimension through points of one or many functions.
 //
 //   auto s = tmk::spline::natural(x, y);               x, y: vectors or spans of double or float

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Summary statistics of observations by variables.
 //
 //   tmk::matrix_view<const double> x(data, rows, cols);       // strides and both layouts; double or float

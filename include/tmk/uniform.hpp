@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk::uniform: evenly spaced points, and (with <tmk/random.hpp>) an array filled with uniform variates.
 #pragma once
 

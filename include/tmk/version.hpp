@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Versions: TMK_VERSION_MAJOR, _MINOR, _PATCH and _STRING, and TMK_VERSION, one number, are those of the
 // headers.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a call must bring. Each function throws tmk::error for what it refuses, before anything is written.
 #pragma once
 

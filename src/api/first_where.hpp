@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Searches that nearly always find nothing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hash at the end of images: every change of one byte changes it.
 // G. Fowler, L. C. Noll, K.-P. Vo, FNV-1a.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gather and scatter. The spread array is walked by stride, mask or index, the dense one from its beginning.
 #include <algorithm>
 #include <cstring>

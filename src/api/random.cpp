@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams: seeded, copied, moved along and released, and every status of them as tmk::error.
 #include "api/random.hpp"
 

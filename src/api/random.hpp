@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the two files of the random interface share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arrays filled with variates, cut into what a kernel counts and among threads.
 #include <tmk/abi/vts.h>
 

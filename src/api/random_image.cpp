@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams as bytes and files: "TMKSTRMS", version, 4 zero bytes, length of what follows, the image of the C
 // interface, hash of everything before it. Integers are little-endian.
 #include <fcntl.h>

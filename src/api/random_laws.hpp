@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The laws of the random interface: parameters checked and turned into the kernels' own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Seeds by hashing: the algorithm of NumPy's SeedSequence, after M. E. O'Neill's seed_seq_fe (2015). A pool
 // of four words takes every word of the seed, then the stream's identifier as a spawn key, each through a
 // multiplicative hash whose constant moves on; the generator's words come out of the pool by another one.

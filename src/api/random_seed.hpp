@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words that a generator's state is made of, from what a caller has for a seed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bad elements: taken from the kernels as they run, handed on in order when the call has ended.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions as the C++ interface sees them: one row per function, made from functions.def.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One call: check, choose the kernel, and run it over the arrays, at once where nothing speaks against it.
 //
 // A call is cut into pieces when it is longer than a kernel counts, into parts when threads share it. Pieces

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Accuracy by thread, tier by process.
 #include "api/settings.hpp"
 

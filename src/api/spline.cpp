@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tasks of the C interface, threads, and partitions as splines keep them.
 #include "api/spline.hpp"
 

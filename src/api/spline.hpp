@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the files of the spline interface share: both precisions of the C interface under one name, its tasks,
 // what a spline holds, and checks.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One constructor of the C interface called for all functions at once, or one by one where conditions differ
 // between functions.
 #include <algorithm>

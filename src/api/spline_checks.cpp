@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a spline is made of, checked once; and what a call brings.
 #include <algorithm>
 #include <limits>

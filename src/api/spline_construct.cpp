@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The C interface's constructors, so called that what comes out is what the field's books say. Where one of
 // its end formulas is another (see docs/decisions/spline-api.md), the slope is set here, points of the period
 // are added past the ends, or the polynomials are written.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Splines to be made, and points and functions on their way to the constructors.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values, derivatives and cells: the C interface answers inside the partition, the rules of the sides
 // outside.
 #include <algorithm>

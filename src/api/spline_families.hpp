@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The families as the C interface builds them, and what the field takes as their usual ends.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Integrals: the C interface integrates inside the partition, the rules of the sides from its ends on.
 #include <limits>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A spline is made: checks, copies of what it needs, construction.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sites and limits as the C interface gets them, and what it does not answer: those outside the partition.
 #pragma once
 

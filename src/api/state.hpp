@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the C++ interface keeps per thread, beside the C interface's own state.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks of the statistics interface, its tasks and its threads.
 #include "api/stats.hpp"
 

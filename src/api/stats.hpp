@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the files of the statistics interface share: checks, and tasks of the C interface that release
 // themselves.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Blocks are copied variable by variable, in double, without the rows of weight 0: neither layout nor strides
 // nor single precision reach the kernels.
 #include "api/stats_block.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A block of observations in scratch memory, as the kernels want it.
 #pragma once
 

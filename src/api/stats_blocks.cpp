@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sums of a block about its own mean. A shift close to the mean is subtracted before powers are summed, so
 // that large offsets do not show in the result.
 #include "api/stats_blocks.hpp"

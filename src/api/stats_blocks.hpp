@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments of data by blocks: how a block is summarised, and how two summaries become one.
 #pragma once
 

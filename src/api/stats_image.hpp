@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What images of accumulators share: little-endian words, and a hash of all before it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two sets of observations become one: the pairwise formulas, on sums about the means of each. With weights
 // Wa and Wb, W = Wa + Wb and d the distance between the means,
 //   mean = mean_a + d Wb / W,   cross_ij = cross_ij(a) + cross_ij(b) + d_i d_j Wa Wb / W,

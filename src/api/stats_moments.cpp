@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The accumulator of moments: what it takes in, and the estimates made of its sums.
 #include <algorithm>
 #include <cmath>

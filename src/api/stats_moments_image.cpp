@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The image of an accumulator of moments: "TMKMOMTS", version, options (bit 0: cross-product, bits 1 and 2
 // the policy for NaNs, bit 3: weights are counts), columns, sums, hash.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exact quantiles and the description of a data set, variable by variable.
 #include <algorithm>
 

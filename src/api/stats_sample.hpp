@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The values of one variable that count, and quantiles of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state of a quantile_sketch: a sketch of its own for each variable, since omitted NaNs leave variables
 // with counts of their own.
 #pragma once

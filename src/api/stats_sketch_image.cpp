@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The image of a quantile_sketch: "TMKQSKCH", version, NaN policy, epsilon, columns; of each variable its
 // counts and extremes, and its levels with their values in order; hash.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sorting by the array primitives.
 #include "api/check.hpp"
 #include "api/stats.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arrays whose elements do not follow one another: rows or columns of a matrix, real parts of complex
 // numbers, one value for all elements.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "api/threads.hpp"
 
 #include <tmk/abi/threading.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bucket index: the partition's span cut into equal buckets, each with bounds of the cells that a point
 // in it can have, so that a search starts within a few cells of its end.
 #include <algorithm>

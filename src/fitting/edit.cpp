@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Edits of a task. Checks and stores alternate where a family of fields is edited at once: a call that fails
 // has changed what comes before the failure.
 #include "fitting/fields.hpp"

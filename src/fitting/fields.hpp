@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields that edits and queries know by an attribute number.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A task's arrays of row pointers: one pointer per function, and a null one after the last, since a query
 // may ask for the slot of index ny.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tasks made and deleted.
 #include "fitting/task.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fitting task: a partition, functions over it, the description of a spline and the place of its
 // coefficients, all the caller's; its own are the two arrays of row pointers and the bucket index of the
 // partition.

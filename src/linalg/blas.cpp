@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BLAS under the names of blas.hpp.
 #include "linalg/blas.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BLAS under the library's own names, with the standard arguments of the Fortran interface. The x forms run
 // in the calling thread alone: they are for workers, where the caller's threads are already at work.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The routines of a BLAS by the arguments of its Fortran interface, wherever they come from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The products of matrices in plain loops. All matrices are stored by columns.
 #include <cstddef>
 

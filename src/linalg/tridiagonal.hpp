@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tridiagonal systems T x = b without pivoting, for diagonally dominant T: order n, sub-diagonal dl (n - 1),
 // diagonal d (n), super-diagonal du (n - 1 elements).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hot loops exist once per tier: a table of functions that a file in a folder loops/ fills for its tier.
 //   struct mt19937_loops { void (*twist)(uint32_t* mt); };    in a header
 //   TMK_DECLARE_LOOPS(mt19937_loops)              behind it; mt19937_loops_now() is in force

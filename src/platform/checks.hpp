@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A function's checks as a list in the order of their statuses.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The processor's floating-point controls as a kernel needs them, saved and restored with the scope.
 //
 // Every kernel runs with all exceptions masked. Its class says what else it wants of the x87 unit; the SSE

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Processor features. The compiler's own test covers CPUID and the register state the system saves. */
 #include "platform/cpu.h"
 

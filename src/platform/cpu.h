@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Processor features. */
 #ifndef TMK_PLATFORM_CPU_H
 #define TMK_PLATFORM_CPU_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Floating-point toolbox: bits of a value, polynomials, and the exact operations double-double work rests on.
 // Written over any value type: float, double, long double, or a SIMD batch of them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory of a scope, aligned for the widest registers and the caches; tests false when there was none.
 #pragma once
 

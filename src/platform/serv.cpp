@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The service layer: memory, environment and messages.
 #include "tmk/abi/serv.h"
 

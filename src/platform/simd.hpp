@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SIMD vocabulary of the kernels: xsimd's batches in the tier's registers, and what that library lacks.
 // Vector intrinsics stand in this file and in simd_integer.hpp alone.
 #pragma once

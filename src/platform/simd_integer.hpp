@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the integer generators need beyond xsimd: products of 32-bit words, halves of 64-bit lanes, 128-bit
 // lanes, and exact conversions between words and doubles. Intrinsics that are not in simd.hpp stand here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of a table by index as columns in registers, and columns of registers as rows in memory: loads, stores
 // and shuffles of 128-bit parts, which cost less than gather and scatter instructions.
 #pragma once

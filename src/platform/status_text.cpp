@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The meaning of statuses in words, found by bisection.
 #include <algorithm>
 #include <iterator>

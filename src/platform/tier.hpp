@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tier a translation unit is compiled for. Everything inline that a kernel may use lives in the inline
 // namespace of its tier, so that no instantiation made for wide registers can replace one made for narrow
 // ones.

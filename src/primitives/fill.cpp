@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copy, zero and set. A value is set by the routine of its width, whatever its type; copies and zeros count
 // bytes. The C library's memcpy and memset pick their own vectors and streaming stores.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements as unsigned keys whose order is the order of the elements.
 #pragma once
 

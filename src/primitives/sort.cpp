@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Radix sorts in place.
 //
 // Keys are sorted by two or three digits of the highest bits in which they differ, from the lowest digit up.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The radix sort of sort.cpp for any of the types that it is instantiated for there.
 #pragma once
 

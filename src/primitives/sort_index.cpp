@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Radix sorts of positions: the digits' counts come from one reading of the keys, then each pass, from the
 // lowest digit up, moves positions between the two index arrays so that the last one ends in the output. Each
 // pass keeps the order of equal digits, which makes the whole stable.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Positions in sorted order, for elements of 32 and 64 bits. Keys travel with their positions, so that no
 // pass reads the source out of order; a digit that all keys share takes no pass.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Edits of a task's fields: one by its parameter number, or a family at once.
 #include <array>
 

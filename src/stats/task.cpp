@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tasks made and deleted.
 #include "stats/task.hpp"
 

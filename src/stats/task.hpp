@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The statistics task: pointers to the caller's arrays, counts and storage codes, and little of its own.
 #pragma once
 

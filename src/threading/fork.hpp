@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Forked children. Only the thread that forks lives on in the child, so whatever waits there for a thread of
 // the parent waits for ever.
 #pragma once

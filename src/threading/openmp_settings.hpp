@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a program says about threads through OpenMP. The library has no need of OpenMP, so that each of these
 // serves with and without it in the process.
 #pragma once

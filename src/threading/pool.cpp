@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of run slots on the library's own threads.
 //
 // Item i belongs to thread index i mod t of the t asked for. A team may be smaller (nested runs, limits);

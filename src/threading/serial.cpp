@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of run slots that stays in the caller's thread.
 #include "tmk/abi/threading.h"
 

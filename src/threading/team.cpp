@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pool of threads. A thread sleeps in its slot until a caller takes it, and is the caller's until the run
 // is over; so callers that run at the same time have teams of their own. Threads are never joined: a process
 // may end while they sleep.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Teams: a caller and threads of the library's own that work for it until a run is done.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <tmk/abi/version.h>
 
 int tmk_version() { return TMK_VERSION; }

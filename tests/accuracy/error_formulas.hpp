@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The error functions and their inverses, which MPFR lacks or is slow at.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a formula works on: exact arguments, and results at the working precision.
 #pragma once
 

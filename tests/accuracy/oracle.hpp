@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exact value of every vector function, rounded as the element type rounds, and the error of a result.
 //
 // The unit: an error is |got - exact| in units of the spacing of the result's format at the exact value y,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every function's formula in multiple-precision arithmetic.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The judge judged: composed formulas against published values, and the unit of error at the edges of a
 // format.
 #include "accuracy/oracle.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the C++ interface refuses, and that it refuses before anything is written.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every function of the C++ interface runs the kernel of its row, at the level asked for, whole or cut.
 #include <gtest/gtest.h>
 #include <sys/mman.h>

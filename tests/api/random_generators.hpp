@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The generators that seeds make random streams of, on every machine.
 #pragma once
 

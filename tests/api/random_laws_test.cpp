@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The laws of the C++ API: the textbook's, to the last of 2^32 draws.
 #include <gtest/gtest.h>
 

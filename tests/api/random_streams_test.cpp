@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams as values: their seeds, their images in memory and files, and what they refuse.
 #include <gtest/gtest.h>
 #include <sys/resource.h>

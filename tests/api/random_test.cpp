@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arrays filled through the C++ API: what it refuses and how, and that neither cuts nor threads nor tiers
 // change a number.
 #include <gtest/gtest.h>

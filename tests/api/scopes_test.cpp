@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Error scopes and threads: who sees a bad element, what is put back, and that threads change no bit.
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls of a spline: every way to a cell, layouts, what lies outside, threads, and what is refused.
 #include <algorithm>
 #include <thread>

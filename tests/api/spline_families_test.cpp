@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The families of splines: polynomials they reproduce, ends as the books have them.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What rounding, scale and range may do to a spline, and what they may not.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Points, values and sites for tests of the C++ API to splines, and polynomials that its families reproduce.
 #pragma once
 

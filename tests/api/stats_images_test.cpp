@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Images of moments: they come back, and damaged or impossible ones are refused.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments: digits that survive large offsets, merged blocks, and results that depend on the data alone.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exact quantiles, with and without weights, and sorts.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is refused, by argument and value, with the accumulator as it was.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Samples of the tests of statistics, and comparisons in which NaNs equal themselves.
 #pragma once
 

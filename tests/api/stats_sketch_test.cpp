@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sketch of the C++ API: bounds, merging, images, and what is left after a failure.
 #include <gtest/gtest.h>
 #include <sys/mman.h>

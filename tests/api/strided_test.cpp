@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arrays whose elements do not follow one another, and single values: the same results and reports as of
 // plain arrays, wherever the elements lie.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A task to be constructed: points, functions with noise, and the coefficients they get.
 #pragma once
 

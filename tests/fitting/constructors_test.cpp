@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every constructor refuses instead of following a pointer to nowhere.
 #include "fitting/construction_case.hpp"
 

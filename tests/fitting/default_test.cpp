@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Default cubics.
 #include "fitting/spline_properties.hpp"
 

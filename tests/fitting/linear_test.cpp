@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Linear splines: slopes in every layout, and the cut into tiles.
 #include "fitting/construction_case.hpp"
 #include "threading/shuffled_threads.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Local cubics against their rules written down plainly in extended precision, and what the families promise.
 #include "fitting/construction_case.hpp"
 #include "threading/shuffled_threads.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural cubics compared with a dense solve.
 #include "fitting/spline_properties.hpp"
 

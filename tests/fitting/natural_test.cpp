@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural cubics: the properties that leave one spline, in every kernel.
 #include "fitting/spline_properties.hpp"
 #include "threading/shuffled_threads.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quadratic splines of both families: what fixes them, checked in extended precision.
 #include "fitting/construction/subbotin.hpp"
 #include "fitting/construction_case.hpp"

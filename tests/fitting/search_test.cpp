@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cells by every method against the standard library's bisection.
 #include <gtest/gtest.h>
 

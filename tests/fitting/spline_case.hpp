@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Splines with random coefficients over random functions, which no construction has touched, and what they
 // are in extended precision.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What makes a cubic spline one, checked in extended precision.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fitting task: statuses, what a failing edit leaves, row pointers, and the bucket index.
 #include "fitting/task.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plain loops that serve where no BLAS is found, against the BLAS that the tests are linked with.
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes each ```c and ```cpp block of the pages to a program of its own: readme_programs.py folder page.md..."""
 import pathlib
 import re

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A C program that links tmk: one vector call at the baseline, one after a tier was chosen. */
 #include <math.h>
 #include <stdio.h>

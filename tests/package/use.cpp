@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A C++ program that links tmk: a result, and an error that crosses the library's border as an exception.
 #include <cmath>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copy, zero and set of every type: the bytes asked for and none beside them.
 #include <gtest/gtest.h>
 

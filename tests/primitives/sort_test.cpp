@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Radix sorts against a comparison sort by the order of the keys, bit for bit.
 #include <gtest/gtest.h>
 

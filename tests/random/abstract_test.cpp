@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams over an array of the caller, refilled by a callback.
 #include <algorithm>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Blobs of streams and the table of those that are shared.
 #include "random/core/chunks.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCG31M1, MCG59 and WH: sequences, seeds, leapfrog and skip-ahead.
 #include <cmath>
 

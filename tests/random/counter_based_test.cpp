@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PHILOX4X32X10 and ARS5: published blocks, plain forms, and jumps within and across blocks.
 #include <array>
 

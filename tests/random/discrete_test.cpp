@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Integers: their laws, the same bits on every tier, floors below zero, and words of a fixed width.
 #include <climits>
 #include <cmath>

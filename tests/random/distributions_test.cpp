@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The continuous laws: their shape, one sequence for any cut, and what becomes of uniforms at the edge, of
 // failing draws and of the caller's controls.
 #include <xmmintrin.h>

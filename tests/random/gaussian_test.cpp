@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The partner that a stream keeps between draws of pairs, and the one that is dropped.
 #include <cmath>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a sample has a law: Kolmogorov-Smirnov and chi-square, at one in a thousand. Seeds are fixed, so a
 // sample that passes once passes always.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Skip-ahead of every generator that has it, and the statuses of those that have not.
 #include "random/core/jump.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The continuous kernels as functions of (stream, n, r, three parameters) of either precision.
 #pragma once
 

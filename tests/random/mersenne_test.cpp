@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MT19937, MT2203 and SFMT19937: published outputs, sequences, seeds, and the period of the small twisters.
 #include <sstream>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Images of streams: in files and in memory, of today and of before, whole and broken.
 #include <unistd.h>
 

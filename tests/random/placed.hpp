@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A registered generator whose uniforms are all at one place of the interval; draw number `failing` fails.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Generators as their papers write them, element by element, for the draws of every tier to equal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SOBOL and NIEDERR: published points, how evenly points lie, selection of one dimension, jumps, and jumps of
 // the other generators that have no test of their own.
 #include <bit>

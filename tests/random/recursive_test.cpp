@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MRG32K3A, R250 and the hardware generator.
 #include "random/plain_generators.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identifiers, the registry, and what streams do with their blocks.
 #include "random/streams.hpp"
 

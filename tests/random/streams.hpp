@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What tests of streams share: an owner, blobs, and a generator that a caller registers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments by plain sums in long double, and a task over arrays of a test's own.
 #pragma once
 

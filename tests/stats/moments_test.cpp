@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments by every method against plain sums in long double, and the state between blocks.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Order statistics against sorts and scans of the C++ library, in both precisions and layouts, under shuffled
 // threads.
 #include <gtest/gtest.h>

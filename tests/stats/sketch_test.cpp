@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streaming quantiles against exact ranks: a value holds every rank from the number of values below it to the
 // number of those not above it, and one of them must be within epsilon N of order N at every moment.
 #include "stats/quantiles/sketch.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Threads and the process: forks, limits of memory, and counts of threads beyond reason.
 #include <gtest/gtest.h>
 #include <omp.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Threads for tests: workers run one after the other, items in a seeded shuffled order under shuffled thread
 // indices, so that results which depend on the order, or slices which overlap, show in every run.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What holds for every function, level and tier: a caller's floating-point controls change no result that is
 // not defined by them, no argument raises flags or traps that its result does not call for, and a kernel
 // keeps to its arrays.

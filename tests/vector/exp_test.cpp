@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exponential family in every slot of the selected tier: special values and limits of the cases, bit for
 // bit where the value is known, accuracy between them, and reports.
 #include <gtest/gtest.h>

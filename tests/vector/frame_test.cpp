@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records, entry points and tiers: which kernel answers which name.
 #include <gtest/gtest.h>
 

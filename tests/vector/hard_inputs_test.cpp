@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bounds of every level, at the arguments where kernels came off worst.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The logarithm family in every slot of the selected tier: special values bit for bit, reports, thresholds.
 #include <gtest/gtest.h>
 

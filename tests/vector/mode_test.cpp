@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The thread's mode word, its override from the environment, and the road of a report.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gather and scatter against their definition, for every element width, in the narrow and the wide form.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Inv, Sqrt and InvSqrt in every slot of the selected tier: special values bit for bit with their reports,
 // and the accuracy of each level over the whole format, whatever the thread does with subnormals.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The complex functions in extended precision: error of each component against exact values, special values
 // with their statuses on both sides of the branch cuts, symmetries, and independence of the SSE controls.
 #include <gtest/gtest.h>

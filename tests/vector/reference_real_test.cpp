@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The real functions in extended precision: error against exact values, special values and statuses, and
 // independence of the caller's SSE controls.
 #include <gtest/gtest.h>

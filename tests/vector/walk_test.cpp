@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The walks of the kernels: every worked function of one argument, in every slot of the selected tier,
 // between inaccessible pages and cut at every length.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A batch of elements: arguments drawn from the function's domain, and a kernel's results for them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The double-precision value y of the function's filter, known to within |y| 2^-46, is 2^-22 ulp of a float
 // off at most, so nearly every result can be judged by it. Multiple precision is asked only where that leaves
 // a doubt: when the error may exceed the largest so far, when y is that close to the midpoint of two floats,

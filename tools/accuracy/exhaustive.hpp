@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // All 2^32 arguments of a single-precision function of one argument, in minutes.
 #pragma once
 

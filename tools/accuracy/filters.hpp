@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values of the functions of one real argument in the next wider format, which judge nearly every result at a
 // hundredth of the oracle's cost. What they find is confirmed by the oracle.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-accuracy: the error of every kernel, by function, level and tier.
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Errors of the kernels of a function, over samples of its domain.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Printed forms of what was measured.
 #pragma once
 

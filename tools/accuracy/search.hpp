@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The largest errors of a kernel, by a search that climbs: many samples, then rounds of neighbours of the
 // worst.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions that have a value, by functions.def, and their kernels by tier and slot: what the tools that
 // measure kernels walk over.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tmk-costs: prints src/vector/frame/costs.inc, the relative cost per element of the kernel in each slot.
 //   Time is the least of many calls with arrays that stay in the first cache, arguments drawn evenly from the
 //   function's usual range, baseline tier. The unit is such that dExp at level HA costs 26.45.

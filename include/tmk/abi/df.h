@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Spline fitting in one dimension: a task that points to the caller's partition, functions and coefficients,
  * and the functions that construct, search, interpolate and integrate.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Service layer: memory, environment and messages, used by every subsystem and open to callers. */
 #ifndef TMK_ABI_SERV_H
 #define TMK_ABI_SERV_H

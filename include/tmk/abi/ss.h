@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Summary statistics: a task that points to the caller's arrays, and the functions that compute over it.
  *
  * A task holds pointers: what they point to, counts and storage codes included, may change from one

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The meaning of a status in words. */
 #ifndef TMK_ABI_STATUS_H
 #define TMK_ABI_STATUS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Threads for a computation: the statistics and fitting functions take a table like this as their last
  * argument and run their workers through it. They make no threads in another way. */
 #ifndef TMK_ABI_THREADING_H

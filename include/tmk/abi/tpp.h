@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Array primitives: radix sorts in place and by index, copy, zero and set.
  *
  * Tags: 8u, 16u, 16s, 32u, 32s, 64s integers by width and sign, 32f float, 64f double, and a c at the end for

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Vector math: element types, mode word, error channel, tiers, and (by the generated header) every function.
  *
  * The C door checks nothing: pointers must be valid for n elements, a result may be the same array as an

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Random streams: generators, their registry, streams with the data attached to them, persistence.
  *
  * The C interface checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK)

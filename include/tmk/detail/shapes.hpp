@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Function objects by shape of the arguments. Each overload packs its arguments into one `call`; the library
 // checks and runs it.
 #pragma once

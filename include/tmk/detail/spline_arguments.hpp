@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the functions of <tmk/spline.hpp> take and keep.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The standard library that the C++ API needs: its vectors and strings cross the library's border.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Akima's cubics: the slope at a point is a mean of its two neighbours, each weighted by how little the
 // differences change on its own side (Akima, J. ACM 17, 1970). At the second and the last but one point,
 // where an outer difference is missing, the frame's continuation by equal changes takes its place.

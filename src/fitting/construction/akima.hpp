@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Akima's constructor as the C++ API calls it: alike at every scale. The exported one has a fixed threshold.
 #pragma once
 

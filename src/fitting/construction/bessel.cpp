@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bessel's cubics: the slope at a point is that of the parabola through it and its neighbours (de Boor, A
 // Practical Guide to Splines, ch. IV). With no condition the parabola of the last three points has the end.
 #include "fitting/construction/local_cubic.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The slope at an end of a local cubic, by boundary condition: tables of functions that take their end from
 // outside in, so that one function serves both.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Default cubics: the caller knows the second derivatives M at the inner points (ic), and no system is
 // solved. Inner cells have M at both ends; a first cell has M[1] and what the boundary says, and a last cell
 // likewise.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows that the ends of a natural cubic add to its system: diagonal, its neighbour, right side.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all constructors share: checks in order, the index into a family's table of kernels, the view of one
 // function whatever its layout, and the way to the caller's threads.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hermite cubics: the caller gives the slopes at the inner points.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hyman's monotone cubics: Bessel's slopes, cut to zero at extrema of the data and to three times the smaller
 // difference elsewhere (Hyman, SIAM J. Sci. Stat. Comput. 4, 1983).
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Linear spline: the value at the left end of a cell, and the slope to the right one.
 #include "fitting/construction/frame.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Local cubics: the slope at a knot comes from the caller or from a few neighbouring points, and two slopes
 // and two values make a cell. One frame serves all families; a family is
 //   struct family {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loops of local cubics: rows of numbers per cell, one after the other.
 #pragma once
 

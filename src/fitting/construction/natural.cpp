@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural cubics: the constructor, its kernels, and the ways of one thread and of many. They are twice
 // continuously differentiable; their slopes s at the knots solve a tridiagonal system,
 //   h[i] s[i-1] + 2 (h[i-1] + h[i]) s[i] + h[i-1] s[i+1] = 3 (h[i] d[i-1] + h[i-1] d[i])

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loops of natural cubics that are cut into panels. A lane per panel: an array's row has the same knot or
 // cell of all panels of a group, and fills 64 bytes.
 #pragma once

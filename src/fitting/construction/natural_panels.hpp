@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural cubics of many points, cut into panels.
 //
 // Off the diagonal a row of the system weighs half of what is on it, so that a slope is felt k knots away

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural cubics by one system over all points: few of them, or widths that differ too much for panels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quadratic splines. With knots at the points one condition fixes them, here the slope at the left end,
 // bc[0]; each cell then says the slope that the next one begins with (de Boor, A Practical Guide to Splines,
 // ch. VI):

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the two families of quadratic splines share: functions in groups, a group to a thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quadratic splines with knots between the points (Subbotin, Proc. Steklov Inst. Math. 88, 1967; Stechkin and
 // Subbotin, Splines in Numerical Mathematics, 1976).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pieces of a quadratic spline whose knots lie between the points (Subbotin 1967).
 //
 // nx points have nx pieces, one around each point, and nx + 1 knots:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Evaluators: piecewise polynomials by the loops of the tier; steps and look-ups, which read the functions
 // themselves; and hooks before either.
 #include <algorithm>

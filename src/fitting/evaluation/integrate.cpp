@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Integration: the call is put in order once, running sums are made where they pay, then blocks of limits are
 // searched and integrated.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One call of an integration, as all blocks of its limits share it, and the integrators by kind of spline.
 //
 // Between limits in pieces a and b the integral is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hot loop of integration, once per tier.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Integrators: the pieces of each kind, spans of whole cells added up or looked up, and hooks before either.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interpolation: the call is put in order once, then blocks of sites are searched and evaluated.
 #include <algorithm>
 #include <cstdint>

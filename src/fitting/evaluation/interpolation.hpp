@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One call of an interpolation, as all blocks of its sites share it, and the evaluators by kind of spline.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kinds of spline that interpolation and integration distinguish, and the partition their sites lie in.
 #pragma once
 

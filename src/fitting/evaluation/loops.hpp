@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hot loops of evaluation, once per tier.
 #pragma once
 

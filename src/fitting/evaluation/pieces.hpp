@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sites as piece and distance from its base: what cells mean to each kind of piecewise polynomial.
 #pragma once
 

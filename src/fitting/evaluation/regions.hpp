@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The partition and what lies on both sides of it, each with a hook or none.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is asked of an interpolation: which derivatives, and where in the result they go.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sites or limits as callers give them, and their cut into shares for the threads.
 #pragma once
 

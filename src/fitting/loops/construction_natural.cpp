@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Panels of natural cubics, lanes over panels: recurrences run down the rows of all of them at once.
 #include <algorithm>
 #include <cstring>

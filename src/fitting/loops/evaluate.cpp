@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Polynomials of many sites: the coefficient row of each lane is loaded and transposed, then Horner's rule.
 //   s(t) = c0 + c1 d + c2 d^2 + c3 d^3,   d = t - base
 #include <algorithm>

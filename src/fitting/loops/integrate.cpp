@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Antiderivatives of many pieces.
 //   F(d) = d (c0 + d (c1/2 + d (c2/3 + d c3/4)))
 #include "fitting/evaluation/integration_loops.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loops of local cubics, lanes over cells. Every element is computed alike whatever its lane, and no
 // operation is fused, so that neither the cut into blocks nor the tier changes a bit.
 #include <algorithm>

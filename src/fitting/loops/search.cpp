@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cells of blocks of sites. Sites are taken a few registers at a time; what a register cannot decide is
 // walked to by one site.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The batch search: its driver cuts the sites among threads by the method's rule.
 #include <algorithm>
 #include <cstdint>

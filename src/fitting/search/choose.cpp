@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The choice of a search method, and what the method needs to know.
 #include <algorithm>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The block kernels: their names, the tables that list them, and the searches by a caller's hook.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The searches of blocks of sites without a hook, per tier.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // In which cell of a partition a site lies:
 //   0 for t < x[0],  i for x[i-1] <= t < x[i],  nx - 1 for t = x[nx-1],  nx for t > x[nx-1].
 // A caller chooses a method once, then asks for cells in blocks:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walks to the cell of a site from a start nearby: steps that double, then a bisection of the last one, so
 // that a start far away costs its logarithm. Comparisons with a NaN end every walk.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The BLAS that the program is linked with, by the names of the Fortran interface.
 #include "linalg/blas_routines.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The BLAS that the system has, loaded when it is first asked for and kept until the process ends.
 #include <dlfcn.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chunks: blobs that distributions and generators attach to a stream.
 #include "random/core/chunks.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The blobs of a stream, walked from the head of its list.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Processor features that single generators need. CPUID leaf 1 has them all.
 #include <cpuid.h>
 

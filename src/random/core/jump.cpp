@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // g(T) s from the top of g: by Horner's rule, or seven coefficients at a time with a table of q(T) s for all
 // q of degree below seven.
 #include "random/core/jump.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Jumps of generators that are linear over GF(2): the state after n steps is g(T) s with g = x^n modulo the
 // characteristic polynomial of the step T. The polynomials are known by the exponents of their terms, rising.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // x^n modulo a polynomial over GF(2): squares, and reductions by a table of the polynomial's multiples.
 #include <algorithm>
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registry's table of legacy numbers. C++ fills an array by a loop at compile time only inside a
 // structure; hence the assembler name, which callers know as an array.
 #include "random/core/rows.hpp"

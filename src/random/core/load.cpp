@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams from files and memory blocks. What is read is not trusted further than a size has been checked.
 #include <sys/stat.h>
 

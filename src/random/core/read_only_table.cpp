@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The process-wide table of blobs that streams share, under a spin lock.
 #include <algorithm>
 #include <atomic>

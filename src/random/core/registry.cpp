@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registry: which generators there are, and what an identifier means.
 #include "random/core/registry.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records by identifier and by stream.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The record of every generator of the registry as a constant.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams to files and memory blocks.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // States from outside: positions within arrays are all that a draw relies on, any other word is a valid one.
 #include <iterator>
 

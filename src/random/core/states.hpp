@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state of every generator as it lies in the stream block and in a saved image. Sizes are part of the
 // interface; rows with pointers grow with the machine's pointers.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams: made, copied, moved along, deleted. What a generator does itself is asked of its record.
 #include "random/core/stream.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stream block: 16 bytes of header, the same on 32-bit and 64-bit builds, then the generator's state.
 #pragma once
 

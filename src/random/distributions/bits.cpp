@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The generators' own words, and words of 32 and 64 random bits from those that can give them.
 #include <cstddef>
 

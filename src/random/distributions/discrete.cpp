@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bernoulli trials, and failures before the first success: floor(ln u / ln(1 - p)).
 #include <bit>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the distributions share: the two precisions, draws and vector kernels over blocks that stay in the
 // first cache, and the frame that keeps a singular logarithm from becoming an infinity.
 //

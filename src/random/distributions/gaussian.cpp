@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Normal variates, and their exponentials.
 //   pairs by Box and Muller (1958): rho = sqrt(-2 ln u), z = rho cos(2 pi v), z' = rho sin(2 pi v)
 //   by inversion: z = sqrt(2) erf^-1(u), u uniform over (-1, 1)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Laws whose variates are a function of one uniform each (Laplace: of two), by vector kernels and an affine
 // step.
 //   exponential  a - beta ln u          Rayleigh   a + beta sqrt(-ln u), no 2 under the root

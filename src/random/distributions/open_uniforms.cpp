@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements of every generator as uniforms of an open interval, and as integers of a range.
 #include "random/distributions/open_uniforms.hpp"
 

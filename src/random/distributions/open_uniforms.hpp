@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Uniforms that are never an end of their interval, for laws with a pole there.
 //   singles   one element: (x + 1/2) / m for elements 0 to m - 1, of which rounding keeps 24 bits
 //   doubles   two elements where one has no more than 32 bits, the lower digit y first:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Uniform numbers over an interval, and uniform integers.
 #include "random/core/registry.hpp"
 #include "random/distributions/frame.hpp"

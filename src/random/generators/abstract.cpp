@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Abstract streams: the elements come from a circular array of the caller's, which a callback refills.
 #include <algorithm>
 

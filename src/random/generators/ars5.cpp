@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ARS5: five rounds of the AES cipher over a counter, with a Weyl sequence for key schedule.
 // J. K. Salmon, M. A. Moraes, R. O. Dror, D. E. Shaw, Parallel random numbers: as easy as 1, 2, 3, SC 2011.
 #include <immintrin.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What generators share whose block of four words is a function of a counter of 128 bits and a key: a request
 // takes what is left of the last block, whole blocks, and the start of one more; a jump adds to the counter.
 #pragma once

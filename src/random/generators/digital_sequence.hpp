@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the quasi-random generators share: points in the order of the Gray code, coordinate after coordinate,
 // from point 1 on (point 0 is the origin). I. A. Antonov, V. M. Saleev, An economic method of computing
 // LP-tau sequences, USSR Computational Mathematics and Mathematical Physics 19 (1979).

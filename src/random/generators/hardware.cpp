@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The processor's own generator, by its RDRAND instruction.
 #include <immintrin.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCG31M1: multiplicative congruential generator modulo 2^31 - 1, multiplier 1132489760.
 // P. L'Ecuyer, Tables of linear congruential generators of different sizes and good lattice structure,
 // Mathematics of Computation 68 (1999).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCG59: multiplicative congruential generator modulo 2^59, multiplier 13^13.
 #include "random/generators/mcg59.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // x <- a x mod 2^59. The state holds the next element.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MRG32K3A: two multiple recursive generators of order three, combined.
 // P. L'Ecuyer, Good parameters and implementations for combined multiple recursive random number generators,
 // Operations Research 47 (1999).

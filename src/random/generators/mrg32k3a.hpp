@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MRG32K3A's recurrences, and the loop that is compiled once per tier.
 //   x[n] = a x[n - 2] - b x[n - 3] mod m,   y[n] = c y[n - 1] - d y[n - 3] mod m',   output x - y mod m
 #pragma once

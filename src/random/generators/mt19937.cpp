@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MT19937, the Mersenne twister.
 // M. Matsumoto, T. Nishimura, Mersenne twister: a 623-dimensionally equidistributed uniform pseudo-random
 // number generator, ACM TOMACS 8 (1998).

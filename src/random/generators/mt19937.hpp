@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The twister of 624 words: a ring, whose words before the index are of the present round and the others of
 // the round before.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MT2203: dynamically created twisters of period 2^2203 - 1.
 // M. Matsumoto, T. Nishimura, Dynamic creation of pseudorandom number generators, Monte Carlo and Quasi-Monte
 // Carlo Methods 1998.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small twisters of one shape, 69 words with a middle of 34, and 6024 sets of constants: a stream per set.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NIEDERR: Niederreiter's sequence in base 2, in up to 318 dimensions.
 // P. Bratley, B. L. Fox, H. Niederreiter, Implementation and tests of low-discrepancy sequences, ACM
 // Transactions on Modeling and Computer Simulation 2 (1992).

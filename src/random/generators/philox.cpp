@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PHILOX4X32X10: ten rounds of multiplication and exchange over a counter.
 // J. K. Salmon, M. A. Moraes, R. O. Dror, D. E. Shaw, Parallel random numbers: as easy as 1, 2, 3, SC 2011.
 #include "random/generators/philox.hpp"

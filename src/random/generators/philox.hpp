@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Philox4x32-10's blocks, once per tier.
 #pragma once
 

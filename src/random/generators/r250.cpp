@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // R250: generalised feedback shift register, x[n] = x[n - 103] ^ x[n - 250].
 // S. Kirkpatrick, E. P. Stoll, A very fast shift-register sequence random number generator, Journal of
 // Computational Physics 40 (1981).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What initStream is asked for, taken apart: seed(n, words), leapfrog(k, nstreams) and skip_ahead(count) each
 // return a status. Both counts are 64-bit; that of streams is sign-extended.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words to numbers of an interval: r[i] = value(w[i]) * k + a in double, each operation rounded; singles are
 // rounded once more at the end. The same bits on every tier.
 #pragma once

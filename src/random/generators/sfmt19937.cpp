@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SFMT19937, the SIMD-oriented Mersenne twister.
 // M. Saito, M. Matsumoto, SIMD-oriented fast Mersenne twister: a 128-bit pseudorandom number generator, Monte
 // Carlo and Quasi-Monte Carlo Methods 2006.

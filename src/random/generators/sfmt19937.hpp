@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The SIMD-oriented twister of 156 lanes of 128 bits: a ring, with the words of a lane that were not asked
 // for in `tail`.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SOBOL: Sobol's sequence in up to 40 dimensions.
 // I. M. Sobol, On the distribution of points in a cube and the approximate evaluation of integrals, USSR
 // Computational Mathematics and Mathematical Physics 7 (1967); direction numbers of Joe and Kuo.

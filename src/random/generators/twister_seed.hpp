@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Array initialisation of the twisters: every word of the key reaches every word of the state.
 // M. Matsumoto, T. Nishimura, mt19937ar (2002).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WH: combined congruential generators after Wichmann and Hill.
 // B. Wichmann, D. Hill, An efficient and portable pseudo-random number generator, Applied Statistics 31
 // (1982).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Raw moments by plain sums of powers.
 #include "stats/loops/power_sums.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments that need no mean beforehand, by blocks that stay in the cache: the block's mean, central sums
 // about it, and the pairwise formulas to fold them in. Memory is read once. The estimates are those of
 // updating observation by observation, with fewer roundings and no division an observation.

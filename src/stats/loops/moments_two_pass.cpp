@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Central sums about means that are known, and raw moments beside them.
 #include "stats/loops/power_sums.hpp"
 

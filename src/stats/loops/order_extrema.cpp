@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running minima and maxima. The values come first in each operation: the processor's minimum and maximum
 // then give the running one where a value is NaN, as the comparisons of the scalar tail do.
 #include "platform/simd.hpp"

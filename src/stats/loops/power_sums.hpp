@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sums of w x^k and of w (x - mean)^k over observations: the inner loops of every pass.
 //
 // Several observations of few variables are packed into one long row, so that registers are full; a variable

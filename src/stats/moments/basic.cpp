@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moments of a block of observations, folded into those of the blocks before it.
 #include "stats/moments/basic.hpp"
 

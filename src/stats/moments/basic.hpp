@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One call of the moments on its way: what basic.cpp and the steps it takes share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Estimates from sums and cross-products that are there already.
 #include "stats/moments/basic.hpp"
 #include "stats/moments/pack.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a call of the moments asks for: estimates with all that they rest on, and the method.
 #pragma once
 

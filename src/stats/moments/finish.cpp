@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From working arrays to the caller's estimates.
 #include <cmath>
 

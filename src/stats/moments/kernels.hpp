@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Row kernels: they fold the observations of a range into the working arrays of the moments.
 //
 // A kernel's name follows from its place in a table: _vSSBasic, the pass (1p, Fast, 2p), the layout (R or C),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pairwise formulas fold the threads' estimates together.
 #include "stats/moments/basic.hpp"
 

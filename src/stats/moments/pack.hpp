@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Symmetric matrices in the caller's storage: full, or a triangle packed by rows.
 #pragma once
 

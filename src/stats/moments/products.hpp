@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cross-products of a block of observations by BLAS, and of single vectors. Symmetric matrices are p by p
 // with the elements (i, j), j <= i, of row i kept: the upper triangle of BLAS, whose matrices go by columns.
 #pragma once

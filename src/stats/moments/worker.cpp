@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A thread's share of the observations. The cross-product is summed uncentred by BLAS over blocks that stay
 // in the second cache, between taking the old mean out and the new one in.
 #include <algorithm>

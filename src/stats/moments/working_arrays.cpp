@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The arrays that kernels work on: the caller's own where they can be, temporaries elsewhere. Before the
 // first block they are zero; before a later one they hold the state of the blocks so far, raw orders as
 // moments and central orders as sums.

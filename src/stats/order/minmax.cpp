@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running minima and maxima of the selected variables.
 //
 // A row of n values and the columns of a matrix of n observations are one thing: values that come by with a

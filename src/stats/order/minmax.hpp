@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hot loop of running minima and maxima.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the estimators of order share: the selected variables, a variable's values on their way between the
 // task's arrays and contiguous scratch, and the sort of contiguous values.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantiles by linear interpolation between ranks 0 and n - 1, and order statistics, one selected variable to
 // an item. Order statistics sort the variable in their output, and its quantiles are read off; quantiles
 // alone select their ranks in a copy.

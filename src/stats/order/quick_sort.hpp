@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quick sort and selection over anything that compares elements and exchanges them: contiguous reals, reals a
 // stride apart, and reals whose companions are exchanged along.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each selected variable sorted, one to an item. Values that do not lie side by side in the output are sorted
 // in scratch.
 #include <algorithm>

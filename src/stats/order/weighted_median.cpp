@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The weighted quantile of one order for every variable: where the weights, cumulated over the sorted values,
 // reach their share of the total.
 #include <cmath>

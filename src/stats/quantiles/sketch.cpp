@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values taken into a sketch, and sketches into one another.
 
 #include "stats/quantiles/sketch.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A summary of a stream of values, from which ranks are answered to a share epsilon of their count.
 //
 // Level 0 collects raw values. A full block is sorted and thinned to every second value of twice the weight;

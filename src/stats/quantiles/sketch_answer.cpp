@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Answers from a sketch, by bisection over keys: nothing is merged or allocated, so nothing can fail.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values in the order of the sorts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A sketch's memory: its levels, its workspace, a copy of both, and what values to come will need.
 #include <algorithm>
 #include <iterator>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The way of values through a sketch: when blocks are full, what is thinned and what is kept. It is the same
 // for the counts alone, which tell how much memory it will take, as for the values.
 #pragma once

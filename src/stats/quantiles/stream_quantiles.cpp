@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantiles of data that come by in blocks: a task's sketches, one for each variable.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Declares every kernel that functions.def speaks of. For C, where the address of a function in the
  * initialiser of a static record is a constant whatever its type. */
 #ifndef TMK_VECTOR_FRAME_DECLARATIONS_H

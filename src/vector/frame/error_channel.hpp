@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the kernels of one call report: each bad element at once where somebody observes it (a callback,
 // printed messages, traps), else all of them together when the call ends, which costs next to nothing.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a bad element leads to: status, callback, errno, printed message, trap, and the repair of the result.
 #include <bit>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The life of a vector kernel, as templates over a small description:
 //
 //   struct single_exp_ha {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The thread's mode word, status, callback and index base, and the environment's say in the mode.
 #include <cstring>
 #include <utility>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The dispatch records and the cost records, one of each per function.
  * The dispatch records are writable: tiers.c and a layer above may put other kernels into their slots. */
 #include "vector/frame/declarations.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The extended-precision kernels: a loop over the reference scalars, one per reference row of functions.def.
 // Complex functions run with the x87 unit at 64-bit precision whatever the caller has set.
 #include <cerrno>

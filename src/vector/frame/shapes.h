@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Parameter and argument lists of the call shapes: E is the element type, R its real part's type.
  * For the preprocessor alone: functions.def names the shapes, and headers, records and entry points paste
  * them. */

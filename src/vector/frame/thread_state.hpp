@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The items of state that each thread carries. A new thread has them all zero; a mode of 0 means unset.
 #pragma once
 

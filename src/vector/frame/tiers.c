@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Tiers: which kernels each brings, which the processor can run, and which is in force. */
 #include <string.h>
 

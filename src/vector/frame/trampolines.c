@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The 928 entry points. Each jumps through its slot of the function's record and decides nothing itself. */
 #include "tmk/abi/vtm.h"
 #include "vector/frame/shapes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Estimates of 1 / x and 1 / sqrt(x) in double, good to 11 bits on normal numbers (1 / x: 2^-1021 <= |x| <
 // 2^1022). A processor that estimates singles only gives the estimate of the mantissa; the exponent follows
 // by integer steps.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // e^x on the baseline: x = k log(2)/N + r with an integral k = N n + j, so that
 //   e^x = 2^n 2^(j/N) e^r,  |r| <= log(2) / (2 N).
 // The table holds 2^(j/N); r is so small that a short polynomial serves. Single EP has no table: N is 1.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 10^x on the baseline: x = k log10(2)/128 + r with an integral k = 128 n + j, so that
 //   10^x = 2^n 2^(j/128) 10^r,  |r| <= log10(2)/256,  10^r by a short polynomial.
 #include "vector/frame/kernel.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 2^x on the baseline: x = k / 64 + r, exactly, with k = 64 n + j and |r| <= 1/128, so that
 //   2^x = 2^n 2^(j/64) 2^r,  2^r by a short polynomial.
 #include "vector/frame/kernel.hpp"

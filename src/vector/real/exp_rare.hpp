@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements that the fast formulas of the exponential family do not serve, on every tier: which case an
 // argument is, what it returns and its status. Values between the limits come from two formulas of the
 // caller:

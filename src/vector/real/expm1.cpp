@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // e^x - 1 on the baseline: with x = k log(2)/128 + r as in exp.cpp, S = 2^(k/128) and e^r = 1 + r + t it is
 //   (S - 1) + S (r + t).
 // For k = 0 S - 1 vanishes, and r + t stands alone; for other k it is at least twice S r, so that little

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 1 / x on the baseline below HA (every_tier/inv_division.cpp).
 //   Single: the 12-bit estimate as it stands (EP), or with one Newton step (LA).
 //   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0

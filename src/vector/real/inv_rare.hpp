@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements that the fast formulas of the reciprocal family do not serve, on every tier.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 1 / sqrt(x) on the baseline: r estimates it, and with e = x r^2 - 1
 //   1 / sqrt(x) = r (1 + e)^(-1/2) = r (1 - e / 2 + 3 e^2 / 8 - 5 e^3 / 16 + ...)
 #include "vector/frame/kernel.hpp"

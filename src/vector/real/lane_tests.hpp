@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lane tests by integer arithmetic on the raw bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ln(x) on the baseline: the tables and the identity of log_reduction.hpp, with
 //   log(1 + t) = t - t^2 / 2 + t^3 / 3 - ...
 // EP in single goes without a table: x = 2^k m, m in [2/3, 4/3), and the series in m - 1.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // log10(x) on the baseline: the tables and the identity of log_reduction.hpp, with
 //   log10(1 + t) = e_high t + p(t),   e_high the leading bits of log10(e):
 // e_high times the short part of t is exact, and p takes the rest.

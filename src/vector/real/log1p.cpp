@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // log(1 + x) on the baseline: 1 + x = u + c exactly, with u its rounded sum, and
 //   log(1 + x) = log(u) + c / u,
 // where c / u goes into t of the table's identity in log_reduction.hpp. Single works in double, where u is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // log2(x) on the baseline: the table and the identity of log_reduction.hpp, with
 //   log2(1 + t) = e_high t + p(t),   e_high the leading bits of log2(e):
 // e_high times the short part of t is exact, and p takes the rest. k + log2(1 / r) needs no product at all.

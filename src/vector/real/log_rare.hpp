@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements that the fast formulas of the logarithm family do not serve, on every tier. All tests are made on
 // bits: neither flush control changes an answer.
 #pragma once

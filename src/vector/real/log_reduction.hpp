@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the baseline's logarithms share: x = 2^k m, the row r of a table by the leading bits of m, and
 //   log(x) = k log(2) + log(1 / r) + log(1 + t),   t = m r - 1.
 // k = -1 meets the row of 2 when x is just below 1, and the first two terms cancel exactly.

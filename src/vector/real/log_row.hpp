@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shapes of the logarithm tables. For an interval of the mantissa m, a reciprocal r of its center, and
 // log(1 / r) in two parts: log(m) = high + low + log(1 + t) with t = m r - 1.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // logb(x) on the baseline: the exponent field without its bias.
 #include "vector/real/log_rare.hpp"
 #include "vector/real/log_reduction.hpp"

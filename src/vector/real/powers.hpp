@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 2^(k/N) for an integral k in every lane, from the rows of powers_data.hpp: k = N n + j, 2^(k/N) = 2^n
 // 2^(j/N). k comes as the bits of a float or double to which a shifter has been added, whose low bits it
 // fills.

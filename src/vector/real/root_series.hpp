@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the baseline's sqrt and inv_sqrt share around the estimate of 1 / sqrt(x).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loads damaged images of streams and uses what loads, for a build under the sanitizers: they judge.
 //   tmk-fuzz-images [seed [round]]    a round that failed is repeated by its number
 // TMK_FUZZ_SECONDS in the environment says how long (60).

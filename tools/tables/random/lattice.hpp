@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Shortest vectors of lattices of few dimensions, with integers of 128 bits.
 #pragma once
 

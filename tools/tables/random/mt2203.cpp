@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints the constants of the 6024 small twisters: half an hour of one core. With --check it searches some
 // sets anew, tests the period of every tenth and looks at what is cheap to see of all; with --check-all it
 // leaves nothing out.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Twist constants whose twister of 69 words, middle 34 and 5 lower bits has period 2^2203 - 1.
 //
 // With u = x^69 + x^34 and v = x^68 + x^33 the characteristic polynomial of twist constant A is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tempering masks of a small twister by equidistribution: k(v) is the greatest k for which the upper v bits
 // of k consecutive outputs take all values equally often; floor(2203 / v) bounds it.
 //

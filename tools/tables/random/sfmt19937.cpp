@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints the characteristic polynomial of the 156-lane recurrence: the minimal polynomial of a linear
 // functional of its states, by the algorithm of Berlekamp and Massey. A functional or a state that misses a
 // factor shows by a degree below the dimension, and the next one is tried.

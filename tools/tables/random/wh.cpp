@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints 273 sets of four moduli and multipliers. In a set the moduli are primes in falling order with
 // coprime (m - 1)/2, so that the periods multiply; each multiplier is the largest primitive root from 112 to
 // 127 that the set does not use yet; and the lattices of the components and of their combination pass

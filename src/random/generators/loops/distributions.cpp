@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Element-wise steps between uniforms, vector kernels and variates.
 #include <bit>
 

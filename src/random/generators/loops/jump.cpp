@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Additions over GF(2), of states and of polynomials.
 #include "random/core/jump.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCG59, several vectors of elements in flight to hide the latency of the product.
 #include "random/generators/mcg59.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MRG32K3A: several vectors of consecutive elements at once. The elements of every stride-th position obey a
 // recurrence of order three as well, whose coefficients are those of the characteristic polynomial of the
 // stride-th power of the one-step matrix.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MT19937: draws.
 #include "random/generators/mt19937.hpp"
 

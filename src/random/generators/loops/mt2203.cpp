@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MT2203: draws.
 #include "random/generators/mt2203.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Philox: several vectors of blocks at once, word by word. Words are in the lower halves of 64-bit lanes,
 // as products need them; what the upper halves hold does not matter.
 #include "random/generators/philox.hpp"

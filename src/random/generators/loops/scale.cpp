@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words to numbers of an interval.
 #include "random/generators/scale.hpp"
 

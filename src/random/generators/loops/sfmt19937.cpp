@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SFMT19937: draws of whole lanes.
 //   w[i] <- w[i] ^ (w[i] << 8) ^ ((w[i + 122] >> 11) & mask) ^ (w[i - 2] >> 8) ^ (w[i - 1] << 18)
 // where shifts by 8 bits are of the lane and the others of its words, and positions are modulo 156.

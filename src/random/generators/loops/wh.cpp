@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WH: a vector of consecutive elements per component, in doubles.
 #include "random/generators/wh.hpp"
 

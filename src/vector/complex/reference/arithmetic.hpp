@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Complex arithmetic, each component rounded once. Where operands are infinite, products and quotients keep
 // an infinity or a zero that plain arithmetic would turn into NaNs (ISO C, annex G.5.1).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The complex functions in extended precision, one overload set per stem of functions.def:
 //   int Stem(std::complex<Real> a, [std::complex<Real> b,] std::complex<Real>& r)  for float and double
 // and Abs, Arg with a real result, CIS with a real argument. Each stores its value with both components

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the complex reference functions compute in: complex numbers of the extended format, sums of products
 // in pairs of it, and the last step of each function: the rounding of both components, with the status that
 // goes with it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Complex power, by its logarithm in polar form.
 //   ln a  = ln|a| + i (quarter + fraction) pi/2,      quarter a whole number, |fraction| <= 1/2
 //   a^b   = e^E (cos(T pi/2) + i sin(T pi/2)),        E = re(b ln a), T = im(b ln a) 2/pi

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // a^b = e^(b ln a), with the principal logarithm.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // |x|: the sign bit cleared, also of a NaN (IEEE 754-2019, 5.5.1).
 #include "vector/frame/kernel.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 1 / x at HA: the processor's division, correctly rounded. Subnormal arguments take the slow path too, since
 // a thread that flushes would divide by zero.
 #include "vector/frame/kernel.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arithmetic, comparison and the functions that pick a representation apart. Sums, products, quotients and
 // square roots are rounded once: the extended result is made odd by its exact error first.
 #pragma once

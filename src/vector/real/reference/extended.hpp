@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the reference functions compute in: the x87 extended format, exact sums and products of it, and the
 // last step of each of them: the rounding to the result's format, with the status that goes with it.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gather and scatter: elements move, as bit patterns, between a dense array and a strided, masked or indexed
 // one. A walk names pairs of a place in the dense array and a place in the spread one; the direction moves an
 // element between them. The flag `narrow` of 1 says that counts, strides and entries are 32 bits wide.

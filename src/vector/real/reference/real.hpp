@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The real functions in extended precision, one overload set per stem of functions.def:
 //   int Stem(Real a, [Real b,] Real& r, [Real& r2])  for float and double
 // stores the value rounded once and returns its status. They serve where no faster kernel exists, and as what

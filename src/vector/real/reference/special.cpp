@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Special functions that the C library lacks, or has with a drawback, in extended precision.
 #include "vector/real/reference/special.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Error functions, the normal distribution and their inverses; gamma functions; the exponential integral.
 #pragma once
 

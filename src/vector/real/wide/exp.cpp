@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // e^x on the wide tiers. LA keeps the table and drops its corrections, EP does without a table.
 #include "vector/real/wide/exponential.hpp"
 

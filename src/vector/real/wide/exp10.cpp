@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 10^x on the wide tiers.
 #include "vector/real/wide/exponential.hpp"
 

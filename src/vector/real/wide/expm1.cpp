@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // e^x - 1 on the wide tiers: with e^x = S (1 + r + t), S = 2^(k/8), it is
 //   (S - 1) + S (r + t).
 // Around x = 0 S - 1 is zero and r + t stands alone. One step away S - 1 has lost little to cancellation, but

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exponentials on the wide tiers, to the bases e, 2 and 10.
 //   b^x = 2^(k/8) b^r,   x = k step + r with an integral k,   step = log_b(2) / 8,   |r| <= step / 2
 // The eight powers 2^(j/8) stand in registers. x - k step needs fewer bits than a significand holds: the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 1 / x on the wide tiers below HA (every_tier/inv_division.cpp): the processor's estimate (EP single), one
 // Newton step (LA single), or the series in e = 1 - x y0 (double, where the processor estimates doubles).
 #include <limits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Natural logarithm on the wide tiers.
 #include "vector/real/wide/log.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logarithms on the wide tiers, in any base.
 //   x = 2^k m with m in [2/3, 4/3), and r one of 4 reciprocals held in registers, so short that f = m r - 1
 //   is exact: log x = k log 2 - log r + log(1 + f),   log(1 + f) = c f + f^2 q(f),   |f| <= 1/8

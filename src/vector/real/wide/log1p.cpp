@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // log(1 + x) on the wide tiers.
 //   u + c = 1 + x exactly; with u = 2^k m, log(1 + x) = log((m + 2^-k c) 2^k)
 #include "vector/real/wide/log.hpp"

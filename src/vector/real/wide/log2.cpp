@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logarithm in base 2 on the wide tiers.
 #include "vector/real/wide/log.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The unbiased exponent on the wide tiers: the exponent field in the fraction of a power of two whose unit
 // is 1.
 #include "vector/frame/kernel.hpp"
