@@ -45,7 +45,7 @@ int main() {
   try {
     weights[3] = -1;
     (void)tmk::describe(x, {.weights = weights});
-  } catch (const tmk::error& e) {
-    std::puts(e.what());
+  } catch (const tmk::error& refused) {
+    std::puts(refused.what());
   }
 }

@@ -14,8 +14,9 @@
 
 namespace tmk::primitives {
 
+// Hidden, lest the shared library export it from the C++ API's units.
 template <class T, bool Descending>
-void sort_positions(const T* x, std::uint32_t n, std::size_t* positions) {
+[[gnu::visibility("hidden")]] void sort_positions(const T* x, std::uint32_t n, std::size_t* positions) {
   using order = order<T, Descending>;
   using word = typename order::word;
   struct record {
