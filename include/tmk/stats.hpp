@@ -267,23 +267,23 @@ template <sortable T>
 std::vector<std::size_t> sorted_positions(std::span<const T> x, bool descending);
 
 template <class Range>
-using element_of = std::remove_cv_t<std::ranges::range_value_t<Range>>;
+using sorted_value = std::remove_cv_t<std::ranges::range_value_t<Range>>;
 
 }  // namespace detail
 
 /// Sorts a vector, array or span in place, by radix: -0.0 before +0.0, NaNs outside all numbers by their
 /// sign. Elements are double, float or integers of 32 or 64 bits. Throws for more than INT32_MAX elements.
 template <std::ranges::contiguous_range Range>
-requires(sortable<detail::element_of<Range>>&& std::convertible_to<
-         Range, std::span<detail::element_of<Range>>>) void sort(Range&& x, bool descending = false) {
-  detail::sort_elements(std::span<detail::element_of<Range>>(x), descending);
+requires(sortable<detail::sorted_value<Range>>&& std::convertible_to<
+         Range, std::span<detail::sorted_value<Range>>>) void sort(Range&& x, bool descending = false) {
+  detail::sort_elements(std::span<detail::sorted_value<Range>>(x), descending);
 }
 
 /// Positions of the elements in sorted order; equal ones keep theirs. Throws as sort does.
 template <std::ranges::contiguous_range Range>
-requires sortable<detail::element_of<Range>>
+requires sortable<detail::sorted_value<Range>>
 [[nodiscard]] std::vector<std::size_t> sort_index(const Range& x, bool descending = false) {
-  return detail::sorted_positions(std::span<const detail::element_of<Range>>(x), descending);
+  return detail::sorted_positions(std::span<const detail::sorted_value<Range>>(x), descending);
 }
 
 }  // namespace tmk

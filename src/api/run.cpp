@@ -171,8 +171,9 @@ void run(const call& c) {
     return f.invoke(kernel, whole, static_cast<int32_t>(c.a.size));
 
   job j{f, kernel, whole, c.a.size, c.layout, {}};
+  const bool present[places] = {true, f.has_b, true, f.has_r2};
   for (const operand_place p : {place_a, place_b, place_r, place_r2})
-    j.staged[p] = c.layout != nullptr && !is_plain(c.layout[p]);
+    j.staged[p] = present[p] && c.layout != nullptr && !is_plain(c.layout[p]);
   const auto in_place = [&](const std::byte* x) { return x == whole.r || x == whole.r2; };
   j.staged[place_a] |= watched && in_place(whole.a);
   j.staged[place_b] |= watched && f.has_b && in_place(whole.b);

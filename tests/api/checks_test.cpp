@@ -69,7 +69,7 @@ const refusal refusals[] = {
     {"rows of the result overlap",
      [](auto m) { exp(matrix_view(m.data(), 2, 3), matrix_view(m.data() + 8, 2, 3, 2, 1)); }, "r", "strides"},
     {"kind of scope", [](auto) { const error_scope scope(static_cast<on_error>(7)); }, "what", "7"},
-    {"empty repair", [](auto) { const error_scope scope{error_scope::handler()}; }, "repair", "null"},
+    {"empty repair", [](auto) { const error_scope scope(nullptr); }, "repair", "null"},
     {"threads", [](auto) { const parallel_scope none(0); }, "threads", "0"},
     {"thread's accuracy", [](auto) { set_accuracy(accuracy::inherited); }, "level", "0"},
     {"tier", [](auto) { select_tier(static_cast<tier>(9)); }, "wanted", "9"},

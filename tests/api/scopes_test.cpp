@@ -146,7 +146,6 @@ TEST(error_scope, ignores) {
 }
 
 // What does not reach the thread's channel by its callers' own choice is refused by the compiler.
-static_assert(!std::is_constructible_v<error_scope, std::nullptr_t>);
 static_assert(!std::is_constructible_v<error_scope, void (*)(int)>);
 static_assert(!detail::takes_reference<void (*)(math_error)>());
 static_assert(detail::takes_reference<void (*)(const math_error&)>());

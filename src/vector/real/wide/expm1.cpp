@@ -25,16 +25,18 @@ struct wide_expm1 {
   static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
-    auto arg = reduce<exp_base::e>(x);
-    const value power = arg.power;
+    const auto arg = reduce<exp_base::e>(x);
+    const value& power = arg.power;
     value y;
     if constexpr (Level == level::ha) {
-      // In single the rounding of the reduced argument would show: the polynomial takes the exact r, and what
-      // it lacks is multiplied by the slope there.
-      if constexpr (single) arg.reduced = arg.r;
-      value t = xsimd::fma(power_correction(arg), arg.r,
-                           beyond_linear<exp_base::e, true>(arg, constants::minus_one));
-      if constexpr (single) t = xsimd::fnma(arg.k * value(constants::step_low), arg.r, t);
+      // r^2 / 2 is rounded once, with all that is smaller: what S and the step lack, and r^3.
+      static_assert(constants::minus_one[0] == Real(0.5));
+      const value& r = arg.r;
+      const value lacking = xsimd::fnma(arg.k, value(constants::step_low), power_correction(arg));
+      const value half = r * value(Real(0.5));
+      const value rest = xsimd::fma(r * r * r, series<1>(r, constants::minus_one),
+                                    xsimd::fma(lacking, xsimd::fma(half, r, r), lacking));
+      const value t = xsimd::fma(half, r, rest);
       const auto base = two_sum(power, value(Real(-1)));
       const value slope = power * arg.r;
       const auto sum = fast_two_sum(base.high, slope);
