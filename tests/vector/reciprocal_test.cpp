@@ -112,9 +112,9 @@ void expect_levels(const std::vector<Real>& a) {
           if (want < limits::min() || want > limits::max()) continue;
           // A thread that flushes loses subnormals, also those that the baseline's formulas pass through.
           const Real magnitude = std::max(a[i], 1 / a[i]);
-          if (denormals == VTM_DENORMALS_FLUSHED && is_baseline && magnitude > limits::max() * Real(0x1p-60))
+          if (denormals == VTM_DENORMALS_FLUSHED && is_baseline && a[i] >= limits::min() &&
+              magnitude > limits::max() * Real(0x1p-60))
             continue;
-          if (denormals == VTM_DENORMALS_FLUSHED && a[i] < limits::min()) continue;
           const long double error = std::fabs(r[i] - want);
           const long double ulp = std::ldexp(1.0L, std::ilogb(want) + 1 - format<Real>::precision);
           EXPECT_LE(error, relative[slot] * want) << f.name << " slot " << slot << " at " << a[i];

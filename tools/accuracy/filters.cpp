@@ -27,6 +27,16 @@ Real cosine(Real x) {
   return std::sin((Real(StraightAngle) / 2 - half) * (pi<Real> / StraightAngle));
 }
 
+// The sign goes nowhere: the global that lgamma writes would be shared by all threads.
+double log_gamma(double x) {
+  int sign;
+  return lgamma_r(x, &sign);
+}
+long double log_gamma(long double x) {
+  int sign;
+  return lgammal_r(x, &sign);
+}
+
 // Out of the domain a NaN, at the poles infinity.
 using quiet =
     boost::math::policies::policy<boost::math::policies::domain_error<boost::math::policies::ignore_error>,
@@ -38,6 +48,7 @@ constexpr filter both(std::string_view stem, auto function) { return {stem, func
 
 // The C library states errors of a few units in the last place, and compositions add two or three.
 constexpr filter filters[] = {
+    both("Abs", [](auto x) { return std::abs(x); }),
     both("Inv", [](auto x) { return 1 / x; }),
     both("Sqrt", [](auto x) { return std::sqrt(x); }),
     both("InvSqrt", [](auto x) { return 1 / std::sqrt(x); }),
@@ -86,6 +97,7 @@ constexpr filter filters[] = {
     both("Sind", [](auto x) { return sine<180>(x); }),
     both("Cosd", [](auto x) { return cosine<180>(x); }),
     both("Tand", [](auto x) { return sine<180>(x) / cosine<180>(x); }),
+    both("LGamma", [](auto x) { return log_gamma(x); }),
     {"CdfNorm", [](double x) { return std::erfc(-x / std::numbers::sqrt2) / 2; }, nullptr},
     {"ErfInv", [](double x) { return boost::math::erf_inv(x, quiet()); }, nullptr},
     {"ErfcInv", [](double x) { return boost::math::erfc_inv(x, quiet()); }, nullptr},

@@ -2,8 +2,8 @@
 // The unbiased exponent on the wide tiers: the exponent field in the fraction of a power of two whose unit
 // is 1.
 #include "vector/frame/kernel.hpp"
-#include "vector/real/log_rare.hpp"
 #include "vector/real/lane_tests.hpp"
+#include "vector/real/log_rare.hpp"
 
 TMK_TIER_OPEN
 namespace {
