@@ -201,7 +201,11 @@ and the sign of a zero does not count.
   std::fprintf(
       out,
       "Maximum error in ulp; in brackets the correct bits, -log2 of the largest relative error of a normal\n"
-      "result. `= HA`: the slot holds that kernel.\n\n| function |");
+      "result. `= HA`: the slot holds that kernel. Below HA, and on W7 at HA too, roots and reciprocals "
+      "begin with\n"
+      "estimates of the processor, which differ between makers: another processor than this run's has other "
+      "errors.\n\n"
+      "| function |");
   for (int tier : tiers)
     for (std::string_view level : level_names)
       std::fprintf(out, " %s %.*s |", tmk_tier_name(tier), static_cast<int>(level.size()), level.data());

@@ -61,11 +61,11 @@ struct double_inv {
 }  // namespace
 TMK_TIER_CLOSE
 
-// Maximum errors in ulp over 2^20 samples:
-//   single LA: 2.756 at -0x1.10009cp+0: got -0x1.e1e0c8p-1, want -0x1.e1e0cd83p-1
-//   single EP: 4757 at -0x1.0d2ff8p+1: got -0x1.e71p-2, want -0x1.e6ead64dp-2
-//   double LA: 1.479 at 0x1.005a24db712e6p+0: got 0x1.ff4bf5aeaa034p-1, want 0x1.ff4bf5aeaa0357bp-1
-//   double EP: 235560 at -0x1.31eff7e4bcddp+545: got -0x1.ac6d73caeb069p-546, want -0x1.ac6d73cab184112p-546
+// Maximum errors in ulp (W7), by tmk-accuracy Inv --search thorough:
+//   single LA: 3.327 at 0x1.01e0c6p+124: got 0x1.fc456ep-125, want 0x1.fc4574a8p-125
+//   single EP: 4996 at 0x1.021ffep+122: got 0x1.fbfp-123, want 0x1.fbc8f8e7p-123
+//   double LA: 1.734 at 0x1.04131ce246bep+1020: got 0x1.f7fa75b591fep-1021, want 0x1.f7fa75b591fde44p-1021
+//   double EP: 242034 at -0x1.021ffffff5ec5p-1: got -0x1.fbc8f4f7c1174p+0, want -0x1.fbc8f4f78600264p+0
 TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_blocks<single_inv<level::ep>>)
 TMK_DEFINE_KERNEL(s, Inv, LAynn, run_blocks<single_inv<level::la>>)
 TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<double_inv<level::ep>>)

@@ -114,12 +114,12 @@ struct double_inv_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
-// Maximum errors in ulp over 2^20 samples:
-//   single LA: 2.622 at 0x1.0570e6p+52: got 0x1.faa4e6p-27, want 0x1.faa4eb3ep-27
-//   single HA: 0.9574 at 0x1.141fa4p-2: got 0x1.ecfd78p+0, want 0x1.ecfd7616p+0
-//   single EP: 1.769 at 0x1.f8257p+1: got 0x1.01fc7cp-1, want 0x1.01fc7f8ap-1
-//   double LA, EP: 0.5481 at 0x1.51efe3bea3245p+1: got 0x1.3b1b33c61ed4dp-1, want 0x1.3b1b33c61ed4c74p-1
-//   double HA: 0.5002 at 0x1.1f1a79dbe99ep-1: got 0x1.55ddaa7b6e57ap+0, want 0x1.55ddaa7b6e57a8p+0
+// Maximum errors in ulp (W7), by tmk-accuracy InvSqrt --search thorough:
+//   single LA: 3.971 at 0x1.0bc02ap+0: got 0x1.f4a38ep-1, want 0x1.f4a395f1p-1
+//   single HA: 0.9845 at 0x1.0b7308p+0: got 0x1.f4ebc4p-1, want 0x1.f4ebc208p-1
+//   single EP: 1.774 at 0x1.f44406p+93: got 0x1.02fc24p-47, want 0x1.02fc278cp-47
+//   double LA, EP: 0.6839 at 0x1.043ffde189502p-1: got 0x1.671205a2e282cp+0, want 0x1.671205a2e282b51p+0
+//   double HA: 0.5007 at 0x1.037fdae1a1727p-252: got 0x1.fc8939e3dba26p+125, want 0x1.fc8939e3dba268p+125
 TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<single_inv_sqrt<level::ep>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_blocks<single_inv_sqrt<level::la>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<single_inv_sqrt<level::ha>>)

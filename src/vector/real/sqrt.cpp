@@ -78,13 +78,13 @@ struct double_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
-// Maximum errors in ulp over 2^20 samples:
-//   single LA: 3.270 at 0x1.f0214p+1: got 0x1.f8009cp+0, want 0x1.f800a28ap+0
-//   single HA: 0.8866 at 0x1.360d82p+1: got 0x1.8e6e4p+0, want 0x1.8e6e41c6p+0
-//   single EP: 4150 at 0x1.df2fe4p+1: got 0x1.ef72d4p+0, want 0x1.ef5267d1p+0
-//   double LA: 0.5690 at 0x1.df2f530ae30d2p+1: got 0x1.ef521ce56e1f4p+0, want 0x1.ef521ce56e1f36ep+0
-//   double HA: 0.5003 at 0x1.9f24p-1059: got 0x1.cd089b6860626p-530, want 0x1.cd089b68606268p-530
-//   double EP: 364280 at 0x1.df2fe46f8875p+1: got 0x1.ef52680ac1651p+0, want 0x1.ef52680a68758f2p+0
+// Maximum errors in ulp (W7), by tmk-accuracy Sqrt --search thorough:
+//   single LA: 3.246 at 0x1.e9c0d8p+59: got 0x1.f4c0c6p+29, want 0x1.f4c0cc7ep+29
+//   single HA: 0.7608 at 0x1.d36a5ep+1: got 0x1.e93338p+0, want 0x1.e9333986p+0
+//   single EP: 4095 at 0x1.fffffcp-1: got 0x1.000ffep+0, want 0x1.fffffep-1
+//   double LA: 0.6872 at 0x1.043fff9bc9991p-1: got 0x1.6d0810781fc84p-1, want 0x1.6d0810781fc835p-1
+//   double HA: 0.5005 at 0x1.fffffffa2fcd3p+1: got 0x1.fffffffd17e6ap+0, want 0x1.fffffffd17e698p+0
+//   double EP: 557306 at 0x1.043ffffff9f1dp+1: got 0x1.6d0810beeb44ap+0, want 0x1.6d0810be6334faap+0
 TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_blocks<single_sqrt<level::ep>>)
 TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_blocks<single_sqrt<level::la>>)
 TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_blocks<single_sqrt<level::ha>>)

@@ -5,14 +5,13 @@
 TMK_TIER_OPEN
 namespace {
 
-// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
-//   single HA: 0.537 ulp at -0x1.eddd82p+5: got 0x1.ea6bf4p-90, want 0x1.ea6bf2edp-90.
-//   single LA: 1.135 ulp at 0x1.75540cp+2: got 0x1.5577e4p+8, want 0x1.5577e1bbp+8.
-//   single EP: 1651 ulp at -0x1.5b783ep+6: got 0x1.9949f6p-126, want 0x1.993d102ap-126.
-//   double HA: 0.583 ulp at 0x1.204fd5f92971ep-1: got 0x1.c191576a36aeep+0, want 0x1.c191576a36aee958p+0.
-//   double LA: 1.253 ulp at -0x1.1fca7e69c8055p+2: got 0x1.6d35d8fc6a198p-7, want 0x1.6d35d8fc6a196bf8p-7.
-//   double EP: 2.28e7 ulp at 0x1.621a09b1fc0ep+9: got 0x1.a622c1402613dp+1021,
-//     want 0x1.a622c12a6091ab18p+1021.
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Exp --search thorough:
+//   single LA (all inputs): 1.135 at 0x1.75540cp+2: got 0x1.5577e4p+8, want 0x1.5577e1bbp+8
+//   single HA (all inputs to -103.278): 0.537 at -0x1.eddd82p+5: got 0x1.ea6bf4p-90, want 0x1.ea6bf2edp-90
+//   single EP: 1651 at -0x1.5b783ep+6: got 0x1.9949f6p-126, want 0x1.993d102ap-126
+//   double LA: 1.016 at -0x1.de1d227c428a1p+6: got 0x1.789a014abf051p-173, want 0x1.789a014abf04ffcp-173
+//   double HA: 0.5872 at 0x1.a427cb261754p+3: got 0x1.ebf44c57e1d9ap+18, want 0x1.ebf44c57e1d996ap+18
+//   double EP: 2.3e+07 at 0x1.61c1508eecfp+9: got 0x1.a622752695f72p+1020, want 0x1.a6227510d074fb5p+1020
 // Single ends at -103.278..., as defined: where the last subnormal would still be nearest, the result is 0.
 template <class Real, level Level>
 struct wide_exp {

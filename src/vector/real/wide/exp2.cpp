@@ -5,9 +5,10 @@
 TMK_TIER_OPEN
 namespace {
 
-// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
-//   single: 0.536 ulp at 0x1.999878p-1: got 0x1.bdb82p+0, want 0x1.bdb81eeep+0.
-//   double: 0.559 ulp at 0x1.f2587373afe84p+9: got 0x1.9d4b2b3ca188cp+996, want 0x1.9d4b2b3ca188b71p+996.
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Exp2 --search thorough:
+//   single (all inputs): 0.536 at 0x1.999878p-1: got 0x1.bdb82p+0, want 0x1.bdb81eeep+0
+//   double LA, HA, EP: 0.5616 at 0x1.6bd89f2429141p+9: got 0x1.9dacfe78e3f06p+727,
+//     want 0x1.9dacfe78e3f057p+727
 template <class Real>
 struct wide_exp2 {
   using real = Real;

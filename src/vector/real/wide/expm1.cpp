@@ -8,10 +8,10 @@
 TMK_TIER_OPEN
 namespace {
 
-// Maximum errors, of all singles up to |x| = 160 (farther out results are constant) and of 10^7 doubles:
-//   single: 0.554 ulp at -0x1.6e8dp-5: got -0x1.667898p-5, want -0x1.6678991cp-5.
-//   double HA: 0.561 ulp at -0x1.62f48d1c9ed16p-5: got -0x1.5b6008e8f033p-5, want -0x1.5b6008e8f032f708p-5.
-//   double LA: 1.473 ulp at -0x1.735af1045d2e8p-5: got -0x1.6b105fc670b77p-5, want -0x1.6b105fc670b7587p-5.
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Expm1 --search thorough:
+//   single LA, HA, EP: 0.5160 at 0x1.c1d27p-5: got 0x1.ce66acp-5, want 0x1.ce66aaf8p-5
+//   double LA, EP: 1.497 at -0x1.642e2b1c3bd11p-5: got -0x1.5c8c54b27eb06p-5, want -0x1.5c8c54b27eb0481p-5
+//   double HA: 0.5381 at 0x1.626439aa84b1fp+9: got 0x1.78d207386e3d9p+1022, want 0x1.78d207386e3d876p+1022
 template <class Real, level Level>
 struct wide_expm1 {
   using real = Real;

@@ -52,11 +52,16 @@ struct wide_inv {
 }  // namespace
 TMK_TIER_CLOSE
 
-// Maximum errors in ulp over 2^20 samples (V3):
-//   single LA: 1.757 at 0x1.0d2f42p+6: got 0x1.e6ec1cp-7, want 0x1.e6ec1f84p-7
-//   single EP: 4757 at -0x1.0d2ff8p+1: got -0x1.e71p-2, want -0x1.e6ead64dp-2
-//   double LA: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
-//   double EP: 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Inv --search thorough:
+//   single LA (V3): 1.960 at 0x1.07400ap+108: got 0x1.f1e624p-109, want 0x1.f1e627ecp-109
+//   single LA (V4): 0.5267 at 0x1.01f0fap+64: got 0x1.fc2586p-65, want 0x1.fc25870ep-65
+//   single EP (V3): 4996 at 0x1.021ffep+122: got 0x1.fbfp-123, want 0x1.fbc8f8e7p-123
+//   single EP (V4): 710 at 0x1.0600fep+124: got 0x1.f44ap-125, want 0x1.f44474e7p-125
+//   double LA (V3): 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
+//   double LA (V4): 0.5000 at 0x1.06e758879a32fp+505: got 0x1.f28e209430b11p-506,
+//     want 0x1.f28e209430b118p-506
+//   double EP (V3): 0.5000 at 0x1.fffffffffffffp-2: got 0x1.0000000000001p+1, want 0x1.00000000000008p+1
+//   double EP (V4): 748 at -0x1.f199fffffb1aep+1: got -0x1.07685415585d5p-2, want -0x1.07685415582e884p-2
 TMK_DEFINE_KERNEL(s, Inv, EPnnn, run_masked<wide_inv<float, level::ep>>)
 TMK_DEFINE_KERNEL(s, Inv, LAynn, run_masked<wide_inv<float, level::la>>)
 TMK_DEFINE_KERNEL(d, Inv, EPnnn, run_masked<wide_inv<double, level::ep>>)

@@ -23,7 +23,8 @@ struct wide_inv_sqrt {
     if constexpr (Level == level::ep) {
       return r;
     } else if constexpr (Level == level::la && sizeof(Real) == 4) {
-      return xsimd::fma(r * xsimd::fms(x * r, r, value(Real(1))), value(Real(-0.5)), r);
+      // The quadratic term counts up to 3 ulp where the estimate has 11 bits.
+      return xsimd::fma(r, inverse_root_series<Level>(xsimd::fms(x * r, r, value(Real(1)))), r);
     } else {
       const value s = shortened(r);
       return xsimd::fma(s, inverse_root_series<Level>(xsimd::fms(x, s * s, value(Real(1)))), s);
@@ -44,12 +45,20 @@ struct wide_inv_sqrt {
 }  // namespace
 TMK_TIER_CLOSE
 
-// Maximum errors in ulp over 2^20 samples (V3):
-//   single LA: 1.742 at 0x1.391f8ap+1: got 0x1.475a8cp-1, want 0x1.475a8f7cp-1
-//   single HA: 0.5010 at 0x1.e2e2d2p+1: got 0x1.079ab8p-1, want 0x1.079ab9p-1
-//   single EP: 2937 at 0x1.10cff6p+0: got 0x1.f01p-1, want 0x1.eff90eddp-1
-//   double LA, EP: 0.5303 at 0x1.000000adca49ap+2: got 0x1.ffffff5235b6bp-2, want 0x1.ffffff5235b6b88p-2
-//   double HA: 0.5303 at 0x1.000000adca49ap+2: got 0x1.ffffff5235b6bp-2, want 0x1.ffffff5235b6b88p-2
+// Maximum errors in ulp (V3, V4), by tmk-accuracy InvSqrt --search thorough:
+//   single LA (V3): 3.127 at 0x1.037f5ep+114: got 0x1.fc89aep-58, want 0x1.fc89b441p-58
+//   single LA (V4): 1.040 at 0x1.0bb7a4p+0: got 0x1.f4ab8cp-1, want 0x1.f4ab8e15p-1
+//   single HA (V3): 0.5031 at 0x1.160122p+1: got 0x1.5b6a58p-1, want 0x1.5b6a5902p-1
+//   single HA (V4): 0.5023 at 0x1.e6842cp+45: got 0x1.069e7ap-23, want 0x1.069e7b01p-23
+//   single EP (V3): 4980 at 0x1.037ffep+114: got 0x1.fcbp-58, want 0x1.fc89177bp-58
+//   single EP (V4): 938 at 0x1.03f7fep+110: got 0x1.fc1bp-56, want 0x1.fc13ab98p-56
+//   double LA, EP (V3): 0.5311 at 0x1.037fc05b701cep-252: got 0x1.fc8953e12baecp+125,
+//     want 0x1.fc8953e12baec88p+125
+//   double LA, EP (V4): 0.5207 at 0x1.0371f5fa314b6p-34: got 0x1.fc96d7a2912f7p+16,
+//     want 0x1.fc96d7a2912f67bp+16
+//   double HA (V3): 0.5311 at 0x1.037fc05b701cep-252: got 0x1.fc8953e12baecp+125,
+//     want 0x1.fc8953e12baec88p+125
+//   double HA (V4): 0.5207 at 0x1.0371f5fa314b6p-34: got 0x1.fc96d7a2912f7p+16, want 0x1.fc96d7a2912f67bp+16
 TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<wide_inv_sqrt<float, level::ep>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_masked<wide_inv_sqrt<float, level::la>>)
 TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<wide_inv_sqrt<float, level::ha>>)
