@@ -46,8 +46,8 @@ struct wide_inv_sqrt {
 TMK_TIER_CLOSE
 
 // Maximum errors in ulp (V3, V4), by tmk-accuracy InvSqrt --search thorough:
-//   single LA (V3): 3.127 at 0x1.037f5ep+114: got 0x1.fc89aep-58, want 0x1.fc89b441p-58
-//   single LA (V4): 1.040 at 0x1.0bb7a4p+0: got 0x1.f4ab8cp-1, want 0x1.f4ab8e15p-1
+//   single LA (V3): 0.9953 at 0x1.010ffep+2: got 0x1.fef0d8p-2, want 0x1.fef0d9fep-2
+//   single LA (V4): 0.9882 at 0x1.01661ep+2: got 0x1.fe9b5ap-2, want 0x1.fe9b5806p-2
 //   single HA (V3): 0.5031 at 0x1.160122p+1: got 0x1.5b6a58p-1, want 0x1.5b6a5902p-1
 //   single HA (V4): 0.5023 at 0x1.e6842cp+45: got 0x1.069e7ap-23, want 0x1.069e7b01p-23
 //   single EP (V3): 4980 at 0x1.037ffep+114: got 0x1.fcbp-58, want 0x1.fc89177bp-58
