@@ -72,8 +72,9 @@ template <class Real>
 class judge {
  public:
   explicit judge(const measurement& m) : function_(*m.function), exact_(m.function->name) {
-    const bool real_unary = function_.shape == call_shape::unary && !function_.is_complex();
-    const filter* f = real_unary ? find_filter(function_.stem) : nullptr;
+    // The extended-precision kernels are the same formulas as the filters, which cannot judge them.
+    const bool filtered = function_.worked && function_.shape == call_shape::unary && !function_.is_complex();
+    const filter* f = filtered ? find_filter(function_.stem) : nullptr;
     if (f != nullptr) value_ = pick<Real>(*f);
   }
 
@@ -157,7 +158,7 @@ void climb_in(measurement& m, const effort& full, std::uint64_t seed, int thread
   const judge<Real> judge(m);
   const vector_function& f = *m.function;
   effort e = full;
-  if (!judge.has_filter()) e = {full.samples / 512, full.worst / 8, full.neighbours / 32, full.rounds};
+  if (!judge.has_filter()) e = {full.samples / 32, full.worst / 2, full.neighbours / 4, full.rounds};
   const auto size = static_cast<std::int64_t>(batch<Real>::size);
   std::vector<hall_of_fame> halls(m.kernels.size(), hall_of_fame(static_cast<std::size_t>(e.worst)));
   for (std::size_t k = 0; k < halls.size(); ++k)

@@ -18,9 +18,9 @@ struct effort {
 inline constexpr effort thorough{std::int64_t{1} << 23, 256, 1024, 6};
 inline constexpr effort brief{std::int64_t{1} << 20, 32, 256, 6};
 
-// Raises the worst errors of the measurement's kernels to what the search finds. Functions without a filter
-// take a few hundredths of the effort, since the oracle judges every argument; powers with one exponent for
-// all elements and linear fractions are not climbed.
+// Raises the worst errors of the measurement's kernels to what the search finds. Functions that the oracle
+// has to judge argument by argument take a small part of the effort; powers with one exponent for all
+// elements and linear fractions are not climbed.
 void climb(measurement& m, const effort& effort, std::uint64_t seed, int threads);
 
 // Judges the arguments that a file lists, one line each: a function's name and its arguments (a, or a and b;
