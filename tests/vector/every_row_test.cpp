@@ -166,6 +166,9 @@ TEST_P(every_row, results_do_not_depend_on_the_rounding_mode) {
   });
 }
 
+// The C library's: what the compiler makes of a plain call rounds magnitudes.
+double (*volatile const library_rint)(double) = nearbyint;
+
 TEST_P(every_row, rint_rounds_as_the_processor_does) {
   for_each_slot([](const function_row& f, int slot, auto& x) {
     if (!f.is("Rint") && !f.is("NearbyInt")) return;
@@ -173,7 +176,8 @@ TEST_P(every_row, rint_rounds_as_the_processor_does) {
       std::fesetround(direction);
       x.run(f, slot);
       auto want = x.r;
-      for (size_t i = 0; i < x.a.size() / 2; ++i) want[i] = std::rint(x.a[i]);
+      for (size_t i = 0; i < x.a.size() / 2; ++i)
+        want[i] = static_cast<std::remove_reference_t<decltype(want[i])>>(library_rint(x.a[i]));
       std::fesetround(FE_TONEAREST);
       EXPECT_TRUE(same_bits(x.r, want)) << f.name << " slot " << slot << " direction " << direction;
     }
@@ -329,9 +333,10 @@ TEST_P(every_row, reports_read_elements_of_each_arrays_own_width) {
     tmk_vtm_kernel_SetInterfInputVectorPointer(nullptr);
     EXPECT_EQ(seen.code, VTM_STATUS_DOMAIN);
     EXPECT_EQ(seen.index, n);
-    EXPECT_EQ(seen.a1, std::numeric_limits<double>::infinity());
-    EXPECT_EQ(seen.a1_imaginary, 0);
-    EXPECT_TRUE(std::isnan(seen.r1_imaginary));
+    // Copies, since the record is packed.
+    EXPECT_EQ(double{seen.a1}, std::numeric_limits<double>::infinity());
+    EXPECT_EQ(double{seen.a1_imaginary}, 0);
+    EXPECT_TRUE(std::isnan(double{seen.r1_imaginary}));
     EXPECT_EQ(r[n - 1].re, 5);
     EXPECT_EQ(r[n - 1].im, 6);
     EXPECT_EQ(r[n].re, 0);

@@ -106,12 +106,25 @@ int Ceil(std::floating_point auto a, auto& r) { return apply(ceill, a, r); }
 int Trunc(std::floating_point auto a, auto& r) { return apply(truncl, a, r); }
 int Round(std::floating_point auto a, auto& r) { return apply(roundl, a, r); }  // halves away from 0
 
-// In the direction that the SSE unit is set to, which the extended format does not know.
-int Rint(std::floating_point auto a, auto& r) {
-  r = std::isnan(a) ? a + a : std::rint(a);  // the compiler's own rint hands on a signalling NaN
+// In the direction that the SSE unit is set to, which the extended format does not know: the sum with a
+// number whose unit is 1 is rounded so. (The compiler's own rint rounds magnitudes, the wrong way for
+// negative numbers.)
+template <std::floating_point Real>
+int Rint(Real a, Real& r) {
+  constexpr Real unit = 1 / std::numeric_limits<Real>::epsilon();
+  if (std::fabs(a) < unit) {
+    const Real shifter = std::copysign(unit, a);
+    const Real shifted = a + shifter;
+    r = std::copysign(shifted - shifter, a);
+  } else {
+    r = std::isnan(a) ? a + a : a;
+  }
   return VTM_STATUS_OK;
 }
-int NearbyInt(std::floating_point auto a, auto& r) { return Rint(a, r); }
+template <std::floating_point Real>
+int NearbyInt(Real a, Real& r) {
+  return Rint(a, r);
+}
 
 int Frac(std::floating_point auto a, auto& r) { return apply(fraction, a, r); }
 
