@@ -18,7 +18,7 @@ constexpr char magic[] = {'T', 'M', 'K', 'Q', 'S', 'K', 'C', 'H'};
 constexpr std::uint32_t version = 1;
 constexpr std::uint64_t variable_words = 9, level_words = 3;
 
-// What stands before the levels, for either of the two.
+// What comes before the levels, for either of the two.
 template <class Sketch, class Visitor>
 void visit_counts(Sketch& s, Visitor& visit) {
   for (auto* word : {&s.count, &s.counted_over, &s.counted_under, &s.block}) visit(*word);

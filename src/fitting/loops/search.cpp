@@ -191,7 +191,7 @@ void peak(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_st
   walk_to(i, n);
 }
 
-// Brackets by the bucket index, then bisections side by side. The widest bracket among the sites at hand
+// Brackets by the bucket index, then bisections side by side. The widest bracket among the sites given
 // serves them all, moved down where it would reach past the last point.
 template <class Real, int Sites>
 void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search_state<Real>& state,

@@ -76,7 +76,7 @@ struct basic_call {
 
   bool keeps(int k) const { return (kept >> k & 1) != 0; }
   bool two_pass() const { return asked.by == method::two_pass; }
-  // About which mean the blocks before were summed; `now` is the one at hand.
+  // About which mean the blocks before were summed; `now` is the current one.
   const Real* earlier_means(const Real* now) const {
     return two_pass() && task.savedMeanCount == p ? task.savedMeans : now;
   }

@@ -60,7 +60,7 @@ struct sketch_answer {
 template <class Real>
 int32_t reserve(sketch<Real>& s, int64_t n, double epsilon);
 
-// Takes in n values that stand `stride` apart. VTS_STATUS_SS_MEMORY leaves the sketch as it was.
+// Takes in n values that are `stride` apart. VTS_STATUS_SS_MEMORY leaves the sketch as it was.
 template <class Real>
 int32_t absorb(sketch<Real>& s, const Real* values, ptrdiff_t stride, int64_t n, double epsilon);
 

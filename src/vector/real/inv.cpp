@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // 1 / x on the baseline below HA (every_tier/inv_division.cpp).
-//   Single: the 12-bit estimate as it stands (EP), or with one Newton step (LA).
+//   Single: the 12-bit estimate itself (EP), or with one Newton step (LA).
 //   Double: an estimate y0 from the single instruction on the mantissa; with e = 1 - x y0
 //   1 / x = y0 / (1 - e) = y0 (1 + e + e^2 + ...), cut at e^2 (EP) or e^4 (LA).
 #include "vector/frame/kernel.hpp"
