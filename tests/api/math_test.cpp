@@ -9,9 +9,9 @@
 #include <tmk/math.hpp>
 #include <vector>
 
-#include "api/run.hpp"
+#include "api/math/run.hpp"
 #include "tmk/abi/vtm.h"
-#include "vector/frame/shapes.h"
+#include "vector/registry/shapes.h"
 
 namespace tmk {
 namespace {
@@ -119,7 +119,7 @@ TEST(math, every_function_runs_its_row) {
 #define TMK_ROUTE_unpack_index TMK_ROUTE_pack_stride
 #define TMK_FUNCTION(letter, stem_, shape, slots, stage) TMK_ROUTE_##shape(letter, stem_, shape)
   current_tier();
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 }
 
 TEST(math, accuracy_of_the_call_then_of_the_thread) {

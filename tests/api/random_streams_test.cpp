@@ -16,7 +16,7 @@
 #include <tmk/random.hpp>
 
 #include "api/random_generators.hpp"
-#include "api/random_seed.hpp"
+#include "api/random/seed.hpp"
 #include "tmk/abi/vtm.h"
 #include "tmk/abi/vts.h"
 

@@ -40,7 +40,7 @@ const std::vector<function_row> functions = [] {
   std::vector<function_row> rows = {
 #define TMK_FUNCTION(letter, stem, shape_, slots, stage) \
   {#letter #stem, #letter[0], shape::shape_, &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
   };
   std::erase_if(rows, [](const function_row& f) { return f.arguments >= shape::pack_stride; });
   return rows;

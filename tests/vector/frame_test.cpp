@@ -13,7 +13,7 @@
 #include "platform/controls.hpp"
 #include "platform/cpu.h"
 #include "tmk/abi/vtm.h"
-#include "vector/frame/shapes.h"
+#include "vector/registry/shapes.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ const function_row functions[] = {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage)                  \
   {#letter #stem, #slots, #stage, &tmk_vtm_kernel_##letter##stem##_ttab, \
    &tmk_vtm_kernel_##letter##stem##_ctab},
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 };
 
 class each_tier : public testing::TestWithParam<int32_t> {

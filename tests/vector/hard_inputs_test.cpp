@@ -16,7 +16,7 @@ namespace {
 const std::map<std::string, const VtmDispatchRecord*> records = {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) \
   {#letter #stem, &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 };
 
 // In ulp; beyond HA in bits for the baseline, whose formulas are older than the bound.

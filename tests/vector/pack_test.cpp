@@ -7,7 +7,7 @@
 #include <vector>
 
 extern "C" {
-#include "vector/frame/declarations.h"
+#include "vector/registry/declarations.h"
 }
 
 namespace {

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "accuracy/oracle.hpp"
-#include "vector/complex/reference/complex.hpp"
-#include "vector/frame/shapes.h"
+#include "vector/reference/complex/complex.hpp"
+#include "vector/registry/shapes.h"
 
 namespace {
 
@@ -69,7 +69,7 @@ const std::map<std::string, function> functions = {
 #define CASE_c(shape, stem) CASE_##shape(float, "c" #stem, stem)
 #define CASE_z(shape, stem) CASE_##shape(double, "z" #stem, stem)
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) CASE_##letter(shape, stem)
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 };
 
 using names = std::set<std::string>;

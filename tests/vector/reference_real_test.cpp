@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "accuracy/oracle.hpp"
-#include "vector/frame/shapes.h"
-#include "vector/real/reference/real.hpp"
+#include "vector/registry/shapes.h"
+#include "vector/reference/real/real.hpp"
 
 namespace {
 
@@ -66,7 +66,7 @@ const std::map<std::string, function> functions = {
 #define CASE_unpack_mask CASE_none
 #define CASE_unpack_index CASE_none
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) CASE_##letter(shape, stem)
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 };
 
 bool is_single(const std::string& name) { return name[0] == 's'; }

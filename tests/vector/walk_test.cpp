@@ -23,7 +23,7 @@ struct function {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) \
   {#letter #stem, #shape, #stage, &tmk_vtm_kernel_##letter##stem##_ttab},
 const function all_functions[] = {
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
 };
 #undef TMK_FUNCTION
 

@@ -46,7 +46,7 @@ inline std::vector<vector_function> functions_with_value() {
   std::vector<vector_function> all = {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) \
   {#letter #stem, #stem, #letter[0], call_shape::shape, stage, &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
   };
   std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });
   return all;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// tmk-costs: prints src/vector/frame/costs.inc, the relative cost per element of the kernel in each slot.
+// tmk-costs: prints src/vector/registry/costs.inc, the relative cost per element of the kernel in each slot.
 //   Time is the least of many calls with arrays that stay in the first cache, arguments drawn evenly from the
 //   function's usual range, baseline tier. The unit is such that dExp at level HA costs 26.45.
 #include <algorithm>
@@ -106,7 +106,7 @@ int main() {
   std::puts("// Relative costs per element in the slots LA, HA, EP. Made by ./dev costs.");
   constexpr std::string_view names[] = {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) #letter #stem,
-#include "vector/frame/functions.def"
+#include "vector/registry/functions.def"
   };
   for (std::string_view name : names) {
     costs row = gather_scatter;

@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+// Streams: seeded, copied, moved along and released, and every status of them as tmk::error.
+#include "api/random/stream.hpp"
+
+#include <tmk/abi/vts.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <tmk/random.hpp>
+
+#include "api/call/check.hpp"
+#include "api/random/seed.hpp"
+#include "api/math/settings.hpp"
+
+namespace tmk {
+
+namespace {
+
+struct sentence {
+  int32_t status;
+  const char* text;
+};
+constexpr sentence sentences[] = {
+    {VTS_STATUS_BAD_ARGUMENT, "was seeded with words that it cannot use"},
+    {VTS_STATUS_NO_MEMORY, "found no memory"},
+    {VTS_STATUS_INVALID_BRNG, "is no generator"},
+    {VTS_STATUS_NO_LEAPFROG, "is a generator that does not leapfrog"},
+    {VTS_STATUS_NO_SKIPAHEAD, "is a generator that does not skip ahead"},
+    {VTS_STATUS_NO_FIXED_WIDTH_BITS, "is a generator whose elements do not hold 32 random bits"},
+    {VTS_STATUS_FILE_CLOSE, "could not be closed"},
+    {VTS_STATUS_FILE_OPEN, "could not be opened"},
+    {VTS_STATUS_FILE_WRITE, "could not be written"},
+    {VTS_STATUS_FILE_READ, "ends before the stream does"},
+    {VTS_STATUS_BAD_IMAGE, "does not hold a stream"},
+    {VTS_STATUS_BAD_IMAGE_VERSION, "was written by a later version"},
+    {VTS_STATUS_NO_RDRAND, "needs RDRAND, which the processor does not have"},
+    {VTS_STATUS_NO_AES, "needs AES instructions, which the processor does not have"},
+};
+
+std::string hexadecimal(int32_t id) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%X", static_cast<unsigned>(id));
+  return text;
+}
+
+int32_t id_of(generator g, int set) {
+  constexpr int32_t one_family = 0x100000;
+  const int32_t id = static_cast<int32_t>(g);
+  const bool known = id >= one_family && id % one_family == 0 && id / one_family <= NRegBrngsNew;
+  if (!known) detail::check_status("stream", "g", hexadecimal(id), VTS_STATUS_INVALID_BRNG);
+  const int32_t sets = NumOffsets[id / one_family - 1];
+  if (set < 0 || set >= sets)
+    detail::refuse("stream", "set", std::to_string(set),
+                   "is " + std::to_string(set) + ", want 0 to " + std::to_string(sets - 1));
+  return id + set;
+}
+
+// 0 for generators that are no digital sequences.
+int most_dimensions(generator g) {
+  return g == generator::sobol ? 40 : g == generator::niederreiter ? 318 : 0;
+}
+
+void check_dimensions(const char* function, generator g, std::int64_t dimensions) {
+  const std::string text = std::to_string(dimensions), most = std::to_string(most_dimensions(g));
+  if (dimensions < 1 || dimensions > most_dimensions(g))
+    detail::refuse(function, "dimensions", text, "is " + text + ", want 1 to " + most);
+}
+
+VtsStreamHandle new_stream(int32_t id, std::span<const std::uint32_t> words) {
+  if (words.size() > INT32_MAX)
+    detail::refuse("stream", "seeds", std::to_string(words.size()), "has too many words");
+  detail::select_first_tier();
+  VtsStreamHandle handle = nullptr;
+  const int32_t status = __vtsNewStreamEx(&handle, id, static_cast<int32_t>(words.size()), words.data());
+  if (status < 0) {
+    __vtsDeleteStream(&handle);
+    detail::check_status("stream", "g", hexadecimal(id), status);
+  }
+  return handle;
+}
+
+// A digital sequence has no seed but its dimensions, whose direction numbers may follow.
+VtsStreamHandle new_sequence(generator g, std::span<const std::uint32_t> words, int set) {
+  const int32_t id = id_of(g, set);
+  if (words.empty())
+    detail::refuse("stream", "dimensions", "none",
+                   "is missing, want 1 to " + std::to_string(most_dimensions(g)));
+  check_dimensions("stream", g, words[0]);
+  return new_stream(id, words);
+}
+
+}  // namespace
+
+void detail::check_status(const char* function, const char* argument, const std::string& value,
+                          int32_t status) {
+  if (status >= 0) return;
+  const char* text = "failed";
+  for (const sentence& s : sentences)
+    if (s.status == status) text = s.text;
+  throw error(status, function, argument, value, "(" + value + ") " + text);
+}
+
+void detail::check_status(const char* function, VtsStreamHandle g, int32_t status) {
+  if (status < 0) check_status(function, "g", hexadecimal(__vtsGetStreamStateBrng(g)), status);
+}
+
+void stream::release::operator()(VtsStream* p) const { __vtsDeleteStream(&p); }
+
+VtsStream* stream::require(const char* function) const {
+  if (handle_ == nullptr) detail::refuse(function, "g", "empty", "is empty: it was moved from");
+  return handle_.get();
+}
+
+VtsStream* stream::handle() const { return require("stream::handle"); }
+
+stream::stream(generator g, std::span<const std::uint32_t> seeds, int set) {
+  if (seeds.data() == nullptr && !seeds.empty())
+    detail::refuse("stream", "seeds", "null", "is null, want " + std::to_string(seeds.size()) + " words");
+  if (most_dimensions(g) != 0)
+    handle_.reset(new_sequence(g, seeds, set));
+  else
+    handle_.reset(new_stream(id_of(g, set), detail::expand_seed(seeds, id_of(g, set))));
+}
+stream::stream(generator g, std::initializer_list<std::uint32_t> seeds, int set)
+    : stream(g, std::span(seeds.begin(), seeds.size()), set) {}
+
+stream::stream(generator g, std::uint64_t seed, bool negative, int set) {
+  if (negative) {
+    const std::string text = std::to_string(static_cast<std::int64_t>(seed));
+    detail::refuse("stream", "seed", text, "is " + text + ", want 0 or more");
+  }
+  if (most_dimensions(g) != 0)
+    check_dimensions("stream", g, static_cast<std::int64_t>(std::min<std::uint64_t>(seed, INT64_MAX)));
+  const std::uint32_t words[] = {static_cast<std::uint32_t>(seed), static_cast<std::uint32_t>(seed >> 32)};
+  *this = stream(g, std::span(words, words[1] == 0 ? 1 : 2), set);
+}
+
+stream::stream(generator g, const raw_seed& seeds, int set)
+    : handle_(most_dimensions(g) != 0 ? new_sequence(g, seeds.words, set)
+                                      : new_stream(id_of(g, set), seeds.words)) {}
+
+stream stream::sobol(int dimensions) {
+  check_dimensions("stream::sobol", generator::sobol, dimensions);
+  return stream(generator::sobol, dimensions);
+}
+stream stream::niederreiter(int dimensions) {
+  check_dimensions("stream::niederreiter", generator::niederreiter, dimensions);
+  return stream(generator::niederreiter, dimensions);
+}
+
+stream::stream(const stream& other) {
+  VtsStreamHandle handle = nullptr;
+  const int32_t status = __vtsCopyStream(&handle, other.require("stream"));
+  handle_.reset(handle);
+  detail::check_status("stream", other.handle(), status);
+}
+stream& stream::operator=(const stream& other) { return *this = stream(other); }
+
+generator stream::kind() const {
+  return static_cast<generator>(__vtsGetStreamStateBrng(require("stream::kind")) & ~0xFFFFF);
+}
+int stream::set() const { return __vtsGetStreamStateBrng(require("stream::set")) & 0xFFFFF; }
+
+void stream::skip(std::int64_t count) {
+  VtsStream* const handle = require("stream::skip");
+  if (count < 0)
+    detail::refuse("stream::skip", "count", std::to_string(count),
+                   "is " + std::to_string(count) + ", want 0 or more");
+  detail::check_status("stream::skip", handle, __vtsSkipAheadStream(handle, count));
+}
+
+void stream::leapfrog(int k, int parts) {
+  VtsStream* const handle = require("stream::leapfrog");
+  if (parts < 1)
+    detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
+                   "is " + std::to_string(parts) + ", want 1 or more");
+  if (k < 0 || k >= parts)
+    detail::refuse("stream::leapfrog", "k", std::to_string(k),
+                   "is " + std::to_string(k) + ", want 0 to " + std::to_string(parts - 1));
+  if (kind() == generator::mcg59 && parts % 2 == 0)
+    detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
+                   "is " + std::to_string(parts) +
+                       ", want an odd number: elements of mcg59 at even distances are related");
+  const int32_t status = __vtsLeapfrogStream(handle, k, parts);
+  if (status == VTS_STATUS_NO_LEAPFROG && most_dimensions(kind()) != 0 && parts == INT32_MAX)
+    detail::refuse("stream::leapfrog", "k", std::to_string(k),
+                   "is " + std::to_string(k) + ", want less than the dimensions");
+  detail::check_status("stream::leapfrog", handle, status);
+}
+
+std::vector<stream> leapfrog(const stream& g, int parts) {
+  if (most_dimensions(g.kind()) != 0) detail::check_status("leapfrog", g.handle(), VTS_STATUS_NO_LEAPFROG);
+  stream(g).leapfrog(0, parts);  // throws what there is to throw before memory is taken
+  std::vector<stream> result(static_cast<std::size_t>(parts), g);
+  for (int k = 0; k < parts; ++k) result[static_cast<std::size_t>(k)].leapfrog(k, parts);
+  return result;
+}
+
+stream::result_type stream::operator()() {
+  VtsStream* const handle = require("stream::operator()");
+  result_type word;
+  int32_t status = _vtsiRngUniformBits32(0, handle, 1, &word);
+  if (status == VTS_STATUS_NO_FIXED_WIDTH_BITS) {
+    double half[2];
+    status = _vtsdRngUniform(0, handle, 2, half, 0, 0x1p16);
+    const auto bits = [](double x) { return x < 0xFFFF ? static_cast<result_type>(x) : 0xFFFFu; };
+    word = bits(half[0]) << 16 | bits(half[1]);
+  }
+  detail::check_status("stream::operator()", handle, status);
+  return word;
+}
+
+}  // namespace tmk

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// Antiderivatives of many pieces.
+//   F(d) = d (c0 + d (c1/2 + d (c2/3 + d c3/4)))
+#include "fitting/evaluation/integration_loops.hpp"
+#include "simd/rows.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <int Order, class Real>
+batch<Real> antiderivative(const Real* rows, const int32_t* pieces, const Real* distances) {
+  batch<Real> c[Order];
+  load_columns(rows, pieces, c);
+  const batch<Real> d = load(distances);
+  batch<Real> sum = c[Order - 1] * batch<Real>(Real(1) / Order);
+#pragma GCC unroll 4
+  for (int power = Order - 2; power > 0; --power)
+    sum = xsimd::fma(sum, d, c[power] * batch<Real>(Real(1) / Real(power + 1)));
+  return xsimd::fma(sum, d, c[0]) * d;
+}
+
+template <class Real, int Order>
+void differences(const Real* rows, const int32_t* left_pieces, const Real* left_distances,
+                 const int32_t* right_pieces, const Real* right_distances, int count, Real* out) {
+  for (int i = 0; i < count; i += lanes<Real>)
+    store(out + i, antiderivative<Order>(rows, right_pieces + i, right_distances + i) -
+                       antiderivative<Order>(rows, left_pieces + i, left_distances + i));
+}
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_LOOPS(integration_doubles) = {
+    {tmk::differences<double, 2>, tmk::differences<double, 3>, tmk::differences<double, 4>}};
+TMK_DEFINE_LOOPS(integration_singles) = {
+    {tmk::differences<float, 2>, tmk::differences<float, 3>, tmk::differences<float, 4>}};

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// log(1 + x) on the baseline: 1 + x = u + c exactly, with u its rounded sum, and
+//   log(1 + x) = log(u) + c / u,
+// where c / u goes into t of the table's identity in log_reduction.hpp. Single works in double, where u is
+// exact to what single can see.
+#include <cmath>
+
+#include "vector/logarithm/log1p_data.hpp"
+#include "vector/logarithm/log_reduction.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+using namespace log1p_data;
+
+// Maximum error 0.508 ulp at 0x1.16db5d480fb3ep-48: got 0x1.16db5d480fb34p-48,
+// want 0x1.16db5d480fb3481f6ab7p-48 (5,000,000 samples).
+struct double_log1p {
+  using real = double;
+  static constexpr char name[] = "vdLog1p";
+  static constexpr auto controls = control_class::b;
+  static constexpr auto sse = sse_control::nearest;
+  static constexpr int group = 4;
+  static constexpr double filler = 0.75;
+
+  static f64 fast(const f64& x) {
+    const auto [u, c] = two_sum(f64(1.0), x);
+    const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
+    const f64 k = exponent(u, 0);
+    // 2^-k, or 0 where k is 1023: c is below 2^-1000 u there.
+    const u64 scale = u64(0x7FE0000000000000) - (bits_as<uint64_t>(u) & u64(0x7FF0000000000000));
+    const auto [th, tl] = split_product(mantissa(u), reciprocal);
+    const f64 correction = (c * bits_as<double>(scale)) * reciprocal;
+    const f64 t = th + (tl + correction);
+    const f64 p = (t * t) * polyeval(t, double_polynomial);
+    const f64 low = k * f64(log_256_data::ln2.low) + log_low;
+    return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
+  }
+  // Good: 2^-48 <= |x|, -1 < x < infinity. Below, c is no longer small beside u - 1, nor its sum with p exact
+  // enough.
+  static lane_mask<double> flagged(const f64& x, const f64&) {
+    const i32 high = bits_as<int32_t>(x);
+    const i32 magnitude = high & i32(0x7FFFFFFF);
+    const i32 last_good = i32(0x7FEFFFFF) - ((high >> 31) & i32(0x40000000));
+    return mask_of_high_words((magnitude > last_good) | (i32(0x3CF00000) > magnitude));
+  }
+  static int32_t rare(const double* a, double* r) {
+    return log1p_rare(a, r,
+                      [](double x) { return std::abs(x) < 0x1p-48 ? x - 0.5 * x * x : fast(f64(x)).get(0); });
+  }
+};
+
+// Maximum error 0.5002 ulp at -0x1.8488b6p-8: got -0x1.85b0b8p-8, want -0x1.85b0b900193acp-8 (all inputs).
+struct single_log1p {
+  using real = float;
+  static constexpr char name[] = "vsLog1p";
+  static constexpr auto controls = control_class::b;
+  static constexpr auto sse = sse_control::nearest;
+  static constexpr int group = 8;
+  static constexpr float filler = 0.75f;
+
+  static f32 fast(const f32& x) {
+    const auto [low, high] = widen(x);
+    return narrow({log1p_in_double(low), log1p_in_double(high)});
+  }
+  static f64 log1p_in_double(const f64& x) {
+    const f64 u = f64(1.0) + x;
+    const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
+    const f64 t = mantissa(u) * reciprocal - f64(1.0);
+    const f64 p = (t * t) * polyeval(t, single_polynomial);
+    return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
+  }
+  // Good: 2^-25 <= |x|, -1 < x < infinity.
+  static lane_mask<float> flagged(const f32& x, const f32&) {
+    const i32 bits = bits_as<int32_t>(x);
+    const i32 magnitude = bits & i32(0x7FFFFFFF);
+    const i32 last_good = i32(0x7F7FFFFF) - ((bits >> 31) & i32(0x40000000));
+    return mask_as<float>((magnitude > last_good) | (i32(0x33000000) > magnitude));
+  }
+  static int32_t rare(const float* a, float* r) {
+    return log1p_rare(a, r, [](float x) { return fast(f32(x)).get(0); });
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_DEFINE_KERNEL(s, Log1p, HAynn, run_masked<single_log1p>)
+TMK_DEFINE_KERNEL(d, Log1p, HAynn, run_masked<double_log1p>)

@@ -1,0 +1,14 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* The dispatch records and the cost records, one of each per function.
+ * The dispatch records are writable: tiers.c and a layer above may put other kernels into their slots. */
+#include "vector/registry/declarations.h"
+
+#define TMK_RECORD_reference(name, slots) TMK_SLOTS_PPP(name, )
+#define TMK_RECORD_worked(name, slots) TMK_SLOTS_##slots(name, W7)
+
+#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+  VtmDispatchRecord tmk_vtm_kernel_##letter##stem##_ttab = {TMK_RECORD_##stage(letter##stem, slots)};
+#include "vector/registry/functions.def"
+
+#define TMK_COST(name, la, ha, ep) const VtmCostRecord tmk_vtm_kernel_##name##_ctab = {{la, ha, ep}};
+#include "vector/registry/costs.inc"
