@@ -101,7 +101,7 @@ constexpr auto object_of() {
 
 TEST(math, every_function_runs_its_row) {
 #define TMK_ROUTE_math(letter, stem_, shape)                                                     \
-  EXPECT_TRUE((routes<TMK_ELEMENT_##letter, TMK_REAL_##letter>().shape(object_of<stem::stem_>(), \
+  EXPECT_TRUE((routes<TMK_TYPE_##letter, TMK_REAL_##letter>().shape(object_of<stem::stem_>(), \
                                                                        _vtm##letter##stem_)))    \
       << #letter #stem_;
 #define TMK_ROUTE_unary TMK_ROUTE_math
@@ -117,7 +117,7 @@ TEST(math, every_function_runs_its_row) {
 #define TMK_ROUTE_unpack_stride TMK_ROUTE_pack_stride
 #define TMK_ROUTE_unpack_mask TMK_ROUTE_pack_stride
 #define TMK_ROUTE_unpack_index TMK_ROUTE_pack_stride
-#define TMK_FUNCTION(letter, stem_, shape, slots, stage) TMK_ROUTE_##shape(letter, stem_, shape)
+#define TMK_FUNCTION(letter, stem_, shape, slots, wide, stage) TMK_ROUTE_##shape(letter, stem_, shape)
   current_tier();
 #include "vector/registry/functions.def"
 }

@@ -38,7 +38,7 @@ struct function_row {
 
 const std::vector<function_row> functions = [] {
   std::vector<function_row> rows = {
-#define TMK_FUNCTION(letter, stem, shape_, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape_, slots, wide, stage) \
   {#letter #stem, #letter[0], shape::shape_, &tmk_vtm_kernel_##letter##stem##_ttab},
 #include "vector/registry/functions.def"
   };

@@ -14,7 +14,7 @@
 namespace {
 
 const std::map<std::string, const VtmDispatchRecord*> records = {
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   {#letter #stem, &tmk_vtm_kernel_##letter##stem##_ttab},
 #include "vector/registry/functions.def"
 };

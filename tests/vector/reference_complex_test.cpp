@@ -68,7 +68,7 @@ const std::map<std::string, function> functions = {
 #define CASE_d(shape, stem)
 #define CASE_c(shape, stem) CASE_##shape(float, "c" #stem, stem)
 #define CASE_z(shape, stem) CASE_##shape(double, "z" #stem, stem)
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) CASE_##letter(shape, stem)
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) CASE_##letter(shape, stem)
 #include "vector/registry/functions.def"
 };
 

@@ -65,7 +65,7 @@ const std::map<std::string, function> functions = {
 #define CASE_unpack_stride CASE_none
 #define CASE_unpack_mask CASE_none
 #define CASE_unpack_index CASE_none
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) CASE_##letter(shape, stem)
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) CASE_##letter(shape, stem)
 #include "vector/registry/functions.def"
 };
 

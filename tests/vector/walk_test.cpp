@@ -20,7 +20,7 @@ struct function {
   std::string_view name, shape, stage;
   const VtmDispatchRecord* record;
 };
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   {#letter #stem, #shape, #stage, &tmk_vtm_kernel_##letter##stem##_ttab},
 const function all_functions[] = {
 #include "vector/registry/functions.def"
@@ -102,7 +102,7 @@ TEST(walk, elements_do_not_depend_on_their_place) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT | VTM_ERRMODE_IGNORE);
   int seen = 0;
   for (const function& f : all_functions) {
-    if (f.shape != "unary" || f.stage != "worked") continue;
+    if (f.shape != "unary" || f.stage != "vectorized") continue;
     for (int slot = 0; slot < 3; ++slot) {
       if (f.name[0] == 's')
         expect_walk<float>(f, slot);

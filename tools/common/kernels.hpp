@@ -42,9 +42,9 @@ struct vector_function {
 };
 
 inline std::vector<vector_function> functions_with_value() {
-  constexpr bool worked = true, reference = false;
+  constexpr bool vectorized = true, wide = true, scalar = false;
   std::vector<vector_function> all = {
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   {#letter #stem, #stem, #letter[0], call_shape::shape, stage, &tmk_vtm_kernel_##letter##stem##_ttab},
 #include "vector/registry/functions.def"
   };

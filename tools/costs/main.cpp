@@ -105,7 +105,7 @@ int main() {
 
   std::puts("// Relative costs per element in the slots LA, HA, EP. Made by ./dev costs.");
   constexpr std::string_view names[] = {
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) #letter #stem,
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) #letter #stem,
 #include "vector/registry/functions.def"
   };
   for (std::string_view name : names) {

@@ -93,7 +93,7 @@ using table = std::array<std::array<row, 4>, stem_count>;
 
 constexpr table make_rows() {
   table rows{};
-#define TMK_FUNCTION(letter, stem_, shape_, slots, stage)                                      \
+#define TMK_FUNCTION(letter, stem_, shape_, slots, wide, stage)                                      \
   {                                                                                            \
     constexpr precision p = precision::letter;                                                 \
     constexpr stem function = stem::stem_;                                                     \
@@ -103,8 +103,8 @@ constexpr table make_rows() {
         snake_case(#stem_),                                                                    \
         &tmk_vtm_kernel_##letter##stem_##_ttab,                                                \
         &tmk_vtm_kernel_##letter##stem_##_ctab,                                                \
-        caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::shape_,                               \
-        caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::report_of(shape::shape_),             \
+        caller<TMK_TYPE_##letter, TMK_REAL_##letter>::shape_,                               \
+        caller<TMK_TYPE_##letter, TMK_REAL_##letter>::report_of(shape::shape_),             \
         {complex && shape::shape_ != shape::real_argument, wide},                              \
         {complex && shape::shape_ != shape::real_result, wide},                                \
         shape::shape_ == shape::binary || shape::shape_ == shape::linear_fraction,             \

@@ -33,10 +33,8 @@ int32_t exp_element(const double* a, double* r) {
 // Maximum error, every 2^-40 <= |x| <= 160: 0.574 ulp (HA) at 0x1.30c77p+6: got 0x1.e655ccp+109, want
 // 0x1.e655cada4ep+109; 1.969 ulp (LA) at -0x1.e81654p-6: got 0x1.f0f8ep-1, want 0x1.f0f8e3efe8p-1.
 template <level Level>
-struct single_exp {
-  using real = float;
-  static constexpr char name[] = "vsExp";
-  static constexpr auto controls = control_class::a;
+struct single_exp : description<float> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 8;
 
   static f32 fast(const f32& x, int raise = 0) {
@@ -60,10 +58,8 @@ struct single_exp {
 // Maximum error, every 2^-40 <= |x| <= 160: 2159.3 ulp (12.9 bits) at 0x1.1ef684p+6: got 0x1.69f978p+103,
 // want 0x1.6a0a569056p+103.
 template <>
-struct single_exp<level::ep> {
-  using real = float;
-  static constexpr char name[] = "vsExp";
-  static constexpr auto controls = control_class::a;
+struct single_exp<level::ep> : description<float> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 8;
 
   static f32 fast(const f32& x, int raise = 0) {
@@ -86,10 +82,8 @@ struct single_exp<level::ep> {
 // 0.527 in 3,000,000 samples); LA 4.572 ulp at 0x1.03e681327a1e4p+8: got 0x1.f0f9bcebf50d3p+374, want
 // 0x1.f0f9bcebf50d792p+374; EP 28.2 bits at -0x1.566adbb24ed63p+8.
 template <level Level>
-struct double_exp {
-  using real = double;
-  static constexpr char name[] = "vdExp";
-  static constexpr auto controls = control_class::a;
+struct double_exp : description<double> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f64 fast(const f64& x, int raise = 0) {
@@ -126,9 +120,5 @@ struct double_exp {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp, LAynn, run_blocks<single_exp<level::la>>)
-TMK_DEFINE_KERNEL(s, Exp, HAynn, run_blocks<single_exp<level::ha>>)
-TMK_DEFINE_KERNEL(s, Exp, EPnnn, run_blocks<single_exp<level::ep>>)
-TMK_DEFINE_KERNEL(d, Exp, LAynn, run_blocks<double_exp<level::la>>)
-TMK_DEFINE_KERNEL(d, Exp, HAynn, run_blocks<double_exp<level::ha>>)
-TMK_DEFINE_KERNEL(d, Exp, EPnnn, run_blocks<double_exp<level::ep>>)
+TMK_KERNELS(s, Exp, unary, LHE, single_exp)
+TMK_KERNELS(d, Exp, unary, LHE, double_exp)

@@ -14,15 +14,10 @@ namespace {
 //   double EP: 2.3e+07 at 0x1.61c1508eecfp+9: got 0x1.a622752695f72p+1020, want 0x1.a6227510d074fb5p+1020
 // Single ends at -103.278..., as defined: where the last subnormal would still be nearest, the result is 0.
 template <class Real, level Level>
-struct wide_exp {
-  using real = Real;
+struct wide_exp : description<Real> {
   using value = batch<Real>;
   using constants = exp_series<Real, exp_base::e>;
   static constexpr bool single = sizeof(Real) == 4;
-  static constexpr auto name = single ? "vsExp" : "vdExp";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
     if constexpr (Level == level::ha) return exponential<exp_base::e>(x);
@@ -50,9 +45,4 @@ struct wide_exp {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp, LAynn, run_masked<wide_exp<float, level::la>>)
-TMK_DEFINE_KERNEL(s, Exp, HAynn, run_masked<wide_exp<float, level::ha>>)
-TMK_DEFINE_KERNEL(s, Exp, EPnnn, run_masked<wide_exp<float, level::ep>>)
-TMK_DEFINE_KERNEL(d, Exp, LAynn, run_masked<wide_exp<double, level::la>>)
-TMK_DEFINE_KERNEL(d, Exp, HAynn, run_masked<wide_exp<double, level::ha>>)
-TMK_DEFINE_KERNEL(d, Exp, EPnnn, run_masked<wide_exp<double, level::ep>>)
+TMK_REAL_KERNELS(Exp, unary, LHE, wide_exp)

@@ -15,12 +15,8 @@ constexpr double log2_10 = 0x1.a934f0979a371p+1;
 
 // Maximum error, every 2^-40 <= |x| <= 160: 0.557 ulp at 0x1.20fbe4p+5: got 0x1.ff493ap+119,
 // want 0x1.ff493b1ce3p+119.
-struct single_exp10 {
-  using real = float;
-  static constexpr char name[] = "vsExp10";
-  static constexpr auto controls = control_class::a;
+struct single_exp10 : description<float> {
   static constexpr int group = 8;
-  static constexpr float filler = 0.75f;
 
   static f32 fast(const f32& x, int raise = 0) {
     const f32 shifter(0x1.8p+23f);
@@ -46,12 +42,8 @@ struct single_exp10 {
 // Maximum error by tmk-accuracy --search thorough: 0.7524 ulp at -0x1.33b3fdb6237b8p+8: got
 // 0x1.c7dd399bd1404p-1023, want 0x1.c7dd399bd14027fp-1023 (a subnormal result, rounded twice; normal ones
 // 0.508 in 3,000,000 samples).
-struct double_exp10 {
-  using real = double;
-  static constexpr char name[] = "vdExp10";
-  static constexpr auto controls = control_class::a;
+struct double_exp10 : description<double> {
   static constexpr int group = 4;
-  static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x, int raise = 0) {
     const f64 shifter(0x1.88p+52);
@@ -76,5 +68,5 @@ struct double_exp10 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp10, HAynn, run_masked<single_exp10>)
-TMK_DEFINE_KERNEL(d, Exp10, HAynn, run_masked<double_exp10>)
+TMK_KERNELS(s, Exp10, unary, HHH, single_exp10)
+TMK_KERNELS(d, Exp10, unary, HHH, double_exp10)

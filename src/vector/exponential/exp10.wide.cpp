@@ -10,14 +10,9 @@ namespace {
 //   double LA, HA, EP: 0.5912 at -0x1.e1aedc96964afp+7: got 0x1.ebbeac0ed8a88p-801,
 //     want 0x1.ebbeac0ed8a8769p-801
 template <class Real>
-struct wide_exp10 {
-  using real = Real;
+struct wide_exp10 : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
-  static constexpr auto name = single ? "vsExp10" : "vdExp10";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) { return exponential<exp_base::ten>(x); }
   // Good: |x| < 37.929..., 307.65...
@@ -33,5 +28,4 @@ struct wide_exp10 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp10, HAynn, run_masked<wide_exp10<float>>)
-TMK_DEFINE_KERNEL(d, Exp10, HAynn, run_masked<wide_exp10<double>>)
+TMK_REAL_KERNELS(Exp10, unary, HHH, wide_exp10)

@@ -13,12 +13,8 @@ using namespace exp2_data;
 
 // Maximum error, every 2^-40 <= |x| <= 160: 0.619 ulp at -0x1.7ff216p-6: got 0x1.f7c028p-1,
 // want 0x1.f7c026c373p-1.
-struct single_exp2 {
-  using real = float;
-  static constexpr char name[] = "vsExp2";
-  static constexpr auto controls = control_class::a;
+struct single_exp2 : description<float> {
   static constexpr int group = 8;
-  static constexpr float filler = 0.75f;
 
   static f32 fast(const f32& x, int raise = 0) {
     const f32 shifter(0x1.8p+17f);  // leaves six bits behind the point
@@ -43,12 +39,8 @@ struct single_exp2 {
 // Maximum error by tmk-accuracy --search thorough: 0.7588 ulp at -0x1.ff111d5b667dap+9: got
 // 0x1.d2ae39e0aa528p-1023, want 0x1.d2ae39e0aa5267cp-1023 (a subnormal result, rounded twice; normal ones
 // 0.522 in 3,000,000 samples).
-struct double_exp2 {
-  using real = double;
-  static constexpr char name[] = "vdExp2";
-  static constexpr auto controls = control_class::a;
+struct double_exp2 : description<double> {
   static constexpr int group = 4;
-  static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x, int raise = 0) {
     const f64 shifter(0x1.8p+46);
@@ -72,5 +64,5 @@ struct double_exp2 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp2, HAynn, run_masked<single_exp2>)
-TMK_DEFINE_KERNEL(d, Exp2, HAynn, run_masked<double_exp2>)
+TMK_KERNELS(s, Exp2, unary, HHH, single_exp2)
+TMK_KERNELS(d, Exp2, unary, HHH, double_exp2)

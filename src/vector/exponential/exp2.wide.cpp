@@ -10,14 +10,9 @@ namespace {
 //   double LA, HA, EP: 0.5616 at 0x1.6bd89f2429141p+9: got 0x1.9dacfe78e3f06p+727,
 //     want 0x1.9dacfe78e3f057p+727
 template <class Real>
-struct wide_exp2 {
-  using real = Real;
+struct wide_exp2 : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
-  static constexpr auto name = single ? "vsExp2" : "vdExp2";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) { return exponential<exp_base::two>(x); }
   // Good: |x| < 126, 1022
@@ -33,5 +28,4 @@ struct wide_exp2 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Exp2, HAynn, run_masked<wide_exp2<float>>)
-TMK_DEFINE_KERNEL(d, Exp2, HAynn, run_masked<wide_exp2<double>>)
+TMK_REAL_KERNELS(Exp2, unary, HHH, wide_exp2)

@@ -20,13 +20,10 @@ constexpr double shifter = 0x1.8p+52;
 
 // Maximum error, every 2^-40 <= |x| <= 160: 0.505 ulp at 0x1.63063p-9: got 0x1.638162p-9,
 // want 0x1.6381630275p-9.
-struct single_expm1 {
-  using real = float;
-  static constexpr char name[] = "vsExpm1";
+struct single_expm1 : description<float> {
   static constexpr auto controls = control_class::b;
   static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 8;
-  static constexpr float filler = 0.75f;
 
   static f64 expm1_in_double(const f64& x) {
     const f64 shifted = x * f64(double_inverse_step_128) + f64(shifter);
@@ -54,12 +51,9 @@ struct single_expm1 {
 // 0x1.7b2cea853b6cep-9, want 0x1.7b2cea853b6ce81p-9; LA 2.055 ulp at -0x1.631205c740326p-9: got
 // -0x1.629703790bdacp-9, want -0x1.629703790bda9f2p-9.
 template <level Level>
-struct double_expm1 {
-  using real = double;
-  static constexpr char name[] = "vdExpm1";
+struct double_expm1 : description<double> {
   static constexpr auto controls = Level == level::ha ? control_class::b : control_class::a;
   static constexpr int group = 4;
-  static constexpr double filler = 0.75;
 
   static f64 upper_half(const f64& x) { return x & bits_as<double>(u64(0xFFFFFFFFF8000000)); }
 
@@ -103,10 +97,8 @@ struct double_expm1 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Expm1, HAynn, run_masked<single_expm1>)
-TMK_DEFINE_KERNEL(d, Expm1, LAynn, run_masked<double_expm1<level::la>>)
+TMK_KERNELS(s, Expm1, unary, HHH, single_expm1)
+TMK_KERNELS(d, Expm1, unary, LPL, double_expm1)
 
-// The interface counts this kernel among the generic ones.
-extern "C" void tmk_vtm_kernel_dExpm1_PXHAynn(int32_t n, const double* a, double* r) {
-  tmk::run_masked<tmk::double_expm1<tmk::level::ha>>(n, a, r);
-}
+// The interface counts this kernel among those in extended precision.
+TMK_DEFINE_KERNEL(tmk_vtm_kernel_dExpm1_PXHAynn, d, Expm1, unary, tmk::level::ha, double_expm1)

@@ -13,16 +13,11 @@ namespace {
 //   double LA, EP: 1.497 at -0x1.642e2b1c3bd11p-5: got -0x1.5c8c54b27eb06p-5, want -0x1.5c8c54b27eb0481p-5
 //   double HA: 0.5381 at 0x1.626439aa84b1fp+9: got 0x1.78d207386e3d9p+1022, want 0x1.78d207386e3d876p+1022
 template <class Real, level Level>
-struct wide_expm1 {
-  using real = Real;
+struct wide_expm1 : description<Real> {
   using value = batch<Real>;
   using constants = exp_series<Real, exp_base::e>;
   static constexpr bool single = sizeof(Real) == 4;
-  static constexpr auto name = single ? "vsExpm1" : "vdExpm1";
-  static constexpr auto controls = control_class::a;
   static constexpr auto sse = single ? sse_control::nearest : sse_control::by_mode;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
     const auto arg = reduce<exp_base::e>(x);
@@ -61,6 +56,5 @@ struct wide_expm1 {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Expm1, HAynn, run_masked<wide_expm1<float, level::ha>>)
-TMK_DEFINE_KERNEL(d, Expm1, LAynn, run_masked<wide_expm1<double, level::la>>)
-TMK_DEFINE_KERNEL(d, Expm1, HAynn, run_masked<wide_expm1<double, level::ha>>)
+TMK_KERNELS(s, Expm1, unary, HHH, wide_expm1)
+TMK_KERNELS(d, Expm1, unary, LHL, wide_expm1)

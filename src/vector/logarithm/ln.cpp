@@ -10,6 +10,11 @@ namespace {
 
 using namespace ln_data;
 
+template <level Level>
+struct single_ln;
+template <level Level>
+struct double_ln;
+
 // ln(x) in the x87 format, which has the subnormals of both types among its normal numbers.
 template <class Real>
 Real extended_ln(Real x) {
@@ -30,8 +35,9 @@ struct logarithm_x87 : positive_logarithm<Real, Kernel> {
 
 // Maximum error 1.28 ulp at 0x1.020176p+0: got 0x1.ff75c2p-8, want 0x1.ff75bf7074c99p-8 (all inputs),
 // 22.7 bits at 0x1.fdf74cp-1.
-struct single_ln_la : logarithm_x87<float, single_ln_la> {
-  static constexpr char name[] = "vsLn";
+template <>
+struct single_ln<level::la> : logarithm_x87<float, single_ln<level::la>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f32 formula(const f32& x, int k0) {
@@ -44,8 +50,9 @@ struct single_ln_la : logarithm_x87<float, single_ln_la> {
 
 // Maximum error 0.702 ulp at 0x1.03ff4cp+0: got 0x1.fbb1ecp-7, want 0x1.fbb1ed673ae2dp-7 (all inputs):
 // at the edge of the rows of 1 and 2 the missing t^5 / 5 counts 0.2.
-struct single_ln_ha : positive_logarithm<float, single_ln_ha> {
-  static constexpr char name[] = "vsLn";
+template <>
+struct single_ln<level::ha> : positive_logarithm<float, single_ln<level::ha>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 8;
 
   static f32 formula(const f32& x, int k0) {
@@ -58,10 +65,9 @@ struct single_ln_ha : positive_logarithm<float, single_ln_ha> {
 
 // Maximum relative error 2^-12.79 at 0x1.555556p+0: got 0x1.26a0c8p-2, want 0x1.269623134db8ap-2
 // (all inputs).
-struct single_ln_ep : positive_logarithm<float, single_ln_ep> {
-  static constexpr char name[] = "vsLn";
+template <>
+struct single_ln<level::ep> : positive_logarithm<float, single_ln<level::ep>> {
   static constexpr int group = 16;
-  static constexpr float filler = 0.75f;
 
   static f32 formula(const f32& x, int k0) {
     const auto [k, f] = reduce_about_one(x, k0);
@@ -72,8 +78,9 @@ struct single_ln_ep : positive_logarithm<float, single_ln_ep> {
 
 // Maximum error 0.5002 ulp at 0x1.001e8c3bb0a53p+0: got 0x1.e8a6940588f6ap-12,
 // want 0x1.e8a6940588f697ff0b9ep-12 (6,000,000 samples).
-struct double_ln_ha : positive_logarithm<double, double_ln_ha> {
-  static constexpr char name[] = "vdLn";
+template <>
+struct double_ln<level::ha> : positive_logarithm<double, double_ln<level::ha>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f64 formula(const f64& x, int k0) {
@@ -86,8 +93,9 @@ struct double_ln_ha : positive_logarithm<double, double_ln_ha> {
 
 // Maximum relative error 2^-31.0 at 0x1.ff800219998adp-1: got -0x1.001bd1183333bp-10,
 // want -0x1.001bd1163214cp-10 (6,000,000 samples).
-struct double_ln_ep : logarithm_x87<double, double_ln_ep> {
-  static constexpr char name[] = "vdLn";
+template <>
+struct double_ln<level::ep> : logarithm_x87<double, double_ln<level::ep>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f64 formula(const f64& x, int k0) {
@@ -103,8 +111,5 @@ struct double_ln_ep : logarithm_x87<double, double_ln_ep> {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Ln, LAynn, run_blocks<single_ln_la>)
-TMK_DEFINE_KERNEL(s, Ln, HAynn, run_blocks<single_ln_ha>)
-TMK_DEFINE_KERNEL(s, Ln, EPnnn, run_masked<single_ln_ep>)
-TMK_DEFINE_KERNEL(d, Ln, HAynn, run_blocks<double_ln_ha>)
-TMK_DEFINE_KERNEL(d, Ln, EPnnn, run_blocks<double_ln_ep>)
+TMK_KERNELS(s, Ln, unary, LHE, single_ln)
+TMK_KERNELS(d, Ln, unary, HHE, double_ln)

@@ -8,8 +8,5 @@
 //   single EP: 1097 at 0x1.e0fac2p-1: got -0x1.000436p-4, want -0x1.ffffd971p-5
 //   double LA, HA: 0.5083 at 0x1.1aaa8e8eb1be9p+0: got 0x1.95dec05137cp-4, want 0x1.95dec05137bff7ep-4
 //   double EP: 1.1e+07 at 0x1.1aaaaaaaab136p+0: got 0x1.95e0579899ddcp-4, want 0x1.95e057a30859af1p-4
-TMK_DEFINE_KERNEL(s, Ln, LAynn, run_masked<wide_log<float, log_base::e, level::la>>)
-TMK_DEFINE_KERNEL(s, Ln, HAynn, run_masked<wide_log<float, log_base::e, level::ha>>)
-TMK_DEFINE_KERNEL(s, Ln, EPnnn, run_masked<wide_log<float, log_base::e, level::ep>>)
-TMK_DEFINE_KERNEL(d, Ln, HAynn, run_masked<wide_log<double, log_base::e, level::ha>>)
-TMK_DEFINE_KERNEL(d, Ln, EPnnn, run_masked<wide_log<double, log_base::e, level::ep>>)
+TMK_KERNELS(s, Ln, unary, LHE, wide_ln)
+TMK_KERNELS(d, Ln, unary, HHE, wide_ln)

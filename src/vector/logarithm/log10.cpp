@@ -11,10 +11,16 @@ namespace {
 
 using namespace log10_data;
 
+template <level Level>
+struct single_log10;
+template <level Level>
+struct double_log10;
+
 // Maximum error 1.991 ulp at 0x1.fdfc8ep-1: got -0x1.c097bap-10, want -0x1.c097bdfae9567p-10 (all inputs),
 // 22.6 bits at 0x1.027d3cp+0.
-struct single_log10_la : positive_logarithm<float, single_log10_la> {
-  static constexpr char name[] = "vsLog10";
+template <>
+struct single_log10<level::la> : positive_logarithm<float, single_log10<level::la>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f32 formula(const f32& x, int k0) {
@@ -25,8 +31,9 @@ struct single_log10_la : positive_logarithm<float, single_log10_la> {
 };
 
 // Maximum error 0.616 ulp at 0x1.fbec68p-1: got -0x1.c70a7cp-9, want -0x1.c70a7ac4df874p-9 (all inputs).
-struct single_log10_ha : positive_logarithm<float, single_log10_ha> {
-  static constexpr char name[] = "vsLog10";
+template <>
+struct single_log10<level::ha> : positive_logarithm<float, single_log10<level::ha>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 8;
 
   static f32 formula(const f32& x, int k0) {
@@ -39,10 +46,9 @@ struct single_log10_ha : positive_logarithm<float, single_log10_ha> {
 
 // Maximum relative error 2^-14.04 at 0x1.555576p+0: got 0x1.ffc834p-4, want 0x1.ffc06cfa113c4p-4
 // (all inputs).
-struct single_log10_ep : positive_logarithm<float, single_log10_ep> {
-  static constexpr char name[] = "vsLog10";
+template <>
+struct single_log10<level::ep> : positive_logarithm<float, single_log10<level::ep>> {
   static constexpr int group = 16;
-  static constexpr float filler = 0.75f;
 
   static f32 formula(const f32& x, int k0) {
     const auto [k, f] = reduce_about_one(x, k0);
@@ -52,8 +58,9 @@ struct single_log10_ep : positive_logarithm<float, single_log10_ep> {
 
 // Maximum error 0.5007 ulp at 0x1.004611e96be81p+0: got 0x1.e6a2ca793a8ccp-12,
 // want 0x1.e6a2ca793a8cc8030e20p-12 (6,000,000 samples).
-struct double_log10_ha : positive_logarithm<double, double_log10_ha> {
-  static constexpr char name[] = "vdLog10";
+template <>
+struct double_log10<level::ha> : positive_logarithm<double, double_log10<level::ha>> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = 4;
 
   static f64 formula(const f64& x, int k0) {
@@ -68,7 +75,5 @@ struct double_log10_ha : positive_logarithm<double, double_log10_ha> {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Log10, LAynn, run_blocks<single_log10_la>)
-TMK_DEFINE_KERNEL(s, Log10, HAynn, run_blocks<single_log10_ha>)
-TMK_DEFINE_KERNEL(s, Log10, EPnnn, run_masked<single_log10_ep>)
-TMK_DEFINE_KERNEL(d, Log10, HAynn, run_blocks<double_log10_ha>)
+TMK_KERNELS(s, Log10, unary, LHE, single_log10)
+TMK_KERNELS(d, Log10, unary, HHH, double_log10)

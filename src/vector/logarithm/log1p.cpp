@@ -15,13 +15,10 @@ using namespace log1p_data;
 
 // Maximum error 0.508 ulp at 0x1.16db5d480fb3ep-48: got 0x1.16db5d480fb34p-48,
 // want 0x1.16db5d480fb3481f6ab7p-48 (5,000,000 samples).
-struct double_log1p {
-  using real = double;
-  static constexpr char name[] = "vdLog1p";
+struct double_log1p : description<double> {
   static constexpr auto controls = control_class::b;
   static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 4;
-  static constexpr double filler = 0.75;
 
   static f64 fast(const f64& x) {
     const auto [u, c] = two_sum(f64(1.0), x);
@@ -51,13 +48,10 @@ struct double_log1p {
 };
 
 // Maximum error 0.5002 ulp at -0x1.8488b6p-8: got -0x1.85b0b8p-8, want -0x1.85b0b900193acp-8 (all inputs).
-struct single_log1p {
-  using real = float;
-  static constexpr char name[] = "vsLog1p";
+struct single_log1p : description<float> {
   static constexpr auto controls = control_class::b;
   static constexpr auto sse = sse_control::nearest;
   static constexpr int group = 8;
-  static constexpr float filler = 0.75f;
 
   static f32 fast(const f32& x) {
     const auto [low, high] = widen(x);
@@ -85,5 +79,5 @@ struct single_log1p {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Log1p, HAynn, run_masked<single_log1p>)
-TMK_DEFINE_KERNEL(d, Log1p, HAynn, run_masked<double_log1p>)
+TMK_KERNELS(s, Log1p, unary, HHH, single_log1p)
+TMK_KERNELS(d, Log1p, unary, HHH, double_log1p)

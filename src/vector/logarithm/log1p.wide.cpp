@@ -7,15 +7,10 @@ TMK_TIER_OPEN
 namespace {
 
 template <class Real>
-struct wide_log1p {
-  using real = Real;
+struct wide_log1p : description<Real> {
   using value = batch<Real>;
   using bits = std::make_signed_t<typename format<Real>::bits>;
-  static constexpr auto name = sizeof(Real) == 4 ? "vsLog1p" : "vdLog1p";
-  static constexpr auto controls = control_class::a;
   static constexpr auto sse = sse_control::nearest;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
   static constexpr Real largest = sizeof(Real) == 4 ? Real(0x1p126) : Real(0x1p1022);  // 2^-k stays normal
 
   static value fast(const value& x) {
@@ -52,5 +47,4 @@ TMK_TIER_CLOSE
 // Maximum errors in ulp (V3, V4), by tmk-accuracy Log1p --search thorough:
 //   single LA, HA, EP: 0.5121 at 0x1.ab0ffcp-4: got 0x1.963c18p-4, want 0x1.963c1906p-4
 //   double LA, HA, EP: 0.5116 at 0x1.bb9fbc7979163p-4: got 0x1.a5348662c970ep-4, want 0x1.a5348662c970e83p-4
-TMK_DEFINE_KERNEL(s, Log1p, HAynn, run_masked<wide_log1p<float>>)
-TMK_DEFINE_KERNEL(d, Log1p, HAynn, run_masked<wide_log1p<double>>)
+TMK_REAL_KERNELS(Log1p, unary, HHH, wide_log1p)

@@ -16,9 +16,7 @@ using namespace log2_data;
 // Maximum relative error 2^-14.04 (EP) at 0x1.5555a2p+0: got 0x1.a90754p-2, want 0x1.a900e2e9cdb06p-2.
 template <level Level>
 struct single_log2 : positive_logarithm<float, single_log2<Level>> {
-  static constexpr char name[] = "vsLog2";
   static constexpr int group = 16;
-  static constexpr float filler = 0.75f;
 
   static f32 formula(const f32& x, int k0) {
     if constexpr (Level == level::ep) {
@@ -43,9 +41,7 @@ struct single_log2 : positive_logarithm<float, single_log2<Level>> {
 // want 0x1.878342a00356fp-9.
 template <level Level>
 struct double_log2 : positive_logarithm<double, double_log2<Level>> {
-  static constexpr char name[] = "vdLog2";
   static constexpr int group = 8;
-  static constexpr double filler = 0.75;
 
   static f64 formula(const f64& x, int k0) {
     const auto [reciprocal, log_high, log_low] = row_256(x, log_256_data::log2);
@@ -66,9 +62,5 @@ struct double_log2 : positive_logarithm<double, double_log2<Level>> {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Log2, LAynn, run_masked<single_log2<level::la>>)
-TMK_DEFINE_KERNEL(s, Log2, HAynn, run_masked<single_log2<level::ha>>)
-TMK_DEFINE_KERNEL(s, Log2, EPnnn, run_masked<single_log2<level::ep>>)
-TMK_DEFINE_KERNEL(d, Log2, LAynn, run_masked<double_log2<level::la>>)
-TMK_DEFINE_KERNEL(d, Log2, HAynn, run_masked<double_log2<level::ha>>)
-TMK_DEFINE_KERNEL(d, Log2, EPnnn, run_masked<double_log2<level::ep>>)
+TMK_KERNELS(s, Log2, unary, LHE, single_log2)
+TMK_KERNELS(d, Log2, unary, LHE, double_log2)

@@ -9,9 +9,4 @@
 //   double LA: 1.664 at 0x1.20f0286831bbp+0: got 0x1.659d7434dbbdep-3, want 0x1.659d7434dbbdfaap-3
 //   double HA: 0.5076 at 0x1.16ef33892956dp+0: got 0x1.fb02c97cc4d32p-4, want 0x1.fb02c97cc4d3282p-4
 //   double EP: 7.9e+06 at 0x1.1aaaaaaab0d3fp+0: got 0x1.24c723bc5d2eap-3, want 0x1.24c723c3e3877f9p-3
-TMK_DEFINE_KERNEL(s, Log2, LAynn, run_masked<wide_log<float, log_base::two, level::la>>)
-TMK_DEFINE_KERNEL(s, Log2, HAynn, run_masked<wide_log<float, log_base::two, level::ha>>)
-TMK_DEFINE_KERNEL(s, Log2, EPnnn, run_masked<wide_log<float, log_base::two, level::ep>>)
-TMK_DEFINE_KERNEL(d, Log2, LAynn, run_masked<wide_log<double, log_base::two, level::la>>)
-TMK_DEFINE_KERNEL(d, Log2, HAynn, run_masked<wide_log<double, log_base::two, level::ha>>)
-TMK_DEFINE_KERNEL(d, Log2, EPnnn, run_masked<wide_log<double, log_base::two, level::ep>>)
+TMK_REAL_KERNELS(Log2, unary, LHE, wide_log2)

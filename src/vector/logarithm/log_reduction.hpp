@@ -118,9 +118,7 @@ Value sum_of_three(const Value& high, const Value& tail, const Value& rest) {
 
 // What the kernels have in common: `formula(x, k)` gives log(x 2^k) of positive normal numbers.
 template <class Real, class Kernel>
-struct positive_logarithm {
-  using real = Real;
-  static constexpr auto controls = control_class::a;
+struct positive_logarithm : description<Real> {
   static batch<Real> fast(const batch<Real>& x) { return Kernel::formula(x, 0); }
   static lane_mask<Real> flagged(const batch<Real>& x, const batch<Real>&) { return not_positive_normal(x); }
   static int32_t rare(const Real* a, Real* r) {

@@ -18,10 +18,9 @@ enum class log_base { e, two, ten };
 template <class Real, log_base Base>
 struct log_constants;
 
-#define TMK_LOG_CONSTANTS(type, base, stem, report)                       \
+#define TMK_LOG_CONSTANTS(type, base, stem)                               \
   template <>                                                             \
   struct log_constants<type, log_base::base> {                            \
-    static constexpr auto name = report;                                  \
     static constexpr auto& high = wide_log_data::type##_##stem##_high;    \
     static constexpr auto& low = wide_log_data::type##_##stem##_low;      \
     static constexpr auto& two = wide_log_data::type##_##stem##_two;      \
@@ -31,12 +30,12 @@ struct log_constants;
     static constexpr auto& ep = wide_log_data::type##_##stem##_ep;        \
     static constexpr auto& reciprocal = wide_log_data::type##_reciprocal; \
   };
-TMK_LOG_CONSTANTS(float, e, ln, "vsLn")
-TMK_LOG_CONSTANTS(float, two, log2, "vsLog2")
-TMK_LOG_CONSTANTS(float, ten, log10, "vsLog10")
-TMK_LOG_CONSTANTS(double, e, ln, "vdLn")
-TMK_LOG_CONSTANTS(double, two, log2, "vdLog2")
-TMK_LOG_CONSTANTS(double, ten, log10, "vdLog10")
+TMK_LOG_CONSTANTS(float, e, ln)
+TMK_LOG_CONSTANTS(float, two, log2)
+TMK_LOG_CONSTANTS(float, ten, log10)
+TMK_LOG_CONSTANTS(double, e, ln)
+TMK_LOG_CONSTANTS(double, two, log2)
+TMK_LOG_CONSTANTS(double, ten, log10)
 #undef TMK_LOG_CONSTANTS
 
 // x = 2^k m; `position` counts in units of x's last place from the lower end of m's range, the exponent
@@ -155,13 +154,8 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
 
 // The kernels of one logarithm.
 template <class Real, log_base Base, level Level>
-struct wide_log {
-  using real = Real;
+struct wide_log : description<Real> {
   using value = batch<Real>;
-  static constexpr auto name = log_constants<Real, Base>::name;
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) { return log_of<Real, Base, Level>(split_for_log(x)); }
   static lane_mask<Real> flagged(const value& x, const value&) { return not_positive_normal(x); }
@@ -173,6 +167,13 @@ struct wide_log {
     });
   }
 };
+
+template <class Real, level Level>
+using wide_ln = wide_log<Real, log_base::e, Level>;
+template <class Real, level Level>
+using wide_log2 = wide_log<Real, log_base::two, Level>;
+template <class Real, level Level>
+using wide_log10 = wide_log<Real, log_base::ten, Level>;
 
 }  // namespace
 TMK_TIER_CLOSE

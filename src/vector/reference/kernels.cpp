@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The extended-precision kernels: a loop over the reference scalars, one per reference row of functions.def.
-// Complex functions run with the x87 unit at 64-bit precision whatever the caller has set.
+// The functions in extended precision, for each row of functions.def: of one element, as the slow path of
+// kernels, and as a kernel over arrays where not every tier has its own. Both compute with the x87 unit at
+// 64-bit precision, whatever the caller has set.
 #include <cerrno>
 #include <complex>
 #include <cstring>
@@ -68,32 +69,44 @@ class flags {
   uint32_t sse_ = 0;
 };
 
+// The controls that the functions need; what they leave in flags and errno on the way is undone.
+class extended_scope {
+ public:
+  explicit extended_scope(std::string_view name)
+      : controls_(rounds_as_set(name) ? control_class::a : control_class::c,
+                  rounds_as_set(name) ? sse_control::masks_only : sse_control::nearest) {
+    save();
+  }
+  ~extended_scope() { restore(); }
+  void save() {
+    found_.save();
+    errno_ = errno;  // the C library's functions set it, but only a report may
+  }
+  void restore() const {
+    found_.restore();
+    errno = errno_;
+  }
+
+ private:
+  control_scope controls_;
+  flags found_;
+  int errno_;
+};
+
 // Runs scalar(i) for every element; scalar stores the results and returns the status.
 template <class Argument, class Result, class Scalar>
 void for_each_element(const char* name, int32_t n, const Argument* a1, const Argument* a2, Result* r1,
                       Result* r2, Scalar scalar) {
-  const bool as_set = rounds_as_set(name);
-  const control_scope controls(as_set ? control_class::a : control_class::c,
-                               as_set ? sse_control::masks_only : sse_control::nearest);
+  extended_scope scope(name);
   error_channel errors(name);
-  flags found;
-  found.save();
-  int caller_errno = errno;  // the C library's functions set it, but only a report may
   for (int32_t i = 0; i < n; ++i) {
     const int32_t status = scalar(i);
     if (status == 0) continue;
-    if (!errors.observed()) {
-      errors.report(status, i, a1, a2, r1, r2);
-      continue;
-    }
-    found.restore();
-    errno = caller_errno;
+    const bool flags_matter = errors.observed();
+    if (flags_matter) scope.restore();
     errors.report(status, i, a1, a2, r1, r2);
-    found.save();
-    caller_errno = errno;
+    if (flags_matter) scope.save();
   }
-  found.restore();
-  errno = caller_errno;
 }
 
 // Computes into a value and stores its bits as an element.
@@ -107,39 +120,54 @@ int32_t store_result(Element& r, Function function) {
 
 }  // namespace
 
-// One body per shape: F is the overload set of the row's stem.
-#define TMK_BODY_unary(F)                                                                       \
-  for_each_element(name, n, a, a, r, r, [=](int32_t i) {                                        \
-    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), result); }); \
-  });
+// One element, per shape: F is the overload set of the row's stem.
+#define TMK_BODY_unary(F) store_result(*r, [&](auto& result) { return reference::F(value(*a), result); })
 #define TMK_BODY_real_result TMK_BODY_unary
 #define TMK_BODY_real_argument TMK_BODY_unary
-#define TMK_BODY_binary(F)                                                                                   \
-  for_each_element(name, n, a, b, r, r, [=](int32_t i) {                                                     \
-    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b[i]), result); }); \
-  });
-#define TMK_BODY_scalar_exponent(F)                                                                       \
-  for_each_element(name, n, a, a, r, r, [=](int32_t i) {                                                  \
-    return store_result(r[i], [&](auto& result) { return reference::F(value(a[i]), value(b), result); }); \
-  });
-#define TMK_BODY_two_results(F)                                                                          \
-  for_each_element(name, n, a, a, r1, r2, [=](int32_t i) {                                               \
-    return store_result(r2[i], [&](auto& second) {                                                       \
-      return store_result(r1[i], [&](auto& first) { return reference::F(value(a[i]), first, second); }); \
-    });                                                                                                  \
-  });
-#define TMK_BODY_linear_fraction(F)                                            \
-  for_each_element(name, n, a, b, r, r, [=](int32_t i) {                       \
-    return store_result(r[i], [&](auto& result) {                              \
-      return reference::F(a[i], b[i], scalea, shifta, scaleb, shiftb, result); \
-    });                                                                        \
-  });
+#define TMK_BODY_binary(F) \
+  store_result(*r, [&](auto& result) { return reference::F(value(*a), value(*b), result); })
+#define TMK_BODY_scalar_exponent(F) \
+  store_result(*r, [&](auto& result) { return reference::F(value(*a), value(b), result); })
+#define TMK_BODY_two_results(F)                                                                        \
+  store_result(*r2, [&](auto& second) {                                                                \
+    return store_result(*r1, [&](auto& first) { return reference::F(value(*a), first, second); });     \
+  })
+#define TMK_BODY_linear_fraction(F) \
+  store_result(*r, [&](auto& result) { return reference::F(*a, *b, scalea, shifta, scaleb, shiftb, result); })
 
-#define TMK_DEFINE_plain(letter, stem, shape)                                                        \
-  extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
-    constexpr const char* name = "v" #letter #stem;                                                  \
-    TMK_BODY_##shape(stem)                                                                           \
+// The arguments at element i, and the arrays that a report names.
+#define TMK_AT_unary(i) (a + i, r + i)
+#define TMK_AT_real_result TMK_AT_unary
+#define TMK_AT_real_argument TMK_AT_unary
+#define TMK_AT_binary(i) (a + i, b + i, r + i)
+#define TMK_AT_scalar_exponent(i) (a + i, b, r + i)
+#define TMK_AT_two_results(i) (a + i, r1 + i, r2 + i)
+#define TMK_AT_linear_fraction(i) (a + i, b + i, scalea, shifta, scaleb, shiftb, r + i)
+#define TMK_REPORT_unary a, a, r, r
+#define TMK_REPORT_real_result TMK_REPORT_unary
+#define TMK_REPORT_real_argument TMK_REPORT_unary
+#define TMK_REPORT_binary a, b, r, r
+#define TMK_REPORT_scalar_exponent TMK_REPORT_unary
+#define TMK_REPORT_two_results a, a, r1, r2
+#define TMK_REPORT_linear_fraction TMK_REPORT_binary
+
+#define TMK_DEFINE_plain(letter, stem, shape, stage)                                                     \
+  namespace {                                                                                            \
+  int32_t letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) { return TMK_BODY_##shape(stem); }    \
+  }                                                                                                      \
+  extern "C" int32_t tmk_vtm_reference_##letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) {      \
+    const extended_scope scope(#stem);                                                                   \
+    return letter##stem TMK_AT_##shape(0);                                                               \
+  }                                                                                                      \
+  TMK_KERNEL_##stage(letter, stem, shape)
+
+#define TMK_KERNEL_scalar(letter, stem, shape)                                                           \
+  extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) {     \
+    for_each_element("v" #letter #stem, n, TMK_REPORT_##shape,                                           \
+                     [=](int32_t i) { return letter##stem TMK_AT_##shape(i); });                         \
   }
+#define TMK_KERNEL_wide TMK_KERNEL_scalar
+#define TMK_KERNEL_vectorized(letter, stem, shape)
 
 #define TMK_DEFINE_unary TMK_DEFINE_plain
 #define TMK_DEFINE_binary TMK_DEFINE_plain
@@ -148,16 +176,13 @@ int32_t store_result(Element& r, Function function) {
 #define TMK_DEFINE_linear_fraction TMK_DEFINE_plain
 #define TMK_DEFINE_real_result TMK_DEFINE_plain
 #define TMK_DEFINE_real_argument TMK_DEFINE_plain
-#define TMK_DEFINE_pack_stride(letter, stem, shape)
+// Gather and scatter move elements.
+#define TMK_DEFINE_pack_stride(letter, stem, shape, stage)
 #define TMK_DEFINE_pack_mask TMK_DEFINE_pack_stride
 #define TMK_DEFINE_pack_index TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_stride TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_mask TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_index TMK_DEFINE_pack_stride
 
-// Worked functions have kernels of their own in every slot.
-#define TMK_DEFINE_reference(letter, stem, shape) TMK_DEFINE_##shape(letter, stem, shape)
-#define TMK_DEFINE_worked(letter, stem, shape)
-
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_DEFINE_##stage(letter, stem, shape)
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_DEFINE_##shape(letter, stem, shape, stage)
 #include "vector/registry/functions.def"

@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Declares every kernel that functions.def speaks of. For C, where the address of a function in the
+/* Declares every kernel that functions.def names. For C, where the address of a function in the
  * initialiser of a static record is a constant whatever its type. */
-#ifndef TMK_VECTOR_FRAME_DECLARATIONS_H
-#define TMK_VECTOR_FRAME_DECLARATIONS_H
+#ifndef TMK_VECTOR_REGISTRY_DECLARATIONS_H
+#define TMK_VECTOR_REGISTRY_DECLARATIONS_H
 
 #include "tmk/abi/vtm.h"
 #include "vector/registry/shapes.h"
@@ -15,7 +15,7 @@
   TMK_KERNEL(letter, stem, tier##HAynn, shape) \
   TMK_KERNEL(letter, stem, tier##EPnnn, shape)
 
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   TMK_KERNEL(letter, stem, PXHAynn, shape)              \
   TMK_LEVELS(letter, stem, shape, W7)                   \
   TMK_LEVELS(letter, stem, shape, V3)                   \

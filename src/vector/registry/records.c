@@ -3,10 +3,11 @@
  * The dispatch records are writable: tiers.c and a layer above may put other kernels into their slots. */
 #include "vector/registry/declarations.h"
 
-#define TMK_RECORD_reference(name, slots) TMK_SLOTS_PPP(name, )
-#define TMK_RECORD_worked(name, slots) TMK_SLOTS_##slots(name, W7)
+#define TMK_RECORD_scalar(name, slots) TMK_SLOTS_PPP(name, )
+#define TMK_RECORD_wide TMK_RECORD_scalar
+#define TMK_RECORD_vectorized(name, slots) TMK_SLOTS_##slots(name, W7)
 
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   VtmDispatchRecord tmk_vtm_kernel_##letter##stem##_ttab = {TMK_RECORD_##stage(letter##stem, slots)};
 #include "vector/registry/functions.def"
 

@@ -11,32 +11,30 @@ typedef struct {
   VtmDispatchRecord kernels;
 } TierRow;
 
-/* A wide tier has a kernel of its own where the baseline falls back to the generic one. */
-#define TMK_WIDE_LPL TMK_SLOTS_LHL
-#define TMK_WIDE_HHH TMK_SLOTS_HHH
-#define TMK_WIDE_HHE TMK_SLOTS_HHE
-#define TMK_WIDE_LHE TMK_SLOTS_LHE
-#define TMK_WIDE_LHL TMK_SLOTS_LHL
+/* The rows whose kernels change with the tier. */
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_ROW_##stage(letter##stem, slots, wide)
+#define TMK_ROW(name, kernels) {&tmk_vtm_kernel_##name##_ttab, {kernels}},
+#define TMK_ROW_scalar(name, slots, wide)
 
-#define TMK_ROW_reference(name, slots)
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_ROW_##stage(letter##stem, slots)
-
-#define TMK_ROW_worked(name, slots) {&tmk_vtm_kernel_##name##_ttab, {TMK_SLOTS_##slots(name, W7)}},
+#define TMK_ROW_wide(name, slots, wide) TMK_ROW(name, TMK_SLOTS_PPP(name, ))
+#define TMK_ROW_vectorized(name, slots, wide) TMK_ROW(name, TMK_SLOTS_##slots(name, W7))
 static const TierRow rows_W7[] = {
 #include "vector/registry/functions.def"
 };
-#undef TMK_ROW_worked
+#undef TMK_ROW_wide
+#undef TMK_ROW_vectorized
 
 #if TMK_HAS_WIDE_TIERS
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_ROW_##stage(letter##stem, slots)
-#define TMK_ROW_worked(name, slots) {&tmk_vtm_kernel_##name##_ttab, {TMK_WIDE_##slots(name, V3)}},
+#define TMK_ROW_wide TMK_ROW_vectorized
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_ROW_##stage(letter##stem, slots, wide)
+#define TMK_ROW_vectorized(name, slots, wide) TMK_ROW(name, TMK_SLOTS_##wide(name, V3))
 static const TierRow rows_V3[] = {
 #include "vector/registry/functions.def"
 };
-#undef TMK_ROW_worked
+#undef TMK_ROW_vectorized
 
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_ROW_##stage(letter##stem, slots)
-#define TMK_ROW_worked(name, slots) {&tmk_vtm_kernel_##name##_ttab, {TMK_WIDE_##slots(name, V4)}},
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_ROW_##stage(letter##stem, slots, wide)
+#define TMK_ROW_vectorized(name, slots, wide) TMK_ROW(name, TMK_SLOTS_##wide(name, V4))
 static const TierRow rows_V4[] = {
 #include "vector/registry/functions.def"
 };

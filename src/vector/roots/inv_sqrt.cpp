@@ -47,13 +47,7 @@ int32_t inv_sqrt_in_double(const float* a, float* r) {
 }
 
 template <level Level>
-struct single_inv_sqrt {
-  using real = float;
-  static constexpr char name[] = "vsInvSqrt";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 16;
-  static constexpr float filler = 0.75f;
-
+struct single_inv_sqrt : description<float> {
   static f32 fast(const f32& x) {
     const f32 r = keep_high_bits(reciprocal_sqrt_estimate(x));
     const f32 e = x * (r * r) - f32(1.0f);  // r r is exact: one rounding
@@ -71,9 +65,8 @@ struct single_inv_sqrt {
 
 // LA takes the estimate as it comes, with one Newton step.
 template <>
-struct single_inv_sqrt<level::la> {
-  using real = float;
-  static constexpr char name[] = "vsInvSqrt";
+struct single_inv_sqrt<level::la> : description<float> {
+  static constexpr bool by_blocks = true;
   static constexpr auto controls = control_class::b;
   static constexpr int group = 8;
 
@@ -91,13 +84,7 @@ struct single_inv_sqrt<level::la> {
 };
 
 template <level Level>
-struct double_inv_sqrt {
-  using real = double;
-  static constexpr char name[] = "vdInvSqrt";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 8;
-  static constexpr double filler = 0.75;
-
+struct double_inv_sqrt : description<double> {
   static f64 fast(const f64& x) {
     const f64 r = reciprocal_sqrt_estimate(x);
     const f64 xh = keep_high_bits(x);
@@ -120,8 +107,5 @@ TMK_TIER_CLOSE
 //   single EP: 1.774 at 0x1.f44406p+93: got 0x1.02fc24p-47, want 0x1.02fc278cp-47
 //   double LA, EP: 0.6839 at 0x1.043ffde189502p-1: got 0x1.671205a2e282cp+0, want 0x1.671205a2e282b51p+0
 //   double HA: 0.5007 at 0x1.037fdae1a1727p-252: got 0x1.fc8939e3dba26p+125, want 0x1.fc8939e3dba268p+125
-TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<single_inv_sqrt<level::ep>>)
-TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_blocks<single_inv_sqrt<level::la>>)
-TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<single_inv_sqrt<level::ha>>)
-TMK_DEFINE_KERNEL(d, InvSqrt, LAynn, run_masked<double_inv_sqrt<level::la>>)
-TMK_DEFINE_KERNEL(d, InvSqrt, HAynn, run_masked<double_inv_sqrt<level::ha>>)
+TMK_KERNELS(s, InvSqrt, unary, LHE, single_inv_sqrt)
+TMK_KERNELS(d, InvSqrt, unary, LHL, double_inv_sqrt)

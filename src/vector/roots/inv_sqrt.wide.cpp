@@ -9,14 +9,9 @@ TMK_TIER_OPEN
 namespace {
 
 template <class Real, level Level>
-struct wide_inv_sqrt {
-  using real = Real;
+struct wide_inv_sqrt : description<Real> {
   using value = batch<Real>;
-  static constexpr auto name = sizeof(Real) == 4 ? "vsInvSqrt" : "vdInvSqrt";
-  static constexpr auto controls = control_class::a;
   static constexpr bool memory_bound = true;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
     const value r = reciprocal_sqrt_estimate(x);
@@ -59,8 +54,5 @@ TMK_TIER_CLOSE
 //   double HA (V3): 0.5311 at 0x1.037fc05b701cep-252: got 0x1.fc8953e12baecp+125,
 //     want 0x1.fc8953e12baec88p+125
 //   double HA (V4): 0.5207 at 0x1.0371f5fa314b6p-34: got 0x1.fc96d7a2912f7p+16, want 0x1.fc96d7a2912f67bp+16
-TMK_DEFINE_KERNEL(s, InvSqrt, EPnnn, run_masked<wide_inv_sqrt<float, level::ep>>)
-TMK_DEFINE_KERNEL(s, InvSqrt, LAynn, run_masked<wide_inv_sqrt<float, level::la>>)
-TMK_DEFINE_KERNEL(s, InvSqrt, HAynn, run_masked<wide_inv_sqrt<float, level::ha>>)
-TMK_DEFINE_KERNEL(d, InvSqrt, LAynn, run_masked<wide_inv_sqrt<double, level::la>>)
-TMK_DEFINE_KERNEL(d, InvSqrt, HAynn, run_masked<wide_inv_sqrt<double, level::ha>>)
+TMK_KERNELS(s, InvSqrt, unary, LHE, wide_inv_sqrt)
+TMK_KERNELS(d, InvSqrt, unary, LHL, wide_inv_sqrt)

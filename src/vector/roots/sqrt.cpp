@@ -10,10 +10,8 @@ TMK_TIER_OPEN
 namespace {
 
 template <level Level>
-struct single_sqrt {
-  using real = float;
-  static constexpr char name[] = "vsSqrt";
-  static constexpr auto controls = control_class::a;
+struct single_sqrt : description<float> {
+  static constexpr bool by_blocks = true;
   static constexpr int group = Level == level::la ? 16 : 8;
 
   // Zero lanes get a zero estimate: x r then is a zero of the same sign.
@@ -48,13 +46,7 @@ struct single_sqrt {
 };
 
 template <level Level>
-struct double_sqrt {
-  using real = double;
-  static constexpr char name[] = "vdSqrt";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 8;
-  static constexpr double filler = 0.75;
-
+struct double_sqrt : description<double> {
   static f64 fast(const f64& x) {
     const f64 r = reciprocal_sqrt_estimate(x);
     if constexpr (Level == level::ep) {
@@ -85,9 +77,5 @@ TMK_TIER_CLOSE
 //   double LA: 0.6872 at 0x1.043fff9bc9991p-1: got 0x1.6d0810781fc84p-1, want 0x1.6d0810781fc835p-1
 //   double HA: 0.5005 at 0x1.fffffffa2fcd3p+1: got 0x1.fffffffd17e6ap+0, want 0x1.fffffffd17e698p+0
 //   double EP: 557306 at 0x1.043ffffff9f1dp+1: got 0x1.6d0810beeb44ap+0, want 0x1.6d0810be6334faap+0
-TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_blocks<single_sqrt<level::ep>>)
-TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_blocks<single_sqrt<level::la>>)
-TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_blocks<single_sqrt<level::ha>>)
-TMK_DEFINE_KERNEL(d, Sqrt, EPnnn, run_masked<double_sqrt<level::ep>>)
-TMK_DEFINE_KERNEL(d, Sqrt, LAynn, run_masked<double_sqrt<level::la>>)
-TMK_DEFINE_KERNEL(d, Sqrt, HAynn, run_masked<double_sqrt<level::ha>>)
+TMK_KERNELS(s, Sqrt, unary, LHE, single_sqrt)
+TMK_KERNELS(d, Sqrt, unary, LHE, double_sqrt)

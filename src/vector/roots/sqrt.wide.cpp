@@ -9,14 +9,9 @@ TMK_TIER_OPEN
 namespace {
 
 template <class Real, level Level>
-struct wide_sqrt {
-  using real = Real;
+struct wide_sqrt : description<Real> {
   using value = batch<Real>;
-  static constexpr auto name = sizeof(Real) == 4 ? "vsSqrt" : "vdSqrt";
-  static constexpr auto controls = control_class::a;
   static constexpr bool memory_bound = true;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(0.75);
 
   static value fast(const value& x) {
     // On V3 an LA estimate put together from singles would take longer than the root itself.
@@ -50,9 +45,4 @@ TMK_TIER_CLOSE
 //   double HA: 0.5000 at 0x1.fffffffffffffp+1023: got 0x1.fffffffffffffp+511, want 0x1.fffffffffffff8p+511
 //   double EP (V3): 557740 at 0x1.043ffffff87c2p+1: got 0x1.6d0810beea59bp+0, want 0x1.6d0810be622ee89p+0
 //   double EP (V4): 3493 at 0x1.080200001898fp+599: got 0x1.6fa84e9863f5bp+299, want 0x1.6fa84e9864cffcdp+299
-TMK_DEFINE_KERNEL(s, Sqrt, EPnnn, run_masked<wide_sqrt<float, level::ep>>)
-TMK_DEFINE_KERNEL(s, Sqrt, LAynn, run_masked<wide_sqrt<float, level::la>>)
-TMK_DEFINE_KERNEL(s, Sqrt, HAynn, run_masked<wide_sqrt<float, level::ha>>)
-TMK_DEFINE_KERNEL(d, Sqrt, EPnnn, run_masked<wide_sqrt<double, level::ep>>)
-TMK_DEFINE_KERNEL(d, Sqrt, LAynn, run_masked<wide_sqrt<double, level::la>>)
-TMK_DEFINE_KERNEL(d, Sqrt, HAynn, run_masked<wide_sqrt<double, level::ha>>)
+TMK_REAL_KERNELS(Sqrt, unary, LHE, wide_sqrt)

@@ -27,15 +27,30 @@ struct tested {
   }
 };
 
-// Lanes that hold no positive normal number below `End`, a power of two. The shift puts those numbers at the
-// lower end of the signed range.
-template <class Real, auto End = format<Real>::infinity>
-lane_mask<Real> not_positive_normal(const batch<Real>& x) {
+// Lanes whose tested bits are not in [First, End), bit patterns of the format. The shift puts these at the lower
+// end of the signed range.
+template <class Real, auto First, auto End>
+lane_mask<Real> outside(const batch<typename tested<Real>::bits>& x) {
   using test = tested<Real>;
   using bits = typename test::bits;
-  constexpr bits shift = test::lowest + test::smallest_normal;  // the same as lowest - smallest, wrapped
-  constexpr bits last = test::lowest + (static_cast<bits>(End >> test::dropped) - test::smallest_normal - 1);
-  return test::lanes(bits_as<bits>(x) - batch<bits>(shift) > batch<bits>(last));
+  constexpr bits first = static_cast<bits>(First >> test::dropped), end = static_cast<bits>(End >> test::dropped);
+  constexpr bits shift = test::lowest + first;  // the same as first - lowest, wrapped
+  constexpr bits last = test::lowest + (end - first - 1);
+  return test::lanes(x - batch<bits>(shift) > batch<bits>(last));
+}
+
+// Lanes that hold no positive normal number below `End`, a power of two.
+template <class Real, auto End = format<Real>::infinity>
+lane_mask<Real> not_positive_normal(const batch<Real>& x) {
+  constexpr auto smallest = typename format<Real>::bits{1} << format<Real>::fraction_bits;
+  return outside<Real, smallest, End>(bits_as<typename tested<Real>::bits>(x));
+}
+
+// Lanes whose magnitude has no bits in [First, End).
+template <class Real, auto First, auto End>
+lane_mask<Real> magnitude_outside(const batch<Real>& x) {
+  using bits = typename tested<Real>::bits;
+  return outside<Real, First, End>(bits_as<bits>(x) & batch<bits>(tested<Real>::highest));
 }
 
 // Lanes that hold a zero or a subnormal number.

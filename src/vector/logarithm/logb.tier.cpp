@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The unbiased exponent on the wide tiers: the exponent field in the fraction of a power of two whose unit
-// is 1.
-#include "vector/walk/kernel.hpp"
-#include "vector/toolbox/lane_tests.hpp"
+// The unbiased exponent: the exponent field goes into the fraction of a power of two whose unit is 1.
 #include "vector/logarithm/log_rare.hpp"
+#include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
 
 template <class Real>
-struct wide_logb {
-  using real = Real;
+struct exponent_of : description<Real> {
   using value = batch<Real>;
   using bits = typename format<Real>::bits;
-  static constexpr auto name = sizeof(Real) == 4 ? "vsLogb" : "vdLogb";
-  static constexpr auto controls = control_class::a;
-  static constexpr int group = 4 * lanes<Real>;
-  static constexpr Real filler = Real(1);
   static constexpr int fraction = format<Real>::fraction_bits;
 
   static value fast(const value& x) {
@@ -32,5 +26,4 @@ struct wide_logb {
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_DEFINE_KERNEL(s, Logb, HAynn, run_masked<wide_logb<float>>)
-TMK_DEFINE_KERNEL(d, Logb, HAynn, run_masked<wide_logb<double>>)
+TMK_REAL_KERNELS(Logb, unary, HHH, exponent_of)
