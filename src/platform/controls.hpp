@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The processor's floating-point controls as a kernel needs them, saved and restored with the scope.
 //
-// Every kernel runs with all exceptions masked. Its class says what else it wants of the x87 unit; the SSE
-// side is round to nearest, with subnormals kept or flushed as the thread's mode says. On exit the sticky
-// flags raised inside are merged into the caller's.
+// Every kernel runs with all exceptions masked. Its class says what else it requires of the x87 unit, its
+// sse_control what it requires of the SSE unit. On exit the sticky flags raised inside are merged into the
+// caller's.
 #pragma once
 
 #include <xmmintrin.h>
@@ -24,6 +24,7 @@ enum class control_class {
 enum class sse_control {
   by_mode,     // round to nearest, subnormals by the mode word's denormal field
   nearest,     // round to nearest, flush as found
+  exact,       // round to nearest, subnormals kept
   masks_only,  // rounding and flush as found
 };
 
@@ -65,6 +66,7 @@ class control_scope {
     sse_ = _mm_getcsr();
     uint32_t wanted = sse_ | sse_masks;
     if (kind != sse_control::masks_only) wanted &= ~sse_rounding;
+    if (kind == sse_control::exact) wanted &= ~sse_flush;
     if (kind == sse_control::by_mode) {
       const bool flush = (tmk_vtm_kernel_GetMode() & VTM_DENORMALS_MASK) == VTM_DENORMALS_FLUSHED;
       wanted = (wanted & ~sse_flush) | (flush ? sse_flush : 0u);

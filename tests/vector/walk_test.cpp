@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The walks of the kernels: every worked function of one argument, in every slot of the selected tier,
+// The walks of the kernels: every vectorized real function of one argument, in every slot of the selected tier,
 // between inaccessible pages and cut at every length.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -102,7 +102,7 @@ TEST(walk, elements_do_not_depend_on_their_place) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT | VTM_ERRMODE_IGNORE);
   int seen = 0;
   for (const function& f : all_functions) {
-    if (f.shape != "unary" || f.stage != "vectorized") continue;
+    if (f.shape != "unary" || f.stage != "vectorized" || f.name[0] == 'c' || f.name[0] == 'z') continue;
     for (int slot = 0; slot < 3; ++slot) {
       if (f.name[0] == 's')
         expect_walk<float>(f, slot);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What functions share that are exact or rounded once by the processor: they take less time than their results
-// need to get to memory, and only a result or an argument at the format's ends is for the slow path.
+// What the functions share that the processor computes in one or a few instructions: they take less time than
+// their results need to get to memory.
 #pragma once
 
 #include "vector/toolbox/lane_tests.hpp"
@@ -10,8 +10,14 @@ TMK_TIER_OPEN
 namespace {
 
 template <class Real>
-struct exact : description<Real> {
-  static constexpr bool memory_bound = true;
+struct memory_bound : description<Real> {
+  static constexpr bool streams = true;
+};
+
+// No result is rounded: subnormal numbers are kept in every mode.
+template <class Real>
+struct exact : memory_bound<Real> {
+  static constexpr auto sse = sse_control::exact;
 };
 
 // x >= 0, or a NaN, with the sign of y.

@@ -8,14 +8,14 @@ TMK_TIER_OPEN
 namespace {
 
 template <class Real>
-struct sum : exact<Real> {
+struct sum : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x + y; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
 };
 
 template <class Real>
-struct difference : exact<Real> {
+struct difference : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x - y; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
@@ -23,14 +23,14 @@ struct difference : exact<Real> {
 
 // x - y where that is positive, else 0.
 template <class Real>
-struct positive_difference : exact<Real> {
+struct positive_difference : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return xsimd::select(x <= y, value(Real(0)), x - y); }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
 };
 
 template <class Real>
-struct product : exact<Real> {
+struct product : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x * y; }
   static lane_mask<Real> flagged(const value& x, const value& y, const value& r) {
@@ -40,7 +40,7 @@ struct product : exact<Real> {
 };
 
 template <class Real>
-struct square : exact<Real> {
+struct square : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x) { return x * x; }
   static lane_mask<Real> flagged(const value& x, const value& r) {
@@ -49,7 +49,7 @@ struct square : exact<Real> {
 };
 
 template <class Real>
-struct quotient : exact<Real> {
+struct quotient : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x / y; }
   static lane_mask<Real> flagged(const value& x, const value& y, const value& r) {

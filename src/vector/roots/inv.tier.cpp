@@ -27,7 +27,7 @@ struct inverse : description<Real> {
   static constexpr bool single = sizeof(Real) == 4;
   // V3 divides doubles faster than it puts an estimate together from singles.
   static constexpr bool divides = Level == level::ha || (this_tier == 1 && !single);
-  static constexpr bool memory_bound = divides || !is_baseline;
+  static constexpr bool streams = divides || !is_baseline;
   static constexpr int group = is_baseline && !divides && (single || Level == level::ep)
                                    ? (single ? 8 : 16)
                                    : description<Real>::group;

@@ -11,7 +11,7 @@ namespace {
 template <class Real, level Level>
 struct wide_inv_sqrt : description<Real> {
   using value = batch<Real>;
-  static constexpr bool memory_bound = true;
+  static constexpr bool streams = true;
 
   static value fast(const value& x) {
     const value r = reciprocal_sqrt_estimate(x);

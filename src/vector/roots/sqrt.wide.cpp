@@ -11,7 +11,7 @@ namespace {
 template <class Real, level Level>
 struct wide_sqrt : description<Real> {
   using value = batch<Real>;
-  static constexpr bool memory_bound = true;
+  static constexpr bool streams = true;
 
   static value fast(const value& x) {
     // On V3 an LA estimate put together from singles would take longer than the root itself.

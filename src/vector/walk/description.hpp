@@ -35,7 +35,7 @@ struct description {
   static constexpr Real filler = Real(0.75);     // in unused lanes; harmless for fast()
 
   // Takes less time than results need to get to memory: large ones are stored past the caches.
-  static constexpr bool memory_bound = false;
+  static constexpr bool streams = false;
   // Whole groups only; a group with a flagged element, and what is left at the end, go through rare() element
   // by element. (Registers that are filled in part are an overhead for formulas of many steps.)
   static constexpr bool by_blocks = false;

@@ -187,7 +187,7 @@ template <class Kernel, class Method, class In, class Out>
       }
     }
   };
-  if constexpr (Kernel::memory_bound && Out::size == 1) {
+  if constexpr (Kernel::streams && Out::size == 1) {
     // A pointer off the boundaries of its own type never comes to a register's.
     constexpr int bytes = sizeof(*out.first);
     const auto misaligned = reinterpret_cast<uintptr_t>(out.first + i) % sizeof(batch<real>);
