@@ -2,6 +2,10 @@
 // The fields that edits and queries know by an attribute number.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
 #include "fitting/task.hpp"
 
 namespace tmk::fitting {
@@ -12,8 +16,17 @@ constexpr bool is_storage_hint(int64_t v) {
 constexpr bool is_partition_hint(int64_t v) {
   return v == 0 || v == 1 || v == 2 || v == DF_PARTITION_UNIFORM;
 }
-// Look-up and step kinds come by EditPPSpline1D alone.
-constexpr bool is_type(int64_t v) { return (v >= 0 && v <= 5) || v == 9; }
+// The types of cubics by which callers note a family. The constructor that a call names makes the spline; of
+// these types only Hermite's changes a result, the status of a periodic spline without boundary values.
+constexpr int64_t hermite_type = 3;
+constexpr int64_t cubic_families[] = {2, hermite_type, 4, 5, 9};
+constexpr bool is_cubic_family(int64_t v) {
+  return std::find(std::begin(cubic_families), std::end(cubic_families), v) != std::end(cubic_families);
+}
+// Look-ups and steps are set by EditPPSpline1D alone.
+constexpr bool is_type(int64_t v) {
+  return v == DF_TYPE_STANDARD || v == DF_TYPE_SUBBOTIN || is_cubic_family(v);
+}
 constexpr bool is_ic_type(int64_t v) {
   return (v & DF_IC_KNOTS) != 0 || v == 0 || v == DF_IC_FIRST || v == DF_IC_SECOND;
 }

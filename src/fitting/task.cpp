@@ -5,7 +5,7 @@
 #include <new>
 
 #include "fitting/fields.hpp"
-#include "fitting/rows.hpp"
+#include "fitting/row_pointers.hpp"
 #include "platform/checks.hpp"
 
 namespace tmk::fitting {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Quadratic splines of both families: what fixes them, checked in extended precision.
-#include "fitting/construction/subbotin.hpp"
+#include "fitting/subbotin_knots.hpp"
 #include "fitting/construction_case.hpp"
 #include "fitting/spline_case.hpp"
 #include "threading/shuffled_threads.hpp"

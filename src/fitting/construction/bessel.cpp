@@ -10,7 +10,7 @@ struct bessel {
   static constexpr int64_t least_nx = 4;
   static constexpr ptrdiff_t span = 3;
   template <class Real>
-  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule = &local_cubic_loops<Real>::bessel;
+  static constexpr slope_kernels<Real> local_cubic_kernels<Real>::*rule = &local_cubic_kernels<Real>::bessel;
   template <class Real>
   static constexpr end_function<Real>* at_period = ends::periodic_parabola<Real>;
   template <class Real>

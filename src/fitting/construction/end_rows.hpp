@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows that the ends of a natural cubic add to its system: diagonal, its neighbour, right side.
+// The first and the last row of a natural cubic's system, by boundary condition: diagonal, its neighbour,
+// right side.
 #pragma once
 
-#include "fitting/construction/frame.hpp"
+#include <cstddef>
+
+#include "fitting/construction/boundary.hpp"
 
 namespace tmk::fitting {
 

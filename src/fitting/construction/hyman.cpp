@@ -21,7 +21,7 @@ struct hyman {
   static constexpr int64_t least_nx = 4;
   static constexpr ptrdiff_t span = 3;
   template <class Real>
-  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule = &local_cubic_loops<Real>::hyman;
+  static constexpr slope_kernels<Real> local_cubic_kernels<Real>::*rule = &local_cubic_kernels<Real>::hyman;
   template <class Real>
   static constexpr end_function<Real>* at_period = ends::periodic_parabola<Real>;
   template <class Real>

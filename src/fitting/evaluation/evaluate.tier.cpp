@@ -5,11 +5,12 @@
 #include <bit>
 #include <utility>
 
-#include "fitting/evaluation/loops.hpp"
+#include "fitting/evaluation/evaluation_kernels.hpp"
 #include "simd/integer.hpp"
 #include "simd/rows.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 namespace {
 
 // The factor of c[power] in the derivative of this order.
@@ -130,7 +131,7 @@ constexpr polynomial_loop<Real>* polynomial() {
 }
 
 template <class Real, unsigned... Set>
-constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) {
+constexpr evaluation_kernels<Real> table(std::integer_sequence<unsigned, Set...>) {
   return {{{polynomial<Real, 2, Set>()...}, {polynomial<Real, 3, Set>()...}, {polynomial<Real, 4, Set>()...}},
           locate_given<Real>,
           locate_uniform<Real>,
@@ -138,7 +139,9 @@ constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) 
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(evaluation_doubles) = {tmk::table<double>(std::make_integer_sequence<unsigned, 16>())};
-TMK_DEFINE_LOOPS(evaluation_singles) = {tmk::table<float>(std::make_integer_sequence<unsigned, 16>())};
+TMK_DEFINE_TIER_KERNELS(evaluation_doubles) = {table<double>(std::make_integer_sequence<unsigned, 16>())};
+TMK_DEFINE_TIER_KERNELS(evaluation_singles) = {table<float>(std::make_integer_sequence<unsigned, 16>())};
+
+}  // namespace tmk::fitting

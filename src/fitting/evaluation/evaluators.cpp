@@ -37,7 +37,7 @@ int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Re
 
   located_sites<Real> at;
   locate(call.spline, call.points, call.kind, block.count, block.sites, block.cells, at);
-  const auto& loops = evaluation_loops_now<Real>();
+  const auto& loops = evaluation_kernels_now<Real>();
   const auto evaluate = loops.polynomials[Order - 2][set];
   const auto [function, site, derivative] = call.layout;
   const ptrdiff_t count = functions(call.spline);

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "fitting/construction/subbotin.hpp"
+#include "fitting/evaluation/evaluation_kernels.hpp"
 #include "fitting/evaluation/kinds.hpp"
-#include "fitting/evaluation/loops.hpp"
+#include "fitting/subbotin_knots.hpp"
 
 namespace tmk::fitting {
 
@@ -39,7 +39,7 @@ void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind
     cells = at.piece;
   }
   const auto last = static_cast<int32_t>(t.nx) - (subbotin ? 1 : 2);
-  const auto& loops = evaluation_loops_now<Real>();
+  const auto& loops = evaluation_kernels_now<Real>();
   if (points.given != nullptr)
     loops.locate_given(sites, cells, count, last, points.given, at.piece, at.distance);
   else

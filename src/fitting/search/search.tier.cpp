@@ -3,7 +3,7 @@
 // walked to by one site.
 #include <algorithm>
 
-#include "fitting/search/loops.hpp"
+#include "fitting/search/cell_kernels.hpp"
 #include "fitting/search/walk.hpp"
 #include "simd/integer.hpp"
 #include "simd/rows.hpp"
@@ -244,12 +244,13 @@ void hybrid(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_
 }
 
 template <class Real>
-constexpr search_loops<Real> table = {
+constexpr cell_kernels<Real> table = {
     {uniform<Real>, quasi_uniform<Real>, sorted<Real>, peak<Real>, hybrid<Real>}};
 
 }  // namespace
 }  // namespace TMK_TIER
-}  // namespace tmk::fitting
 
-TMK_DEFINE_LOOPS(search_doubles) = {{tmk::fitting::table<double>}};
-TMK_DEFINE_LOOPS(search_singles) = {{tmk::fitting::table<float>}};
+TMK_DEFINE_TIER_KERNELS(cell_doubles) = {{table<double>}};
+TMK_DEFINE_TIER_KERNELS(cell_singles) = {{table<float>}};
+
+}  // namespace tmk::fitting

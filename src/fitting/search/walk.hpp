@@ -7,7 +7,8 @@
 
 #include "platform/tier.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 
 // The first i in [low, high) with x[i] > t, else high.
 template <class Real>
@@ -52,4 +53,5 @@ ptrdiff_t walk(const Real* x, ptrdiff_t nx, ptrdiff_t start, Real t) {
   return walk_down(x, start, t);
 }
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::fitting

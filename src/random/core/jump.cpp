@@ -6,7 +6,8 @@
 #include "platform/scratch.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
+using tmk::scratch;
 
 struct linear_generator {
   zero_state zero;

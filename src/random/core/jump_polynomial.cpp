@@ -8,7 +8,8 @@
 #include "random/core/jump.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
+using tmk::scratch;
 
 // Bit i of x at position 2 i: the square of a polynomial.
 uint64_t spread(uint32_t x) {
@@ -57,7 +58,7 @@ class reducer {
 
   // Leaves the remainder of a dividend below twice the degree, of as many bytes as hold it and a row beyond.
   void operator()(unsigned char* dividend) const {
-    const auto add = jump_loops_now().add;
+    const auto add = jump_kernels_now().add;
     for (int32_t k = (degree_ + window - 1) / window - 1; k >= 0; --k) {
       const int32_t position = degree_ + window * k;
       const int pair = dividend[position / 8] | dividend[position / 8 + 1] << 8;

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace tmk {
+namespace tmk::random {
 
 struct mcg31m1_state {
   uint32_t x, a;  // next element, multiplier
@@ -80,4 +80,4 @@ struct philox_state {
   uint32_t index;
 };
 
-}  // namespace tmk
+}  // namespace tmk::random

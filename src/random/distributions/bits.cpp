@@ -3,10 +3,10 @@
 #include <cstddef>
 
 #include "random/core/registry.hpp"
-#include "random/distributions/frame.hpp"
+#include "random/distributions/precision.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int32_t mcg59_block = 2048;
 
@@ -26,7 +26,7 @@ int32_t upper_bits(VtsStreamHandle stream, int32_t n, void* r) {
     count = std::min(n, mcg59_block);
     status = _vtsiRngUniformBits(0, stream, count, words);
     if (status < 0) return status;
-    bit_loops_now().upper_32_of_59(count, words, to);
+    bit_kernels_now().upper_32_of_59(count, words, to);
   }
   return status;
 }

@@ -9,10 +9,10 @@
 #include <cstdint>
 
 #include "random/core/states.hpp"
+#include "random/core/stream.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr uint32_t all_dimensions = UINT32_MAX;
 constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that asks for one dimension
@@ -91,9 +91,10 @@ int32_t answer_sequence_request(digital_sequence<Max>& s, int32_t method, int32_
       });
 }
 
-template <int Max>
-auto points_of(digital_sequence<Max>& s) {
-  return [&s](int32_t n, uint32_t* r) { draw_points(s, n, r); };
+template <class State>
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw_points(state_of<State>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 
-}  // namespace tmk
+}  // namespace tmk::random

@@ -6,7 +6,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 // Products of the even and the odd elements, folded together: p = 2^31 (p >> 31) + (p mod 2^31), and an upper
@@ -50,6 +51,8 @@ void words(mcg31m1_state* state, int32_t n, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mcg31m1_loops) = {tmk::words};
+TMK_DEFINE_TIER_KERNELS(mcg31m1_kernels) = {words};
+
+}  // namespace tmk::random

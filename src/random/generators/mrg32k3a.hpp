@@ -8,7 +8,8 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 
 // z[n] = c1 z[n - 1] + c2 z[n - 2] + c3 z[n - 3] mod m, with coefficients below m = 2^32 - Deficit.
 template <uint32_t Deficit>
@@ -44,14 +45,15 @@ inline uint32_t mrg32k3a_next(mrg32k3a_state& s) {
   return x >= y ? x - y : x + (mrg_first::modulus - y);
 }
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::random
 
-namespace tmk {
+namespace tmk::random {
 
-struct mrg32k3a_loops {
+struct mrg32k3a_kernels {
   void (*words)(mrg32k3a_state* state, int32_t n, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mrg32k3a_kernels)
 
-TMK_DECLARE_LOOPS(mrg32k3a_loops)
+}  // namespace tmk::random

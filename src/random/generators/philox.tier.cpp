@@ -5,7 +5,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr int rounds = 10;
@@ -79,6 +80,8 @@ void blocks(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(philox_loops) = {tmk::blocks};
+TMK_DEFINE_TIER_KERNELS(philox_kernels) = {blocks};
+
+}  // namespace tmk::random

@@ -8,7 +8,7 @@
 
 #include "tmk/abi/vts.h"
 
-namespace tmk {
+namespace tmk::random {
 
 template <class Seed, class Leapfrog, class SkipAhead>
 int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed seed, Leapfrog leapfrog,
@@ -32,13 +32,4 @@ int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed s
 constexpr auto no_leapfrog = [](uint32_t, uint64_t) -> int32_t { return VTS_STATUS_NO_LEAPFROG; };
 constexpr auto no_skip_ahead = [](uint64_t) -> int32_t { return VTS_STATUS_NO_SKIPAHEAD; };
 
-// base^e by squaring from the low bit of e; 1 when e is 0.
-template <class Word, class Multiply>
-constexpr Word power(Word base, uint64_t e, Multiply multiply) {
-  Word result = 1;
-  for (; e != 0; e >>= 1, base = multiply(base, base))
-    if (e & 1) result = multiply(result, base);
-  return result;
-}
-
-}  // namespace tmk
+}  // namespace tmk::random

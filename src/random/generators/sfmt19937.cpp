@@ -11,12 +11,12 @@
 
 #include "random/core/jump.hpp"
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 #include "random/generators/sfmt19937_data.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int ring = sfmt19937_words;
 
@@ -65,7 +65,7 @@ void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
   s->tail_position += kept;
   r += kept;
   n -= kept;
-  const auto lanes = sfmt19937_loops_now().lanes;
+  const auto lanes = sfmt19937_kernels_now().lanes;
   if (n >= 4) lanes(s, n / 4, r);
   const int32_t rest = n % 4;
   if (rest == 0) return;
@@ -77,9 +77,13 @@ void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
   s->tail_end = 4 - rest;
 }
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<sfmt19937_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw(&state_of<sfmt19937_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
+
+// Those with a clear top bit fill the upper half of the interval.
+constexpr word_range signed_range = {.is_signed = true, .scale = 0x1p-32, .from_centre = true};
 
 // Jumps are over lanes, on the ring alone.
 constexpr int degree = 64 * static_cast<int>(std::size(sfmt19937_polynomial));
@@ -109,7 +113,7 @@ void add_rings(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
 }
 void step(VtsStreamHandle block) {
   uint32_t lane[4];
-  sfmt19937_loops_now().lanes(&state_of<sfmt19937_state>(block), 1, lane);
+  sfmt19937_kernels_now().lanes(&state_of<sfmt19937_state>(block), 1, lane);
 }
 
 void drop(VtsStreamHandle stream, uint64_t count) {
@@ -172,21 +176,5 @@ int32_t __vtsBRngSFMT19937InitStream(int32_t method, VtsStreamHandle stream, int
       no_leapfrog, [&](uint64_t count) { return skip(stream, count); });
 }
 
-int32_t __vtsiBRngSFMT19937(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-// Words count as signed: those with a clear top bit fill the upper half of the interval.
-int32_t __vtsdBRngSFMT19937(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().signed_to_double, (b - a) * 0x1p-32, (a + b) * 0.5,
-                     words_of(stream));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtssBRngSFMT19937(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().signed_to_single, (double{b} - a) * 0x1p-32,
-                     (double{a} + b) * 0.5, words_of(stream));
-  return VTS_STATUS_OK;
-}
+TMK_DEFINE_DRAWS(SFMT19937, word_draws<draw_words, signed_range>)
 }

@@ -8,7 +8,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 
 inline void load_words(uint32_t& x, const uint32_t* p) { x = *p; }
 inline void load_words(u32& x, const uint32_t* p) { x = load(p); }
@@ -77,4 +78,5 @@ struct twister {
   }
 };
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::random

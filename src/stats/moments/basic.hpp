@@ -14,23 +14,6 @@
 namespace tmk::stats {
 
 template <class Real>
-struct loops_of;
-
-template <>
-struct loops_of<double> {
-  static const auto& one_pass() { return one_pass_doubles_now(); }
-  static const auto& fast() { return fast_doubles_now(); }
-  static const auto& two_pass() { return two_pass_doubles_now(); }
-};
-
-template <>
-struct loops_of<float> {
-  static const auto& one_pass() { return one_pass_singles_now(); }
-  static const auto& fast() { return fast_singles_now(); }
-  static const auto& two_pass() { return two_pass_singles_now(); }
-};
-
-template <class Real>
 Real* allocate_reals(ptrdiff_t count) {
   return static_cast<Real*>(tmk_serv_allocate(static_cast<size_t>(count) * sizeof(Real), 128));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sums of w x^k and of w (x - mean)^k over observations: the inner loops of every pass.
+// Sums of w x^k and of w (x - mean)^k over observations, for every pass over the data.
 //
 // Several observations of few variables are packed into one long row, so that registers are full; a variable
 // of its own (rows layout) is the case p = 1. A strip of vectors walks down the rows with its sums in
@@ -16,7 +16,8 @@
 #include "simd/batch.hpp"
 #include "stats/moments/kernels.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 // Orders whose sums are kept: bit k for order k.
@@ -267,4 +268,5 @@ void scale(ptrdiff_t p, Real factor, Real* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::stats

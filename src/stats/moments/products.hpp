@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace tmk {
+namespace tmk::stats {
 
 // A block of observations: variables of a rows layout lie `stride` apart, observations of columns layout p.
 // Counts and stride are below 2^31.
@@ -29,4 +29,4 @@ void add_weighted_products(const observations_block<Real>& block, const Real* w,
 template <class Real>
 void add_outer_product(ptrdiff_t p, Real factor, const Real* m, Real* c, bool alone);
 
-}  // namespace tmk
+}  // namespace tmk::stats

@@ -34,11 +34,11 @@ row_kernel<Real>* kernel_of(const basic_call<Real>& call) {
   const int index = index_2pass(call.columns, weighted, call.q);
   switch (call.asked.by) {
     case method::fast:
-      return loops_of<Real>::fast().kernel_fast_funcs_table[index];
+      return fast_kernels_now<Real>().kernel_fast_funcs_table[index];
     case method::two_pass:
-      return loops_of<Real>::two_pass().kernel_2pass_funcs_table[index];
+      return two_pass_kernels_now<Real>().kernel_2pass_funcs_table[index];
     default:
-      return loops_of<Real>::one_pass()
+      return one_pass_kernels_now<Real>()
           .kernel_1pass_funcs_table[index_1pass(call.columns, weighted, call.q, call.asked.wants_matrix())];
   }
 }

@@ -34,10 +34,7 @@ void fold_columns(const Real* x, ptrdiff_t n, ptrdiff_t step, int count, Real* l
     highs[i] = high[i % count];
   }
   const ptrdiff_t periods = n / at_once;
-  if constexpr (sizeof(Real) == 8)
-    extrema_loops_now().d(x, periods, at_once * step, length, lows, highs);
-  else
-    extrema_loops_now().s(x, periods, at_once * step, length, lows, highs);
+  extrema_kernels_now<Real>().fold(x, periods, at_once * step, length, lows, highs);
   // Each into its own kind: where there was less than a period, both still hold the seeds.
   for (int i = 0; i < length; ++i) {
     if (lows[i] < low[i % count]) low[i % count] = lows[i];

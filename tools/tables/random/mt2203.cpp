@@ -85,12 +85,12 @@ int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "--check-all") == 0) return check(1, 1);
   std::puts(
       "// Made by tools/tables/random/mt2203.cpp: twist constant and two tempering masks of each set.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk {\n\nconstexpr uint32_t mt2203_rows[6024 * 3] = "
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\nconstexpr uint32_t mt2203_rows[6024 * 3] = "
       "{");
   for (int set = 0; set < sets; ++set) {
     const row r = search(set);
     std::printf("%s0x%08X, 0x%08X, 0x%08X,%s", set % 3 == 0 ? "    " : " ", r.a, r.m.b, r.m.c,
                 set % 3 == 2 ? "\n" : "");
   }
-  std::puts("};\n\n}  // namespace tmk");
+  std::puts("};\n\n}  // namespace tmk::random");
 }

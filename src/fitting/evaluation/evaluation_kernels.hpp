@@ -7,7 +7,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::fitting {
 
 // Sites are evaluated in blocks of this many, whatever a caller's count: the cells, pieces and distances of a
 // block stay in the first cache, and the steps between them cost little against its sites.
@@ -21,7 +21,7 @@ using polynomial_loop = void(const Real* rows, const int32_t* pieces, const Real
                              Real* out, ptrdiff_t site_stride, ptrdiff_t column_stride);
 
 template <class Real>
-struct evaluation_loops {
+struct evaluation_kernels {
   // By order - 2, and by the set of derivatives as bits: 1 the value, 2 the first, 4 the second, 8 the third.
   polynomial_loop<Real>* polynomials[3][16];
   // Pieces of cells, those outside 1 ... last + 1 as the nearest, and the distances of sites from their bases
@@ -35,6 +35,6 @@ struct evaluation_loops {
   void (*as_rows)(const Real* column, ptrdiff_t pitch, int columns, int count, Real* out, ptrdiff_t stride);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNEL_PAIR(evaluation)
 
-TMK_DECLARE_TWIN_LOOPS(evaluation)
+}  // namespace tmk::fitting

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The loops of natural cubics that are cut into panels. A lane per panel: an array's row has the same knot or
-// cell of all panels of a group, and fills 64 bytes.
+// The kernels of natural cubics that are cut into panels. The panels of a group are interleaved: row i of an
+// array has knot or cell i of each, panel by panel, and fills 64 bytes.
+//   panel 0:  x0 x1 x2 ...        row 0:  x0 y0 z0 ...
+//   panel 1:  y0 y1 y2 ...   <->  row 1:  x1 y1 z1 ...
+//   panel 2:  z0 z1 z2 ...        row 2:  x2 y2 z2 ...
 #pragma once
 
 #include <cstddef>
@@ -8,7 +11,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::fitting {
 
 template <class Real>
 constexpr int panel_lanes = 64 / static_cast<int>(sizeof(Real));
@@ -24,8 +27,8 @@ struct panel_group {
 };
 
 template <class Real>
-struct natural_loops {
-  // Rows to[0], to[1] ... from the arrays of the lanes, and back.
+struct natural_kernels {
+  // Rows to[0], to[1] ... from the panels' own arrays, and back.
   void (*interleave)(const Real* const* from, ptrdiff_t rows, Real* to);
   void (*separate)(const Real* from, ptrdiff_t rows, Real* const* to);
   // to[i] = from[i + 1] - from[i], by rows.
@@ -43,6 +46,6 @@ struct natural_loops {
   void (*settle)();
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNEL_PAIR(natural)
 
-TMK_DECLARE_TWIN_LOOPS(natural)
+}  // namespace tmk::fitting

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Element-wise steps between uniforms, vector kernels and variates.
+#include "random/distributions/distribution_kernels.hpp"
+
 #include <bit>
 
 #include "simd/integer.hpp"
-#include "random/distributions/loops.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 // r[i] = f(r[i], p[i]...), where f takes vectors. The rest lies in one partly filled register.
@@ -150,15 +152,16 @@ int32_t bounded(int32_t n, const uint64_t* words, uint32_t width, int32_t low, i
 }
 
 template <class Real>
-constexpr distribution_loops<Real> loops = {
+constexpr distribution_kernels<Real> steps = {
     scale<Real>, place<Real>,       place_above<Real>,       subtract_above<Real>,
     clamp<Real>, split_pairs<Real>, place_either_side<Real>, join_pairs<Real>,
     floor<Real>};
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(single_loops) = {tmk::loops<float>};
-TMK_DEFINE_LOOPS(double_loops) = {tmk::loops<double>};
-TMK_DEFINE_LOOPS(bit_loops) = {tmk::below, tmk::upper_32_of_59, tmk::pairs_to_doubles, tmk::doubles_below,
-                               tmk::bounded};
+TMK_DEFINE_TIER_KERNELS(distribution_doubles) = {steps<double>};
+TMK_DEFINE_TIER_KERNELS(distribution_singles) = {steps<float>};
+TMK_DEFINE_TIER_KERNELS(bit_kernels) = {below, upper_32_of_59, pairs_to_doubles, doubles_below, bounded};
+
+}  // namespace tmk::random

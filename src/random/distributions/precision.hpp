@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the distributions share: the two precisions, draws and vector kernels over blocks that stay in the
-// first cache, and the frame that keeps a singular logarithm from becoming an infinity.
+// What the laws share: the two precisions with their kernels and constants, uniforms, and the walk over
+// blocks that stay in the first cache.
 //
 // Elements do not depend on how the stream's draws and the kernels' calls are cut, so a law works through the
 // caller's array block by block.
 #pragma once
 
-#include <xmmintrin.h>
-
 #include <algorithm>
 #include <cstdint>
 
-#include "random/distributions/loops.hpp"
+#include "random/distributions/distribution_kernels.hpp"
 #include "random/distributions/open_uniforms.hpp"
 #include "tmk/abi/vts.h"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr int32_t distribution_block = 1024;  // even: a block holds whole pairs
 
@@ -35,7 +33,7 @@ struct precision<double> {
                                      &powx = tmk_vtm_kernel_dPowx_ttab,
                                      &erf_inv = tmk_vtm_kernel_dErfInv_ttab,
                                      &sin_cos = tmk_vtm_kernel_dSinCos_ttab;
-  static const auto& loops() { return double_loops_now(); }
+  static const auto& steps() { return distribution_kernels_now<double>(); }
 };
 
 template <>
@@ -50,7 +48,7 @@ struct precision<float> {
                                      &powx = tmk_vtm_kernel_sPowx_ttab,
                                      &erf_inv = tmk_vtm_kernel_sErfInv_ttab,
                                      &sin_cos = tmk_vtm_kernel_sSinCos_ttab;
-  static const auto& loops() { return single_loops_now(); }
+  static const auto& steps() { return distribution_kernels_now<float>(); }
 };
 
 // Whose uniforms a law takes. The generator's own may be either end of the interval, which a law with a pole
@@ -74,59 +72,4 @@ int32_t in_blocks(int32_t n, Real* r, Block block) {
   return status;
 }
 
-// kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode says.
-template <class Real, class... Arguments>
-void run_kernel(const VtmDispatchRecord& record, int32_t n, const Real* a, Arguments... arguments) {
-  const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
-  reinterpret_cast<void (*)(int32_t, const Real*, Arguments...)>(record.kernel[precision<Real>::slot])(
-      n, a, arguments...);
-  tmk_vtm_kernel_SetMode(mode);
-}
-
-// Callbacks. A repaired logarithm is that of the smallest positive number.
-template <class Real>
-int32_t repair_ln(VtmErrorContext* context) {
-  context->r1 = context->r2 = precision<Real>::log_of_zero;
-  return 0;
-}
-
-template <class Real>
-int32_t repair_ln_of_zero_only(VtmErrorContext* context) {
-  return context->code == VTM_STATUS_SINGULARITY ? repair_ln<Real>(context) : 0;
-}
-
-// For the life of the object: exceptions masked, and bad elements reported to the callback alone. Kernels
-// merge the SSE flags that they raise into the caller's; the frame discards them where it had to change the
-// controls.
-class distribution_frame {
- public:
-  explicit distribution_frame(VtmErrorCallback callback) {
-    asm volatile("fnclex\n\tfnstcw %0" : "=m"(x87_));
-    const uint16_t masked = x87_ | 0x3F;
-    x87_changed_ = masked != x87_;
-    if (x87_changed_) asm volatile("fldcw %0" : : "m"(masked));
-    sse_ = _mm_getcsr();
-    sse_changed_ = (sse_ | sse_masks) != sse_;
-    if (sse_changed_) _mm_setcsr(sse_ | sse_masks);
-    mode_ = tmk_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK);
-    callback_ = tmk_vtm_kernel_SetErrorCallBack(callback);
-  }
-  ~distribution_frame() {
-    tmk_vtm_kernel_SetErrorCallBack(callback_);
-    tmk_vtm_kernel_SetMode(mode_);
-    asm volatile("fnclex");
-    if (x87_changed_) asm volatile("fldcw %0" : : "m"(x87_));
-    if (sse_changed_) _mm_setcsr(sse_);
-  }
-  distribution_frame(const distribution_frame&) = delete;
-  distribution_frame& operator=(const distribution_frame&) = delete;
-
- private:
-  static constexpr uint32_t sse_masks = 0x1F80;
-  uint16_t x87_;
-  bool x87_changed_, sse_changed_;
-  uint32_t sse_, mode_;
-  VtmErrorCallback callback_;
-};
-
-}  // namespace tmk
+}  // namespace tmk::random

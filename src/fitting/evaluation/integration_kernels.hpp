@@ -6,7 +6,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::fitting {
 
 // F(right piece, right distance) - F(left piece, left distance) for `count` pairs, F the antiderivative of a
 // piece that vanishes at its base. Pieces and distances are readable up to a multiple of 16, and differences
@@ -17,10 +17,10 @@ using antiderivative_loop = void(const Real* rows, const int32_t* left_pieces, c
                                  Real* differences);
 
 template <class Real>
-struct integration_loops {
+struct integration_kernels {
   antiderivative_loop<Real>* antiderivatives[3];  // by order - 2
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNEL_PAIR(integration)
 
-TMK_DECLARE_TWIN_LOOPS(integration)
+}  // namespace tmk::fitting

@@ -6,10 +6,10 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 template <class Real>
-struct distribution_loops {
+struct distribution_kernels {
   void (*scale)(int32_t n, Real* r, Real factor);                   // r factor
   void (*place)(int32_t n, Real* r, Real factor, Real a);           // r factor + a
   void (*place_above)(int32_t n, Real* r, Real factor, Real a);     // max(a, r factor + a)
@@ -30,9 +30,9 @@ struct pair_scale {
   double k, a, k_lower, a_lower, low, high;
 };
 
-struct single_loops : distribution_loops<float> {};
-struct double_loops : distribution_loops<double> {};
-struct bit_loops {
+TMK_DECLARE_TIER_KERNEL_PAIR(distribution)
+
+struct bit_kernels {
   // Non-negative singles, compared by their bits: 1 below the bound, else 0. r may be x.
   void (*below)(int32_t n, const int32_t* x, int32_t bound, int32_t* r);
   void (*upper_32_of_59)(int32_t n, const uint64_t* words, uint32_t* r);
@@ -43,8 +43,6 @@ struct bit_loops {
   int32_t (*bounded)(int32_t n, const uint64_t* words, uint32_t width, int32_t low, int32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(bit_kernels)
 
-TMK_DECLARE_LOOPS(single_loops)
-TMK_DECLARE_LOOPS(double_loops)
-TMK_DECLARE_LOOPS(bit_loops)
+}  // namespace tmk::random
