@@ -1,163 +1,141 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "results.hpp"
+#include "vector_page.hpp"
 
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
+#include <cstdio>
 
+#include "common/kernels.hpp"
 #include "peers.hpp"
 #include "tmk/abi/vtm.h"
 
 namespace tmk::bench {
 namespace {
 
-const subject* find(const group& g, subject_kind kind, int tier, const std::string& name) {
-  const auto matches = [&](const subject& s) { return s.kind == kind && s.tier == tier && s.name == name; };
-  const auto found = std::ranges::find_if(g.subjects, matches);
+std::string function_of(const measured_group& g) { return g.name.substr(0, g.name.find('/')); }
+
+template <class Matches>
+const measurement* find(const measured_group& g, subject_kind kind, int tier, Matches matches) {
+  const auto found = std::ranges::find_if(
+      g.subjects, [&](const measurement& m) { return m.kind == kind && m.tier == tier && matches(m.name); });
   return found == g.subjects.end() ? nullptr : &*found;
 }
 
 // The kernel that serves a level ("HA"): its name lists the levels it serves.
-const subject* find_level(const group& g, int tier, const char* level) {
-  const auto serves = [&](const subject& s) {
-    return s.kind == subject_kind::kernel && s.tier == tier && s.name.find(level) != std::string::npos;
-  };
-  const auto found = std::ranges::find_if(g.subjects, serves);
-  return found == g.subjects.end() ? nullptr : &*found;
+const measurement* find_level(const measured_group& g, int tier, const char* level) {
+  return find(g, subject_kind::ours, tier,
+              [&](const std::string& name) { return name.find(level) != std::string::npos; });
 }
 
-// How busy the machine was besides: processor time is counted, but caches and memory are shared.
-double load_average() {
-  double load = 0;
-  return getloadavg(&load, 1) == 1 ? load : 0;
+const measurement* find_copy(const measured_group& g, int tier) {
+  return find(g, subject_kind::copy, tier, [](const std::string& name) { return name == copy_name; });
 }
 
-std::string today() {
-  const std::time_t now = std::time(nullptr);
-  char text[16];
-  std::strftime(text, sizeof text, "%Y-%m-%d", std::gmtime(&now));
+// The fastest peer in the tier's instruction set; null where there is none.
+const measurement* best_peer(const measured_group& g, int tier) {
+  const measurement* best = nullptr;
+  for (const measurement& m : g.subjects)
+    if (m.kind == subject_kind::peer && m.tier == tier &&
+        (best == nullptr || m.nanoseconds < best->nanoseconds))
+      best = &m;
+  return best;
+}
+
+std::string time_text(const measurement& m) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3g", m.nanoseconds);
   return text;
 }
 
-// Nanoseconds per element and, in brackets, what part of the best peer's time that is.
-std::string cell(const group& g, int tier, const char* level) {
-  const subject* kernel = find_level(g, tier, level);
+std::string kernel_cell(const measured_group& g, int tier, const char* level) {
+  const measurement *kernel = find_level(g, tier, level), *peer = best_peer(g, tier);
   if (kernel == nullptr) return "";
-  char text[64];
-  const subject* peer = best_peer(g, tier);
-  if (peer == nullptr)
-    std::snprintf(text, sizeof text, "%.3g", kernel->nanoseconds);
-  else
-    std::snprintf(text, sizeof text, "%.3g (%.2f)", kernel->nanoseconds,
-                  kernel->nanoseconds / peer->nanoseconds);
-  return text;
+  return time_text(*kernel) + (peer != nullptr ? " (" + ratio_text(speed_ratio(*kernel, *peer)) + ")" : "");
 }
 
-std::string peer_cell(const group& g, int tier) {
-  const subject* peer = best_peer(g, tier);
-  if (peer == nullptr) return "";
-  char text[64];
-  std::snprintf(text, sizeof text, "%s %.3g", peer->name.c_str(), peer->nanoseconds);
-  return text;
+std::string peer_cell(const measured_group& g, int tier) {
+  const measurement* peer = best_peer(g, tier);
+  return peer != nullptr ? peer->name + " " + time_text(*peer) : "";
 }
 
-void print_table(std::FILE* out, const std::vector<group>& groups, std::int32_t size,
-                 const std::vector<int>& tiers) {
-  std::fprintf(out, "\n## %d elements\n\n| function |", size);
+std::string copy_cell(const measured_group& g, int tier) {
+  const measurement *kernel = find_level(g, tier, "HA"), *copy = find_copy(g, tier);
+  return kernel != nullptr && copy != nullptr ? ratio_text(speed_ratio(*kernel, *copy)) : "";
+}
+
+bool has_kernels_of_its_own(const std::string& function) {
+  const auto functions = tools::functions_with_value();
+  return std::ranges::any_of(functions, [&](const auto& f) { return f.name == function && f.worked; });
+}
+
+void print_table(const std::vector<measured_group>& groups, int64_t size, const std::vector<int>& tiers) {
+  std::printf("\n## %lld elements\n\n| function |", static_cast<long long>(size));
   for (int tier : tiers) {
     const char* name = tmk_tier_name(tier);
-    std::fprintf(out, " %s LA | %s HA | %s EP | %s best peer |", name, name, name, name);
+    std::printf(" %s LA | %s HA | %s EP | %s best peer |", name, name, name, name);
   }
-  std::fprintf(out, "\n|---|");
-  for (std::size_t i = 0; i < 4 * tiers.size(); ++i) std::fprintf(out, "---|");
-  std::fprintf(out, "\n");
-  for (const group& g : groups) {
-    if (g.size != size) continue;
-    std::fprintf(out, "| `%s`%s |", g.function.c_str(), g.worked ? "" : " *");
+  std::printf("\n|---|");
+  for (std::size_t i = 0; i < 4 * tiers.size(); ++i) std::printf("---|");
+  std::printf("\n");
+  for (const measured_group& g : groups) {
+    if (g.count != size) continue;
+    const std::string function = function_of(g);
+    std::printf("| `%s`%s |", function.c_str(), has_kernels_of_its_own(function) ? "" : " *");
     for (int tier : tiers) {
-      for (const char* level : {"LA", "HA", "EP"}) std::fprintf(out, " %s |", cell(g, tier, level).c_str());
-      std::fprintf(out, " %s |", peer_cell(g, tier).c_str());
+      for (const char* level : {"LA", "HA", "EP"}) std::printf(" %s |", kernel_cell(g, tier, level).c_str());
+      std::printf(" %s |", peer_cell(g, tier).c_str());
     }
-    std::fprintf(out, "\n");
+    std::printf("\n");
   }
 }
 
-// Memory-bound functions against the copy of the array.
-void print_copies(std::FILE* out, const std::vector<group>& groups, const std::vector<int>& tiers) {
-  std::fprintf(out,
-               "\n## Beside the copy of the array\n\n"
-               "Time of the `HA` kernel divided by that of a copy through registers of the same width.\n\n"
-               "| function | elements |");
-  for (int tier : tiers) std::fprintf(out, " %s |", tmk_tier_name(tier));
-  std::fprintf(out, "\n|---|---|");
-  for (std::size_t i = 0; i < tiers.size(); ++i) std::fprintf(out, "---|");
-  std::fprintf(out, "\n");
-  for (const group& g : groups) {
-    if (!g.is_bound_by_memory) continue;
-    std::fprintf(out, "| `%s` | %d |", g.function.c_str(), g.size);
-    for (int tier : tiers) {
-      const subject *kernel = find_level(g, tier, "HA"), *copy = find(g, subject_kind::copy, tier, copy_name);
-      if (kernel == nullptr || copy == nullptr)
-        std::fprintf(out, " |");
-      else
-        std::fprintf(out, " %.2f |", kernel->nanoseconds / copy->nanoseconds);
-    }
-    std::fprintf(out, "\n");
+// Functions that wait for memory.
+void print_copies(const std::vector<measured_group>& groups, const std::vector<int>& tiers) {
+  std::printf(
+      "\n## Compared with the copy of the array\n\n"
+      "Time of a copy through registers of the same width divided by that of the `HA` kernel.\n\n"
+      "| function | elements |");
+  for (int tier : tiers) std::printf(" %s |", tmk_tier_name(tier));
+  std::printf("\n|---|---|");
+  for (std::size_t i = 0; i < tiers.size(); ++i) std::printf("---|");
+  std::printf("\n");
+  for (const measured_group& g : groups) {
+    if (std::ranges::none_of(g.subjects, [](const auto& m) { return m.kind == subject_kind::copy; }))
+      continue;
+    std::printf("| `%s` | %lld |", function_of(g).c_str(), static_cast<long long>(g.count));
+    for (int tier : tiers) std::printf(" %s |", copy_cell(g, tier).c_str());
+    std::printf("\n");
   }
 }
 
 }  // namespace
 
-const subject* best_peer(const group& g, int tier) {
-  const subject* best = nullptr;
-  for (const subject& s : g.subjects)
-    if (s.kind == subject_kind::peer && s.tier == tier &&
-        (best == nullptr || s.nanoseconds < best->nanoseconds))
-      best = &s;
-  return best;
-}
-
-void print(std::FILE* out, const group& g) {
-  for (const subject& s : g.subjects) {
-    const bool is_kernel = s.kind == subject_kind::kernel;
-    std::fprintf(out, "%-9s %8d  %s  %-10s %9.3f ns", g.function.c_str(), g.size, tmk_tier_name(s.tier),
-                 is_kernel ? ("tmk " + s.name).c_str() : s.name.c_str(), s.nanoseconds);
-    const subject* peer = best_peer(g, s.tier);
-    if (is_kernel && peer != nullptr)
-      std::fprintf(out, "  %5.2f of %s", s.nanoseconds / peer->nanoseconds, peer->name.c_str());
-    const subject* copy = find(g, subject_kind::copy, s.tier, copy_name);
-    if (is_kernel && copy != nullptr)
-      std::fprintf(out, "  %5.2f of the copy", s.nanoseconds / copy->nanoseconds);
+void print_lines(const measured_group& g, const options& wish) {
+  std::FILE* const out = wish.markdown ? stderr : stdout;
+  for (const measurement& m : g.subjects) {
+    const bool is_ours = m.kind == subject_kind::ours;
+    std::fprintf(out, "%-16s  %s  %-10s %9.3f ns", g.name.c_str(), tmk_tier_name(m.tier),
+                 is_ours ? ("tmk " + m.name).c_str() : m.name.c_str(), m.nanoseconds);
+    const measurement *peer = best_peer(g, m.tier), *copy = find_copy(g, m.tier);
+    if (is_ours && peer != nullptr)
+      std::fprintf(out, "  %s times as fast as %s", ratio_text(speed_ratio(m, *peer)).c_str(),
+                   peer->name.c_str());
+    if (is_ours && copy != nullptr)
+      std::fprintf(out, "  %s times as fast as the copy", ratio_text(speed_ratio(m, *copy)).c_str());
     std::fprintf(out, "\n");
   }
   std::fflush(out);
 }
 
-void print_markdown(std::FILE* out, const std::vector<group>& groups, const std::vector<int>& tiers,
-                    const std::string& processor, int repetitions) {
-  std::fprintf(out, R"(<!-- Made by `./dev bench --markdown`: do not edit. -->
-# Performance
-
-%s, %s, load average %.1f. Nanoseconds per element of processor time on one core; the median of %d
-repetitions, those of the function's kernels and peers in random order, in one process, on the same arrays. In
-brackets: the time divided by that of the fastest peer in the same instruction set, so below 1 the kernel is
-faster.
-
-Peers: the C library's vector functions (libmvec, up to 4 ulp), SLEEF (u10: 1.0 ulp, u35: 3.5 ulp), Eigen's
-array expressions, and the plain loop over the C library's scalar function. Kernels are called through the
-dispatch record; a column without a figure shares the kernel of a narrower tier. Functions with * have no
-kernels of their own yet: they run in extended precision at every level.
-)",
-               processor.c_str(), today().c_str(), load_average(), repetitions);
+void print_tables(const std::vector<measured_group>& groups) {
+  const std::vector<int> tiers = tools::available_tiers();
   for (int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4})
     if (std::ranges::find(tiers, tier) == tiers.end())
-      std::fprintf(out, "\nThe tier %s was not measured: the processor does not have it.\n",
-                   tmk_tier_name(tier));
-  std::vector<std::int32_t> sizes;
-  for (const group& g : groups)
-    if (std::ranges::find(sizes, g.size) == sizes.end()) sizes.push_back(g.size);
-  for (std::int32_t size : sizes) print_table(out, groups, size, tiers);
-  print_copies(out, groups, tiers);
+      std::printf("\nThe tier %s was not measured: the processor does not have it.\n", tmk_tier_name(tier));
+  std::vector<int64_t> sizes;
+  for (const measured_group& g : groups)
+    if (std::ranges::find(sizes, g.count) == sizes.end()) sizes.push_back(g.count);
+  for (int64_t size : sizes) print_table(groups, size, tiers);
+  print_copies(groups, tiers);
 }
 
 }  // namespace tmk::bench
