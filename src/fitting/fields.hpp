@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fields that edits and queries know by an attribute number.
+// The fields that edits and queries select by an attribute number.
 #pragma once
 
 #include <algorithm>
@@ -53,7 +53,7 @@ static_assert(DF_NX + sizeof value_rows / sizeof value_rows[0] == DF_AUX_FLAG);
 constexpr bool is_value(int64_t attribute) { return attribute >= DF_NX && attribute < DF_AUX_FLAG; }
 constexpr const value_row& value_row_of(int64_t attribute) { return value_rows[attribute - DF_NX]; }
 
-// Pointers, by attribute: those that lie in the record, and those in an array of rows.
+// Pointers, by attribute: those in the record, and those in an array of row pointers.
 template <class Real>
 struct pointer_row {
   const Real* task<Real>::*field;

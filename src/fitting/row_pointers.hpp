@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A task's arrays of row pointers: one pointer per function, and a null one after the last, since a query
-// may ask for the slot of index ny.
+// A task's arrays of row pointers: one pointer per function, and a null one after the last, since a query may
+// read the slot of index ny.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace tmk::fitting {
 
-// In front of the pointers is their number, so that ny may be edited down and up again.
+// Before the pointers is their number, so that ny may be edited down and up again.
 constexpr size_t rows_alignment = 128;
 constexpr int64_t most_rows = int64_t{PTRDIFF_MAX / 2} / static_cast<int64_t>(sizeof(void*));
 
@@ -38,19 +38,19 @@ Pointer* new_rows(int64_t ny) {
 
 // New rows in the place of the old: `count` of them, `stride` elements apart.
 template <class Pointer>
-int32_t place_rows(Pointer*& rows, int64_t ny, Pointer block, int64_t count, int64_t stride) {
+int32_t place_rows(Pointer*& rows, int64_t ny, Pointer first, int64_t count, int64_t stride) {
   free_rows(rows);
   rows = new_rows<Pointer>(ny);
   if (rows == nullptr) return DF_STATUS_NO_MEMORY;
-  for (int64_t j = 0; j < count; ++j) rows[j] = block + static_cast<ptrdiff_t>(j * stride);
+  for (int64_t j = 0; j < count; ++j) rows[j] = first + static_cast<ptrdiff_t>(j * stride);
   return 0;
 }
 
-// Columns are one block under one pointer; of separate functions the first is given.
+// Columns are one array under one pointer; of separate functions the first is given.
 template <class Real>
 int32_t place_functions(task<Real>& t, int64_t ny, const Real* y) {
-  const bool block = t.yhint != DF_COLUMNS && t.yhint != DF_SEPARATE;
-  return place_rows(t.y_rows, ny, y, block ? ny : 1, t.nx);
+  const bool contiguous = t.yhint != DF_COLUMNS && t.yhint != DF_SEPARATE;
+  return place_rows(t.y_rows, ny, y, contiguous ? ny : 1, t.nx);
 }
 
 // A Subbotin spline has a piece more than the others, one around each point.

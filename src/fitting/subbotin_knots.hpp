@@ -5,8 +5,8 @@
 //   knot 0 <= x[0] < knot 1 < x[1] < ... < knot nx-1 < x[nx-1] <= knot nx
 // Piece k lies from knot k to knot k+1 and is based at its point, as in every other family:
 //   s(t) = c[3k] + c[3k+1] (t - x[k]) + c[3k+2] (t - x[k])^2,   k = 0 ... nx-1,   c[3k] = y[k]
-// so t - x[k] is negative in the piece's left part. The first and last pieces go on outwards without end: the
-// outer knots 0 and nx bound nothing, and their values do not change the spline.
+// so t - x[k] is negative in the piece's left part. The first and last pieces extend outwards without end:
+// the outer knots 0 and nx are no bounds, and their values do not change the spline.
 //
 // ic holds the nx + 1 knots; with DF_IC_KNOTS_UNIFORM knots 0 and nx alone, the others at equal steps between
 // them. Points and knots may each be uniform or not.
@@ -32,7 +32,7 @@ struct subbotin_knots {
   }
 
   // The piece of site t, whose cell a search gives: 0 below x[0], i for x[i-1] <= t < x[i], nx-1 at x[nx-1],
-  // nx above. One knot parts the cell between two points.
+  // nx above. One knot divides the cell between two points.
   [[gnu::always_inline]] int64_t piece(int64_t cell, Real t) const {
     if (cell <= 0) return 0;
     if (cell >= nx) return nx - 1;

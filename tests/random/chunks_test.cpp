@@ -29,7 +29,7 @@ uint32_t references(const key_words& key) {
   return __vtsFindGlobRODataTableEntry(&entry, key.data()) == 0 ? entry->refCount : 0;
 }
 
-TEST(chunks, the_newest_stands_first_and_copies_reverse) {
+TEST(chunks, the_newest_is_first_and_copies_reverse) {
   owned_stream stream(VTS_BRNG_MCG59, {1}), copy;
   for (uint32_t id = 50; id < 53; ++id) add(stream, id);
   EXPECT_EQ(kinds(stream), (std::vector<uint32_t>{52, 51, 50}));

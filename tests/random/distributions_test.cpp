@@ -37,7 +37,7 @@ TEST(distributions, have_their_laws) {
   expect_shapes<float>();
 }
 
-// Random cuts besides those of 7 and 9; pairs that drop a partner are cut between pairs.
+// Random cuts in addition to those of 7 and 9; pairs that drop a partner are cut between pairs.
 template <class Real>
 void expect_one_sequence(int32_t id) {
   std::mt19937 cuts(1);

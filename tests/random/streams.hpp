@@ -37,7 +37,7 @@ inline void* new_blob(uint32_t bytes, int fill) {
   return std::memset(blob, fill, bytes);
 }
 
-// Counts upwards; keeps what it was last asked for.
+// Counts upwards; keeps its last request.
 struct counting_state {
   uint32_t next;
   int32_t method, n;

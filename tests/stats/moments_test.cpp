@@ -226,7 +226,7 @@ TYPED_TEST(Moments, MasksKeepTheOthersEstimates) {
       }
 }
 
-// Only the highest order is asked for: what its update rests on comes back from the raw moments.
+// Only the highest order is requested: what its update depends on is restored from the raw moments.
 TYPED_TEST(Moments, BlocksNeedNoLowerCentralMoments) {
   using Real = TypeParam;
   const sample<Real> data(200, 2, false, 12);
@@ -243,7 +243,7 @@ TYPED_TEST(Moments, BlocksNeedNoLowerCentralMoments) {
                 500 * std::numeric_limits<Real>::epsilon() * want.scale[6][j]);
 }
 
-// Fields for the sums asked for and for the mean alone: what the next block needs besides stays in the task.
+// Fields for the requested sums and for the mean alone: what else the next block needs stays in the task.
 TYPED_TEST(Moments, BlocksNeedNoLowerCentralSums) {
   using Real = TypeParam;
   const ptrdiff_t p = 3, n = 90;

@@ -271,7 +271,8 @@ TEST(sketch, statuses_and_reading_without_data) {
   EXPECT_EQ(ask(1, 0.5), VTS_STATUS_SS_BAD_DIMENSION);
   EXPECT_EQ(ask(0, 1.5), VTS_STATUS_SS_BAD_STREAM_ORDERS);
 
-  // Each row spoils one thing; rows stand in the order of the checks, and later spoils stay.
+  // Each row makes one more field wrong, in the order of the checks reversed: the fields of earlier rows stay
+  // wrong.
   auto& t = tmk::stats::task<double>::of(s.task);
   double bad_orders[] = {0.5, 1.5, 0};
   int32_t two = 2, minus = -1;
@@ -347,7 +348,7 @@ TEST(sketch, later_blocks_have_the_variables_of_the_first) {
 
 // A block that finds no memory is refused; what was there is answered for, and more can come. The block is
 // larger than anything that earlier tests may have left in the heap, and is never read.
-TEST(sketch, goes_on_after_a_failed_allocation) {
+TEST(sketch, continues_after_a_failed_allocation) {
 #if defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizer needs address space of its own";
 #endif

@@ -11,7 +11,7 @@
 namespace tmk::fitting {
 namespace {
 
-// The rule at an end with two differences continued likewise: both weights are equal.
+// The rule at an end with two differences continued by equal changes: both weights are equal.
 template <class Real>
 Real continued_end(const spline_end<Real>& e) {
   return (3 * e.cell.slope - e.next.slope) / 2;

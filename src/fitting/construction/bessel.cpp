@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bessel's cubics: the slope at a point is that of the parabola through it and its neighbours (de Boor, A
-// Practical Guide to Splines, ch. IV). With no condition the parabola of the last three points has the end.
+// Practical Guide to Splines, ch. IV). With no condition the slope at an end is that of the parabola through
+// the last three points.
 #include "fitting/construction/local_cubic.hpp"
 
 namespace tmk::fitting {

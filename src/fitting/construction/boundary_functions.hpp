@@ -54,7 +54,7 @@ Real end_cubic(const spline_end<Real>& e) {
   return ((h0 * h0 * e.next.slope + (h0 + 2 * w) * h1 * e.cell.slope) / w - e.inner * w) / h1;
 }
 
-// On a uniform partition another formula than equal widths would give: the interface fixes it.
+// On a uniform partition the interface fixes a formula that differs from that for equal widths.
 template <class Real>
 Real not_a_knot(const spline_end<Real>& e) {
   return e.uniform ? (e.cell.slope + e.next.slope) * Real(0.5) - 2 * e.inner : end_cubic(e);

@@ -37,7 +37,7 @@ constexpr auto all_variants(std::integer_sequence<int, Index...>) {
 template <class Family, class Real, int Size>
 constexpr auto variants = all_variants<Family, Real>(std::make_integer_sequence<int, Size>());
 
-// Pointers that a variant would follow without a look are checked last.
+// Pointers that a variant reads unchecked are checked last.
 template <class Family, class Real>
 int32_t construct(DFTask* handle, int64_t method, const ThreadingService* service) {
   if (handle == nullptr) return DF_STATUS_NULL_TASK;

@@ -84,7 +84,7 @@ struct default_spline {
   Real reciprocal(Real h) const { return Uniform ? rate : 1 / h; }
   Real bend(ptrdiff_t knot) const { return t.ic[knot - 1]; }
 
-  // With three points the rules without a knot read the other cell as the caller left it.
+  // With three points the not-a-knot rules read the coefficients of the other cell before they are written.
   void construct(const samples<Real>& y, Real* c) const {
     for (ptrdiff_t i = 1; i + 2 < n; ++i) {
       const Real h = width(i), r = reciprocal(h), left = bend(i), right = bend(i + 1);

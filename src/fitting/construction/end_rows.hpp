@@ -16,7 +16,7 @@ struct both_ends {
   constexpr end_condition operator[](int s) const { return side[s]; }
 };
 
-// Of a single cell with free ends the only sensible answer is its chord.
+// A single cell with free ends is its chord.
 constexpr both_ends end_conditions(boundary index, ptrdiff_t cells) {
   using enum end_condition;
   constexpr both_ends table[boundaries] = {{{not_a_knot, not_a_knot}},

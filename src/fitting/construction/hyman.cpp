@@ -9,7 +9,7 @@
 namespace tmk::fitting {
 namespace {
 
-// With no condition the end keeps its cell monotone too; given conditions are taken as they are.
+// With no condition the end keeps its cell monotone too; given conditions are not filtered.
 template <class Real>
 Real filtered_end(const spline_end<Real>& e) {
   const Real s = ends::end_cubic(e), d = e.cell.slope;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The kernels of local cubics, a cell to a lane. Every element is computed alike whatever its lane, and no
-// operation is fused, so that neither the cut into blocks nor the tier changes a bit.
+// The kernels of local cubics, a cell to a lane. Every element is computed in the same way whatever its lane,
+// and no operation is fused, so that neither the cut into strips nor the tier changes a bit.
 #include <algorithm>
 #include <limits>
 

@@ -11,7 +11,7 @@ namespace tmk::fitting {
 inline namespace TMK_TIER {
 namespace {
 
-// A row of 64 bytes.
+// A row of an interleaved array: 64 bytes, in as many registers as the tier needs.
 template <class Real>
 struct row {
   static constexpr int size = panel_lanes<Real> / lanes<Real>;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// When coefficients are written to memory directly.
+// Which coefficients are written with streaming stores.
 #pragma once
 
 #include <algorithm>

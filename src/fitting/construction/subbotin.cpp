@@ -7,7 +7,7 @@
 // With a[i] the distance from point i to knot i+1, b[i] that from knot i+1 to point i+1, and p[i], q[i] =
 // 1 - p[i] the shares of piece i right and left of its point,
 //   a[i] p[i] g[i] + (a[i] (1 + q[i]) + b[i] (1 + p[i+1])) g[i+1] + b[i] q[i+1] g[i+2] = 2 (y[i+1] - y[i])
-// which is diagonally dominant for knots anywhere between their points. The outer knots bound nothing, and
+// which is diagonally dominant for knots anywhere between their points. The outer knots are no bounds, and
 // are in the system at the outer points: p[0] = 1, q[nx-1] = 1.
 #include "fitting/construction/quadratic.hpp"
 #include "fitting/subbotin_knots.hpp"

@@ -97,7 +97,7 @@ void locate_uniform(const Real* sites, const int32_t* cells, int count, int32_t 
   });
 }
 
-// `Columns` columns side by side, and what is left of a register of sites one by one.
+// `Columns` columns together, register by register, and the sites that fill none one by one.
 template <int Columns, class Real>
 void columns_as_rows(const Real* column, ptrdiff_t pitch, int count, Real* out, ptrdiff_t stride) {
   int i = 0;
@@ -123,7 +123,7 @@ void as_rows(const Real* column, ptrdiff_t pitch, int columns, int count, Real* 
 
 // Derivatives from the order on are zero: their slots are empty.
 template <class Real, int Order, unsigned Derivatives>
-constexpr polynomial_loop<Real>* polynomial() {
+constexpr polynomial_kernel<Real>* polynomial() {
   if constexpr (Derivatives == 0 || Derivatives >= 1u << Order)
     return nullptr;
   else

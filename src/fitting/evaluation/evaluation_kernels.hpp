@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The hot loops of evaluation, once per tier.
+// The kernels of evaluation, once per tier.
 #pragma once
 
 #include <cstddef>
@@ -17,13 +17,13 @@ constexpr int site_block = 256;
 // rows. pieces and distances are readable up to a multiple of 16. Column c of site i goes to
 // out[i * site_stride + c * column_stride]; one of the two strides is 1.
 template <class Real>
-using polynomial_loop = void(const Real* rows, const int32_t* pieces, const Real* distances, int count,
-                             Real* out, ptrdiff_t site_stride, ptrdiff_t column_stride);
+using polynomial_kernel = void(const Real* rows, const int32_t* pieces, const Real* distances, int count,
+                               Real* out, ptrdiff_t site_stride, ptrdiff_t column_stride);
 
 template <class Real>
 struct evaluation_kernels {
   // By order - 2, and by the set of derivatives as bits: 1 the value, 2 the first, 4 the second, 8 the third.
-  polynomial_loop<Real>* polynomials[3][16];
+  polynomial_kernel<Real>* polynomials[3][16];
   // Pieces of cells, those outside 1 ... last + 1 as the nearest, and the distances of sites from their bases
   // x[piece] or first + piece * step. Pieces and distances have room up to a multiple of 16.
   void (*locate_given)(const Real* sites, const int32_t* cells, int count, int32_t last, const Real* x,

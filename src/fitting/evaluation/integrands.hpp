@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What integrators ask of a kind of spline: limits in pieces, differences of antiderivatives, and the V of
+// What integrators need of a kind of spline: limits in pieces, differences of antiderivatives, and the V of
 // `count` cells from `first` on.
 #pragma once
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The block kernels: their names, the tables that list them, and the searches by a caller's hook.
+// The exported searches of blocks of sites: their names, the tables that list them, and the searches by a
+// caller's hook.
 #include <algorithm>
 
 #include "fitting/search/cell_kernels.hpp"
@@ -8,8 +9,7 @@
 namespace tmk::fitting {
 namespace {
 
-// A site on x[g] stays in the cell g that the hook started it at, one below what a search without a hook
-// says.
+// A site on x[g] stays in the cell g at which the hook started it, one below that of a search without a hook.
 template <class Real>
 ptrdiff_t from_start(const Real* x, ptrdiff_t nx, int64_t start, Real t) {
   const auto g = static_cast<ptrdiff_t>(std::clamp<int64_t>(start, 0, nx));

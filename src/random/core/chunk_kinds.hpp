@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the library's own chunks hold at least. Their owners read that much without a look at the size, so a
+// The least size of the library's own chunks. Their owners read that much without checking the size, so a
 // loaded chunk that is smaller is refused.
 #pragma once
 

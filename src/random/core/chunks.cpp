@@ -94,7 +94,7 @@ int32_t __vtsDeleteChunksById(VtsStreamHandle stream, uint32_t chunkId) {
     }
     chunk = next;
   }
-  // Callers know the head to be the last kept chunk, not the first.
+  // The head becomes the last kept chunk, not the first: callers rely on it.
   set_first_chunk(stream, kept);
   return VTS_STATUS_OK;
 }

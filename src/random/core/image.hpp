@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The persisted form of a stream: header, state as it lies in the block, then every chunk with its blob.
+// The persisted form of a stream: header, state as it is in memory, then every chunk with its blob.
 // Little-endian, the same on 32-bit and 64-bit builds.
 #pragma once
 

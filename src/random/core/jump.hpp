@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Jumps of generators that are linear over GF(2): the state after n steps is g(T) s with g = x^n modulo the
-// characteristic polynomial of the step T. The polynomials are known by the exponents of their terms, rising.
+// characteristic polynomial of the step T. Polynomials are given by the exponents of their terms, in
+// ascending order.
 #pragma once
 
 #include <algorithm>
@@ -11,13 +12,13 @@
 
 namespace tmk::random {
 
-// What a generator does with its states. Blocks have the shape of its streams; work blocks have no header to
-// speak of. Each carries its own position in its ring, and additions align the two positions.
-using zero_state = void (*)(VtsStreamHandle block);
+// What a generator does with its states. Work states have the layout of its streams, without a meaningful
+// header. Each state has its own position in its ring, and additions align the two positions.
+using zero_state = void (*)(VtsStreamHandle work);
 using combine_states = void (*)(VtsStreamHandle destination, VtsStreamHandle source, int32_t offset);
-using step_state = void (*)(VtsStreamHandle block);
-// Takes from *nskip what is skipped without a jump; 0 when that was all. What remains counts steps, and
-// *offset goes to the copy back.
+using step_state = void (*)(VtsStreamHandle work);
+// Skips what needs no jump and subtracts it from *nskip; returns 0 when nothing remains. The remainder counts
+// steps, and *offset is passed to the copy back.
 using absorb_skip = int32_t (*)(VtsStreamHandle stream, uint64_t* nskip, int32_t* offset);
 
 struct jump_kernels {
@@ -41,8 +42,8 @@ inline void add_ring(uint32_t* r, int32_t r_position, const uint32_t* a, int32_t
 }  // namespace tmk::random
 
 extern "C" {
-// Both leave the stream as nskip steps would and return 0, or -4 when there is no memory, the stream
-// unchanged but for what absorb took. `words` is the count of 32-bit words that hold a polynomial below
+// Both leave the stream as nskip steps would and return 0, or -4 when there is no memory: then the stream has
+// moved by what absorb took alone. `words` is the count of 32-bit words that hold a polynomial below
 // `degree`.
 int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::random::zero_state zero,
                               tmk::random::combine_states add, tmk::random::combine_states copy_to_work,

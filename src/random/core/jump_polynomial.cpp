@@ -22,8 +22,8 @@ uint64_t spread(uint32_t x) {
 }
 
 // The dividend loses four bits at a time, from the top: the multiple of the polynomial whose four highest
-// coefficients are these is added. With a row for each four bits at both positions within a byte, additions
-// are of whole bytes.
+// coefficients are these is added. The table has a row for each value of the four bits at both of their
+// positions within a byte, so that additions are of whole bytes.
 class reducer {
  public:
   static constexpr int window = 4, rows = 1 << window, phases = 8 / window;

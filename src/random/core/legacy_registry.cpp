@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The registry's table of legacy numbers. C++ fills an array by a loop at compile time only inside a
-// structure; hence the assembler name, which callers know as an array.
+// structure; the assembler name makes it the array that callers know.
 #include "random/core/records.hpp"
 
 namespace tmk::random {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams from files and memory blocks. What is read is not trusted further than a size has been checked.
+// Streams from files and memory blocks. Nothing that is read is trusted before its size is checked.
 #include <sys/stat.h>
 
 #include <cstring>
@@ -20,7 +20,7 @@ enum medium { file_medium, memory_medium };
 
 struct image_source {
   medium kind;
-  uint64_t left;  // bytes up to the end, as far as that is known
+  uint64_t left;  // bytes up to the end, where that is known
   FILE* file;
   const char* position;
 };

@@ -106,7 +106,7 @@ int32_t __vtsUnregisterGlobRODataReference(const uint32_t* key) {
   if (!names_blob(key)) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
   const table_lock lock;
   int32_t status = VTS_STATUS_RO_ENTRY_NOT_FOUND;
-  // Entries created twice under one key fall together.
+  // Entries created twice under one key are removed together.
   for (uint32_t i = 0; i < _GlobRODataTableCount; ++i) {
     if (!is_under(_GlobRODataTable[i], key)) continue;
     status = VTS_STATUS_OK;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// States from outside: positions within arrays are all that a draw relies on, any other word is a valid one.
+// States from outside: a draw relies on positions within arrays alone; every value of any other word is
+// valid.
 #include <iterator>
 
 #include "random/core/image.hpp"

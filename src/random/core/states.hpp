@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The state of every generator as it lies in the stream block and in a saved image. Sizes are part of the
-// interface; rows with pointers grow with the machine's pointers.
+// The state of every generator as it is in the memory of a stream and in a saved image. Sizes are part of the
+// interface; those with pointers depend on the size of a pointer.
 #pragma once
 
 #include <cstdint>

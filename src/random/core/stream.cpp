@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams: made, copied, moved along, deleted. What a generator does itself is asked of its record.
+// Streams: made, copied, moved ahead, deleted. What depends on the generator is done by the functions of its
+// record.
 #include "random/core/stream.hpp"
 
 #include <algorithm>
@@ -15,13 +16,13 @@ using namespace tmk::random;
 
 constexpr int32_t header_bytes = sizeof(stream_header);
 
-// The abstract kinds, which only their constructors make; clearing bit 20 takes two of them to one number.
+// The abstract kinds, which only their constructors make; clearing bit 20 maps two of them to one number.
 bool is_abstract(int32_t brng_id) {
   return (brng_id & ~0x100000) == VTS_BRNG_IABSTRACT || brng_id == VTS_BRNG_SABSTRACT;
 }
 
 // Another family's words are a state only when the positions among them stay inside its arrays; they are
-// judged in a block of their own, so that a refused copy leaves the destination alone.
+// checked in scratch memory, so that a refused copy leaves the destination as it was.
 int32_t try_copy(VtsStreamHandle destination, const VtsBrngProperties& record, VtsStreamHandle source,
                  size_t bytes) {
   if (state_holds_addresses(record) && bytes > 0) return VTS_STATUS_BAD_ARGUMENT;
@@ -86,7 +87,7 @@ int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source
   if (destination == source) return VTS_STATUS_OK;
   const VtsBrngProperties& from = record_of(source);
   const VtsBrngProperties& to = record_of(destination);
-  // WH counts four words of 16 bytes where its state has 32.
+  // The record of WH counts four words of 16 bytes, and its state has 32 bytes.
   const int64_t counted = int64_t{from.wordBytes} * from.seedWords;
   const int64_t reached = std::min(from.stateBytes, to.stateBytes) - header_bytes;
   const auto bytes = static_cast<size_t>(std::min(counted, reached));

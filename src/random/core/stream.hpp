@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The stream block: 16 bytes of header, the same on 32-bit and 64-bit builds, then the generator's state.
+// The memory of a stream: 16 bytes of header, the same on 32-bit and 64-bit builds, then the generator's
+// state.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +18,7 @@ static_assert(sizeof(stream_header) == 16);
 
 constexpr int32_t stream_alignment = 128;
 
-// A generator's state as it lies in the block, right after the header.
+// A generator's state, which follows the header.
 template <class State>
 State& state_of(VtsStreamHandle stream) {
   return *reinterpret_cast<State*>(reinterpret_cast<char*>(stream) + sizeof(stream_header));

@@ -10,7 +10,8 @@ namespace tmk::random {
 inline namespace TMK_TIER {
 namespace {
 
-// r[i] = f(r[i], p[i]...), where f takes vectors. The rest lies in one partly filled register.
+// r[i] = f(r[i], p[i]...), where f takes vectors. The elements that do not fill a register are computed in
+// one that is partly filled.
 template <class Real, class F, class... Pointers>
 void map(int32_t n, Real* r, F f, Pointers... p) {
   constexpr int width = lanes<Real>;
@@ -81,7 +82,7 @@ void join_pairs(int32_t n, Real* r, const Real* radius, const Real* x, const Rea
   }
 }
 
-// Truncation, and one less where that went up. What does not fit becomes the least integer.
+// Truncation, and one less where that rounded up. What does not fit becomes the least integer.
 template <class Real>
 void floor(int32_t n, const Real* x, int32_t* r) {
   constexpr int width = lanes<Real>;

@@ -36,7 +36,7 @@ int32_t draw_pairs(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Re
   if (status < 0) return status;
   Real* const first = sine;
   steps.split_pairs(pairs, u, first);
-  run_kernel(precision<Real>::ln, pairs, first, rho);  // not in place: the callback asks for the argument
+  run_kernel(precision<Real>::ln, pairs, first, rho);  // not in place: the callback reads the argument
   steps.scale(pairs, rho, -2);
   run_kernel(precision<Real>::sqrt, pairs, rho, rho);
   steps.scale(pairs, u, two_pi);
@@ -67,7 +67,7 @@ int32_t box_muller(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Re
   return fill_with_pairs(kind, stream, n, r, a, sigma, dropped);
 }
 
-// The second of a pair that is not handed out yet, as it lies in the stream's chunk.
+// The second of a pair that is not handed out yet, as it is stored in the stream's chunk.
 template <class Real>
 struct kept_partner {
   Real variate;
@@ -89,7 +89,8 @@ kept_partner<Real>* find_or_add_partner(VtsStreamHandle stream) {
   return nullptr;
 }
 
-// One sequence, however the draws are cut: what an odd draw leaves begins the next.
+// The sequence does not depend on how it is cut into draws: the partner that an odd draw leaves begins the
+// next.
 template <class Real>
 int32_t box_muller_keeping_partner(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a,
                                    Real sigma) {
@@ -127,7 +128,7 @@ int32_t gaussian(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t 
   return methods[method](kind, stream, n, r, a, sigma);
 }
 
-// b + beta e^z. Overflow of the exponential is reported as the thread's mode says.
+// b + beta e^z. Overflow of the exponential is reported by the thread's mode.
 template <class Real>
 int32_t lognormal(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a,
                   Real sigma, Real b, Real beta) {

@@ -12,7 +12,7 @@
 
 namespace tmk::random {
 
-// kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode says.
+// kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode.
 template <class Real, class... Arguments>
 void run_kernel(const VtmDispatchRecord& record, int32_t n, const Real* a, Arguments... arguments) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);

@@ -12,8 +12,8 @@
 namespace {
 using namespace tmk::random;
 
-// How elements carry their randomness. A point of a digital sequence has one element per coordinate, so that
-// no second one may be drawn for a coordinate's lower digits.
+// How the elements of a generator are random. A point of a digital sequence has one element per coordinate,
+// so that no second one may be drawn for the lower digits of a coordinate.
 enum class carrier {
   digit,       // words least to least + base - 1
   coordinate,  // words of 32 bits, one per uniform
@@ -116,7 +116,8 @@ int32_t values_of_words(int32_t n, const uint64_t* pairs, uint64_t width, int32_
   return n;
 }
 
-// The same for two digits of another base: the base squared numbers fall into equal runs, but for a rest.
+// The same for two digits of another base: the base squared numbers are divided into equal runs, with a
+// remainder that has no value.
 int32_t values_of_digits(const element_rule& rule, int32_t n, const uint64_t* pairs, uint64_t width,
                          int32_t low, int32_t* r) {
   const auto base = static_cast<uint64_t>(rule.base), least = static_cast<uint64_t>(rule.least);
@@ -131,9 +132,9 @@ int32_t values_of_digits(const element_rule& rule, int32_t n, const uint64_t* pa
   return kept;
 }
 
-// A pair without a value is followed by the next one, so that a sequence does not depend on its cuts. So many
-// pairs are drawn as values are missing: never one more than they need. One pair in 2^30 at most has no
-// value, so that rounds without any come from a generator that is stuck.
+// A pair without a value is followed by the next one, so that a sequence does not depend on how it is cut. In
+// each round as many pairs are drawn as values are missing, so never one too many. At most one pair in 2^30
+// has no value: several rounds without any come from a generator that repeats itself.
 int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t n, int32_t* r,
                           uint64_t width, int32_t low) {
   alignas(64) uint64_t pairs[distribution_block];

@@ -51,7 +51,7 @@ struct precision<float> {
   static const auto& steps() { return distribution_kernels_now<float>(); }
 };
 
-// Whose uniforms a law takes. The generator's own may be either end of the interval, which a law with a pole
+// Which uniforms a law uses. The generator's own may be either end of the interval, which a law with a pole
 // there repairs; open ones are neither.
 enum class uniforms { own, open };
 

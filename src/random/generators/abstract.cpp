@@ -9,7 +9,7 @@
 namespace {
 using namespace tmk::random;
 
-// What differs between the kinds; their records are in rows one after the other.
+// What differs between the kinds; their records are consecutive rows of the registry.
 struct words {
   using element = uint32_t;
   using state = iabstract_state;
@@ -56,7 +56,7 @@ int32_t create_over(VtsStreamHandle* stream, int32_t n, const typename Kind::ele
   return VTS_STATUS_OK;
 }
 
-// Asks for at least what the draw still needs, as far as the array holds it; the array is empty.
+// Requests at least what the draw still needs, at most what the array holds; the array is empty.
 template <class Kind>
 int32_t refill(VtsStreamHandle stream, typename Kind::state& s, int32_t needed) {
   int32_t count = s.count;

@@ -15,7 +15,7 @@
 namespace tmk::random {
 
 constexpr uint32_t all_dimensions = UINT32_MAX;
-constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that asks for one dimension
+constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that selects one dimension
 
 template <int Max>
 void move_to_point(digital_sequence<Max>& s, uint32_t index) {
@@ -79,7 +79,7 @@ int32_t answer_sequence_request(digital_sequence<Max>& s, int32_t method, int32_
         if (nstreams != select_dimension || k >= s.dimensions) return VTS_STATUS_NO_LEAPFROG;
         s.selected = k;
         s.component = 0;
-        move_to_point(s, s.index);  // an earlier selection left the others where they were
+        move_to_point(s, s.index);  // an earlier selection did not move the other coordinates
         return VTS_STATUS_OK;
       },
       [&](uint64_t count) -> int32_t {

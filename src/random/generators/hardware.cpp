@@ -9,7 +9,7 @@
 namespace {
 using namespace tmk::random;
 
-constexpr int tries = 10;  // the maker's rule: after so many failures in a row the unit counts as broken
+constexpr int tries = 10;  // the manufacturer's rule: after so many failures in a row the unit is broken
 
 [[gnu::target("rdrnd")]] bool next_word(uint32_t* word) {
   unsigned int value;

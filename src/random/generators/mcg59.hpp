@@ -13,7 +13,8 @@ constexpr uint64_t mcg59_mask = 0x07FFFFFFFFFFFFFF;
 
 struct mcg59_kernels {
   void (*words)(mcg59_state* state, int32_t n, uint64_t* r);
-  // Elements to numbers of an interval, k = (b - a) 2^-59. The two orders of adding differ, and stay.
+  // Elements to numbers of an interval, k = (b - a) 2^-59. The two differ in the order of their additions,
+  // which the interface fixes.
   void (*to_double)(int32_t n, const uint64_t* x, double* r, double k, double a);  // r may be x
   void (*to_single)(int32_t n, const uint64_t* x, float* r, double k, double a);
 };

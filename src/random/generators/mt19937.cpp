@@ -56,7 +56,7 @@ void drop(VtsStreamHandle stream, uint64_t count) {
   }
 }
 
-void zero(VtsStreamHandle block) { state_of<mt19937_state>(block) = {}; }
+void zero(VtsStreamHandle work) { state_of<mt19937_state>(work) = {}; }
 void copy(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   state_of<mt19937_state>(destination) = state_of<mt19937_state>(source);
 }
@@ -66,9 +66,9 @@ void add(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   add_ring(to.mt, static_cast<int32_t>(to.index), from.mt, static_cast<int32_t>(from.index),
            std::size(to.mt));
 }
-void step(VtsStreamHandle block) { drop(block, 1); }
+void step(VtsStreamHandle work) { drop(work, 1); }
 
-// The rest of the ring costs less by generation.
+// The words that are left in the ring cost less by generation than by a jump.
 int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* offset) {
   const mt19937_state& s = state_of<mt19937_state>(stream);
   const uint64_t count = std::min<uint64_t>(*nskip, std::size(s.mt) - s.index);

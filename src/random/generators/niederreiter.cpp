@@ -38,7 +38,7 @@ polynomial next_irreducible(polynomial p) {
 }
 
 // The expansions of 1 / power and its like, a power of p being the denominator: each sequence begins with
-// zeros and a one, goes on with ones where its terms are free, and then obeys the recurrence of the power.
+// zeros and a one, continues with ones where its terms are free, and then obeys the recurrence of the power.
 struct expansion {
   static constexpr int terms = bits + 12;
   polynomial p, power = 1;

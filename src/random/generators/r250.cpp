@@ -14,8 +14,8 @@ using namespace tmk::random;
 
 constexpr uint32_t ring = 250, lag = 103;
 
-// 250 words are the state. From fewer, a congruential sequence goes on from the last one, and 32 words get
-// a unit triangle of bits, without which the columns might depend on one another.
+// 250 words are the state. Fewer are continued by a congruential sequence from the last one, and 32 words get
+// a unit triangle of bits, without which the columns might be linearly dependent.
 void seed(r250_state& s, int32_t n, const uint32_t* words) {
   const auto given = static_cast<uint32_t>(std::clamp<int32_t>(n, 0, ring));
   std::copy_n(words, given, s.word);
@@ -31,7 +31,7 @@ void seed(r250_state& s, int32_t n, const uint32_t* words) {
   s.lagged = ring - lag;
 }
 
-// In runs that neither position leaves the ring in.
+// In runs in which neither position passes the end of the ring.
 void draw(r250_state* s, int32_t n, uint32_t* r) {
   while (n > 0) {
     const uint32_t run = std::min({static_cast<uint32_t>(n), ring - s->index, ring - s->lagged});

@@ -58,7 +58,8 @@ void certify_period(uint32_t (&s)[ring]) {
   if (__builtin_parity(bits) == 0) s[0] ^= 1;
 }
 
-// What is left of the last lane first; of the lane after the last whole one, the rest is kept.
+// First what is left of the last lane, then whole lanes, then the beginning of one more, the rest of which is
+// kept.
 void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
   const int32_t kept = std::min(n, s->tail_end - s->tail_position);
   std::copy_n(s->tail + s->tail_position, kept, r);
@@ -99,7 +100,7 @@ const std::vector<int32_t>& exponents() {
   return list;
 }
 
-void zero(VtsStreamHandle block) { state_of<sfmt19937_state>(block) = {}; }
+void zero(VtsStreamHandle work) { state_of<sfmt19937_state>(work) = {}; }
 void copy_ring(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   sfmt19937_state& to = state_of<sfmt19937_state>(destination);
   const sfmt19937_state& from = state_of<sfmt19937_state>(source);
@@ -111,9 +112,9 @@ void add_rings(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   const sfmt19937_state& from = state_of<sfmt19937_state>(source);
   add_ring(to.sfmt, static_cast<int32_t>(to.index), from.sfmt, static_cast<int32_t>(from.index), ring);
 }
-void step(VtsStreamHandle block) {
+void step(VtsStreamHandle work) {
   uint32_t lane[4];
-  sfmt19937_kernels_now().lanes(&state_of<sfmt19937_state>(block), 1, lane);
+  sfmt19937_kernels_now().lanes(&state_of<sfmt19937_state>(work), 1, lane);
 }
 
 void drop(VtsStreamHandle stream, uint64_t count) {
@@ -129,7 +130,8 @@ void copy_back(VtsStreamHandle stream, VtsStreamHandle work, int32_t words_beyon
   drop(stream, static_cast<uint64_t>(words_beyond));
 }
 
-// What is left of the last lane, then whole lanes; the words beyond these wait for the copy back.
+// Skips what is left of the last lane. Whole lanes are the steps of the jump; the words beyond these are
+// dropped in the copy back.
 int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* words_beyond) {
   sfmt19937_state& s = state_of<sfmt19937_state>(stream);
   const uint64_t kept = static_cast<uint64_t>(s.tail_end - s.tail_position);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The SIMD-oriented twister of 156 lanes of 128 bits: a ring, with the words of a lane that were not asked
-// for in `tail`.
+// The SIMD-oriented twister of 156 lanes of 128 bits: a ring, and in `tail` the words of the last lane that
+// are not handed out yet.
 #pragma once
 
 #include <cstdint>

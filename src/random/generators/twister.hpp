@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Twisted recurrences over a ring of words, tempered on the way out:
 //   y = upper bits of w[i] | lower bits of w[i + 1],  w[i] <- w[i + middle] ^ (y >> 1) ^ (y odd ? matrix : 0)
-// with positions modulo the ring. Only the words that are asked for are updated.
+// with positions modulo the ring. Only the words that are drawn are updated.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Four congruential generators of 24 bits side by side, x[j] <- a[j] x[j] mod m[j], in 273 parameter sets.
+// Four congruential generators of 24 bits, drawn together, x[j] <- a[j] x[j] mod m[j], in 273 parameter sets.
 #pragma once
 
 #include <cstdint>

@@ -52,7 +52,7 @@ template <class Real>
 struct one_pass_kernels {
   row_kernel<Real>* kernel_1pass_funcs_table[32];
   // Folds the estimates b of weight wb into those of a, variable by variable: pairwise formulas. Null arrays
-  // of b are left out; means that are one array are shared, and stay.
+  // of b are left out; where both have the same array of means, it is not changed.
   void (*merge)(ptrdiff_t p, Real wa, Real wb, Real* const* a, Real* const* b);
 };
 template <class Real>

@@ -7,8 +7,8 @@
 
 namespace tmk::stats {
 
-// A block of observations: variables of a rows layout lie `stride` apart, observations of columns layout p.
-// Counts and stride are below 2^31.
+// A block of observations: in rows layout variables are `stride` apart, in columns layout observations are p
+// apart. Counts and stride are below 2^31.
 template <class Real>
 struct observations_block {
   bool columns;

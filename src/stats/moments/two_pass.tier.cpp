@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Central sums about means that are known, and raw moments beside them.
+// Central sums about means that are known, and raw moments in the same pass.
 #include "stats/moments/power_sums.hpp"
 
 namespace tmk::stats {

@@ -86,8 +86,8 @@ void restore_central_sums(basic_call<Real>& call) {
   }
 }
 
-// Central sums of orders 2 and 3 that updating the higher ones takes, and that neither a field nor the raw
-// moments bring to the next block.
+// Central sums of orders 2 and 3 that updating the higher ones takes, and that the next block gets neither
+// from a field nor from the raw moments.
 template <class Real>
 unsigned lost_between_blocks(const basic_call<Real>& call) {
   if (call.asked.by != method::one_pass || call.task.accumWeight == nullptr) return 0;
