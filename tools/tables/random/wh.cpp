@@ -71,8 +71,8 @@ const std::map<int, std::vector<int>, std::greater<>>& roots() {
   return all;
 }
 
-// The distance between the hyperplanes of all t-tuples beside the least that any lattice of this density has:
-// powers[i] is a^i mod m.
+// The distance between the hyperplanes of all t-tuples compared with the least that any lattice of this
+// density has: powers[i] is a^i mod m.
 double figure_of_merit(integer m, const std::vector<integer>& powers, size_t t) {
   constexpr double hermite[] = {0, 1, 4.0 / 3, 2, 4, 8, 64.0 / 3};  // constants to the power t
   basis b(t, std::vector<integer>(t));
