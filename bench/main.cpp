@@ -136,6 +136,7 @@ group group_of(const workload& w, const tools::vector_function& f, std::int32_t 
             const auto candidates = candidates_for(f, tiers);
             check(f, candidates, *data);
             std::vector<subject> subjects;
+            subjects.reserve(candidates.size());
             for (const candidate& c : candidates)
               subjects.push_back({.name = c.name,
                                   .run = [=] { c.run(n, data->a.data(), data->r.data()); },

@@ -40,7 +40,7 @@ VtsStreamHandle new_stream(int32_t brng) {
 
 // Ours on every tier, then the peers.
 template <class Draw>
-group drawn(const char* name, int32_t count, int32_t brng, Draw draw, std::vector<subject> peers) {
+group drawn(const char* name, int32_t count, int32_t brng, Draw draw, const std::vector<subject>& peers) {
   return {name, count, [=] {
             std::vector<subject> all = by_tier([=, stream = new_stream(brng)] { draw(stream); });
             all.insert(all.end(), peers.begin(), peers.end());

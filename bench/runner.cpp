@@ -17,6 +17,7 @@ namespace {
 measured_group measured(const group& g) {
   const std::vector<subject> subjects = g.prepare();
   std::vector<std::function<void()>> calls;
+  calls.reserve(subjects.size());
   for (const subject& s : subjects) calls.push_back(s.run);
   const std::vector<double> seconds = median_seconds(calls);
   measured_group m{g.name, g.count, {}};

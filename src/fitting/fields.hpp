@@ -14,7 +14,8 @@ constexpr bool is_storage_hint(int64_t v) {
   return v == 0 || v == DF_ROWS || v == DF_COLUMNS || v == DF_SEPARATE;
 }
 constexpr bool is_partition_hint(int64_t v) {
-  return v == 0 || v == 1 || v == 2 || v == DF_PARTITION_UNIFORM;
+  return v == DF_PARTITION_UNKNOWN || v == DF_PARTITION_NON_UNIFORM || v == DF_PARTITION_QUASI_UNIFORM ||
+         v == DF_PARTITION_UNIFORM;
 }
 // The types of cubics by which callers note a family. The constructor that a call names makes the spline; of
 // these types only Hermite's changes a result, the status of a periodic spline without boundary values.
@@ -28,7 +29,7 @@ constexpr bool is_type(int64_t v) {
   return v == DF_TYPE_STANDARD || v == DF_TYPE_SUBBOTIN || is_cubic_family(v);
 }
 constexpr bool is_ic_type(int64_t v) {
-  return (v & DF_IC_KNOTS) != 0 || v == 0 || v == DF_IC_FIRST || v == DF_IC_SECOND;
+  return (v & DF_IC_KNOTS) != 0 || v == DF_IC_NONE || v == DF_IC_FIRST || v == DF_IC_SECOND;
 }
 
 // Values, by attribute from DF_NX on; those of both precisions are at the same place. DF_AUX_FLAG, 32 bits

@@ -2,8 +2,8 @@
 // Natural cubics: the constructor, its variants, and the work by one thread or by many. They are twice
 // continuously differentiable; their slopes s at the knots solve a tridiagonal system,
 //   h[i] s[i-1] + 2 (h[i-1] + h[i]) s[i] + h[i-1] s[i+1] = 3 (h[i] d[i-1] + h[i-1] d[i])
-// with widths h and divided differences d; the boundary conditions are the first and
-// the last row.
+// with widths h and divided differences d; the boundary conditions are the first
+// and the last row.
 #include "fitting/construction/constructor.hpp"
 #include "fitting/construction/natural_panels.hpp"
 #include "fitting/construction/natural_whole.hpp"
@@ -21,9 +21,8 @@ struct construction {
   const ThreadingService* service;
 };
 
-// A Spline (natural_panels or natural_whole) is factored group by group, and solved for each function by the
-// factors. What factor() returns other than 0 ends the construction.
-
+// A Spline, natural_panels or natural_whole, is factored group by group and solved for each function by the
+// factors. A result of factor() other than 0 ends the construction.
 template <class Real, class Spline>
 int32_t construct_alone(const task<Real>& t, Spline& spline, const construction& c) {
   const ptrdiff_t factors = spline.factor_elements();
