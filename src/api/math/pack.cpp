@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Gather and scatter. The spread array is walked by stride, mask or index, the dense one from its beginning.
+// Gather and scatter. The spread array is accessed by stride, mask or index, the dense one from its
+// beginning.
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "api/call/check.hpp"
+#include "api/call/refuse.hpp"
 #include "api/math/rows.hpp"
 #include "api/math/run.hpp"
 
@@ -42,7 +43,7 @@ std::byte* at(const array& x, std::size_t i, std::size_t width) {
   return const_cast<std::byte*>(static_cast<const std::byte*>(x.data)) + i * width;
 }
 
-// A movement with its arrays told apart.
+// A movement with its arrays by their roles.
 struct plan {
   const movement& m;
   const kind& k;

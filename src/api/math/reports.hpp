@@ -14,7 +14,7 @@ struct report {
   std::complex<double> a1, a2, r1, r2;
 };
 
-// What the reports of a part amount to.
+// The statuses of all reports of a part.
 struct reported_statuses {
   int32_t last = 0;
   uint32_t seen = 0;  // a bit (1 << status) for each that occurred
@@ -30,8 +30,8 @@ struct part_reports {
   bool out_of_memory = false;
 };
 
-// The C interface's state of the thread that computes a part: errors as `error_mode` says, subnormals as in
-// the mode of the thread that made the call, and statuses of this part alone. Puts back what it found.
+// The C interface's state of the thread that computes a part: errors as `error_mode` sets, subnormals as in
+// the mode of the thread that made the call, and statuses of this part alone. Restores them at its end.
 class part_channel {
  public:
   part_channel(uint32_t error_mode, uint32_t callers_mode);
@@ -50,7 +50,7 @@ class part_channel {
 // Adds statuses to the thread's, and does nothing else.
 void keep(const reported_statuses& statuses);
 
-// While it lives, reports of this thread's kernels go here and nowhere else.
+// During its life, reports of this thread's kernels come here and nowhere else.
 class capture {
  public:
   capture(const row& f, part_reports& reports, bool first_only);

@@ -77,7 +77,7 @@ struct caller {
                                     unpack_stride = nullptr, unpack_mask = nullptr, unpack_index = nullptr;
 };
 
-// InvSqrt is inv_sqrt, LGamma is lgamma: a capital opens a word unless it stands beside another.
+// InvSqrt is inv_sqrt, LGamma is lgamma: a capital begins a word unless it follows another capital.
 constexpr std::array<char, 16> snake_case(std::string_view stem) {
   const auto is_capital = [](char c) { return c >= 'A' && c <= 'Z'; };
   std::array<char, 16> name{};

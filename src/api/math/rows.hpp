@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The functions as the C++ interface sees them: one row per function, made from functions.def.
+// The functions as the C++ API calls them: one row per function, made from functions.def.
 #pragma once
 
 #include <tmk/abi/vtm.h>
