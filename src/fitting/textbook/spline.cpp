@@ -23,11 +23,13 @@ constexpr bool is_condition(int32_t condition) {
   return condition >= TMK_DF_END_USUAL && condition <= TMK_DF_END_PERIODIC;
 }
 
-// The two families that are natural splines with a condition at both ends.
+// The two families that are natural splines with a condition at both ends; and usual ends have no value.
 template <class Points>
 Points with_ends_of_family(Points p) {
   if (p.family == TMK_DF_NOT_A_KNOT) p.left = p.right = TMK_DF_END_NOT_A_KNOT;
   if (p.family == TMK_DF_PERIODIC) p.left = p.right = TMK_DF_END_PERIODIC;
+  if (p.left == TMK_DF_END_USUAL) p.leftValue = 0;
+  if (p.right == TMK_DF_END_USUAL) p.rightValue = 0;
   return p;
 }
 
