@@ -12,7 +12,7 @@
 #include <random>
 #include <string>
 
-#include "api/stats_samples.hpp"
+#include "api/stats/samples.hpp"
 
 namespace tmk {
 namespace {

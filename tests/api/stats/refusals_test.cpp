@@ -5,7 +5,7 @@
 #include <functional>
 #include <type_traits>
 
-#include "api/stats_samples.hpp"
+#include "api/stats/samples.hpp"
 
 namespace tmk {
 namespace {

@@ -2,7 +2,7 @@
 // What rounding, scale and range may do to a spline, and what they may not.
 #include <algorithm>
 
-#include "api/spline_samples.hpp"
+#include "api/spline/samples.hpp"
 
 namespace tmk {
 namespace {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The laws of the C++ API: the textbook's, to the last of 2^32 draws.
+#include "random/laws.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,9 +9,8 @@
 #include <random>
 #include <tmk/random.hpp>
 
-#include "api/random_generators.hpp"
+#include "api/random/generators.hpp"
 #include "random/goodness.hpp"
-#include "random/laws.hpp"
 #include "random/placed.hpp"
 
 namespace tmk {

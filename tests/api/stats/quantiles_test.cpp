@@ -8,7 +8,7 @@
 #include <random>
 #include <type_traits>
 
-#include "api/stats_samples.hpp"
+#include "api/stats/samples.hpp"
 
 namespace tmk {
 namespace {

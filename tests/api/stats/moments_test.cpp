@@ -6,7 +6,7 @@
 #include <cmath>
 #include <random>
 
-#include "api/stats_samples.hpp"
+#include "api/stats/samples.hpp"
 
 namespace tmk {
 namespace {

@@ -5,7 +5,7 @@
 #include <tmk/random.hpp>
 #include <tmk/scopes.hpp>
 
-#include "api/spline_samples.hpp"
+#include "api/spline/samples.hpp"
 
 namespace tmk {
 namespace {

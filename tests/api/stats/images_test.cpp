@@ -2,7 +2,7 @@
 // Images of moments: they come back, and damaged or impossible ones are refused.
 #include <gtest/gtest.h>
 
-#include "api/stats_samples.hpp"
+#include "api/stats/samples.hpp"
 
 namespace tmk {
 namespace {

@@ -2,7 +2,7 @@
 // The families of splines: polynomials they reproduce, ends as the books have them.
 #include <algorithm>
 
-#include "api/spline_samples.hpp"
+#include "api/spline/samples.hpp"
 
 namespace tmk {
 namespace {

@@ -12,7 +12,7 @@
 #include <random>
 #include <tmk/random.hpp>
 
-#include "api/random_generators.hpp"
+#include "api/random/generators.hpp"
 #include "random/goodness.hpp"
 #include "random/laws.hpp"
 #include "random/plain_generators.hpp"

@@ -15,7 +15,7 @@
 #include <set>
 #include <tmk/random.hpp>
 
-#include "api/random_generators.hpp"
+#include "api/random/generators.hpp"
 #include "api/random/seed.hpp"
 #include "tmk/abi/vtm.h"
 #include "tmk/abi/vts.h"
