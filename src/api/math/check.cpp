@@ -6,7 +6,7 @@
 
 namespace tmk::detail {
 
-int slot_of(const row& f, accuracy level) {
+int slot_of(const function_row& f, accuracy level) {
   const int slot =
       level == accuracy::inherited ? tmk_vtm_kernel_GetTTableIndex() : static_cast<int>(level) - 1;
   if (slot < TMK_SLOT_LA || slot > TMK_SLOT_EP) [[unlikely]] {
@@ -47,7 +47,7 @@ void check_result(const char* function, const matrix_operand& r, const matrix_op
     refuse(function, r.values.name, "overlap", std::string("overlaps ") + other.values.name);
 }
 
-void check_matrices(const row& f, const call& c) {
+void check_matrices(const function_row& f, const call& c) {
   const char* function = f.name.data();
   const matrix_operand a{{"a", c.a, f.a.width()}, c.layout[0]}, b{{"b", c.b, f.a.width()}, c.layout[1]};
   const matrix_operand r{{f.has_r2 ? "r1" : "r", c.r, f.r.width()}, c.layout[2]},
@@ -69,7 +69,7 @@ void check_matrices(const row& f, const call& c) {
 
 }  // namespace
 
-void check(const row& f, const call& c) {
+void check(const function_row& f, const call& c) {
   if (c.layout != nullptr) return check_matrices(f, c);
   const char* function = f.name.data();
   const operand a{"a", c.a, f.a.width()}, b{"b", c.b, f.a.width()};

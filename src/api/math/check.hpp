@@ -3,14 +3,14 @@
 // anything is written.
 #pragma once
 
-#include "api/math/rows.hpp"
+#include "api/math/function_rows.hpp"
 
 namespace tmk::detail {
 
 // The slot of the dispatch record for a level; the thread's mode decides for accuracy::inherited.
-int slot_of(const row& f, accuracy level);
+int slot_of(const function_row& f, accuracy level);
 
 // Sizes, null pointers and overlaps.
-void check(const row& f, const call& c);
+void check(const function_row& f, const call& c);
 
 }  // namespace tmk::detail

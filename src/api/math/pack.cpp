@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "api/call/refuse.hpp"
-#include "api/math/rows.hpp"
+#include "api/math/function_rows.hpp"
 #include "api/math/run.hpp"
 
 namespace tmk::detail {
@@ -47,14 +47,14 @@ std::byte* at(const array& x, std::size_t i, std::size_t width) {
 struct plan {
   const movement& m;
   const kind& k;
-  const row& f;
+  const function_row& f;
   std::size_t width;
   operand dense, spread, entries;
 };
 
 plan plan_of(const movement& m) {
   const kind& k = kind_of(m.function);
-  const row& f = row_of(m.function, m.letter);
+  const function_row& f = function_row_of(m.function, m.letter);
   const std::size_t width = f.a.width();
   const operand a{"a", m.a, width}, y{"y", m.y, width};
   const operand entries{k.walk == way::mask ? "mask" : "index", m.entries, m.wide ? 8u : 4u};

@@ -50,7 +50,7 @@ void keep(const reported_statuses& statuses) {
   tmk_vtm_add_seen_statuses(statuses.seen);
 }
 
-capture::capture(const row& f, part_reports& reports, bool first_only)
+capture::capture(const function_row& f, part_reports& reports, bool first_only)
     : f_(f),
       reports_(reports),
       first_only_(first_only),
@@ -82,7 +82,7 @@ void capture::take(const VtmErrorContext& context) {
   }
 }
 
-void set_index_base(const row& f, const std::byte* a, std::size_t first) {
+void set_index_base(const function_row& f, const std::byte* a, std::size_t first) {
   const auto base = reinterpret_cast<std::uintptr_t>(a) - first * f.a.width();
   tmk_vtm_kernel_SetInterfInputVectorPointer(reinterpret_cast<const void*>(base));
 }
@@ -105,7 +105,8 @@ class scope_exchange {
 
 }  // namespace
 
-void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2, const report& bad) {
+void hand_to_scope(error_scope& scope, const function_row& f, std::byte* r, std::byte* r2,
+                   const report& bad) {
   math_error e{static_cast<math_status>(bad.code),
                static_cast<std::int64_t>(bad.index),
                f.name.data(),

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "api/math/rows.hpp"
+#include "api/math/function_rows.hpp"
 
 namespace tmk::detail {
 
@@ -53,7 +53,7 @@ void keep(const reported_statuses& statuses);
 // During its life, reports of this thread's kernels come here and nowhere else.
 class capture {
  public:
-  capture(const row& f, part_reports& reports, bool first_only);
+  capture(const function_row& f, part_reports& reports, bool first_only);
   ~capture();
   capture(const capture&) = delete;
   capture& operator=(const capture&) = delete;
@@ -65,7 +65,7 @@ class capture {
   static int32_t take(VtmErrorContext* context);
   void take(const VtmErrorContext& context);
 
-  const row& f_;
+  const function_row& f_;
   part_reports& reports_;
   bool first_only_;
   std::size_t first_ = 0;
@@ -74,9 +74,9 @@ class capture {
 };
 
 // Makes kernels report element i of `a` as first + i; callbacks count in 32 bits.
-void set_index_base(const row& f, const std::byte* a, std::size_t first);
+void set_index_base(const function_row& f, const std::byte* a, std::size_t first);
 
 // Hands a report to the scope and stores what it made of the element's results; r2 is null where f has one.
-void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2, const report& bad);
+void hand_to_scope(error_scope& scope, const function_row& f, std::byte* r, std::byte* r2, const report& bad);
 
 }  // namespace tmk::detail

@@ -14,8 +14,8 @@
 #include "api/call/state.hpp"
 #include "api/call/threads.hpp"
 #include "api/math/check.hpp"
+#include "api/math/function_rows.hpp"
 #include "api/math/reports.hpp"
-#include "api/math/rows.hpp"
 #include "api/math/strided.hpp"
 #include "vector/channel/error_channel.hpp"
 
@@ -28,7 +28,7 @@ constexpr std::size_t stage_size = 8192;
 enum operand_place { place_a, place_b, place_r, place_r2, places };
 
 struct job {
-  const row& f;
+  const function_row& f;
   VtmKernel kernel;
   operands whole;
   std::size_t n;
@@ -39,7 +39,7 @@ struct job {
   bool any_staged() const { return std::ranges::find(staged, true) != std::end(staged); }
 };
 
-operands beginning_at(const row& f, const operands& o, std::size_t first) {
+operands beginning_at(const function_row& f, const operands& o, std::size_t first) {
   const std::size_t a = first * f.a.width(), r = first * f.r.width();
   return {o.a + a, f.has_b ? o.b + a : nullptr, o.r + r, f.has_r2 ? o.r2 + r : nullptr, o.scalars};
 }
@@ -154,7 +154,7 @@ void run_in_parts(const job& j, int parts) {
 }  // namespace
 
 void run(const call& c) {
-  const row& f = row_of(c.function, c.letter);
+  const function_row& f = function_row_of(c.function, c.letter);
   const int slot = slot_of(f, c.level);
   check(f, c);
   if (c.a.size == 0) return;

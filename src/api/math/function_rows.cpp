@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "api/math/rows.hpp"
+#include "api/math/function_rows.hpp"
 
 #include <cstring>
 #include <string_view>
@@ -89,7 +89,7 @@ constexpr std::array<char, 16> snake_case(std::string_view stem) {
   return name;
 }
 
-using table = std::array<std::array<row, 4>, stem_count>;
+using table = std::array<std::array<function_row, 4>, stem_count>;
 
 constexpr table make_rows() {
   table rows{};
@@ -99,16 +99,16 @@ constexpr table make_rows() {
     constexpr stem function = stem::stem_;                                                     \
     constexpr bool complex = p >= precision::c, wide = p == precision::d || p == precision::z; \
     rows[static_cast<std::size_t>(function)][static_cast<std::size_t>(p)] = {                  \
-        "v" #letter #stem_,                                                                    \
-        snake_case(#stem_),                                                                    \
-        &tmk_vtm_kernel_##letter##stem_##_ttab,                                                \
-        &tmk_vtm_kernel_##letter##stem_##_ctab,                                                \
-        caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::shape_,                               \
-        caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::report_of(shape::shape_),             \
-        {complex && shape::shape_ != shape::real_argument, wide},                              \
-        {complex && shape::shape_ != shape::real_result, wide},                                \
-        shape::shape_ == shape::binary || shape::shape_ == shape::linear_fraction,             \
-        shape::shape_ == shape::two_results};                                                  \
+        .c_name = "v" #letter #stem_,                                                          \
+        .name = snake_case(#stem_),                                                            \
+        .record = &tmk_vtm_kernel_##letter##stem_##_ttab,                                      \
+        .cost = &tmk_vtm_kernel_##letter##stem_##_ctab,                                        \
+        .invoke = caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::shape_,                     \
+        .report = caller<TMK_ELEMENT_##letter, TMK_REAL_##letter>::report_of(shape::shape_),   \
+        .a = {complex && shape::shape_ != shape::real_argument, wide},                         \
+        .r = {complex && shape::shape_ != shape::real_result, wide},                           \
+        .has_b = shape::shape_ == shape::binary || shape::shape_ == shape::linear_fraction,    \
+        .has_r2 = shape::shape_ == shape::two_results};                                        \
   }
 #include "vector/registry/functions.def"
   return rows;
@@ -126,7 +126,7 @@ void element_type::store(std::byte* array, std::size_t i, std::complex<double> v
   (wide ? store_as<double> : store_as<float>)(array + i * width(), complex, value);
 }
 
-const row& row_of(stem function, precision letter) {
+const function_row& function_row_of(stem function, precision letter) {
   return rows[static_cast<std::size_t>(function)][static_cast<std::size_t>(letter)];
 }
 

@@ -28,7 +28,7 @@ struct element_type {
 
 using reporter = void(int32_t, int32_t, const void*, const void*, void*, void*, const char*);
 
-struct row {
+struct function_row {
   const char* c_name;         // "vsExp", as the C interface reports it
   std::array<char, 16> name;  // "exp"
   VtmDispatchRecord* record;
@@ -39,6 +39,6 @@ struct row {
   bool has_b, has_r2;
 };
 
-const row& row_of(stem function, precision letter);
+const function_row& function_row_of(stem function, precision letter);
 
 }  // namespace tmk::detail
