@@ -174,7 +174,7 @@ void check_side(const char* function, const char* name, side which) {
 // others infinite too, so the cell to name is the one with the largest terms, not the first one that is not
 // finite.
 template <class Real>
-void check_coefficients(const spline_core<Real>& core, const abscissae<Real>& points,
+void check_coefficients(const spline_core<Real>& core, const abscissae<Real>& x,
                         const function_set<Real>& y) {
   const auto& p = core.properties;
   const auto row = static_cast<std::size_t>(p.row), n = static_cast<std::size_t>(p.nx);
@@ -184,14 +184,15 @@ void check_coefficients(const spline_core<Real>& core, const abscissae<Real>& po
   const auto* const bad = std::find_if(c, c + count, [](Real v) { return !std::isfinite(v); });
   const std::size_t f = static_cast<std::size_t>(bad - c) / row;
   const auto point = [&](std::size_t i) {
-    if (!points.is_grid()) return points.array()[i];
+    if (!x.is_grid()) return x.array()[i];
     return p.first + static_cast<Real>(i) * ((p.last - p.first) / static_cast<Real>(n - 1));
   };
-  const auto x = [&](std::size_t i) { return static_cast<long double>(point(i)); };
+  const auto widened = [&](std::size_t i) { return static_cast<long double>(point(i)); };
   std::size_t cell = 0;
   long double most = -1;
   for (std::size_t i = 0; i + 1 < n; ++i) {
-    const long double h = x(i + 1) - x(i), rise = std::abs(static_cast<long double>(y(f, i + 1)) - y(f, i));
+    const long double h = widened(i + 1) - widened(i);
+    const long double rise = std::abs(static_cast<long double>(y(f, i + 1)) - y(f, i));
     const long double size = std::max(1 / h, rise / std::pow(h, static_cast<int>(p.order) - 1));
     if (size > most) most = size, cell = i;
   }
