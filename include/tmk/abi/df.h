@@ -131,8 +131,8 @@ enum {
 typedef struct DFTask DFTask;
 
 /* A search hook answers a block of `*count` sites: cells, and a flag per site that its cell is final; where
- * the flag is zero the library continues from the cell as a start. A negative result ends the search, 1000 means
- * that all cells are final. */
+ * the flag is zero the library continues from the cell as a start. A negative result ends the search, 1000
+ * means that all cells are final. */
 typedef int32_t (*DFdSearchHook)(const int64_t* count, const double* sites, int64_t* cells, int32_t* flags,
                                  void* parameter, void* reserved);
 typedef int32_t (*DFsSearchHook)(const int64_t* count, const float* sites, int64_t* cells, int32_t* flags,

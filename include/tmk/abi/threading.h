@@ -38,11 +38,11 @@ typedef struct ThreadingService {
 /* Everything in the caller's thread, in the order of the items. */
 const ThreadingService* tmk_threading_serial(void);
 /* The library's own threads, made when they are first needed and shared by all callers. MaxThreads is the
- * value of omp_get_max_threads() in the calling thread where the program has OpenMP; elsewhere the environment
- * variable OMP_NUM_THREADS, or else the count of processors. Fewer threads than requested may run, by
- * tmk_threading_limit or because the system gives no more; inside another run, inside an OpenMP region, and
- * in a forked child of a process with threads the caller's runs alone. Items go to thread indices by a fixed
- * rule, so results that depend on the thread count alone are the same from run to run. */
+ * value of omp_get_max_threads() in the calling thread where the program has OpenMP; elsewhere the
+ * environment variable OMP_NUM_THREADS, or else the count of processors. Fewer threads than requested may
+ * run, by tmk_threading_limit or because the system gives no more; inside another run, inside an OpenMP
+ * region, and in a forked child of a process with threads the caller's runs alone. Items go to thread indices
+ * by a fixed rule, so results that depend on the thread count alone are the same from run to run. */
 const ThreadingService* tmk_threading_pool(void);
 /* The same table, under the name that it had while its threads were OpenMP's. */
 const ThreadingService* tmk_threading_openmp(void);

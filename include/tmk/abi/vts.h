@@ -2,9 +2,9 @@
 /* Random streams: generators, their registry, streams with the data attached to them, persistence.
  *
  * The C interface checks what is documented below, and nothing else. Functions return 0 (VTS_STATUS_OK)
- * or a negative status unless documented otherwise. A stream is used by one thread at a time; distinct streams run
- * freely at the same time. Registration is finished before concurrent use. <tmk/random.hpp> is the checked C++
- * API. */
+ * or a negative status unless documented otherwise. A stream is used by one thread at a time; distinct
+ * streams run freely at the same time. Registration is finished before concurrent use. <tmk/random.hpp> is
+ * the checked C++ API. */
 #ifndef TMK_ABI_VTS_H
 #define TMK_ABI_VTS_H
 
@@ -245,9 +245,9 @@ int32_t tmk_vts_load_stream_bounded(VtsStreamHandle* stream, const void* block, 
 
 /* Distributions. Each fills r with n variates (n below 1: nothing happens) and returns the status of the
  * first draw that failed, with the elements before it written, or of the last draw. Parameters are not
- * checked. `method` is 0 unless documented otherwise; u is uniform over (0, 1), and a logarithm of 0 that of the
- * smallest positive number. d draws doubles, s singles, each in its own precision. A sequence does not depend
- * on how it is cut into draws, but for Gaussian method 0. */
+ * checked. `method` is 0 unless documented otherwise; u is uniform over (0, 1), and a logarithm of 0 that of
+ * the smallest positive number. d draws doubles, s singles, each in its own precision. A sequence does not
+ * depend on how it is cut into draws, but for Gaussian method 0. */
 
 /* Uniform over (a, b); rounding may yield a or b. With VTS_METHOD_ACCURATE nothing outside [a, b] comes out.
  */
