@@ -73,6 +73,13 @@ using u64 = batch<uint64_t>;
 template <class T>
 constexpr int lanes = static_cast<int>(batch<T>::size);
 
+// What deinterleave returns (the even lanes of two registers in their order, then the odd ones) and
+// interleave (the first register of lanes in turn, then the second): complex elements as parts, and back.
+template <class T>
+struct two_batches {
+  batch<T> first, second;
+};
+
 // The same bits, read as lanes of another type.
 template <class To, class From>
 batch<To> bits_as(const batch<From>& x) {
@@ -418,3 +425,11 @@ register_table<double>::index table_index(const u64& bits) {
 #endif
 
 TMK_TIER_CLOSE
+
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+#include "simd/v4.hpp"
+#elif TMK_TIER_NUMBER(TMK_TIER) == 1
+#include "simd/v3.hpp"
+#else
+#include "simd/w7.hpp"
+#endif
