@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hot loops exist once per tier: a table of functions that a file in a folder loops/ fills for its tier.
+// Hot loops exist once per tier: a table of functions, defined by a source x.tier.cpp, which is compiled for
+// each tier.
 //   struct mt19937_loops { void (*twist)(uint32_t* mt); };    in a header
-//   TMK_DECLARE_LOOPS(mt19937_loops)              behind it; mt19937_loops_now() is in force
-//   TMK_DEFINE_LOOPS(mt19937_loops) = {twist};    in the file that is compiled per tier
-// A template search_loops<Real> has twins: TMK_DECLARE_TWIN_LOOPS(search) behind it declares search_doubles
-// and search_singles, to be defined each, and search_loops_now<Real>().
+//   TMK_DECLARE_LOOPS(mt19937_loops)              after it; mt19937_loops_now() is the table of the current
+//   tier TMK_DEFINE_LOOPS(mt19937_loops) = {twist};    in x.tier.cpp
+// A template search_loops<Real> has one table for each precision: TMK_DECLARE_TWIN_LOOPS(search) after it
+// declares search_doubles and search_singles, both of which x.tier.cpp defines, and search_loops_now<Real>().
 #pragma once
 
 #include "platform/tier.hpp"
