@@ -11,7 +11,7 @@
 #include <sstream>
 #include <string>
 
-#include "accuracy/oracle.hpp"
+#include "oracle/oracle.hpp"
 #include "vector/reference/complex/complex.hpp"
 #include "vector/registry/shapes.h"
 

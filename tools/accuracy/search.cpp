@@ -12,8 +12,8 @@
 #include <sstream>
 #include <unordered_set>
 
-#include "batch.hpp"
 #include "filters.hpp"
+#include "oracle/batch.hpp"
 
 namespace tmk::accuracy {
 namespace {

@@ -33,7 +33,7 @@ struct vector_function {
   std::string_view stem;
   char letter;
   call_shape shape;
-  bool worked;  // has kernels of its own per level and tier; otherwise one reference kernel serves all
+  bool worked;  // has kernels of its own; otherwise one extended-precision kernel serves all levels and tiers
   const VtmDispatchRecord* record;
 
   bool is_single() const { return letter == 's' || letter == 'c'; }
@@ -42,10 +42,14 @@ struct vector_function {
 };
 
 inline std::vector<vector_function> functions_with_value() {
-  constexpr bool worked = true, reference = false;
   std::vector<vector_function> all = {
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) \
-  {#letter #stem, #stem, #letter[0], call_shape::shape, stage, &tmk_vtm_kernel_##letter##stem##_ttab},
+  {#letter #stem,                                       \
+   #stem,                                               \
+   #letter[0],                                          \
+   call_shape::shape,                                   \
+   std::string_view(#stage) != "reference",             \
+   &tmk_vtm_kernel_##letter##stem##_ttab},
 #include "vector/registry/functions.def"
   };
   std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <type_traits>
 
-#include "common/kernels.hpp"
-#include "domains.hpp"
+#include "oracle/domains.hpp"
+#include "tools/common/kernels.hpp"
 
 using namespace tmk::tools;
 

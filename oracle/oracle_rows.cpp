@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "accuracy/oracle_rows.hpp"
+#include "oracle/oracle_rows.hpp"
 
 #include <cmath>
 
-#include "accuracy/error_formulas.hpp"
+#include "oracle/error_formulas.hpp"
 
 namespace tmk::accuracy {
 namespace {

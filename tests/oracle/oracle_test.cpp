@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The judge judged: composed formulas against published values, and the unit of error at the edges of a
 // format.
-#include "accuracy/oracle.hpp"
+#include "oracle/oracle.hpp"
 
 #include <gtest/gtest.h>
 

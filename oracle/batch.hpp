@@ -10,9 +10,9 @@
 #include <span>
 #include <type_traits>
 
-#include "accuracy/oracle.hpp"
-#include "common/kernels.hpp"
-#include "domains.hpp"
+#include "oracle/domains.hpp"
+#include "oracle/oracle.hpp"
+#include "tools/common/kernels.hpp"
 
 namespace tmk::accuracy {
 
@@ -94,10 +94,10 @@ class sampler {
   Real low_, high_;
 };
 
-template <class Real>
+template <class Real, std::int32_t Size = 1024>
 class batch {
  public:
-  static constexpr std::int32_t size = 1024;
+  static constexpr std::int32_t size = Size;
 
   batch(const vector_function& f, std::uint64_t seed) : function_(f) {
     std::mt19937_64 generate(seed);

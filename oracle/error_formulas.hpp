@@ -2,7 +2,7 @@
 // The error functions and their inverses, which MPFR lacks or is slow at.
 #pragma once
 
-#include "accuracy/evaluation.hpp"
+#include "oracle/evaluation.hpp"
 
 namespace tmk::accuracy {
 

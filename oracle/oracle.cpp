@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "accuracy/oracle.hpp"
+#include "oracle/oracle.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "accuracy/oracle_rows.hpp"
+#include "oracle/oracle_rows.hpp"
 
 namespace tmk::accuracy {
 namespace {

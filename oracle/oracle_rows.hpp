@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "accuracy/evaluation.hpp"
+#include "oracle/evaluation.hpp"
 
 namespace tmk::accuracy {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where each function is measured.
+// Where each function is measured, by src/vector/domains.def.
 #pragma once
 
 #include <array>
@@ -12,15 +12,16 @@ struct interval {
 };
 
 // Samples are drawn over the numbers of `full` by their bits (each binade alike) and evenly over the reals of
-// `core`, besides the neighbourhoods of multiples of `period`, of the listed points and of the bounds.
+// `core`, and near multiples of `period`, the listed points and the bounds.
 struct domain {
-  std::string_view stem;
+  std::string_view letters, stem;
+  int argument;  // 0 or 1
   interval full, core;
   double period = 0;
   std::array<double, 4> points{};
 };
 
-// Domain of an argument (0 or 1) of the function; both parts of a complex argument are drawn alike.
+// Both parts of a complex argument are drawn alike.
 const domain& find_domain(char letter, std::string_view stem, int argument);
 
 }  // namespace tmk::accuracy

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "accuracy/error_formulas.hpp"
+#include "oracle/error_formulas.hpp"
 
 namespace tmk::accuracy {
 namespace {
