@@ -5,6 +5,7 @@
 #include "random/core/states.hpp"
 #include "random/generators/mt2203_data.hpp"
 #include "random/plain_generators.hpp"
+#include "sanitized.hpp"
 
 namespace {
 
@@ -153,7 +154,7 @@ bool is_irreducible_2203(const polynomial& f) {
 }
 
 TEST(mersenne, small_twisters_have_their_full_period) {
-  for (const int32_t set : {0, 1, 2, 3, 2500, 6023}) {
+  for (const int32_t set : sanitized ? std::vector{2500} : std::vector{0, 1, 2, 3, 2500, 6023}) {
     const owned_stream stream(VTS_BRNG_MT2203 + set, {1});
     std::vector<bool> bits;
     for (const uint32_t word : draw_words(stream, 2 * 2203 + 64)) bits.push_back(word >> 31);

@@ -27,14 +27,16 @@ static const TierRow rows_W7[] = {
 };
 #undef TMK_ROW_worked
 
-#if TMK_HAS_WIDE_TIERS
+#if TMK_HAS_WIDE_TIERS && !TMK_WITHOUT_V3
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_ROW_##stage(letter##stem, slots)
 #define TMK_ROW_worked(name, slots) {&tmk_vtm_kernel_##name##_ttab, {TMK_WIDE_##slots(name, V3)}},
 static const TierRow rows_V3[] = {
 #include "vector/registry/functions.def"
 };
 #undef TMK_ROW_worked
+#endif
 
+#if TMK_HAS_WIDE_TIERS
 #define TMK_FUNCTION(letter, stem, shape, slots, stage) TMK_ROW_##stage(letter##stem, slots)
 #define TMK_ROW_worked(name, slots) {&tmk_vtm_kernel_##name##_ttab, {TMK_WIDE_##slots(name, V4)}},
 static const TierRow rows_V4[] = {
@@ -52,11 +54,14 @@ typedef struct {
   { #tier, rows_##tier, sizeof rows_##tier / sizeof rows_##tier[0] }
 static const Tier tiers[] = {
     TMK_TIER_ENTRY(W7),
-#if TMK_HAS_WIDE_TIERS
+#if TMK_HAS_WIDE_TIERS && !TMK_WITHOUT_V3
     TMK_TIER_ENTRY(V3),
-    TMK_TIER_ENTRY(V4),
 #else
     {"V3", 0, 0},
+#endif
+#if TMK_HAS_WIDE_TIERS
+    TMK_TIER_ENTRY(V4),
+#else
     {"V4", 0, 0},
 #endif
 };
