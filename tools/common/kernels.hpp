@@ -41,20 +41,8 @@ struct vector_function {
   bool has_value() const { return shape < call_shape::pack_stride; }
 };
 
-inline std::vector<vector_function> functions_with_value() {
-  std::vector<vector_function> all = {
-#define TMK_FUNCTION(letter, stem, shape, slots, stage) \
-  {#letter #stem,                                       \
-   #stem,                                               \
-   #letter[0],                                          \
-   call_shape::shape,                                   \
-   std::string_view(#stage) != "reference",             \
-   &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/registry/functions.def"
-  };
-  std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });
-  return all;
-}
+// A function of its own unit: what walks over the list is not compiled anew when a row changes.
+std::vector<vector_function> functions_with_value();
 
 inline constexpr std::string_view level_names[] = {"LA", "HA", "EP"};  // in slot order
 inline constexpr int all_tiers[] = {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4};
