@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "common/kernels.hpp"
+#include "oracle/domains.hpp"
 #include "peers.hpp"
 #include "results.hpp"
 #include "timing.hpp"
@@ -24,31 +25,15 @@ namespace {
 constexpr std::int32_t sizes[] = {8, 1000, 4'000'000};
 constexpr std::int32_t largest_size = 4'000'000;
 
-// The usual arguments of a function, drawn evenly: none of them is a rare case.
-struct workload {
-  const char* stem;
-  double low, high;
-  double low_double, high_double;
-};
-
-constexpr workload workloads[] = {
-    {"Inv", 0.1, 100, 0.1, 100},    {"Sqrt", 0.1, 100, 0.1, 100},    {"InvSqrt", 0.1, 100, 0.1, 100},
-    {"Abs", -100, 100, -100, 100},  {"Exp", -80, 80, -700, 700},     {"Exp2", -120, 120, -1000, 1000},
-    {"Exp10", -35, 35, -300, 300},  {"Expm1", -5, 5, -5, 5},         {"Ln", 0.01, 100, 0.01, 100},
-    {"Log2", 0.01, 100, 0.01, 100}, {"Log10", 0.01, 100, 0.01, 100}, {"Log1p", -0.9, 10, -0.9, 10},
-    {"Logb", 0.01, 100, 0.01, 100}, {"Sin", -30, 30, -30, 30},       {"Tanh", -3, 3, -3, 3},
-    {"Erf", -2, 2, -2, 2},          {"Cbrt", 0.01, 100, 0.01, 100},
-};
-
 // One allocation for all functions, so that all subjects meet the same pages.
 struct arrays {
   std::vector<std::byte> a = std::vector<std::byte>(largest_size * sizeof(double));
   std::vector<std::byte> r = std::vector<std::byte>(largest_size * sizeof(double));
 
   template <class Real>
-  void fill(double low, double high) {
+  void fill(const accuracy::interval& usual) {
     std::mt19937_64 generate(1);
-    std::uniform_real_distribution<double> draw(low, high);
+    std::uniform_real_distribution<double> draw(usual.low, usual.high);
     Real* first = reinterpret_cast<Real*>(a.data());
     std::generate_n(first, largest_size, [&] { return static_cast<Real>(draw(generate)); });
   }
@@ -61,6 +46,12 @@ struct candidate {
 
 using peer_source = peer_list (*)();
 constexpr peer_source peers_by_tier[] = {peers_W7, peers_V3, peers_V4};
+
+bool has_peer(const tools::vector_function& f) {
+  const peer_list peers = peers_by_tier[0]();
+  return std::any_of(peers.rows, peers.rows + peers.count,
+                     [&](const peer& p) { return p.function == f.name; });
+}
 
 std::vector<candidate> candidates_for(const tools::vector_function& f, const std::vector<int>& tiers) {
   std::vector<candidate> all;
@@ -134,18 +125,17 @@ int main(int argc, char** argv) {
   const auto functions = tools::functions_with_value();
   const auto data = std::make_unique<arrays>();
   std::vector<group> groups;
-  for (const workload& w : workloads) {
-    for (const tools::vector_function& f : functions) {
-      if (f.stem != w.stem || f.is_complex()) continue;
-      bool filled = false;
-      for (std::int32_t n : sizes) {
-        if (!std::regex_search(std::string(f.name) + "/" + std::to_string(n), wanted)) continue;
-        if (!filled)
-          f.is_single() ? data->fill<float>(w.low, w.high) : data->fill<double>(w.low_double, w.high_double);
-        filled = true;
-        groups.push_back(measure(f, n, tiers, *data));
-        print(wish.markdown ? stderr : stdout, groups.back());
-      }
+  for (const tools::vector_function& f : functions) {
+    if (f.shape != tools::call_shape::unary || f.is_complex() || !(f.worked || has_peer(f))) continue;
+    // None of the usual arguments is a rare case.
+    const accuracy::interval& usual = accuracy::find_domain(f.letter, f.stem, 0).core;
+    bool filled = false;
+    for (std::int32_t n : sizes) {
+      if (!std::regex_search(std::string(f.name) + "/" + std::to_string(n), wanted)) continue;
+      if (!filled) f.is_single() ? data->fill<float>(usual) : data->fill<double>(usual);
+      filled = true;
+      groups.push_back(measure(f, n, tiers, *data));
+      print(wish.markdown ? stderr : stdout, groups.back());
     }
   }
   if (groups.empty()) {

@@ -252,7 +252,7 @@ TEST_P(every_row, unmasked_traps_do_not_fire_inside) {
     for_each_slot([](const vector_function& f, int slot, auto& x) {
       std::fprintf(stderr, "%s slot %d\n", f.name.data(), slot);
       x.run(f, slot);
-      asm volatile("fwait");  // where the x87 unit tells of a flag that a kernel left
+      asm volatile("fwait");  // where the x87 unit traps for a flag that a kernel left
     });
     _exit(0);
   };

@@ -24,7 +24,7 @@ constexpr std::size_t source_width = 110;
 
 std::string name_of(const vector_function& f) { return std::string(f.name); }
 
-// Hexadecimal, normalised to a leading 1, with as many digits behind the point as the value needs and at most
+// Hexadecimal, normalised to a leading 1, with as many digits after the point as the value needs and at most
 // `digits`.
 std::string hex(long double x, int digits) {
   if (!std::isfinite(x) || x == 0) return text("%Lg", x);
