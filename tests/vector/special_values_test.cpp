@@ -206,7 +206,7 @@ void expect_reference(const vector_function& f, const kernel& k) {
       expect_reference<Real>(f, k, std::span(all).subspan(i));
 }
 
-TEST(special_arguments, have_the_values_and_reports_of_the_extended_function) {
+TEST(special_arguments, have_the_values_and_reports_of_the_reference) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT | VTM_ERRMODE_CALLBACK);
   tmk_vtm_kernel_SetErrorCallBack(note_and_replace);
   for (const vector_function& f : functions_with_value())
