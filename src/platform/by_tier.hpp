@@ -11,10 +11,10 @@
 #include "tmk/abi/vtm.h"
 
 #if TMK_WITHOUT_V3
-#define TMK_DECLARE_LOOPS(table)                                                     \
-  extern "C" const tmk::table table##_W7, table##_V4;                                \
-  inline const tmk::table& table##_now() {                                           \
-    return tmk_current_tier() == TMK_TIER_V4 ? table##_V4 : table##_W7;              \
+#define TMK_DECLARE_LOOPS(table)                                        \
+  extern "C" const tmk::table table##_W7, table##_V4;                   \
+  inline const tmk::table& table##_now() {                              \
+    return tmk_current_tier() == TMK_TIER_V4 ? table##_V4 : table##_W7; \
   }
 #elif defined(__x86_64__)
 #define TMK_DECLARE_LOOPS(table)                                                          \
