@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Compiled once per tier. Eigen's namespace is renamed by the build, for its inline functions have one name
-// in all instruction sets; for the same reason nothing here may come from a library that the linker could
-// merge.
+// Compiled once per tier. The build renames Eigen's namespace, because its inline functions have one name in
+// all instruction sets; for the same reason nothing here may use inline functions of a library that the
+// linker could merge.
 #include "peers.hpp"
 
 #include <immintrin.h>
@@ -86,7 +86,7 @@ void by_elements(int32_t n, const void* a, void* r) {
 
 template <class Vector>
 Vector same(Vector x) {
-  // Opaque, or the compiler makes a call of memcpy of the loop.
+  // Opaque, so that the compiler does not replace the loop by memcpy.
   asm("" : "+x"(x));
   return x;
 }

@@ -20,7 +20,7 @@ struct peer_list {
   int count;
 };
 
-// The copy is no peer of a function: it is the floor of those that wait for memory.
+// The copy is no peer of a function: it is the least time of those that wait for memory.
 inline constexpr const char* copy_name = "copy";
 
 // Peers in the instruction set of a tier, to be run only where the processor has it.

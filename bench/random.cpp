@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "groups.hpp"
+#include "runner.hpp"
 #include "tmk/abi/vts.h"
 
 using namespace tmk::bench;
@@ -40,7 +40,7 @@ VtsStreamHandle new_stream(int32_t brng) {
 
 // Ours on every tier, then the peers.
 template <class Draw>
-group drawn(const char* name, int32_t count, int32_t brng, Draw draw, std::vector<subject> peers) {
+group drawn(const char* name, int32_t count, int32_t brng, Draw draw, const std::vector<subject>& peers) {
   return {name, count, [=] {
             std::vector<subject> all = by_tier([=, stream = new_stream(brng)] { draw(stream); });
             all.insert(all.end(), peers.begin(), peers.end());
@@ -181,11 +181,12 @@ std::vector<group> all_groups() {
                                    std::pair("SFMT19937 skip of 10^12", VTS_BRNG_SFMT19937)})
     groups.push_back(drawn(name, 1, brng, skip, {}));
   groups.push_back({"MT19937 creation", 1, [] {
-                      return std::vector<subject>{{"tmk",
+                      return std::vector<subject>{{"any tier",
                                                    [] {
                                                      VtsStreamHandle s = new_stream(VTS_BRNG_MT19937);
                                                      __vtsDeleteStream(&s);
-                                                   }},
+                                                   },
+                                                   subject_kind::ours},
                                                   {"std::mt19937", [] {
                                                      std::mt19937 engine(7);
                                                      room()[0] = engine();
@@ -197,11 +198,16 @@ std::vector<group> all_groups() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return run_groups(
-      all_groups(), start(argc, argv, "MT19937 words"),
-      "<!-- Made by `./dev bench random --markdown`: do not edit. -->\n# Performance of random streams\n\n"
-      "%s. Nanoseconds per element (per call for skips and creation), median of %d repetitions in random\n"
-      "order in one process, runs of 100000 elements; in brackets how many times faster than the peer tmk "
-      "is.\n"
-      "The peers that draw use their own mt19937; variates of tmk are drawn from MT19937.\n\n");
+  const options wish = start(argc, argv, "MT19937 words");
+  run_groups(all_groups(), wish,
+             page_heading(wish, R"(<!-- Made by `./dev bench random --markdown`: do not edit. -->
+# Performance of random streams
+
+%s.
+
+Nanoseconds per element (per call for skips and creation), median of %d repetitions in random order in one
+process, runs of 100000 elements.
+%s
+The peers that draw use their own mt19937; variates of tmk are drawn from MT19937.
+)"));
 }

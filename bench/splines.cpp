@@ -9,19 +9,13 @@
 #include <random>
 #include <type_traits>
 
-#include "groups.hpp"
+#include "runner.hpp"
 #include "splines_peers.hpp"
 #include "tmk/abi/df.h"
 
 using namespace tmk::bench;
 
 namespace {
-
-void expect_success(int32_t status) {
-  if (status == 0) return;
-  std::fprintf(stderr, "tmk-bench-splines: status %d\n", status);
-  std::exit(1);
-}
 
 // The C interface by the type of its numbers.
 template <class Real>
@@ -241,19 +235,20 @@ std::vector<group> all_groups() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return run_groups(
-      all_groups(), start(argc, argv, "values at random sites points=10000"),
-      "<!-- Made by `./dev bench splines --markdown`: do not edit. -->\n# Performance of splines\n\n"
-      "%s. Nanoseconds per point and function (construction), site and function (evaluation) or pair of\n"
-      "limits (integrals) on one thread, median of %d repetitions in random order in one process; in "
-      "brackets how\n"
-      "many times faster than the peer tmk is. Cells of a grid that is not uniform differ in width up to 50 "
-      "times.\n"
-      "Storage for coefficients is ready where the library lets its user provide it. The peers work in "
-      "double\n"
-      "throughout, compared with floats too; they evaluate site by site, GSL with its accelerator. \"Values "
-      "alone\" "
-      "is\n"
-      "tmk's own time without the derivatives. Hyman's filter has no like among the peers: Steffen's and\n"
-      "Fritsch and Carlson's monotone cubics are listed with it.\n\n");
+  const options wish = start(argc, argv, "values at random sites points=10000");
+  run_groups(all_groups(), wish,
+             page_heading(wish, R"(<!-- Made by `./dev bench splines --markdown`: do not edit. -->
+# Performance of splines
+
+%s.
+
+Nanoseconds per point and function (construction), site and function (evaluation) or pair of limits
+(integrals) on one thread, median of %d repetitions in random order in one process.
+%s
+Cells of a grid that is not uniform differ in width up to 50 times. Storage for coefficients is ready where
+the library lets its user provide it. The peers work in double throughout, compared with floats too; they
+evaluate site by site, GSL with its accelerator. "Values alone" is tmk's own time without the derivatives.
+Hyman's filter has no like among the peers: Steffen's and Fritsch and Carlson's monotone cubics are listed
+with it.
+)"));
 }

@@ -22,8 +22,8 @@ struct peer_spline {
   std::function<double(double, double)> integrate;
 };
 
-// The peers that have the family, n points each; those that need an equidistant x only where `uniform` says
-// that it is.
+// The peers that have the family, n points each; those that need an equidistant x only where `uniform` is
+// true.
 std::vector<peer_spline> peers_of(family wanted, size_t n, bool uniform);
 
 }  // namespace tmk::bench

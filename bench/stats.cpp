@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// tmk-bench-stats: moments, covariances, sorts, quantiles and the quantile sketch beside what a program would
-// otherwise take, in one process on one thread. The peers are compiled for AVX2, as is this program.
+// tmk-bench-stats: moments, covariances, sorts, quantiles and the quantile sketch compared with what a
+// program would otherwise take, in one process on one thread. The peers are compiled for AVX2, as is this
+// program.
+#include <benchmark/benchmark.h>
 #include <hwy/contrib/sort/vqsort.h>
 #include <omp.h>
 
@@ -11,7 +13,7 @@
 #include <tmk/stats.hpp>
 
 #include "common/kernels.hpp"
-#include "groups.hpp"
+#include "runner.hpp"
 #include "stats_peers.hpp"
 #include "tmk/abi/ss.h"
 #include "tmk/abi/tpp.h"
@@ -21,12 +23,6 @@
 using namespace tmk::bench;
 
 namespace {
-
-void expect_success(int32_t status) {
-  if (status == 0) return;
-  std::fprintf(stderr, "tmk-bench-stats: status %d\n", status);
-  std::exit(1);
-}
 
 // n observations of p uniform variables between 1 and 5, weights between 0 and 1, and a task over them.
 struct problem {
@@ -196,8 +192,10 @@ void add_sketch(std::vector<group>& groups, int32_t p, int32_t n) {
 void add_describe(std::vector<group>& groups, int32_t p, int32_t n) {
   groups.push_back({"tmk::describe n=" + std::to_string(n) + " p=" + std::to_string(p), int64_t{p} * n, [=] {
                       const auto d = std::make_shared<problem>(p, n, false);
-                      return by_tier(
-                          [d, p, n] { tmk::describe(tmk::matrix_view<const double>(d->data.data(), n, p)); });
+                      return by_tier([d, p, n] {
+                        const auto all = tmk::describe(tmk::matrix_view<const double>(d->data.data(), n, p));
+                        benchmark::DoNotOptimize(all);
+                      });
                     }});
 }
 
@@ -208,7 +206,7 @@ std::vector<group> all_groups() {
       if (int64_t{p} * n > 100'000'000) continue;
       for (const bool rows : {true, false})
         for (const bool weighted : {false, true}) {
-          if (p == 1 && !rows) continue;  // the same road
+          if (p == 1 && !rows) continue;  // the same code path
           add_moments(groups, p, n, rows, weighted);
         }
     }
@@ -234,21 +232,24 @@ std::vector<group> all_groups() {
 int main(int argc, char** argv) {
   const std::vector<int> tiers = tmk::tools::available_tiers();
   if (std::find(tiers.begin(), tiers.end(), 1) == tiers.end()) {
-    std::fputs("tmk-bench-stats: the peers are compiled for AVX2, which this processor has not\n", stderr);
+    std::fputs("tmk-bench-stats: the peers are compiled for AVX2, which this processor does not have\n",
+               stderr);
     return 2;
   }
-  omp_set_num_threads(1);  // for the BLAS beneath the peers, too
-  return run_groups(
-      all_groups(), start(argc, argv, "covariance n=100000 p=100 rows"),
-      "<!-- Made by `./dev bench stats --markdown`: do not edit. -->\n# Performance of summary statistics\n\n"
-      "%s. Nanoseconds per value on one thread, median of %d repetitions in random order in one process; in\n"
-      "brackets how many times faster than the peer tmk is. Rows: the observations of a variable stand "
-      "together;\n"
-      "columns: the variables of an observation. The sum is a plain vectorised sum over the same array: the "
-      "speed of\n"
-      "reading. Variance is by the fast method, order 4 (mean, skewness, kurtosis) by the one-pass method. "
-      "The bare\n"
-      "dsyrk is the BLAS rank-k update alone, which the covariance is made of. Sorts and std::nth_element "
-      "are timed\n"
-      "with the copy that they sort. Peers are compiled for AVX2; GSL is the distribution's.\n\n");
+  omp_set_num_threads(1);  // for the BLAS that the peers call, too
+  const options wish = start(argc, argv, "covariance n=100000 p=100 rows");
+  run_groups(all_groups(), wish,
+             page_heading(wish, R"(<!-- Made by `./dev bench stats --markdown`: do not edit. -->
+# Performance of summary statistics
+
+%s.
+
+Nanoseconds per value on one thread, median of %d repetitions in random order in one process.
+%s
+Rows: the observations of a variable are contiguous; columns: the variables of an observation. The sum is a
+plain vectorised sum over the same array: the speed of reading. Variance is by the fast method, order 4
+(mean, skewness, kurtosis) by the one-pass method. The bare dsyrk is the BLAS rank-k update alone, which the
+covariance is made of. Sorts and std::nth_element are timed with the copy that they sort. Peers are compiled
+for AVX2; GSL is the distribution's.
+)"));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a user would otherwise take for moments. Data are doubles, n observations of p variables; `rows` says
-// that the observations of a variable stand together. Results go to `r`, so that nothing is left out.
+// What a user would otherwise take for moments. Data are doubles, n observations of p variables; `rows` is
+// true where the observations of a variable are contiguous. Results go to `r`, so that no work is optimised
+// away.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +21,7 @@ void eigen_moments(const double* x, ptrdiff_t n, ptrdiff_t p, bool rows, double*
 void gsl_moments(const double* x, ptrdiff_t n, ptrdiff_t p, bool rows, double* r);
 void boost_moments(const double* x, ptrdiff_t n, ptrdiff_t p, bool rows, double* r);
 
-// r: the quartiles of one variable, estimated as the values come by (P-square, no bound on the error).
+// r: the quartiles of one variable, estimated as the values arrive (P-square, no bound on the error).
 void boost_quartiles(const double* x, ptrdiff_t n, double* r);
 
 // r: p by p. The bare update leaves the means in.

@@ -14,8 +14,8 @@ struct options {
   int repetitions = 9;
 };
 
-// The options of the command line; ends the program on a word it does not know. `shape` says in the usage
-// line what the filter is matched with.
+// The options of the command line; ends the program on a word it does not know. `shape` is an
+// example of a group's name for the usage line.
 options start(int argc, char** argv, const char* shape);
 
 // Median processor time in seconds of one call of each.

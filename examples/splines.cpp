@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each family of splines through the same points, and what one can ask of them.
+// Each family of splines through the same points, and what one can compute with them.
 #include <cstdio>
 #include <tmk/spline.hpp>
 #include <vector>

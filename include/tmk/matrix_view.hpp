@@ -13,13 +13,13 @@
 
 namespace tmk {
 
-/// row_major: the values of an observation stand side by side. column_major: those of a variable do.
+/// row_major: the values of an observation are adjacent. column_major: those of a variable are.
 enum class matrix_order { row_major, column_major };
 namespace layout {
 using enum matrix_order;
 }
 
-/// `rows` observations of `cols` variables that stay the caller's: value (i, j) stands at
+/// `rows` observations of `cols` variables in the caller's memory: value (i, j) is
 /// data[i row_stride + j col_stride]. Nothing is checked here; the functions that take a view check it.
 template <class T>
 class matrix_view {
@@ -95,7 +95,7 @@ constexpr auto imaginary_parts(Range&& z) {
   return detail::column_of_parts(detail::parts_of(std::ranges::data(z)) + 1, std::ranges::size(z));
 }
 
-/// A matrix of its own, by rows.
+/// A matrix that owns its elements, by rows.
 class matrix {
  public:
   matrix() = default;

@@ -53,8 +53,8 @@ struct raw_seed {
   std::vector<std::uint32_t> words;
 };
 
-/// A generator with its state. Copies go on independently; a stream that was moved from may only be assigned
-/// to or destroyed, and anything else throws tmk::error.
+/// A generator with its state. Copies continue independently; a stream that was moved from may only be
+/// assigned to or destroyed, and anything else throws tmk::error.
 class stream {
  public:
   /// Seeds are hashed to as many words as the generator takes (the algorithm of NumPy's SeedSequence, with
@@ -87,9 +87,9 @@ class stream {
   [[nodiscard]] generator kind() const;
   [[nodiscard]] int set() const;
 
-  /// Leaves `count` elements of the generator out: elements_per_variate says how many a variate takes.
-  /// Throws for r250, mt2203, hardware, and for a negative count. A number that gaussian_method::kept_pairs
-  /// keeps is not left out.
+  /// Leaves `count` elements of the generator out: elements_per_variate gives the number that a variate
+  /// takes. Throws for r250, mt2203, hardware, and for a negative count. A number that
+  /// gaussian_method::kept_pairs keeps is not left out.
   void skip(std::int64_t count);
 
   /// From now on elements k, k + parts, k + 2 parts, ... of what the stream would have given. For mcg31m1,
@@ -98,9 +98,9 @@ class stream {
   /// whose modulus is a power of two: every second element has a shorter period and fails statistical tests.
   void leapfrog(int k, int parts);
 
-  /// State and what distributions keep, to go on elsewhere or later. The image does not depend on the
-  /// machine, and ends with a hash. A file is written under another name in the same folder and then renamed:
-  /// when that fails, the file that was there is still there. load throws for a file that is missing and for
+  /// The state, with what distributions keep, to be continued elsewhere or later. The image does not depend
+  /// on the machine, and ends with a hash. A file is written under another name in the same folder and then
+  /// renamed: when that fails, the earlier file is unchanged. load throws for a file that is missing and for
   /// an image that is truncated, damaged, of a later version, or of a generator that is not there.
   void save(const std::string& path) const;
   [[nodiscard]] std::vector<std::byte> save() const;

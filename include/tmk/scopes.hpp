@@ -22,8 +22,8 @@ enum class accuracy : int {
   fast = 3,       ///< half the bits: 11 in single, 26 in double
 };
 
-/// Sets the accuracy of this thread's calls that name none. Raises tmk::error for any value but low, high,
-/// fast.
+/// Sets the accuracy of those calls of this thread that do not name one. Raises tmk::error for any value but
+/// low, high, fast.
 void set_accuracy(accuracy level);
 
 /// The thread's accuracy, and another one for the life of the object. Raises as set_accuracy does.
@@ -71,7 +71,7 @@ struct math_error {
   std::int64_t index;            ///< in the arrays of the call
   std::string_view function;     ///< "ln"
   std::complex<double> a1, a2;   ///< arguments; a2 equals a1 where there is only one array
-  std::complex<double> result;   ///< what stands in the result array; assign to replace it
+  std::complex<double> result;   ///< the element of the result array; assign to replace it
   std::complex<double> result2;  ///< the same for the second result array, where there is one
 };
 
@@ -82,7 +82,7 @@ constexpr bool takes_reference(const std::function<Result(Argument)>*) {
   return std::is_reference_v<Argument>;
 }
 
-// A generic lambda has no signature of its own: it is taken at its word.
+// A generic lambda has no one signature; it is assumed to take a reference.
 template <class Function>
 constexpr bool takes_reference() {
   if constexpr (requires(Function f) { std::function(f); })
@@ -101,10 +101,10 @@ enum class on_error {
             ///< so
 };
 
-/// Decides, for the thread and the life of the object, what becomes of bad elements; the innermost scope sees
-/// them. It sees them after the call has computed all its elements, by rising index, on the calling thread,
-/// whatever the number of threads that computed. Nothing else is reported then: errno, the C callback and
-/// traps stay quiet. Without a scope the C interface's channel decides, as the thread's mode word says.
+/// Decides, for the thread and the life of the object, what becomes of bad elements; the innermost scope
+/// receives them, after the call has computed all its elements, by rising index, on the calling thread,
+/// whatever the number of threads that computed. Nothing else is reported then: errno stays, and neither the
+/// C callback nor a trap is called. Without a scope the C interface reports as the thread's mode word sets.
 class [[nodiscard]] error_scope {
  public:
   using handler = std::function<void(math_error&)>;
@@ -126,13 +126,13 @@ class [[nodiscard]] error_scope {
   error_scope(const error_scope&) = delete;
   error_scope& operator=(const error_scope&) = delete;
 
-  /// What a collecting scope has seen, in order of the calls and of their elements.
+  /// What a collecting scope has received, in order of the calls and of their elements.
   const std::vector<math_error>& errors() const noexcept { return errors_; }
 
   /// Hands one error to this scope.
   void handle(math_error& e);
 
-  /// Whether it looks at no more than the first error of a call.
+  /// Whether it uses no more than the first error of a call.
   bool first_only() const noexcept { return what_ == on_error::raise; }
 
  private:
@@ -143,8 +143,8 @@ class [[nodiscard]] error_scope {
   error_scope* previous_;
 };
 
-/// Cuts the long calls of the thread among up to `threads` threads, results and errors being the same to the
-/// bit. Calls too short to gain run on one. Raises tmk::error for fewer than 1.
+/// Shares the long calls of the thread among up to `threads` threads, with the same results and errors to the
+/// bit. Calls that are too short to gain run on one. Raises tmk::error for fewer than 1.
 class [[nodiscard]] parallel_scope {
  public:
   [[nodiscard]] explicit parallel_scope(int threads);

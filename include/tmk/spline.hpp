@@ -9,9 +9,9 @@
 //   auto u = tmk::spline::natural(tmk::uniform(0, 10, n), y, tmk::boundary::first_derivative(0));
 //   s.extrapolate(tmk::side::left, tmk::extrapolation::constant);
 //
-// A spline owns what it needs; x and y may go. It never changes but by extrapolate: copies share what they
-// hold, a move is a copy, and all const members may run in several threads at once. Inside a parallel_scope,
-// long calls use its threads.
+// A spline owns what it needs; x and y may be freed. It never changes but by extrapolate: copies share what
+// they hold, a move is a copy, and all const members may run in several threads at once. Inside a
+// parallel_scope, long calls use its threads.
 //
 // x and y are checked at construction: x finite and strictly ascending, y finite, sizes that match, as many
 // points as the family needs, all coefficients finite. Calls check their sizes alone. A refused call throws
@@ -34,18 +34,18 @@ struct boundary {
   static constexpr boundary second_derivative(double value) { return {condition::second, value}; }
   /// The second derivative is zero.
   static constexpr boundary free_end() { return {condition::second, 0}; }
-  /// The outer cell's polynomial goes through the third point, too; so where the second derivative has no
+  /// The outer cell's polynomial passes through the third point, too; so where the second derivative has no
   /// jump, the outer two cells have one polynomial. Holds for both ends or none.
   static constexpr boundary not_a_knot() { return {condition::not_a_knot, 0}; }
-  /// The spline goes on at the other end. Holds for both ends or none; the first value equals the last.
+  /// The spline continues at the other end. Holds for both ends or none; the first value equals the last.
   static constexpr boundary periodic() { return {condition::periodic, 0}; }
 };
 
 enum class side { left, right };
 
-/// What is found outside the partition, t being a site there and e the nearest end.
+/// What holds outside the partition, t being a site there and e the nearest end.
 enum class extrapolation {
-  polynomial,  ///< the outermost polynomial, carried on
+  polynomial,  ///< the outermost polynomial, continued
   constant,    ///< the value at e
   linear,      ///< the tangent at e
   periodic,    ///< the value in the partition whole periods away
@@ -78,7 +78,7 @@ using enum result_order;
 }
 
 namespace detail {
-// Throws for what is no side.
+// Throws for a value that is not a side.
 family step_family(side from);
 }  // namespace detail
 
@@ -135,7 +135,7 @@ class spline_families {
         detail::family::not_a_knot, x, y, {.left = boundary::not_a_knot(), .right = boundary::not_a_knot()}};
   }
 
-  /// The cubic spline whose first two derivatives go on at the other end. 3 points.
+  /// The cubic spline whose first two derivatives continue at the other end. 3 points.
   template <detail::array_of_double_or_float Y>
   [[nodiscard]] static result<Y> periodic(x_of<Y> x, const Y& y) {
     return {detail::family::periodic, x, y, {.left = boundary::periodic(), .right = boundary::periodic()}};
@@ -197,7 +197,7 @@ class basic_spline : public spline_families {
   [[nodiscard]] Real operator()(Real site, int derivative = 0) const;
 
   /// Values at sites, an array or tmk::uniform(first, last, n): function by function. out has
-  /// functions() * sites elements. Ascending sites are found out, and are fastest.
+  /// functions() * sites elements. Ascending sites are recognised, and are the fastest.
   void operator()(const abscissae<Real>& sites, std::span<Real> out) const;
 
   /// Values and derivatives; out has functions() * sites * orders elements.
@@ -223,7 +223,7 @@ class basic_spline : public spline_families {
   /// What holds outside the partition at one side, in evaluations and in integrals. Returns *this.
   basic_spline& extrapolate(side which, extrapolation how);
 
-  /// By a function of (site), or of (site, function, derivative). Derivative -1 asks for the integral from
+  /// By a function of (site), or of (site, function, derivative). Derivative -1 requests the integral from
   /// the end of the partition to the site. A function of the site alone gives values, and NaN for the rest.
   template <class Function>
   requires std::invocable<Function&, Real, std::size_t, int> || std::invocable<Function&, Real> basic_spline&

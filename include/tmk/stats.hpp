@@ -17,10 +17,10 @@
 // on the number of variables alone, each block is centred before its powers are summed, and blocks are joined
 // in their order: on one tier, results are the same to the bit for any number of threads, layout and strides.
 //
-// Weights are finite and not negative, and say how much an observation counts (its reliability): what has
+// Weights are finite and not negative, and give how much an observation counts (its reliability): one of
 // weight 0 is left out, whatever it holds. With W the sum of the weights and W2 that of their squares, the
 // variance is the sum of squares about the mean divided by W - W2 / W, which is n - 1 without weights. With
-// `weights_are_counts` weights are whole numbers and say how often an observation was made: the divisor is
+// `weights_are_counts` weights are whole numbers and give how often an observation was made: the divisor is
 // W - 1, and results are those of data that hold each observation as often.
 //
 // A refused call throws tmk::error naming argument and value and changes nothing; so does one that finds no
@@ -37,8 +37,12 @@
 #include <tmk/error.hpp>
 #include <tmk/matrix_view.hpp>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
+
+struct TmkSSMoments;
+struct TmkSSSketch;
 
 namespace tmk {
 
@@ -58,7 +62,7 @@ class weight_view : public std::optional<std::span<const double>> {
 };
 
 enum class nan_policy {
-  propagate,  ///< what a NaN takes part in is NaN
+  propagate,  ///< estimates that a NaN enters are NaN
   omit,       ///< each variable on its own leaves out its NaNs; matrices are over the rows without any, so
               ///< that they stay positive semidefinite
   raise,      ///< tmk::error naming row and column of the first one
@@ -69,7 +73,7 @@ struct describe_options {
   int threads = 1;
   nan_policy nan = nan_policy::propagate;
   std::vector<double> orders = {0.25, 0.5, 0.75};  ///< of the quantiles, each from 0 to 1
-  bool matrices = true;                            ///< cov and cor are wanted
+  bool matrices = true;                            ///< computes cov and cor
   bool weights_are_counts = false;
 };
 
@@ -85,15 +89,15 @@ struct summary {
   std::vector<double> min, max;
   std::vector<double> median;
   std::vector<double> mad;     ///< median of |x - median|; times 1.4826 it estimates the sd of normal data
-  std::vector<double> orders;  ///< as asked
+  std::vector<double> orders;  ///< those of the options
   matrix quantiles;            ///< (variable, order)
   std::int64_t complete = 0;   ///< observations that the matrices are made of
-  matrix cov, cor;             ///< empty unless wanted; the diagonal of cor is exactly 1, or NaN
+  matrix cov, cor;             ///< empty without the option; the diagonal of cor is exactly 1, or NaN
 };
 
 /// Throws tmk::error for no rows or columns, null data, weights of another size than rows, a weight that is
 /// negative or not finite (or not whole, where weights are counts), weights whose sum is not finite (or above
-/// 2^53), an order outside 0 to 1, threads below 1, a NaN policy that is none, more than 32768 columns with
+/// 2^53), an order outside 0 to 1, threads below 1, an unknown NaN policy, more than 32768 columns with
 /// matrices, and a NaN under nan_policy::raise.
 [[nodiscard]] summary describe(const data_view& x, const describe_options& options = {});
 
@@ -121,41 +125,24 @@ struct moments_options {
   bool weights_are_counts = false;
 };
 
-namespace detail {
-
-// Sums of (x - mean)^k, the mean being shift + offset; mean_weight is W2 / W. All zero while n is.
-struct variable_sums {
-  std::int64_t n = 0;
-  double weight = 0, mean_weight = 0, shift = 0, offset = 0, c2 = 0, c3 = 0, c4 = 0, min = 0, max = 0;
-};
-
-// Sums of products about the means of the complete rows: the lower triangle by rows.
-struct joint_sums {
-  std::int64_t n = 0;
-  double weight = 0, mean_weight = 0;
-  std::vector<double> shift, offset, cross;
-};
-
-struct moment_sums {
-  std::vector<variable_sums> variables;
-  joint_sums joint;
-};
-
-}  // namespace detail
-
 /// Moments to order 4, extrema and cross-product of data that come in blocks, from several places, or both.
 /// Central sums are joined by the pairwise formulas (Chan, Golub and LeVeque; Pebay for the higher orders);
 /// a mean is kept as the sum of two doubles, so that large offsets cost no digits. One that was moved from
 /// has no columns.
 class moments {
  public:
-  /// Throws for no columns, more than 32768 with a cross-product, and a NaN policy that is none.
+  /// Throws for no columns, more than 32768 with a cross-product, and an unknown NaN policy.
   explicit moments(std::size_t cols, const moments_options& options = {});
+  moments(const moments& other);
+  moments(moments&& other) noexcept = default;
+  moments& operator=(const moments& other);
+  moments& operator=(moments&& other) noexcept = default;
+  ~moments() = default;
 
   /// Throws as describe does, and for other columns than cols(); a block may be empty.
   void add(const data_view& x, const weight_view& weights = {}, int threads = 1);
 
-  /// As if what the other has seen had been added. Throws for another number of columns, other options, and
+  /// As if the data of the other had been added. Throws for another number of columns, other options, and
   /// weights whose sum is not finite.
   void merge(const moments& other);
   moments& operator+=(const moments& other) {
@@ -163,10 +150,10 @@ class moments {
     return *this;
   }
 
-  /// As if nothing had been added.
+  /// Forgets all data.
   void reset();
 
-  std::size_t cols() const { return sums_.variables.size(); }
+  std::size_t cols() const noexcept;
   const moments_options& options() const { return options_; }
 
   // Per variable, as in summary.
@@ -189,29 +176,37 @@ class moments {
 
  private:
   friend summary describe(const data_view& x, const describe_options& options);
+  struct release {
+    void operator()(TmkSSMoments* p) const;
+  };
+  using handle = std::unique_ptr<TmkSSMoments, release>;
+  moments(const moments_options& options, handle sums) : options_(options), sums_(std::move(sums)) {}
+  std::vector<double> estimate(std::int32_t which) const;
+  matrix estimate_matrix(const char* function, std::int32_t which) const;
+
   moments_options options_;
-  detail::moment_sums sums_;
+  handle sums_;  // of the C interface; null in one that was moved from
 };
 
 /// Approximate quantiles of data that come in blocks and are never kept. Whatever the order of arrival and of
 /// merging, the rank of an answer is off by at most epsilon times the number of values (blocks as in Zhang
 /// and Wang, A fast algorithm for approximate quantiles in high speed data streams, 2007). Weights are not
-/// offered. One that was moved from has no columns and throws when it is asked for values; it may be assigned
+/// offered. One that was moved from has no columns and throws when values are requested; it may be assigned
 /// to.
 class quantile_sketch {
  public:
-  /// Throws for no columns, an epsilon that is not above 0 and at most 1, and a NaN policy that is none.
+  /// Throws for no columns, an epsilon that is not above 0 and at most 1, and an unknown NaN policy.
   explicit quantile_sketch(std::size_t cols, double epsilon = 0.001, nan_policy nan = nan_policy::propagate);
   quantile_sketch(const quantile_sketch& other);
-  quantile_sketch(quantile_sketch&& other) noexcept;
+  quantile_sketch(quantile_sketch&& other) noexcept = default;
   quantile_sketch& operator=(const quantile_sketch& other);
-  quantile_sketch& operator=(quantile_sketch&& other) noexcept;
-  ~quantile_sketch();
+  quantile_sketch& operator=(quantile_sketch&& other) noexcept = default;
+  ~quantile_sketch() = default;
 
   /// Throws for other columns than cols(), null data, and a NaN under nan_policy::raise.
   void add(const data_view& x);
 
-  /// As if what the other has seen had been added, but for the values that answers are taken from. Of two
+  /// As if the data of the other had been added, but for the values that answers are taken from. Of two
   /// epsilons the larger holds from then on. Throws for other columns and another NaN policy.
   void merge(const quantile_sketch& other);
   quantile_sketch& operator+=(const quantile_sketch& other) {
@@ -219,7 +214,7 @@ class quantile_sketch {
     return *this;
   }
 
-  /// As if nothing had been added.
+  /// Forgets all data.
   void reset();
 
   std::size_t cols() const noexcept;
@@ -227,8 +222,8 @@ class quantile_sketch {
   /// Values of the variable so far, without NaNs.
   std::int64_t count(std::size_t variable) const;
 
-  /// NaN before the first value and, under nan_policy::propagate, after a NaN. Throws for a variable that is
-  /// not there and an order outside 0 to 1.
+  /// NaN before the first value and, under nan_policy::propagate, after a NaN. Throws for a variable that
+  /// does not exist and an order outside 0 to 1.
   [[nodiscard]] double quantile(std::size_t variable, double order) const;
 
   /// A value and bounds of how many values are not above it (its rank, 1 to count, if values differ); they
@@ -239,9 +234,9 @@ class quantile_sketch {
   };
   [[nodiscard]] estimate bounds(std::size_t variable, double order) const;
 
-  /// How many values are not above this one, seen before or not: the bounds' middle is off by at most epsilon
-  /// count. 0 and 0 before the first value. Under nan_policy::propagate, after a NaN, value is NaN and the
-  /// bounds are 0. Throws for a variable that is not there and a value that is NaN.
+  /// How many values are not above this one, which need not be among them: the bounds' middle is off by at
+  /// most epsilon count. 0 and 0 before the first value. Under nan_policy::propagate, after a NaN, value is
+  /// NaN and the bounds are 0. Throws for a variable that does not exist and a value that is NaN.
   [[nodiscard]] estimate rank(std::size_t variable, double value) const;
 
   /// An image as that of moments, of the same guarantees. What it holds answers as the sketch did.
@@ -249,10 +244,15 @@ class quantile_sketch {
   [[nodiscard]] static quantile_sketch from_bytes(std::span<const std::byte> bytes);
 
  private:
-  struct state;
-  explicit quantile_sketch(std::unique_ptr<state> s);
-  state& here(const char* function) const;
-  std::unique_ptr<state> state_;
+  struct release {
+    void operator()(TmkSSSketch* p) const;
+  };
+  using handle = std::unique_ptr<TmkSSSketch, release>;
+  explicit quantile_sketch(handle sketch) : sketch_(std::move(sketch)) {}
+  TmkSSSketch* here(const char* function) const;
+  void check_variable(const char* function, std::size_t variable) const;
+
+  handle sketch_;  // of the C interface; null in one that was moved from
 };
 
 template <class T>

@@ -2,7 +2,7 @@
 // Edits of a task. Checks and stores alternate where a family of fields is edited at once: a call that fails
 // has changed what comes before the failure.
 #include "fitting/fields.hpp"
-#include "fitting/rows.hpp"
+#include "fitting/row_pointers.hpp"
 #include "platform/checks.hpp"
 
 namespace tmk::fitting {

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fields that edits and queries know by an attribute number.
+// The fields that edits and queries select by an attribute number.
 #pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 
 #include "fitting/task.hpp"
 
@@ -10,12 +14,22 @@ constexpr bool is_storage_hint(int64_t v) {
   return v == 0 || v == DF_ROWS || v == DF_COLUMNS || v == DF_SEPARATE;
 }
 constexpr bool is_partition_hint(int64_t v) {
-  return v == 0 || v == 1 || v == 2 || v == DF_PARTITION_UNIFORM;
+  return v == DF_PARTITION_UNKNOWN || v == DF_PARTITION_NON_UNIFORM || v == DF_PARTITION_QUASI_UNIFORM ||
+         v == DF_PARTITION_UNIFORM;
 }
-// Look-up and step kinds come by EditPPSpline1D alone.
-constexpr bool is_type(int64_t v) { return (v >= 0 && v <= 5) || v == 9; }
+// The types of cubics by which callers note a family. The constructor that a call names makes the spline; of
+// these types only Hermite's changes a result, the status of a periodic spline without boundary values.
+constexpr int64_t hermite_type = 3;
+constexpr int64_t cubic_families[] = {2, hermite_type, 4, 5, 9};
+constexpr bool is_cubic_family(int64_t v) {
+  return std::find(std::begin(cubic_families), std::end(cubic_families), v) != std::end(cubic_families);
+}
+// Look-ups and steps are set by EditPPSpline1D alone.
+constexpr bool is_type(int64_t v) {
+  return v == DF_TYPE_STANDARD || v == DF_TYPE_SUBBOTIN || is_cubic_family(v);
+}
 constexpr bool is_ic_type(int64_t v) {
-  return (v & DF_IC_KNOTS) != 0 || v == 0 || v == DF_IC_FIRST || v == DF_IC_SECOND;
+  return (v & DF_IC_KNOTS) != 0 || v == DF_IC_NONE || v == DF_IC_FIRST || v == DF_IC_SECOND;
 }
 
 // Values, by attribute from DF_NX on; those of both precisions are at the same place. DF_AUX_FLAG, 32 bits
@@ -40,7 +54,7 @@ static_assert(DF_NX + sizeof value_rows / sizeof value_rows[0] == DF_AUX_FLAG);
 constexpr bool is_value(int64_t attribute) { return attribute >= DF_NX && attribute < DF_AUX_FLAG; }
 constexpr const value_row& value_row_of(int64_t attribute) { return value_rows[attribute - DF_NX]; }
 
-// Pointers, by attribute: those that lie in the record, and those in an array of rows.
+// Pointers, by attribute: those in the record, and those in an array of row pointers.
 template <class Real>
 struct pointer_row {
   const Real* task<Real>::*field;

@@ -28,7 +28,7 @@ int32_t query_pointer(DFTask* handle, int64_t attribute, Real** pointer) {
   return 0;
 }
 
-// Here the index is looked at first, and may be ny: the slot after the last is null.
+// Here the index is checked first, and may be ny: the slot after the last is null.
 template <class Real>
 int32_t query_row(DFTask* handle, int64_t attribute, int64_t index, Real** pointer) {
   if (const int32_t bad = first_status(

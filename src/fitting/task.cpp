@@ -5,14 +5,14 @@
 #include <new>
 
 #include "fitting/fields.hpp"
-#include "fitting/rows.hpp"
+#include "fitting/row_pointers.hpp"
 #include "platform/checks.hpp"
 
 namespace tmk::fitting {
 
 namespace {
 
-// Memory that is not there leaves the record to DeleteTask.
+// When memory is missing, the record is left to DeleteTask.
 template <class Real>
 int32_t make(DFTask** place, int64_t nx, const Real* x, int64_t xhint, int64_t ny, const Real* y,
              int64_t yhint, uint32_t wide_ints) {
@@ -38,7 +38,7 @@ int32_t make(DFTask** place, int64_t nx, const Real* x, int64_t xhint, int64_t n
   t->tag = 4;
   t->precision = sizeof(Real) == sizeof(double) ? 1 : 0;
   t->dims = 1;
-  // All its room at once: a later edit can build the index, and needs no memory for it.
+  // Of full size at once: a later edit can build the index without allocating.
   t->buckets = static_cast<bucket*>(tmk_serv_allocate(bucket_room * sizeof(bucket), 128));
   if (t->buckets == nullptr) return DF_STATUS_NO_MEMORY;
   if (xhint != DF_PARTITION_UNIFORM) build_bucket_index(*t);
@@ -49,7 +49,7 @@ int32_t make(DFTask** place, int64_t nx, const Real* x, int64_t xhint, int64_t n
 
 }  // namespace tmk::fitting
 
-// Both precisions agree in all that is owned.
+// The fields that the task owns are at the same place in both precisions.
 int32_t tmk_df_kernel_DeleteTask(DFTask** task) {
   if (task == nullptr || *task == nullptr) return DF_STATUS_NULL_TASK;
   auto& t = tmk::fitting::task<double>::of(*task);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fitting task: a partition, functions over it, the description of a spline and the place of its
-// coefficients, all the caller's; its own are the two arrays of row pointers and the bucket index of the
-// partition.
+// The fitting task: a partition, functions over it, the description of a spline and pointers to its
+// coefficients, all of which the caller owns; the task owns the two arrays of row pointers and the bucket
+// index of the partition.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,8 @@ struct bucket {
 };
 constexpr int bucket_room = 1026;
 
-// What a DFTask* points to. The 32-bit layout packs the 64-bit fields to 4 bytes, as that interface's own
-// compilers do; both precisions agree up to the scale.
+// What a DFTask* points to. The 32-bit layout packs the 64-bit fields to 4 bytes, as the compilers for that
+// interface do; both precisions agree up to bucket_scale.
 template <class Real>
 struct task {
   uint32_t wide_ints;
@@ -48,19 +48,19 @@ struct task {
   bool columns() const { return yhint == DF_COLUMNS; }
 };
 
-// How far points that are said to be even lie from a uniform partition, in steps, at most: 4e-11 in double
+// The most by which points that are declared even differ from a uniform partition, in steps: 4e-11 in double
 // precision.
 template <class Real>
 constexpr Real even_within = sizeof(Real) == 8 ? Real(3.6685e-11) : Real(2.4222e-5);
 
-// For the C++ API, which has looked: the given points of the task are even, so that a cell follows from a
+// For the C++ API, which has checked it: the given points of the task are even, so that a cell follows from a
 // site's place in proportion. Cells are the same, in less time.
 template <class Real>
 void points_are_even(DFTask* handle) {
   task<Real>::of(handle).even = true;
 }
 
-// By nx and x, in the task's own room.
+// By nx and x, in the memory that the task has for it.
 template <class Real>
 void build_bucket_index(task<Real>& t);
 

@@ -24,7 +24,7 @@ struct blas_library {
 };
 
 // The BLAS of this process. The static library links one (linked/). The shared library loads one at the first
-// call (loaded/): a process that computes no covariance pays nothing for it.
+// call (loaded/): a process that computes no covariance does not load it.
 const blas_library& blas();
 
 // Plain loops, for a process without a BLAS.

@@ -49,7 +49,7 @@ template void solve(const tridiagonals<const float>&, float*, ptrdiff_t, ptrdiff
 
 }  // namespace tmk::linalg
 
-#define TMK_TRIDIAGONAL_TWIN(letter, Real)                                                            \
+#define TMK_TRIDIAGONAL(letter, Real)                                                                 \
   void letter##dttrfb_4dfl(const int* n, Real* dl, Real* d, Real* du, int* info) {                    \
     *info = static_cast<int>(tmk::linalg::factor<Real>({*n, dl, d, du}));                             \
   }                                                                                                   \
@@ -63,5 +63,5 @@ template void solve(const tridiagonals<const float>&, float*, ptrdiff_t, ptrdiff
     letter##dttrfb_4dfl(n, dl, d, du, info);                                                          \
     if (*info == 0) letter##dttrsb_4dfl("N", n, nrhs, dl, d, du, b, ldb, info);                       \
   }
-TMK_TRIDIAGONAL_TWIN(d, double)
-TMK_TRIDIAGONAL_TWIN(s, float)
+TMK_TRIDIAGONAL(d, double)
+TMK_TRIDIAGONAL(s, float)

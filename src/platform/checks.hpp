@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A function's checks as a list in the order of their statuses.
+// A function's checks of its arguments as a table, in the order in which their statuses take precedence.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@ struct status_row {
   int32_t status;
 };
 
-// The status of the first row that holds.
+// The status of the first row whose condition holds, or 0.
 template <size_t Count>
 int32_t first_status(const status_row (&rows)[Count]) {
   const auto* row = std::find_if(rows, rows + Count, [](const status_row& r) { return r.holds; });

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Floating-point toolbox: bits of a value, polynomials, and the exact operations double-double work rests on.
-// Written over any value type: float, double, long double, or a SIMD batch of them.
+// Floating-point basics: the bits of a value, Horner's rule, and values as exact sums of two. Values may be
+// float, double, long double, or a batch of them.
 #pragma once
 
 #include <bit>
@@ -49,49 +49,27 @@ constexpr Real from_bits(typename format<Real>::bits b) {
 template <class Real>
 constexpr Real negative_nan = from_bits<Real>(format<Real>::sign | format<Real>::quiet_nan);
 
-// The upper 32 bits of a double: sign, exponent and 20 fraction bits.
-constexpr uint32_t high_word(double x) { return static_cast<uint32_t>(to_bits(x) >> 32); }
-
 template <class Real>
 constexpr auto magnitude_bits(Real x) {
   return to_bits(x) & ~format<Real>::sign;
 }
 
-// c0 + c1 x + c2 x^2 + ... by Horner's rule, without fused operations.
-template <class Value, class First>
-constexpr Value polyeval(const Value&, First c0) {
-  return Value(c0);
-}
-
-template <class Value, class First, class... Rest>
-constexpr Value polyeval(const Value& x, First c0, Rest... rest) {
-  return Value(c0) + x * polyeval(x, rest...);
-}
-
-// The same with coefficients from an array.
-template <class Value, class C, int N>
-constexpr Value polyeval(const Value& x, const C (&coefficients)[N]) {
-  Value y(coefficients[N - 1]);
-  for (int i = N - 2; i >= 0; --i) y = Value(coefficients[i]) + x * y;
-  return y;
-}
-
 // A value as an unevaluated sum high + low, |low| <= ulp(high) / 2.
 template <class Value>
-struct double_value {
+struct value_pair {
   Value high, low;
 };
 
 // Exact for |a| >= |b|, and whenever the exponent of a is not below that of b.
 template <class Value>
-constexpr double_value<Value> fast_two_sum(const Value& a, const Value& b) {
+constexpr value_pair<Value> fast_two_sum(const Value& a, const Value& b) {
   const Value s = a + b;
   return {s, b - (s - a)};
 }
 
 // Exact without condition (Knuth).
 template <class Value>
-constexpr double_value<Value> two_sum(const Value& a, const Value& b) {
+constexpr value_pair<Value> two_sum(const Value& a, const Value& b) {
   const Value s = a + b;
   const Value t = s - a;
   return {s, (a - (s - t)) + (b - t)};

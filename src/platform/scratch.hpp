@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Memory of a scope, aligned for the widest registers and the caches; tests false when there was none.
+// Memory freed with its scope, aligned for the widest registers and the caches; converts to false when it
+// could not be allocated.
 #pragma once
 
 #include <cstddef>

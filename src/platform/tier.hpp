@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tier a translation unit is compiled for. Everything inline that a kernel may use lives in the inline
-// namespace of its tier, so that no instantiation made for wide registers can replace one made for narrow
-// ones.
+// The tier that a translation unit is compiled for. Everything inline that a kernel may use is defined in the
+// inline namespace of its tier: otherwise the linker might keep an instantiation made for wide registers
+// where one for narrow registers is needed.
 #pragma once
 
 #ifndef TMK_TIER
@@ -24,5 +24,4 @@
 TMK_TIER_OPEN
 constexpr int this_tier = TMK_TIER_NUMBER(TMK_TIER);
 constexpr bool is_baseline = this_tier == 0;
-constexpr bool has_fma = this_tier >= 1;
 TMK_TIER_CLOSE

@@ -15,7 +15,7 @@ using word_of = std::conditional_t<
     std::conditional_t<Bytes == 2, uint16_t, std::conditional_t<Bytes == 4, uint32_t, uint64_t>>>;
 
 // Signed integers turn the sign bit. Floating values turn it when it is clear and all bits when it is set, so
-// that -0.0 stands below +0.0 and NaNs outside all numbers. A descending order complements the keys.
+// that -0.0 is below +0.0 and NaNs are outside all numbers. A descending order complements the keys.
 template <class T, bool Descending>
 struct order {
   using word = word_of<sizeof(T)>;

@@ -2,8 +2,9 @@
 // Radix sorts in place.
 //
 // Keys are sorted by two or three digits of the highest bits in which they differ, from the lowest digit up.
-// Where these do not hold the whole difference, keys with equal digits lie side by side then, and such runs
-// are short in data of many values: an insertion sort ends them, a further radix sort if they are long.
+// Where these digits do not hold the whole difference, keys with equal digits are adjacent afterwards. Such
+// runs are short in data of many values: an insertion sort finishes them, or a further radix sort if they are
+// long.
 #include "primitives/sort.hpp"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ namespace {
 
 // Below this the digits' counters cost more than they save.
 constexpr int32_t radix_pays = 160;
-// From here on digits of 11 bits pay; below it counting them costs more than a longer settling.
+// From here on digits of 11 bits pay; below it counting them costs more than settling longer runs.
 constexpr int32_t wide_digits_pay = 6000;
 
 template <class Order, class Word>
@@ -29,7 +30,8 @@ void sort_by_comparison(Word* a, int32_t n) {
   for (int32_t i = 0; i < n; ++i) a[i] = Order::element(a[i]);
 }
 
-// What a first reading tells of the keys: the bits in which they differ, and whether they are in order.
+// What a first reading finds out about the keys: the bits in which they differ, and whether they are in
+// order.
 template <class Word>
 struct survey {
   Word differing;
@@ -53,7 +55,7 @@ survey<Word> survey_of(const Word* a, int32_t n) {
 template <class T, bool Descending>
 void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n);
 
-// Moves keys, which are in order but for their lowest `skip` bits, into their places in `a` as elements.
+// Moves keys, which are in order except for their lowest `skip` bits, into their places in `a` as elements.
 template <class T, bool Descending, class Word>
 void settle_runs(Word* a, Word* scratch, const Word* keys, int32_t n, int skip) {
   using order = order<T, Descending>;
@@ -71,7 +73,7 @@ void settle_runs(Word* a, Word* scratch, const Word* keys, int32_t n, int skip) 
       }
     } else {
       for (int32_t j = i; j < end; ++j) a[j] = order::element(keys[j]);
-      sort<T, Descending>(a + i, scratch + i, end - i);  // what differs in it is below the digits
+      sort<T, Descending>(a + i, scratch + i, end - i);  // its keys differ below the digits alone
     }
     i = end;
   }
@@ -126,7 +128,7 @@ void sort(word_of<sizeof(T)>* a, word_of<sizeof(T)>* scratch, int32_t n) {
     sort_by_digits<T, Descending, 8>(a, scratch, n, differing);
 }
 
-// Of a key of 8 bits its count tells all.
+// Keys of 8 bits are determined by their counts.
 template <bool Descending, class T>
 void sort_bytes(T* a, int32_t n) {
   using order = order<T, Descending>;

@@ -14,7 +14,7 @@
 
 namespace tmk::primitives {
 
-// Hidden, lest the shared library export it from the C++ API's units.
+// Hidden, so that the shared library does not export it from the units of the C++ API.
 template <class T, bool Descending>
 [[gnu::visibility("hidden")]] void sort_positions(const T* x, std::uint32_t n, std::size_t* positions) {
   using order = order<T, Descending>;

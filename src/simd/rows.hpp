@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Rows of a table by index as columns in registers, and columns of registers as rows in memory: loads, stores
 // and shuffles of 128-bit parts, which cost less than gather and scatter instructions.
+//
+// Shuffles work within each 128-bit part, alike in all parts. The pictures are of the first part: two doubles
+// or four singles of the columns a, b, c, d, lane 0 on the left.
+//   unpack_low(a, b)    a0 b0        a0 b0 a1 b1
+//   unpack_high(a, b)   a1 b1        a2 b2 a3 b3
+// Two singles that stay together are moved as one double.
 #pragma once
 
 #include <type_traits>
@@ -10,68 +16,7 @@
 
 TMK_TIER_OPEN
 
-// In each 128-bit part: the lower, or upper, lanes of two registers in turn; two lanes of the one and two of
-// the other, by the two-bit numbers in Lanes; the lower lane of the one and the upper of the other. Pairs of
-// singles are moved as doubles are.
-#if TMK_TIER_NUMBER(TMK_TIER) == 2
-inline f32 unpack_low(const f32& a, const f32& b) { return _mm512_unpacklo_ps(a, b); }
-inline f32 unpack_high(const f32& a, const f32& b) { return _mm512_unpackhi_ps(a, b); }
-inline f64 unpack_low(const f64& a, const f64& b) { return _mm512_unpacklo_pd(a, b); }
-inline f64 unpack_high(const f64& a, const f64& b) { return _mm512_unpackhi_pd(a, b); }
-template <int Lanes>
-f32 shuffle(const f32& a, const f32& b) {
-  return _mm512_shuffle_ps(a, b, Lanes);
-}
-inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm512_shuffle_pd(a, b, 0xAA); }
-#elif TMK_TIER_NUMBER(TMK_TIER) == 1
-inline f32 unpack_low(const f32& a, const f32& b) { return _mm256_unpacklo_ps(a, b); }
-inline f32 unpack_high(const f32& a, const f32& b) { return _mm256_unpackhi_ps(a, b); }
-inline f64 unpack_low(const f64& a, const f64& b) { return _mm256_unpacklo_pd(a, b); }
-inline f64 unpack_high(const f64& a, const f64& b) { return _mm256_unpackhi_pd(a, b); }
-template <int Lanes>
-f32 shuffle(const f32& a, const f32& b) {
-  return _mm256_shuffle_ps(a, b, Lanes);
-}
-inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm256_shuffle_pd(a, b, 0xA); }
-#else
-inline f32 unpack_low(const f32& a, const f32& b) { return _mm_unpacklo_ps(a, b); }
-inline f32 unpack_high(const f32& a, const f32& b) { return _mm_unpackhi_ps(a, b); }
-inline f64 unpack_low(const f64& a, const f64& b) { return _mm_unpacklo_pd(a, b); }
-inline f64 unpack_high(const f64& a, const f64& b) { return _mm_unpackhi_pd(a, b); }
-template <int Lanes>
-f32 shuffle(const f32& a, const f32& b) {
-  return _mm_shuffle_ps(a, b, Lanes);
-}
-inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm_shuffle_pd(a, b, 2); }
-#endif
-
-// The register whose 128-bit parts are part(0), part(1), ... as doubles, and such a part of a register.
-template <class Part>
-[[gnu::always_inline]] inline f64 from_parts(const Part& part) {
-#if TMK_TIER_NUMBER(TMK_TIER) == 2
-  const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(part(0)), part(1), 1);
-  const __m256d high = _mm256_insertf128_pd(_mm256_castpd128_pd256(part(2)), part(3), 1);
-  return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
-#elif TMK_TIER_NUMBER(TMK_TIER) == 1
-  return _mm256_insertf128_pd(_mm256_castpd128_pd256(part(0)), part(1), 1);
-#else
-  return part(0);
-#endif
-}
-
-template <int Part>
-__m128d part_of(const f64& x) {
-#if TMK_TIER_NUMBER(TMK_TIER) == 2
-  return _mm512_extractf64x2_pd(x, Part);
-#elif TMK_TIER_NUMBER(TMK_TIER) == 1
-  return _mm256_extractf128_pd(x, Part);
-#else
-  return x;
-#endif
-}
-
-// The values at p + index[lane] * stride, lane by lane: loads and shuffles, since gather instructions are no
-// faster.
+// The values at p + index[lane] * stride, lane by lane.
 template <class T>
 [[gnu::always_inline]] inline batch<T> load_at(const T* p, const int32_t* index, ptrdiff_t stride = 1) {
   const auto at = [&](int lane) { return p[index[lane] * stride]; };
@@ -83,7 +28,14 @@ template <class T>
     }));
 }
 
-// Rows of a table of `Columns` columns, row[lane] for each lane, as columns.
+// Rows of a table of `Columns` columns, row[lane] for each lane, as columns. Singles, four columns:
+//   r0  a0 b0 c0 d0        low01   a0 a1 b0 b1        column[0]  a0 a1 a2 a3
+//   r1  a1 b1 c1 d1        high01  c0 c1 d0 d1        column[1]  b0 b1 b2 b3
+//   r2  a2 b2 c2 d2   ->   low23   a2 a3 b2 b3   ->   column[2]  c0 c1 c2 c3
+//   r3  a3 b3 c3 d3        high23  c2 c3 d2 d3        column[3]  d0 d1 d2 d3
+// Two columns of singles:
+//   even  a0 b0 a2 b2  ->  low   a0 a1 b0 b1  ->  column[0]  a0 a1 a2 a3
+//   odd   a1 b1 a3 b3      high  a2 a3 b2 b3      column[1]  b0 b1 b2 b3
 template <int Columns, class T>
 [[gnu::always_inline]] inline void load_columns(const T* table, const int32_t* row,
                                                 batch<T> (&column)[Columns]) {
@@ -99,11 +51,11 @@ template <int Columns, class T>
     pairs(0);
     if constexpr (Columns == 4) pairs(2);
   } else if constexpr (Columns == 4) {
-    const auto rows = [&](int first) __attribute__((always_inline)) {
+    const auto row_of_each = [&](int first) __attribute__((always_inline)) {
       return bits_as<float>(
           from_parts([&](int i) { return _mm_castps_pd(_mm_loadu_ps(at(4 * i + first))); }));
     };
-    const f32 r0 = rows(0), r1 = rows(1), r2 = rows(2), r3 = rows(3);
+    const f32 r0 = row_of_each(0), r1 = row_of_each(1), r2 = row_of_each(2), r3 = row_of_each(3);
     const f64 low01 = bits_as<double>(unpack_low(r0, r1)), high01 = bits_as<double>(unpack_high(r0, r1));
     const f64 low23 = bits_as<double>(unpack_low(r2, r3)), high23 = bits_as<double>(unpack_high(r2, r3));
     column[0] = bits_as<float>(unpack_low(low01, low23));
@@ -111,15 +63,15 @@ template <int Columns, class T>
     column[2] = bits_as<float>(unpack_low(high01, high23));
     column[3] = bits_as<float>(unpack_high(high01, high23));
   } else {
-    // Lanes `first` and `first` + 2 of each part.
-    const auto rows = [&](int first) __attribute__((always_inline)) {
+    // The rows of lanes `first` and `first` + 2 of each part.
+    const auto two_of_each = [&](int first) __attribute__((always_inline)) {
       return bits_as<float>(from_parts([&](int i) {
-        const auto pair = [&](int lane) { return reinterpret_cast<const __m64*>(at(4 * i + lane)); };
-        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pair(first)));
-        return _mm_castps_pd(_mm_loadh_pi(_mm_castsi128_ps(low), pair(first + 2)));
+        const auto row = [&](int lane) { return reinterpret_cast<const __m64*>(at(4 * i + lane)); };
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(row(first)));
+        return _mm_castps_pd(_mm_loadh_pi(_mm_castsi128_ps(low), row(first + 2)));
       }));
     };
-    const f32 even = rows(0), odd = rows(1);
+    const f32 even = two_of_each(0), odd = two_of_each(1);
     const f64 low = bits_as<double>(unpack_low(even, odd)), high = bits_as<double>(unpack_high(even, odd));
     column[0] = bits_as<float>(unpack_low(low, high));
     column[1] = bits_as<float>(unpack_high(low, high));
@@ -135,7 +87,10 @@ template <class Store>
   (std::make_integer_sequence<int, static_cast<int>(sizeof(f64) / 16)>());
 }
 
-// Three columns as rows without gaps between them.
+// Three columns as rows without gaps between them:
+//   ab  a0 b0
+//   ca  c0 a1
+//   bc  b1 c1
 [[gnu::always_inline]] inline void store_triples(double* p, const f64& a, const f64& b, const f64& c) {
   const f64 ab = unpack_low(a, b), ca = lower_and_upper(c, a), bc = unpack_high(b, c);
   for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
@@ -144,6 +99,9 @@ template <class Store>
     _mm_storeu_pd(p + 6 * Part + 4, part_of<Part>(bc));
   });
 }
+//   ab_low   a0 b0 a1 b1     c0_a1    c0 c0 a1 a1        first   a0 b0 c0 a1
+//   ab_high  a2 b2 a3 b3     b1_c1    b1 b1 c1 c1   ->   second  b1 c1 a2 b2
+//                            c23_ab3  c2 c3 a3 b3        third   c2 a3 b3 c3
 [[gnu::always_inline]] inline void store_triples(float* p, const f32& a, const f32& b, const f32& c) {
   const f32 ab_low = unpack_low(a, b), ab_high = unpack_high(a, b);
   const f32 c0_a1 = shuffle<0x50>(c, a), b1_c1 = shuffle<0x55>(b, c), c23_ab3 = shuffle<0xEE>(c, ab_high);
@@ -157,7 +115,9 @@ template <class Store>
   });
 }
 
-// Columns as rows: lane i of column c goes to p[i * stride + c], and nothing else is touched.
+// Columns as rows: lane i of column c goes to p[i * stride + c], and no other memory is written.
+//   even  a0 b0     last_even  c0 d0
+//   odd   a1 b1     last_odd   c1 d1
 template <int Columns>
 [[gnu::always_inline]] inline void store_columns(double* p, ptrdiff_t stride, const f64 (&column)[Columns]) {
   static_assert(Columns >= 2 && Columns <= 4);
@@ -181,6 +141,8 @@ template <int Columns>
   });
 }
 
+//   low   a0 b0 a1 b1     last_low   c0 d0 c1 d1        row[0]  a0 b0 c0 d0     row[2]  a2 b2 c2 d2
+//   high  a2 b2 a3 b3     last_high  c2 d2 c3 d3   ->   row[1]  a1 b1 c1 d1     row[3]  a3 b3 c3 d3
 template <int Columns>
 [[gnu::always_inline]] inline void store_columns(float* p, ptrdiff_t stride, const f32 (&column)[Columns]) {
   static_assert(Columns >= 2 && Columns <= 4);
@@ -191,28 +153,29 @@ template <int Columns>
   const f32 third = column[2 % Columns], last = column[Columns - 1];
   const f64 last_low = bits_as<double>(unpack_low(third, last));
   const f64 last_high = bits_as<double>(unpack_high(third, last));
-  const f64 rows[] = {unpack_low(low, last_low), unpack_high(low, last_low), unpack_low(high, last_high),
-                      unpack_high(high, last_high)};
+  const f64 row[] = {unpack_low(low, last_low), unpack_high(low, last_low), unpack_low(high, last_high),
+                     unpack_high(high, last_high)};
   for_each_part([&]<int Part>(std::integral_constant<int, Part>) __attribute__((always_inline)) {
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
-      const __m128d row = part_of<Part>(rows[i]);
+      const __m128d values = part_of<Part>(row[i]);
       float* to = p + (4 * Part + i) * stride;
       if constexpr (Columns == 4)
-        _mm_storeu_ps(to, _mm_castpd_ps(row));
+        _mm_storeu_ps(to, _mm_castpd_ps(values));
       else
-        _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm_castpd_ps(row));
-      if constexpr (Columns == 3) _mm_store_ss(to + 2, _mm_castpd_ps(_mm_unpackhi_pd(row, row)));
+        _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm_castpd_ps(values));
+      if constexpr (Columns == 3) _mm_store_ss(to + 2, _mm_castpd_ps(_mm_unpackhi_pd(values, values)));
     }
   });
 }
 
-// Four columns as rows without gaps past the caches, p aligned to 16 bytes. streaming_done() has to follow.
+// Four columns as rows without gaps, stored past the caches, p aligned to 16 bytes. streaming_done() must
+// follow.
 template <class T>
 [[gnu::always_inline]] inline void stream_columns(T* p, const batch<T> (&column)[4]) {
   const batch<T> first[] = {unpack_low(column[0], column[1]), unpack_high(column[0], column[1])};
   const batch<T> second[] = {unpack_low(column[2], column[3]), unpack_high(column[2], column[3])};
-  // Part P of pair[k][m] stands 16 (4 P + 2 k + m) bytes behind p.
+  // Part P of pair[m], which `put` makes of first[k] and second[k], goes to 16 (4 P + 2 k + m) bytes after p.
   const auto put = [&]<int K>(std::integral_constant<int, K>) __attribute__((always_inline)) {
     const f64 a = bits_as<double>(first[K]), b = bits_as<double>(second[K]);
     const f64 pair[] = {sizeof(T) == 8 ? a : unpack_low(a, b), sizeof(T) == 8 ? b : unpack_high(a, b)};
@@ -226,7 +189,7 @@ template <class T>
   put(std::integral_constant<int, 1>());
 }
 
-// Four columns as rows without gaps, by either road.
+// Four columns as rows without gaps, by stores of either kind.
 template <class T>
 [[gnu::always_inline]] inline void put_columns(T* p, const batch<T> (&column)[4], bool past_caches) {
   if (past_caches)

@@ -1,10 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
-// The instructions of V4 (AVX-512 F, BW, CD, DQ, VL): 512-bit registers, masks of one bit a lane.
+// The instructions of V4 (AVX-512 F, BW, CD, DQ, VL): registers of 512 bits, masks of one bit a lane, and
+// permutations across the whole register.
 #pragma once
 
-#include "simd/batch.hpp"
+#include "simd/types.hpp"
 
 TMK_TIER_OPEN
+
+// A store past the caches; p is aligned to the register.
+inline void stream(float* p, const f32& x) { _mm512_stream_ps(p, x); }
+inline void stream(double* p, const f64& x) { _mm512_stream_pd(p, x); }
+
+// The first `count` lanes, for partial.hpp.
+inline __mmask16 leading_lanes(int count) { return static_cast<__mmask16>((1u << count) - 1); }
+template <class T>
+batch<T> load_leading(const T* p, int count, T filler) {
+  if constexpr (sizeof(T) == 4)
+    return _mm512_mask_loadu_ps(batch<T>(filler), leading_lanes(count), p);
+  else
+    return _mm512_mask_loadu_pd(batch<T>(filler), static_cast<__mmask8>(leading_lanes(count)), p);
+}
+template <class T>
+void store_leading(T* p, int count, const batch<T>& x) {
+  if constexpr (sizeof(T) == 4)
+    _mm512_mask_storeu_ps(p, leading_lanes(count), x);
+  else
+    _mm512_mask_storeu_pd(p, static_cast<__mmask8>(leading_lanes(count)), x);
+}
+
+// A mask as an integer: bit i is set where lane i is.
+template <class T>
+uint32_t lane_bits(const lane_mask<T>& m) {
+  return static_cast<uint32_t>(m.data);
+}
+
+// Estimates of 14 bits, of doubles too.
+inline f32 reciprocal_estimate(const f32& x) { return _mm512_rcp14_ps(x); }
+inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm512_rsqrt14_ps(x); }
+inline f64 reciprocal_estimate(const f64& x) { return _mm512_rcp14_pd(x); }
+inline f64 reciprocal_sqrt_estimate(const f64& x) { return _mm512_rsqrt14_pd(x); }
 
 // x y + z, x y - z and z - x y, rounded once.
 template <class T>
@@ -43,5 +77,46 @@ inline two_batches<float> interleave(const f32& even, const f32& odd) {
   const __m512i second = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
   return {_mm512_permutex2var_ps(even, first, odd), _mm512_permutex2var_ps(even, second, odd)};
 }
+
+// Within each 128-bit part (rows.hpp has a picture): the lower, or upper, lanes of two registers in turn; two
+// lanes of the one and two of the other, by the two-bit numbers in Lanes; the lower lane of the one and the
+// upper lane of the other.
+inline f32 unpack_low(const f32& a, const f32& b) { return _mm512_unpacklo_ps(a, b); }
+inline f32 unpack_high(const f32& a, const f32& b) { return _mm512_unpackhi_ps(a, b); }
+inline f64 unpack_low(const f64& a, const f64& b) { return _mm512_unpacklo_pd(a, b); }
+inline f64 unpack_high(const f64& a, const f64& b) { return _mm512_unpackhi_pd(a, b); }
+template <int Lanes>
+f32 shuffle(const f32& a, const f32& b) {
+  return _mm512_shuffle_ps(a, b, Lanes);
+}
+inline f64 lower_and_upper(const f64& a, const f64& b) { return _mm512_shuffle_pd(a, b, 0xAA); }
+
+// The register whose 128-bit parts are part(0), part(1), ... as doubles, and one such part of a register.
+template <class Part>
+[[gnu::always_inline]] inline f64 from_parts(const Part& part) {
+  const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(part(0)), part(1), 1);
+  const __m256d high = _mm256_insertf128_pd(_mm256_castpd128_pd256(part(2)), part(3), 1);
+  return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
+}
+template <int Part>
+__m128d part_of(const f64& x) {
+  return _mm512_extractf64x2_pd(x, Part);
+}
+
+// Numbers rounded to integers; the last in the direction that the processor is set to.
+template <class T>
+batch<T> round_to_zero(const batch<T>& x) {
+  return xsimd::trunc(x);
+}
+template <class T>
+batch<T> round_down(const batch<T>& x) {
+  return xsimd::floor(x);
+}
+template <class T>
+batch<T> round_up(const batch<T>& x) {
+  return xsimd::ceil(x);
+}
+inline f32 round_as_set(const f32& x) { return _mm512_roundscale_ps(x, _MM_FROUND_CUR_DIRECTION); }
+inline f64 round_as_set(const f64& x) { return _mm512_roundscale_pd(x, _MM_FROUND_CUR_DIRECTION); }
 
 TMK_TIER_CLOSE

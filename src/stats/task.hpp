@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The statistics task: pointers to the caller's arrays, counts and storage codes, and little of its own.
+// The statistics task: pointers to the caller's arrays, counts and storage codes, and a few fields that the
+// task owns.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +22,10 @@ struct kept_sums {
   double weight, weight2;
 };
 
-// What hides behind an SSTask*; both precisions have the same layout.
+// What an SSTask* points to; both precisions have the same layout.
 template <class Real>
 struct task {
-  int32_t wideIntegers;  // integers behind pointers have 64 bits, not 32
+  int32_t wideIntegers;  // integers that pointers point to have 64 bits, not 32
   uint8_t recordKind;    // always 2
   uint8_t unused[3];
   int32_t isDouble;
@@ -39,7 +40,7 @@ struct task {
   static task& of(SSTask* handle) { return *reinterpret_cast<task*>(handle); }
   SSTask* handle() { return reinterpret_cast<SSTask*>(this); }
 
-  // What an integer pointer of this task points to, in the width that the task says.
+  // What an integer pointer of this task points to, in the width that the task gives.
   int64_t integer(const void* place, ptrdiff_t index = 0) const {
     return wideIntegers != 0 ? static_cast<const int64_t*>(place)[index]
                              : static_cast<const int32_t*>(place)[index];
@@ -47,13 +48,13 @@ struct task {
   int64_t p() const { return integer(dimension); }
   int64_t n() const { return integer(observations); }
 
-  // Whether variable j takes part. Only the low word of a mask's entry counts.
+  // Whether variable j is used. Only the low word of a mask's entry counts.
   bool selects(ptrdiff_t j) const {
     return indices == nullptr || static_cast<const int32_t*>(indices)[wideIntegers != 0 ? 2 * j : j] != 0;
   }
 };
 
-// The record's layout is fixed up to the saved means; what follows them is this library's own.
+// The record's layout is fixed up to the saved means; the fields after them are the library's own.
 static_assert(sizeof(void*) != 4 || offsetof(task<double>, savedMeans) == 372);
 static_assert(sizeof(task<double>) == sizeof(task<float>));
 

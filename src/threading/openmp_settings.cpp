@@ -8,7 +8,7 @@
 
 #include "tmk/abi/serv.h"
 
-// Weak: null where nothing in the program brings OpenMP.
+// Weak: null where nothing in the program provides OpenMP.
 extern "C" {
 [[gnu::weak]] int omp_get_max_threads();
 [[gnu::weak]] int omp_get_thread_limit();

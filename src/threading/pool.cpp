@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of run slots on the library's own threads.
 //
-// Item i belongs to thread index i mod t of the t asked for. A team may be smaller (nested runs, limits);
-// member m of a team of s then works for the indices m, m + s, ... below t. Every member takes its items in
-// ascending order, so the lowest item that has not passed its ordered section is always running.
+// Item i belongs to thread index i mod t of the t that are requested. A team may be smaller (nested runs,
+// limits); member m of a team of s then works for the indices m, m + s, ... below t. Every member takes its
+// items in ascending order, so the lowest item that has not passed its ordered section is always running.
 #include <algorithm>
 #include <atomic>
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-// In the order of the items, which also serves ordered sections.
+// In the order of the items, which is also that of ordered sections.
 void run_items(int32_t count, int32_t thread_count, void* context, TmkWorker worker) {
   for (int32_t item = 0; item < count; ++item) worker(item, 0, thread_count, context);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The pool of threads. A thread sleeps in its slot until a caller takes it, and is the caller's until the run
-// is over; so callers that run at the same time have teams of their own. Threads are never joined: a process
-// may end while they sleep.
+// The pool of threads. A thread sleeps in its slot until a caller takes it, and works for that caller until
+// the run is over; so callers that run at the same time have separate teams. Threads are never joined: a
+// process may end while they sleep.
 //
 // OpenMP's parallel regions would be shorter, but end the process when a thread cannot be made, wait for ever
 // in a forked child, and spin for milliseconds on processors that others need.
@@ -28,8 +28,8 @@ namespace {
 
 thread_local bool in_team = false;
 
-// Five microseconds or more by the processor, in which the end of a run often comes. Longer waits would keep
-// a thread that was just woken from the processor of the one that woke it.
+// Five microseconds or more, depending on the processor: a run often ends within them. A longer spin would
+// occupy the processor that a thread which was just woken needs.
 constexpr int spins = 256;
 
 int32_t processors() {
@@ -38,9 +38,11 @@ int32_t processors() {
 }
 
 // One run: what its members do, and their floating-point environment.
-class job {
+class team_run {
  public:
-  job(void* context, team_member member) : context_(context), member_(member) { std::fegetenv(&callers_); }
+  team_run(void* context, team_member member) : context_(context), member_(member) {
+    std::fegetenv(&callers_);
+  }
 
   void run(int64_t member) {
     std::fenv_t own;
@@ -77,7 +79,7 @@ class job {
 struct alignas(64) slot {
   std::atomic<int32_t> busy = 0;
   std::atomic<bool> sleeps[2] = {};  // whoever waits for busy to be no longer 0, or 1
-  job* work = nullptr;
+  team_run* work = nullptr;
   int64_t member = 0;
   slot* next = nullptr;  // among the idle, or in a team
 
@@ -161,7 +163,7 @@ int32_t team_limit() { return std::min(4 * processors(), openmp::thread_limit())
 void run_team(int32_t threads, void* context, team_member member) {
   const bool alone = threads <= 1 || in_team || in_forked_child() || openmp::in_parallel();
   if (alone) return member(context, 0, 1);
-  job work(context, member);
+  team_run work(context, member);
   slot* const team = threads_of_process.take(std::min(threads, team_limit()) - 1);
   for (slot* s = team; s != nullptr; s = s->next) s->member = work.size++;
   for (slot* s = team; s != nullptr; s = s->next) {

@@ -6,7 +6,7 @@
 
 namespace tmk {
 
-// The most members of a team, whatever a caller asks for: four for each processor, within OpenMP's limit.
+// The most members of a team, whatever a caller requests: four for each processor, within OpenMP's limit.
 int32_t team_limit();
 
 using team_member = void (*)(void* context, int64_t member, int64_t size);

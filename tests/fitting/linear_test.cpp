@@ -36,7 +36,7 @@ TYPED_TEST(linear_spline, values_and_slopes) {
 
 int32_t jobs_asked = 0, threads_asked = 0;
 
-TEST(linear_spline, asks_for_threads_from_five_tiles_on) {
+TEST(linear_spline, uses_threads_from_five_tiles_on) {
   ThreadingService counting = *tmk_threading_serial();
   counting.MaxThreads = [] { return 4; };
   counting.ParallelFor = [](int32_t count, int32_t threads, void* context, TmkWorker worker) {

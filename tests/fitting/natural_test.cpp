@@ -65,7 +65,7 @@ TYPED_TEST(natural, graded_partitions) {
       }
 }
 
-// Widths that grow wherever a cut may be between panels: the ends of panels are then remembered longest.
+// Widths that grow wherever a cut may be between panels: the ends of panels then have the farthest influence.
 TYPED_TEST(natural, partitions_with_a_memory) {
   constexpr bool wide_real = sizeof(TypeParam) == 8;
   const double growth = wide_real ? 3 : 1.5;  // singles of 2^-120 are the least coefficients
@@ -141,7 +141,7 @@ TYPED_TEST(natural, threads_change_no_bit) {
         alone.bc_type = bc_type;
         alone.bc = {Real(1), Real(1)};
         if (bc_type == DF_BC_PERIODIC) alone.close();
-        // A width so small that panels remember it: all is one system.
+        // A width so small that panels do not decouple: all is one system.
         if (nx == 650) alone.points[300] = std::nextafter(alone.points[299], Real(1e6));
         auto shared = alone;
         ASSERT_EQ(alone.construct(constructors<Real>::natural), 0);
@@ -163,7 +163,7 @@ TYPED_TEST(natural, functions_that_do_not_close) {
     if (std::isnan(end)) s.values[3].front() = end;
     EXPECT_EQ(s.construct(constructors<Real>::natural), DF_STATUS_PERIODIC_MISMATCH);
     EXPECT_TRUE(s.all_untouched());
-    // Workers go on with the functions that do.
+    // The other functions are still constructed.
     EXPECT_EQ(s.construct(constructors<Real>::natural, shuffled_threads(8)), DF_STATUS_PERIODIC_MISMATCH);
     for (const int64_t j : {0, 1, 2, 4}) expect_spline(s, j, 40);
     EXPECT_EQ(s.cell(3, 0)[0], s.untouched);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Quadratic splines of both families: what fixes them, checked in extended precision.
-#include "fitting/construction/subbotin.hpp"
 #include "fitting/construction_case.hpp"
 #include "fitting/spline_case.hpp"
+#include "fitting/subbotin_knots.hpp"
 #include "threading/shuffled_threads.hpp"
 
 namespace tmk::tests {

@@ -236,7 +236,7 @@ TYPED_TEST(Search, uniform_sites_are_spread_between_their_ends) {
   }
 }
 
-// Nothing is found in these, but nothing is read outside either: sanitized builds would say.
+// Nothing is found in these, but nothing is read outside either: a sanitizer would report it.
 TYPED_TEST(Search, hostile_input_stays_in_range) {
   using Real = TypeParam;
   const Real nan = limits<Real>::quiet_NaN();
@@ -298,7 +298,7 @@ TYPED_TEST(Search, malformed_hint_arrays) {
   }
 }
 
-// What a hook says: a start and a flag for each site, a status for each block.
+// What a hook returns: a start and a flag for each site, a status for each block.
 template <class Real>
 struct hook_script {
   std::vector<int64_t> starts{};

@@ -127,7 +127,7 @@ struct spline_case {
   long double exact_integral(int64_t function, long double l, long double r) const {
     if (l > r) return -exact_integral(function, r, l);
     const auto& ends = form.subbotin() ? knots : points;
-    const bool inner = !form.reads_y();  // the outer pieces of polynomials go on outwards
+    const bool inner = !form.reads_y();  // the outer pieces of polynomials extend outwards
     long double sum = 0;
     const auto add = [&](long double a, long double b) {
       const long double half = (b - a) / 2, middle = (a + b) / 2, node = half / std::sqrt(3.0L);

@@ -59,7 +59,7 @@ TEST(fitting_task, creation_checks_in_order) {
   EXPECT_EQ(tmk_df_kernel_DeleteTask(&none.task), DF_STATUS_NULL_TASK);
 }
 
-TEST(fitting_task, spline_edits_keep_what_stands_before_a_failure) {
+TEST(fitting_task, spline_edits_keep_what_precedes_a_failure) {
   const double x[] = {0, 1, 2}, y[] = {3, 4, 5}, bc[] = {1, 2}, ic[] = {1};
   double c[64];
   made t;
@@ -231,7 +231,7 @@ TEST(fitting_task, bucket_index) {
     ASSERT_EQ(tmk_df_kernel_iEditVal(t, DF_XHINT, 4), 0);
     EXPECT_EQ((*t).nbuckets, r.buckets);
   }
-  // Nothing says that x ascends, or has a width: the index stays within its room.
+  // Nothing guarantees that x ascends, or has a width: the index stays within its memory.
   for (const std::vector<double>& x :
        {std::vector<double>{0, 1e300, -1e300, 5, 1}, {2, 2, 2}, {1, NAN, 2}, {3, 2, 1}}) {
     made t;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The plain loops that serve where no BLAS is found, against the BLAS that the tests are linked with.
+// The plain loops that are used where no BLAS is found, against the BLAS that the tests are linked with.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Copy, zero and set of every type: the bytes asked for and none beside them.
+// Copy, zero and set of every type: the requested bytes and none next to them.
 #include <gtest/gtest.h>
 
 #include <cstring>

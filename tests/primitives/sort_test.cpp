@@ -16,7 +16,7 @@
 
 namespace {
 
-// The order of the sorts, told by the values and not by their keys.
+// The order of the sorts, by the values and not by their keys.
 template <class T>
 bool before(T a, T b) {
   if constexpr (std::is_floating_point_v<T>) {

@@ -9,10 +9,10 @@
 
 namespace {
 
-// What the callback was asked, and how it answers.
+// What was requested from the callback, and how it answers.
 struct refills {
   int32_t calls = 0, n = 0, least = 0, most = 0, index = 0;
-  int32_t surplus = 0;  // elements beyond the least, as far as there is room
+  int32_t surplus = 0;  // elements beyond the least, where there is room
   int32_t answer = 0;   // instead of the count, when not zero
   uint32_t next = 0;
 } seen;
@@ -46,7 +46,7 @@ TEST(abstract_stream, goes_round_the_array_for_any_cut) {
   }
 }
 
-TEST(abstract_stream, asks_for_what_the_draw_lacks) {
+TEST(abstract_stream, requests_what_the_draw_lacks) {
   seen = {.surplus = 1};
   std::vector<uint32_t> array(5), drawn(8);
   owned_stream stream;

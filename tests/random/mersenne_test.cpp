@@ -5,6 +5,7 @@
 #include "random/core/states.hpp"
 #include "random/generators/mt2203_data.hpp"
 #include "random/plain_generators.hpp"
+#include "sanitized.hpp"
 
 namespace {
 
@@ -40,7 +41,7 @@ template <class Engine, class State>
 plain_generator plain_twister(int32_t id) {
   const owned_stream stream(id, {3, 1, 4});
   std::stringstream text;
-  for (const uint32_t word : tmk::state_of<State>(stream).mt) text << word << ' ';
+  for (const uint32_t word : tmk::random::state_of<State>(stream).mt) text << word << ' ';
   text << Engine::state_size;
   Engine engine;
   text >> engine;
@@ -52,9 +53,9 @@ plain_generator plain_twister(int32_t id) {
 }
 
 template <size_t Set>
-using small_twister = std::mersenne_twister_engine<uint32_t, 32, 69, 34, 5, tmk::mt2203_rows[3 * Set], 12,
-                                                   0xFFFFFFFF, 7, tmk::mt2203_rows[3 * Set + 1], 15,
-                                                   tmk::mt2203_rows[3 * Set + 2], 18, 1812433253>;
+using small_twister = std::mersenne_twister_engine<uint32_t, 32, 69, 34, 5, tmk::random::mt2203_rows[3 * Set],
+                                                   12, 0xFFFFFFFF, 7, tmk::random::mt2203_rows[3 * Set + 1],
+                                                   15, tmk::random::mt2203_rows[3 * Set + 2], 18, 1812433253>;
 
 // Lanes as four words, with carries from word to word where a lane is shifted.
 struct plain_sfmt {
@@ -78,11 +79,12 @@ struct plain_sfmt {
 };
 
 TEST(mersenne, draws_are_the_plain_recurrences) {
-  expect_plain_sequence(plain_twister<std::mt19937, tmk::mt19937_state>(VTS_BRNG_MT19937));
-  expect_plain_sequence(plain_twister<small_twister<0>, tmk::mt2203_state>(VTS_BRNG_MT2203));
-  expect_plain_sequence(plain_twister<small_twister<6023>, tmk::mt2203_state>(VTS_BRNG_MT2203 + 6023));
+  expect_plain_sequence(plain_twister<std::mt19937, tmk::random::mt19937_state>(VTS_BRNG_MT19937));
+  expect_plain_sequence(plain_twister<small_twister<0>, tmk::random::mt2203_state>(VTS_BRNG_MT2203));
+  expect_plain_sequence(
+      plain_twister<small_twister<6023>, tmk::random::mt2203_state>(VTS_BRNG_MT2203 + 6023));
   const owned_stream stream(VTS_BRNG_SFMT19937, {2, 7, 1});
-  const auto& words = tmk::state_of<tmk::sfmt19937_state>(stream).sfmt;
+  const auto& words = tmk::random::state_of<tmk::random::sfmt19937_state>(stream).sfmt;
   plain_sfmt plain{{std::begin(words), std::end(words)}};
   expect_plain_sequence({VTS_BRNG_SFMT19937,
                          {2, 7, 1},
@@ -153,7 +155,7 @@ bool is_irreducible_2203(const polynomial& f) {
 }
 
 TEST(mersenne, small_twisters_have_their_full_period) {
-  for (const int32_t set : {0, 1, 2, 3, 2500, 6023}) {
+  for (const int32_t set : sanitized ? std::vector{2500} : std::vector{0, 1, 2, 3, 2500, 6023}) {
     const owned_stream stream(VTS_BRNG_MT2203 + set, {1});
     std::vector<bool> bits;
     for (const uint32_t word : draw_words(stream, 2 * 2203 + 64)) bits.push_back(word >> 31);

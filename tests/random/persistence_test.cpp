@@ -21,7 +21,7 @@ image image_of(VtsStreamHandle stream) {
   return bytes;
 }
 
-// From a block of the very size, so that a sanitizer sees a read past its end.
+// From a block of exactly the size, so that a sanitizer detects a read past its end.
 int32_t load_bounded(VtsStreamHandle* stream, const image& bytes) {
   const auto block = std::make_unique<unsigned char[]>(bytes.size());
   std::copy(bytes.begin(), bytes.end(), block.get());
@@ -77,7 +77,7 @@ TEST(persistence, images_do_not_depend_on_what_memory_held) {
   }
 }
 
-TEST(persistence, every_generator_goes_on_from_every_position) {
+TEST(persistence, every_generator_continues_from_every_position) {
   for (int32_t row = 0; row < 16; ++row) {
     const int32_t id = (row + 1) << 20;
     if ((row >= 9 && row <= 11) || id == VTS_BRNG_NONDETERM || (id == VTS_BRNG_ARS5 && !__vtsCPUisAES()))
@@ -186,7 +186,7 @@ TEST(persistence, older_images_load) {
     if (c.status < 0) continue;
     EXPECT_EQ(__vtsGetNumChunks(loaded), c.chunks) << c.what;
     if (c.chunks > 0) {
-      EXPECT_EQ(tmk::first_chunk(loaded)->key[3], c.key_word) << c.what;
+      EXPECT_EQ(tmk::random::first_chunk(loaded)->key[3], c.key_word) << c.what;
       EXPECT_EQ(std::memcmp(__vtsSearchChunk(loaded, 50), "abc", 3), 0) << c.what;
     }
     EXPECT_EQ(draw_bytes(loaded, 5), draw_bytes(plain, 5)) << c.what;

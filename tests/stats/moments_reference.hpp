@@ -89,7 +89,7 @@ struct results {
   std::set<int> leave_out, leave_out_sums;  // moments and sums that have no field
   bool keep_weight = false, wide = false;
   int matrix_storage = VTS_SS_FULL, threads = 1;
-  stats::task<Real> task{};  // what it keeps goes on to the next block
+  stats::task<Real> task{};  // what it keeps is used by the next block
   ptrdiff_t p;
 
   explicit results(ptrdiff_t p)
@@ -121,7 +121,7 @@ struct results {
   }
 };
 
-// Fields for what is asked for, and no others; with `cross`, the cross-product and all sums.
+// Fields for what is requested, and no others; with `cross`, the cross-product and all sums.
 template <class Real>
 int32_t compute(const sample<Real>& data, int storage, uint32_t asked, uint32_t method, results<Real>& r,
                 uint32_t high = 0) {

@@ -78,7 +78,7 @@ class order : public testing::Test {};
 using reals = testing::Types<float, double>;
 TYPED_TEST_SUITE(order, reals);
 
-TYPED_TEST(order, minmax_goes_on_from_the_running_values) {
+TYPED_TEST(order, minmax_continues_from_the_running_values) {
   using Real = TypeParam;
   for (const int32_t layout : layouts)
     for (const int32_t p : {1, 3, 10, 100, 300})

@@ -34,7 +34,7 @@ inline const ThreadingService* shuffled_threads(int32_t max_threads, uint32_t se
         for (const int32_t item : shuffled(count))
           worker(item, random_thread(thread_count), thread_count, context);
       },
-      // Sections follow the items' order, hence so do the items.
+      // Sections are in the order of the items, so the items must start in that order.
       [](int32_t count, int32_t thread_count, void* context, TmkWorker worker) {
         for (int32_t item = 0; item < count; ++item)
           worker(item, random_thread(thread_count), thread_count, context);

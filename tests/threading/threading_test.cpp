@@ -92,7 +92,7 @@ TEST(threading, serial_slots) { expect_all_slots(tmk_threading_serial()); }
 TEST(threading, shuffled_slots) { expect_all_slots(tmk::tests::shuffled_threads(5)); }
 TEST(threading, openmp_slots) { expect_all_slots(tmk_threading_openmp()); }
 
-// Whatever team OpenMP delivers: none inside a region, or fewer than asked for.
+// Whatever team OpenMP delivers: none inside a region, or fewer than requested.
 TEST(threading, openmp_slots_in_small_teams_and_side_by_side) {
 #pragma omp parallel num_threads(2)
   expect_all_slots(tmk_threading_openmp());

@@ -6,71 +6,66 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "platform/fp.hpp"
 #include "tmk/abi/vtm.h"
+#include "tools/common/kernels.hpp"
 
 namespace {
 
-enum class shape {
-  // clang-format off
-  unary, binary, scalar_exponent, two_results, linear_fraction, real_result, real_argument,
-  pack_stride, pack_mask, pack_index, unpack_stride, unpack_mask, unpack_index
-  // clang-format on
-};
+using tmk::tools::call_shape;
+using tmk::tools::vector_function;
 
-struct function_row {
-  std::string name;
-  char letter;
-  shape arguments;
-  const VtmDispatchRecord* record;
+const std::vector<vector_function> functions = tmk::tools::functions_with_value();
 
-  bool is_single() const { return letter == 's' || letter == 'c'; }
-  bool is_complex() const { return letter == 'c' || letter == 'z'; }
-  bool is(const char* stem) const { return name.substr(1) == stem; }
-};
-
-const std::vector<function_row> functions = [] {
-  std::vector<function_row> rows = {
-#define TMK_FUNCTION(letter, stem, shape_, slots, wide, stage) \
-  {#letter #stem, #letter[0], shape::shape_, &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/registry/functions.def"
-  };
-  std::erase_if(rows, [](const function_row& f) { return f.arguments >= shape::pack_stride; });
-  return rows;
-}();
-
-// Runs a kernel over n elements. Arrays hold two numbers an element, so that any shape finds room.
+// Arguments and results of n elements. Arrays hold two numbers an element, so that any shape finds room.
 template <class Real>
 struct arrays {
   std::vector<Real> a, b, r;
   explicit arrays(size_t n) : a(2 * n), b(2 * n), r(4 * n) {}
 
-  void run(const function_row& f, int slot) {
+  size_t size() const { return a.size() / 2; }
+
+  // Numbers in an element of the arguments, and of a result array.
+  static size_t argument_width(const vector_function& f) {
+    return f.is_complex() && f.shape != call_shape::real_argument ? 2 : 1;
+  }
+  static size_t result_width(const vector_function& f) {
+    return f.is_complex() && f.shape != call_shape::real_result ? 2 : 1;
+  }
+
+  void run(const vector_function& f, int slot) {
+    run(f, slot, size(), a.data(), b.data(), r.data(), &r[2 * size()]);
+  }
+
+  // The kernel on other arrays, with the scalars of these.
+  void run(const vector_function& f, int slot, size_t count, const Real* x, const Real* y, Real* r1,
+           Real* r2) {
     const VtmKernel k = f.record->kernel[slot];
-    const int32_t n = static_cast<int32_t>(a.size() / 2);
+    const int32_t n = static_cast<int32_t>(count);
     const auto call = [&](auto... arguments) {
       reinterpret_cast<void (*)(int32_t, decltype(arguments)...)>(k)(n, arguments...);
     };
-    const Real *x = a.data(), *y = b.data();
     using complex = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
-    switch (f.arguments) {
-      case shape::binary:
-        return call(x, y, r.data());
-      case shape::scalar_exponent:
-        return f.is_complex() ? call(x, complex{b[0], b[1]}, r.data()) : call(x, b[0], r.data());
-      case shape::two_results:
-        return call(x, r.data(), r.data() + 2 * n);
-      case shape::linear_fraction:
-        return call(x, y, Real(3), Real(1), Real(2), Real(5), r.data());
+    switch (f.shape) {
+      case call_shape::binary:
+        return call(x, y, r1);
+      case call_shape::scalar_exponent:
+        return f.is_complex() ? call(x, complex{b[0], b[1]}, r1) : call(x, b[0], r1);
+      case call_shape::two_results:
+        return call(x, r1, r2);
+      case call_shape::linear_fraction:
+        return call(x, y, Real(3), Real(1), Real(2), Real(5), r1);
       default:
-        return call(x, r.data());
+        return call(x, r1);
     }
   }
 };
@@ -84,6 +79,8 @@ std::vector<Real> values() {
                          limits::quiet_NaN(),
                          limits::max(),
                          limits::min(),
+                         limits::min() / 2,
+                         3 * limits::denorm_min(),
                          1,
                          1.5,
                          2,
@@ -132,9 +129,10 @@ class every_row : public testing::TestWithParam<int32_t> {
   static void for_each_slot(Check check) {
     auto singles = pairs<float>();
     auto doubles = pairs<double>();
-    for (const function_row& f : functions)
+    for (const vector_function& f : functions)
       for (int slot = 0; slot < 3; ++slot) {
-        if (slot > 0 && f.record->kernel[slot] == f.record->kernel[0]) continue;
+        const auto& kernel = f.record->kernel;
+        if (std::find(kernel, kernel + slot, kernel[slot]) != kernel + slot) continue;
         f.is_single() ? check(f, slot, singles) : check(f, slot, doubles);
       }
   }
@@ -150,9 +148,17 @@ bool same_bits(const std::vector<Real>& x, const std::vector<Real>& y) {
   return std::memcmp(x.data(), y.data(), x.size() * sizeof(Real)) == 0;
 }
 
+bool rounds_as_set(const vector_function& f) { return f.stem == "Rint" || f.stem == "NearbyInt"; }
+
 TEST_P(every_row, results_do_not_depend_on_the_rounding_mode) {
-  for_each_slot([](const function_row& f, int slot, auto& x) {
-    if (f.is("Rint") || f.is("NearbyInt")) return;
+  for_each_slot([](const vector_function& f, int slot, auto& x) {
+    if (rounds_as_set(f)) return;
+    // The baseline's Ln below HA leaves subnormal numbers to the x87 unit, which rounds as the caller set it.
+    const bool rounds_subnormals = f.stem == "Ln" && !f.is_complex() && tmk_current_tier() == TMK_TIER_W7;
+    const auto all = x.a;
+    if (rounds_subnormals)
+      std::ranges::replace_if(
+          x.a, [](auto v) { return std::fpclassify(v) == FP_SUBNORMAL; }, 1);
     x.run(f, slot);
     const auto nearest = x.r;
     for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
@@ -163,6 +169,37 @@ TEST_P(every_row, results_do_not_depend_on_the_rounding_mode) {
       EXPECT_EQ(after, direction) << f.name;
       EXPECT_TRUE(same_bits(x.r, nearest)) << f.name << " slot " << slot << " direction " << direction;
     }
+    x.a = all;
+  });
+}
+
+// An array cut anywhere, its parts off the alignment of registers, and in place where the shape
+// allows it.
+TEST_P(every_row, results_do_not_depend_on_place_cut_and_alignment) {
+  for_each_slot([](const vector_function& f, int slot, auto& x) {
+    using Real = std::remove_reference_t<decltype(x.a[0])>;
+    x.run(f, slot);
+    const size_t from = x.argument_width(f), to = x.result_width(f), second = 2 * x.size();
+    const bool in_place = from == to && f.shape != call_shape::two_results;
+    constexpr size_t longest = 60, beyond = 4;
+    std::vector<Real> memory[4];  // a, b and two results
+    for (auto& m : memory) m.resize(2 * longest + beyond + 1);
+    const auto place = [&](int which) { return memory[which].data() + 1; };
+    std::mt19937 random(5);
+    for (size_t i = 0, n; i < x.size(); i += n) {
+      n = std::min<size_t>(1 + random() % longest, x.size() - i);
+      std::memcpy(place(0), &x.a[i * from], n * from * sizeof(Real));
+      std::memcpy(place(1), &x.b[i * from], n * from * sizeof(Real));
+      Real* const r = place(in_place && i % 2 == 0 ? 0 : 2);
+      char end[beyond * sizeof(Real)];
+      std::memcpy(end, r + n * to, sizeof end);
+      x.run(f, slot, n, place(0), place(1), r, place(3));
+      const bool same = std::memcmp(r, &x.r[i * to], n * to * sizeof(Real)) == 0 &&
+                        (f.shape != call_shape::two_results ||
+                         std::memcmp(place(3), &x.r[second + i], n * sizeof(Real)) == 0);
+      ASSERT_TRUE(same) << f.name << " slot " << slot << ", " << n << " elements at " << i;
+      ASSERT_EQ(std::memcmp(end, r + n * to, sizeof end), 0) << f.name << " slot " << slot << " past " << n;
+    }
   });
 }
 
@@ -170,8 +207,8 @@ TEST_P(every_row, results_do_not_depend_on_the_rounding_mode) {
 double (*volatile const library_rint)(double) = nearbyint;
 
 TEST_P(every_row, rint_rounds_as_the_processor_does) {
-  for_each_slot([](const function_row& f, int slot, auto& x) {
-    if (!f.is("Rint") && !f.is("NearbyInt")) return;
+  for_each_slot([](const vector_function& f, int slot, auto& x) {
+    if (!rounds_as_set(f)) return;
     for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO, FE_TONEAREST}) {
       std::fesetround(direction);
       x.run(f, slot);
@@ -186,8 +223,8 @@ TEST_P(every_row, rint_rounds_as_the_processor_does) {
 
 // Subnormal arguments have their own values, or with subnormal results those of a flushing unit: 0.
 TEST_P(every_row, flushed_subnormals_give_values_or_zero) {
-  for_each_slot([](const function_row& f, int slot, auto& x) {
-    if (f.is_complex() || f.arguments != shape::unary) return;
+  for_each_slot([](const vector_function& f, int slot, auto& x) {
+    if (f.is_complex() || f.shape != call_shape::unary) return;
     using Real = std::remove_reference_t<decltype(x.a[0])>;
     using limits = std::numeric_limits<Real>;
     arrays<Real> tiny(64);
@@ -212,10 +249,10 @@ TEST_P(every_row, flushed_subnormals_give_values_or_zero) {
 TEST_P(every_row, unmasked_traps_do_not_fire_inside) {
   const auto run = [] {
     feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW);
-    for_each_slot([](const function_row& f, int slot, auto& x) {
-      std::fprintf(stderr, "%s slot %d\n", f.name.c_str(), slot);
+    for_each_slot([](const vector_function& f, int slot, auto& x) {
+      std::fprintf(stderr, "%s slot %d\n", f.name.data(), slot);
       x.run(f, slot);
-      asm volatile("fwait");  // where the x87 unit tells of a flag that a kernel left
+      asm volatile("fwait");  // where the x87 unit traps for a flag that a kernel left
     });
     _exit(0);
   };
@@ -232,7 +269,7 @@ uint16_t x87_flags() {
 // A flag left in the x87 unit would trap at the next instruction of a caller who unmasks it.
 TEST_P(every_row, special_arguments_raise_no_spurious_flags) {
   tmk_vtm_kernel_SetMode(VTM_ERRMODE_NOERR);
-  for_each_slot([](const function_row& f, int slot, auto& all) {
+  for_each_slot([](const vector_function& f, int slot, auto& all) {
     using Real = std::remove_reference_t<decltype(all.a[0])>;
     for (const Real a : values<Real>())
       for (const Real b : {Real(2), std::numeric_limits<Real>::quiet_NaN()}) {
@@ -252,9 +289,10 @@ TEST_P(every_row, special_arguments_raise_no_spurious_flags) {
 
 // Missing values among good ones: quieted, payload kept, their neighbours untouched.
 TEST_P(every_row, nans_pass_through_and_leave_their_neighbours) {
-  for_each_slot([](const function_row& f, int slot, auto& all) {
+  for_each_slot([](const vector_function& f, int slot, auto& all) {
     using Real = std::remove_reference_t<decltype(all.a[0])>;
-    if (f.is_complex() || f.arguments != shape::unary || f.is("Abs")) return;  // |x| changes the sign alone
+    if (f.is_complex() || f.shape != call_shape::unary || f.stem == "Abs")
+      return;  // |x| changes the sign alone
     arrays<Real> good(150), holed(150);
     for (size_t i = 0; i < good.a.size(); ++i) good.a[i] = Real(0.5) + Real(i % 97) / 256;
     holed.a = good.a;

@@ -24,8 +24,12 @@ struct function_row {
 };
 
 const function_row functions[] = {
-#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage)                  \
-  {#letter #stem, #slots, #wide, #stage, &tmk_vtm_kernel_##letter##stem##_ttab, \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
+  {#letter #stem,                                             \
+   #slots,                                                    \
+   #wide,                                                     \
+   #stage,                                                    \
+   &tmk_vtm_kernel_##letter##stem##_ttab,                     \
    &tmk_vtm_kernel_##letter##stem##_ctab},
 #include "vector/registry/functions.def"
 };

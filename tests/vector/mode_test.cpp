@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The thread's mode word, its override from the environment, and the road of a report.
+// The thread's mode word, its override from the environment, and the path of a report.
 #include <gtest/gtest.h>
 
 #include <cerrno>

@@ -26,7 +26,7 @@ struct kernels {
 
 #define KERNEL(letter, stem) tmk_vtm_kernel_##letter##stem##_PXHAynn
 #define KERNELS(letter)                                                                           \
-  kernels<TMK_TYPE_##letter> {                                                                 \
+  kernels<TMK_TYPE_##letter> {                                                                    \
     KERNEL(letter, PackI), KERNEL(letter, UnpackI), KERNEL(letter, PackM), KERNEL(letter, PackV), \
         KERNEL(letter, UnpackM), KERNEL(letter, UnpackV)                                          \
   }

@@ -11,7 +11,7 @@
 #include <sstream>
 #include <string>
 
-#include "accuracy/oracle.hpp"
+#include "oracle/oracle.hpp"
 #include "vector/reference/complex/complex.hpp"
 #include "vector/registry/shapes.h"
 
@@ -102,7 +102,7 @@ struct sampler {
         {scaled(-4, 4), scaled(-4, 4)},
         {scaled(-wide, wide), scaled(-wide, wide)},
         {std::cos(angle), std::sin(angle)},        // the unit circle
-        {one + scaled(-60, -1), scaled(-99, -1)},  // beside branch points
+        {one + scaled(-60, -1), scaled(-99, -1)},  // near branch points
         {scaled(-99, -1), one + scaled(-60, -1)},
         {quarters, scaled(-40, 8)},
         {scaled(-40, 8), quarters},

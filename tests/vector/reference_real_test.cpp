@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "accuracy/oracle.hpp"
-#include "vector/registry/shapes.h"
+#include "oracle/oracle.hpp"
 #include "vector/reference/real/real.hpp"
+#include "vector/registry/shapes.h"
 
 namespace {
 

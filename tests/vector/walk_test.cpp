@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The walks of the kernels: every vectorized real function of one argument, in every slot of the selected tier,
-// between inaccessible pages and cut at every length.
+// The walks of the kernels: every vectorized real function of one argument, in every slot of the selected
+// tier, between inaccessible pages and cut at every length.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>

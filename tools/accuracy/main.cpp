@@ -94,7 +94,7 @@ int main(int argc, char** argv) {
     measure(all, samples, seed, threads, [](const measurement&) {});
     if (!hard_inputs.empty() && !judge_listed(all, hard_inputs)) return 2;
     for (measurement& m : all) {
-      const bool far = effort_name == "thorough" || (effort_name == "auto" && m.function->worked);
+      const bool far = effort_name == "thorough" || (effort_name == "auto" && m.function->vectorized);
       if (effort_name != "none") climb(m, far ? thorough : brief, seed, threads);
       show(m);
     }

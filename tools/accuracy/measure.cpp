@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-#include "batch.hpp"
+#include "oracle/batch.hpp"
 
 namespace tmk::accuracy {
 

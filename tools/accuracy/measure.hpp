@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "accuracy/oracle.hpp"
-#include "common/kernels.hpp"
+#include "oracle/oracle.hpp"
+#include "tools/common/kernels.hpp"
 
 namespace tmk::accuracy {
 

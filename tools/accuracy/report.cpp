@@ -24,7 +24,7 @@ constexpr std::size_t source_width = 110;
 
 std::string name_of(const vector_function& f) { return std::string(f.name); }
 
-// Hexadecimal, normalised to a leading 1, with as many digits behind the point as the value needs and at most
+// Hexadecimal, normalised to a leading 1, with as many digits after the point as the value needs and at most
 // `digits`.
 std::string hex(long double x, int digits) {
   if (!std::isfinite(x) || x == 0) return text("%Lg", x);
@@ -145,7 +145,7 @@ void print_lines(std::FILE* out, const measurement& m) {
   for (const measured_kernel& kernel : m.kernels) {
     const tally& t = kernel.errors;
     const auto count = static_cast<double>(t.count);
-    const std::string uses = f.worked ? uses_text(kernel) : "all (reference)";
+    const std::string uses = f.vectorized ? uses_text(kernel) : "all (reference)";
     std::fprintf(out, "%-12s %-16s %10s %8.4f %8.3f%% %6.1f  %s: got %s, want %s\n", name_of(f).c_str(),
                  uses.c_str(), error_text(t.worst.error).c_str(), t.error_sum / count,
                  100 * static_cast<double>(t.correctly_rounded) / count, correct_bits(t, f),
@@ -213,7 +213,7 @@ and the sign of a zero does not count.
   for (std::size_t i = 0; i < tiers.size() * std::size(level_names); ++i) std::fprintf(out, "---|");
   std::fprintf(out, "\n");
   for (const measurement& m : all) {
-    if (!m.function->worked) continue;
+    if (!m.function->vectorized) continue;
     std::fprintf(out, "| `%s` |", name_of(*m.function).c_str());
     for (int tier : tiers)
       for (int slot = 0; slot < 3; ++slot) std::fprintf(out, " %s |", cell(m, tier, slot).c_str());
@@ -226,7 +226,7 @@ and the sign of a zero does not count.
       "One kernel serves all levels and tiers.\n\n"
       "| function | max ulp | mean ulp | correctly rounded | worst argument |\n|---|---|---|---|---|\n");
   for (const measurement& m : all) {
-    if (m.function->worked) continue;
+    if (m.function->vectorized) continue;
     const tally& t = m.kernels.front().errors;
     const auto count = static_cast<double>(t.count);
     std::fprintf(out, "| `%s` | %s | %.4f | %.3f%% | `%s` |\n", name_of(*m.function).c_str(),

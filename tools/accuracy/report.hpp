@@ -16,7 +16,7 @@ void print_heading(std::FILE* out);
 // bits, worst argument.
 void print_lines(std::FILE* out, const measurement& m);
 
-// The comments that stand above the kernels in their sources.
+// The comments above the kernels in their sources.
 void print_source_comments(std::FILE* out, const measurement& m);
 
 // docs/accuracy.md.

@@ -33,7 +33,8 @@ struct vector_function {
   std::string_view stem;
   char letter;
   call_shape shape;
-  bool worked;  // has kernels of its own per level and tier; otherwise one reference kernel serves all
+  bool vectorized;  // has kernels of its own; otherwise one extended-precision kernel serves all levels and
+                    // tiers
   const VtmDispatchRecord* record;
 
   bool is_single() const { return letter == 's' || letter == 'c'; }
@@ -41,16 +42,8 @@ struct vector_function {
   bool has_value() const { return shape < call_shape::pack_stride; }
 };
 
-inline std::vector<vector_function> functions_with_value() {
-  constexpr bool vectorized = true, wide = true, scalar = false;
-  std::vector<vector_function> all = {
-#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
-  {#letter #stem, #stem, #letter[0], call_shape::shape, stage, &tmk_vtm_kernel_##letter##stem##_ttab},
-#include "vector/registry/functions.def"
-  };
-  std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });
-  return all;
-}
+// A function of its own unit: what walks over the list is not compiled anew when a row changes.
+std::vector<vector_function> functions_with_value();
 
 inline constexpr std::string_view level_names[] = {"LA", "HA", "EP"};  // in slot order
 inline constexpr int all_tiers[] = {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4};

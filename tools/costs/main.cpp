@@ -10,8 +10,8 @@
 #include <string_view>
 #include <type_traits>
 
-#include "common/kernels.hpp"
-#include "domains.hpp"
+#include "oracle/domains.hpp"
+#include "tools/common/kernels.hpp"
 
 using namespace tmk::tools;
 
@@ -19,7 +19,7 @@ namespace {
 
 using costs = std::array<double, 3>;
 
-// Figures that stand in the interface. Gather and scatter carry a marker there, not a measurement.
+// Figures that the interface fixes. Gather and scatter have a marker there, not a measurement.
 struct fixed_row {
   std::string_view name;
   costs value;

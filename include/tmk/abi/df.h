@@ -4,7 +4,7 @@
  *
  * A task holds pointers: x, y, boundary values, internal conditions and coefficients stay the caller's. Every
  * function returns 0 or a negative status (tmk_status_text has a sentence for each). Values are checked only
- * as the functions below say; nothing tests that x ascends. Construction, search, interpolation and
+ * as documented below; nothing tests that x ascends. Construction, search, interpolation and
  * integration only read the task, so several may run at once; edits may not run together with any other use.
  * <tmk/spline.hpp> is the checked C++ API. */
 #ifndef TMK_ABI_DF_H
@@ -95,8 +95,8 @@ enum {
   DF_TYPE_STEP_LEFT = 8
 };
 
-/* Internal conditions, ic_type: bit 8 says that ic holds the knots of a Subbotin spline, bit 4 that they are
- * uniform and ic holds their two ends. For cubic splines 1 and 2 say that ic holds derivatives of that order
+/* Internal conditions, ic_type: bit 8 means that ic holds the knots of a Subbotin spline, bit 4 that they are
+ * uniform and ic holds their two ends. For cubic splines 1 and 2 mean that ic holds derivatives of that order
  * at the interior points. */
 enum { DF_IC_NONE = 0, DF_IC_FIRST = 1, DF_IC_SECOND = 2, DF_IC_KNOTS_UNIFORM = 4, DF_IC_KNOTS = 8 };
 
@@ -116,7 +116,7 @@ enum {
 /* Hints of sites and of limits. */
 enum { DF_SITES_UNKNOWN = 0, DF_SITES_UNIFORM = 4, DF_SITES_SORTED = 64 };
 
-/* The request of an interpolation: values, cells besides, or values from the caller's cells alone. */
+/* The request of an interpolation: values, cells in addition, or values from the caller's cells alone. */
 enum { DF_INTERPOLATE_VALUES = 1, DF_INTERPOLATE_CELLS = 2, DF_INTERPOLATE_FROM_CELLS = 4 };
 
 /* rhint of an integration: DF_ROWS (also 128) has the pairs of one function together, DF_COLUMNS (also 0) the
@@ -131,8 +131,8 @@ enum {
 typedef struct DFTask DFTask;
 
 /* A search hook answers a block of `*count` sites: cells, and a flag per site that its cell is final; where
- * the flag is zero the library goes on from the cell as a start. A negative result ends the search, 1000 says
- * that all cells are final. */
+ * the flag is zero the library continues from the cell as a start. A negative result ends the search, 1000
+ * means that all cells are final. */
 typedef int32_t (*DFdSearchHook)(const int64_t* count, const double* sites, int64_t* cells, int32_t* flags,
                                  void* parameter, void* reserved);
 typedef int32_t (*DFsSearchHook)(const int64_t* count, const float* sites, int64_t* cells, int32_t* flags,
@@ -220,4 +220,6 @@ TMK_DF_TWIN(s, float)
 #ifdef __cplusplus
 }
 #endif
+
+#include "tmk/abi/df_textbook.h"
 #endif

@@ -206,7 +206,7 @@ enum {
   VTS_SS_PARAM_SORTED_STORAGE = 79
 };
 
-/* Storage of the data, of sorted and of orderStats: value i of variable j stands at j n + i or at i p + j. */
+/* Storage of the data, of sorted and of orderStats: value i of variable j is element j n + i or i p + j. */
 enum { VTS_SS_ROWS = 0x10000, VTS_SS_COLUMNS = 0x20000 };
 /* Storage of symmetric matrices: all p by p elements, or a triangle packed by rows. */
 enum { VTS_SS_FULL = 0, VTS_SS_LOWER = 1, VTS_SS_UPPER = 2 };
@@ -271,15 +271,15 @@ int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, flo
 /* What both precisions have, d for double and s for float.
  *
  * NewTask makes a task over p variables and n observations; with null data nothing but the dimension is
- * looked at. EditTask and its integer twin set one field and refuse null; the functions Edit<family> set
- * every field whose value is not null.
+ * looked at. EditTask and its counterpart for integers set one field and refuse null; the functions
+ * Edit<family> set every field whose value is not null.
  *
  * The compute functions take the masks of estimates and methods. Basic folds moments, sums and symmetric
  * matrices of a block into those of earlier blocks (accumWeight holds the weight so far and the sum of its
  * squares), by one method of fast, one-pass and two-pass, or converts without touching data. The one-pass
  * sums of lower orders that central sums rest on are kept in the task when the caller has no field for them:
- * go on with the same task and accumWeight, one accumulation at a time, or give the fields. Its central2 is
- * the unbiased weighted variance while central3 and central4 divide by the weight alone; kurtosis is in
+ * continue with the same task and accumWeight, one accumulation at a time, or give the fields. Its central2
+ * is the unbiased weighted variance while central3 and central4 divide by the weight alone; kurtosis is in
  * excess of 3; cor has variances on its diagonal. Minmax starts from what minimum and maximum hold. Quantiles
  * interpolate linearly between ranks 0 and n - 1; the rows of quantiles are packed over the selected
  * variables; those of no observations are NaN. WMedian gives the weighted quantile of the first order for
@@ -349,4 +349,6 @@ TMK_SS_TWIN(s, float)
 #ifdef __cplusplus
 }
 #endif
+
+#include "tmk/abi/ss_pooled.h"
 #endif

@@ -12,8 +12,8 @@ extern "C" {
 #pragma GCC visibility push(default)
 #endif
 
-/* A sentence for a status of any of the C interfaces; where two of them share a number, it says what the
- * number means to each. "unknown status" for any other. The text lives as long as the program. */
+/* A sentence for a status of any of the C interfaces; where two of them share a number, it gives the
+ * meaning for each. "unknown status" for any other. The text lives as long as the program. */
 const char* tmk_status_text(int32_t code);
 
 #ifdef __GNUC__

@@ -31,18 +31,18 @@ typedef struct ThreadingService {
   /* From inside a worker of ParallelForOrdered: runs section with these arguments when all lower items have
    * passed theirs, one at a time. */
   void (*OrderedSection)(int32_t item, int32_t thread, int32_t threadCount, void* context, TmkWorker section);
-  /* The largest threadCount that may be asked for, at least 1. */
+  /* The largest threadCount that may be requested, at least 1. */
   int32_t (*MaxThreads)(void);
 } ThreadingService;
 
 /* Everything in the caller's thread, in the order of the items. */
 const ThreadingService* tmk_threading_serial(void);
-/* The library's own threads, made when they are first asked for and shared by all callers. MaxThreads is what
- * omp_get_max_threads() says in the calling thread where the program has OpenMP; elsewhere the environment
- * variable OMP_NUM_THREADS, or else the count of processors. Fewer threads than asked for may run, by
- * tmk_threading_limit or because the system gives no more; inside another run, inside an OpenMP region, and
- * in a forked child of a process with threads the caller's runs alone. Items go to thread indices by a fixed
- * rule, so results that depend on the thread count alone are the same from run to run. */
+/* The library's own threads, made when they are first needed and shared by all callers. MaxThreads is the
+ * value of omp_get_max_threads() in the calling thread where the program has OpenMP; elsewhere the
+ * environment variable OMP_NUM_THREADS, or else the count of processors. Fewer threads than requested may
+ * run, by tmk_threading_limit or because the system gives no more; inside another run, inside an OpenMP
+ * region, and in a forked child of a process with threads the caller's runs alone. Items go to thread indices
+ * by a fixed rule, so results that depend on the thread count alone are the same from run to run. */
 const ThreadingService* tmk_threading_pool(void);
 /* The same table, under the name that it had while its threads were OpenMP's. */
 const ThreadingService* tmk_threading_openmp(void);

@@ -37,7 +37,7 @@ typedef struct {
 } Tpp64fc;
 
 /* Sorts `length` elements in place; `scratch` is an array of the same size, whose content is lost. Floating
- * values stand in the order of their numbers, -0.0 below +0.0, NaNs outside all numbers by their sign. */
+ * values are in the order of their numbers, -0.0 below +0.0, NaNs outside all numbers by their sign. */
 #define TMK_TPP_SORT(tag, type)                                                                 \
   int32_t tmk_dft_t4_tppsSortRadixAscend_##tag##_I(type* array, type* scratch, int32_t length); \
   int32_t tmk_dft_t4_tppsSortRadixDescend_##tag##_I(type* array, type* scratch, int32_t length);
@@ -51,7 +51,7 @@ TMK_TPP_SORT(64f, double)
 #undef TMK_TPP_SORT
 
 /* Writes to `index` the positions of the elements in sorted order; equal elements keep their order. Elements
- * stand `stride` bytes apart and are not touched; `index` and `scratch` hold `length` positions each. */
+ * are `stride` bytes apart and are not touched; `index` and `scratch` hold `length` positions each. */
 #define TMK_TPP_SORT_INDEX(tag, type)                                                                    \
   int32_t tmk_dft_t4_tppsSortRadixIndexAscend_##tag(const type* source, int32_t stride, int32_t* index,  \
                                                     int32_t* scratch, int32_t length);                   \

@@ -1,9 +1,9 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* Vector math: element types, mode word, error channel, tiers, and (by the generated header) every function.
  *
- * The C door checks nothing: pointers must be valid for n elements, a result may be the same array as an
+ * The C interface checks nothing: pointers must be valid for n elements, a result may be the same array as an
  * argument but must not overlap it at another offset, and n <= 0 does nothing. Kernels return nothing; a bad
- * element reports through the calling thread's error channel. <tmk/math.hpp> is the checked C++ door. */
+ * element reports through the calling thread's error channel. <tmk/math.hpp> is the checked C++ API. */
 #ifndef TMK_ABI_VTM_H
 #define TMK_ABI_VTM_H
 
@@ -75,7 +75,7 @@ enum {
   VTM_STATUS_UNDERFLOW = 4
 };
 
-/* What a callback sees of one bad element. Doubles stand on 4-byte boundaries on every machine. A change of
+/* What a callback sees of one bad element. Doubles are aligned to 4 bytes on every machine. A change of
  * r1 and r2 (and of their imaginary parts) reaches the result array when the callback returns 0. For real
  * functions the imaginary fields are unset; for the negative codes a1 to r2 are. */
 #pragma pack(push, 4)
@@ -89,7 +89,7 @@ typedef struct {
 } VtmErrorContext;
 #pragma pack(pop)
 
-/* Returns 0 to let the standard handling go on and take r1 and r2, anything else to end the report. It runs
+/* Returns 0 to let the standard handling continue and take r1 and r2, anything else to end the report. It runs
  * on the reporting thread inside the kernel and must leave the floating-point controls as they are. */
 typedef int32_t (*VtmErrorCallback)(VtmErrorContext*);
 
@@ -129,7 +129,7 @@ void tmk_vtm_kernel_cError(int32_t status, int32_t i, const void* a1, const void
 void tmk_vtm_kernel_zError(int32_t status, int32_t i, const void* a1, const void* a2, void* r1, void* r2,
                            const char* name);
 
-/* The slot that the thread's mode (or the given mode word) asks for: accuracy nibble - 1, unchecked. */
+/* The slot that the thread's mode (or the given mode word) selects: accuracy nibble - 1, unchecked. */
 int32_t tmk_vtm_kernel_GetTTableIndex(void);
 int32_t tmk_vtm_kernel_GetTTableIndexM(int32_t unused, uint32_t mode);
 
@@ -150,7 +150,7 @@ int32_t tmk_current_tier(void);
 const char* tmk_tier_name(int32_t tier); /* "W7", "V3", "V4"; null for no tier */
 
 /* Per function: its dispatch record (_ttab), its cost record (_ctab), and four entry points: the bare name
- * and _HA run slot 1, _21 or _50 slot 0, _11 or _26 slot 2, whatever the thread's mode says. */
+ * and _HA run slot 1, _21 or _50 slot 0, _11 or _26 slot 2, whatever the thread's mode. */
 #include <tmk/abi/vtm_functions.h>
 
 #ifdef __GNUC__

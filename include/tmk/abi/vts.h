@@ -1,10 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* Random streams: generators, their registry, streams with the data attached to them, persistence.
  *
- * The C interface checks what the functions below say, and nothing else. Functions return 0 (VTS_STATUS_OK)
- * or a negative status unless said otherwise. A stream is used by one thread at a time; distinct streams run
- * freely side by side. Registration is finished before concurrent use. <tmk/random.hpp> is the checked C++
- * API. */
+ * The C interface checks what is documented below, and nothing else. Functions return 0 (VTS_STATUS_OK)
+ * or a negative status unless documented otherwise. A stream is used by one thread at a time; distinct
+ * streams run freely at the same time. Registration is finished before concurrent use. <tmk/random.hpp> is
+ * the checked C++ API. */
 #ifndef TMK_ABI_VTS_H
 #define TMK_ABI_VTS_H
 
@@ -64,10 +64,10 @@ enum {
   VTS_BRNG_PHILOX4X32X10 = 0x1000000
 };
 
-/* Second seed word of a SOBOL stream that brings its own direction numbers after it: "DIRS". */
+/* Second seed word of a SOBOL stream whose own direction numbers follow: "DIRS". */
 enum { VTS_SOBOL_DIRECTIONS = 0x53524944 };
 
-/* What initStream is asked for. */
+/* The request to initStream. */
 enum {
   VTS_INIT_SEED = 0,     /* n seed words at params */
   VTS_INIT_LEAPFROG = 1, /* n streams; params points to the 32-bit index of this one */
@@ -230,7 +230,7 @@ int32_t __vtsUnregisterGlobRODataReference(const uint32_t* key);
 int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t* key, int32_t tag);
 
 /* Persistence: a little-endian image of state and chunks, the same in a file and in memory and on 32-bit and
- * 64-bit machines. A nameLength of 0 or more counts the characters of fileName; a negative one says that it
+ * 64-bit machines. A nameLength of 0 or more counts the characters of fileName; a negative one means that it
  * is terminated. A save to memory takes __vtsGetStreamSize bytes. VTS_STATUS_NO_MEMORY, _FILE_OPEN,
  * _FILE_CLOSE, _FILE_WRITE, _FILE_READ; loading, when the handle is null afterwards: _BAD_IMAGE,
  * _BAD_IMAGE_VERSION, _NO_RDRAND, _NO_AES. */
@@ -239,15 +239,15 @@ int32_t __vtsSaveStreamF(VtsStreamHandle stream, const char* fileName, int32_t n
 int32_t __vtsSaveStreamM(VtsStreamHandle stream, void* block);
 int32_t __vtsLoadStreamF(VtsStreamHandle* stream, const char* fileName, int32_t nameLength);
 int32_t __vtsLoadStreamM(VtsStreamHandle* stream, const void* block);
-/* Loads an image of nobody's making: never reads past the block (VTS_STATUS_FILE_READ), and refuses abstract
+/* Loads an image of unknown origin: never reads past the block (VTS_STATUS_FILE_READ), and refuses abstract
  * streams, which hold addresses, as VTS_STATUS_BAD_IMAGE. */
 int32_t tmk_vts_load_stream_bounded(VtsStreamHandle* stream, const void* block, uint64_t bytes);
 
 /* Distributions. Each fills r with n variates (n below 1: nothing happens) and returns the status of the
  * first draw that failed, with the elements before it written, or of the last draw. Parameters are not
- * checked. `method` is 0 unless said otherwise; u is uniform over (0, 1), and a logarithm of 0 that of the
- * smallest positive number. d draws doubles, s singles, each in its own precision. A sequence does not depend
- * on how it is cut into draws, but for Gaussian method 0. */
+ * checked. `method` is 0 unless documented otherwise; u is uniform over (0, 1), and a logarithm of 0 that of
+ * the smallest positive number. d draws doubles, s singles, each in its own precision. A sequence does not
+ * depend on how it is cut into draws, but for Gaussian method 0. */
 
 /* Uniform over (a, b); rounding may yield a or b. With VTS_METHOD_ACCURATE nothing outside [a, b] comes out.
  */
@@ -282,7 +282,7 @@ int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, doub
                          double sigma);
 int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
 /* b + beta e^z, z normal: method 0 by Gaussian method 1, any other by 2. An overflow of e^z is reported as
- * the thread's mode says. */
+ * the thread's mode sets. */
 int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                           double sigma, double b, double beta);
 int32_t _vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma,

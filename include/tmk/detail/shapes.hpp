@@ -78,7 +78,7 @@ array describe(matrix_view<T> m) {
 // One value for all elements of a call that is shaped as `like`.
 inline strides repeated(const strides& like) { return {like.rows, like.cols, 0, 0}; }
 
-// One call. A shape without b or r2 leaves them empty; scalars points to the values passed beside the arrays.
+// One call. A shape without b or r2 leaves them empty; scalars points to the values passed with the arrays.
 struct call {
   stem function;
   precision letter;
@@ -107,7 +107,7 @@ struct overload_set : Overloads... {
   using Overloads::operator()...;
 };
 
-// A view of elements of T, const or not: templates take it, so that vectors go on to convert to spans alone.
+// A view of elements of T, const or not: templates take it, so that vectors still convert to spans alone.
 template <class View, class T>
 concept view_of = std::same_as<View, matrix_view<T>> || std::same_as<View, matrix_view<const T>>;
 

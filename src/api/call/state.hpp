@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the C++ interface keeps per thread, beside the C interface's own state.
+// What the C++ API keeps per thread, in addition to the state of the C interface.
 #pragma once
 
 namespace tmk {
@@ -13,10 +13,10 @@ class capture;
 struct thread_state {
   error_scope* scope = nullptr;  // the innermost
   int threads = 1;
-  capture* watching = nullptr;  // whoever takes the reports of the kernel that runs
+  capture* watching = nullptr;  // receives the reports of the kernel that is running
 };
 
-// In the static block of thread-local storage: found without a call, also from the shared library.
+// In the static block of thread-local storage: also the shared library reaches it without a call.
 [[gnu::tls_model("initial-exec")]] inline constinit thread_local thread_state state;
 
 }  // namespace tmk::detail

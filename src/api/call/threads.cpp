@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "api/call/threads.hpp"
 
-#include <tmk/abi/threading.h>
-
 #include <algorithm>
+#include <cstdint>
+#include <tmk/scopes.hpp>
 
-#include "api/call/check.hpp"
+#include "api/call/refuse.hpp"
 #include "api/call/state.hpp"
 
 namespace tmk {
@@ -14,10 +14,12 @@ namespace detail {
 
 namespace {
 
-// What a part must cost to be worth a thread, in the unit of the cost records (about a clock cycle): to wake
-// a team of two and wait for it takes 4 * 10^4 to 10^5 cycles.
+// The least cost of a part that pays for a thread, in the unit of the cost records (about a clock cycle):
+// waking a team of two and waiting for it takes 4 * 10^4 to 10^5 cycles.
 constexpr float least_part_cost = 1 << 17;
 constexpr std::size_t cache_line = 64;
+
+int32_t allowed_threads() { return static_cast<int32_t>(state.threads); }
 
 }  // namespace
 
@@ -35,6 +37,15 @@ std::size_t part_begin(const std::byte* result, std::size_t width, std::size_t n
 
 int usable_threads(int threads) { return std::min(threads, static_cast<int>(tmk_threading_limit())); }
 
+const ThreadingService* call_threads() {
+  static const ThreadingService table = [] {
+    ThreadingService pool = *tmk_threading_pool();
+    pool.MaxThreads = allowed_threads;
+    return pool;
+  }();
+  return state.threads == 1 ? tmk_threading_serial() : &table;
+}
+
 void run_parts(int parts, const std::function<void(int)>& part) {
   tmk_threading_pool()->ParallelRun(
       parts, const_cast<std::function<void(int)>*>(&part),
@@ -44,9 +55,7 @@ void run_parts(int parts, const std::function<void(int)>& part) {
 }  // namespace detail
 
 parallel_scope::parallel_scope(int threads) : previous_(detail::state.threads) {
-  if (threads < 1)
-    detail::refuse("parallel_scope", "threads", std::to_string(threads),
-                   "is " + std::to_string(threads) + ", want at least 1");
+  detail::refuse_below("parallel_scope", "threads", threads, 1);
   detail::state.threads = detail::usable_threads(threads);
 }
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Gather and scatter. The spread array is walked by stride, mask or index, the dense one from its beginning.
+// Gather and scatter. The spread array is accessed by stride, mask or index, the dense one from its
+// beginning.
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "api/call/check.hpp"
-#include "api/math/rows.hpp"
+#include "api/call/refuse.hpp"
+#include "api/math/function_rows.hpp"
 #include "api/math/run.hpp"
 
 namespace tmk::detail {
@@ -42,18 +43,18 @@ std::byte* at(const array& x, std::size_t i, std::size_t width) {
   return const_cast<std::byte*>(static_cast<const std::byte*>(x.data)) + i * width;
 }
 
-// A movement with its arrays told apart.
+// A movement with its arrays by their roles.
 struct plan {
   const movement& m;
   const kind& k;
-  const row& f;
+  const function_row& f;
   std::size_t width;
   operand dense, spread, entries;
 };
 
 plan plan_of(const movement& m) {
   const kind& k = kind_of(m.function);
-  const row& f = row_of(m.function, m.letter);
+  const function_row& f = function_row_of(m.function, m.letter);
   const std::size_t width = f.a.width();
   const operand a{"a", m.a, width}, y{"y", m.y, width};
   const operand entries{k.walk == way::mask ? "mask" : "index", m.entries, m.wide ? 8u : 4u};

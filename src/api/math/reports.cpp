@@ -2,12 +2,11 @@
 #include "api/math/reports.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <new>
 #include <utility>
 
-#include "api/call/check.hpp"
+#include "api/call/refuse.hpp"
 #include "api/call/state.hpp"
 #include "vector/channel/error_channel.hpp"
 
@@ -51,7 +50,7 @@ void keep(const reported_statuses& statuses) {
   tmk_vtm_add_seen_statuses(statuses.seen);
 }
 
-capture::capture(const row& f, part_reports& reports, bool first_only)
+capture::capture(const function_row& f, part_reports& reports, bool first_only)
     : f_(f),
       reports_(reports),
       first_only_(first_only),
@@ -83,7 +82,7 @@ void capture::take(const VtmErrorContext& context) {
   }
 }
 
-void set_index_base(const row& f, const std::byte* a, std::size_t first) {
+void set_index_base(const function_row& f, const std::byte* a, std::size_t first) {
   const auto base = reinterpret_cast<std::uintptr_t>(a) - first * f.a.width();
   tmk_vtm_kernel_SetInterfInputVectorPointer(reinterpret_cast<const void*>(base));
 }
@@ -94,7 +93,7 @@ bool same_bits(const std::complex<double>& x, const std::complex<double>& y) {
   return std::memcmp(&x, &y, sizeof x) == 0;
 }
 
-// The scope that encloses a handler sees what the handler's own calls report.
+// The scope that encloses a handler receives what the handler's own calls report.
 class scope_exchange {
  public:
   explicit scope_exchange(error_scope* scope) : previous_(std::exchange(state.scope, scope)) {}
@@ -106,7 +105,8 @@ class scope_exchange {
 
 }  // namespace
 
-void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2, const report& bad) {
+void hand_to_scope(error_scope& scope, const function_row& f, std::byte* r, std::byte* r2,
+                   const report& bad) {
   math_error e{static_cast<math_status>(bad.code),
                static_cast<std::int64_t>(bad.index),
                f.name.data(),
@@ -123,14 +123,9 @@ void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2
 
 namespace {
 
-std::string text_of(double value) {
-  char buffer[32];
-  return {buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr};
-}
-
 std::string text_of(const std::complex<double>& value) {
-  if (value.imag() == 0) return text_of(value.real());
-  return "(" + text_of(value.real()) + ", " + text_of(value.imag()) + ")";
+  if (value.imag() == 0) return detail::number(value.real());
+  return "(" + detail::number(value.real()) + ", " + detail::number(value.imag()) + ")";
 }
 
 [[noreturn]] void raise(const math_error& e) {
@@ -156,7 +151,7 @@ error_scope::error_scope(on_error what) : what_(what), previous_(detail::state.s
       return;
   }
   const std::string value = std::to_string(static_cast<int>(what));
-  detail::refuse("error_scope", "what", value, "is " + value + ", want collect, raise or ignore");
+  detail::refuse_value("error_scope", "what", value, "collect, raise or ignore");
 }
 
 error_scope::error_scope(handler repair) : handler_(std::move(repair)), previous_(detail::state.scope) {

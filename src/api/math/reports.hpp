@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "api/math/rows.hpp"
+#include "api/math/function_rows.hpp"
 
 namespace tmk::detail {
 
@@ -14,7 +14,7 @@ struct report {
   std::complex<double> a1, a2, r1, r2;
 };
 
-// What the reports of a part amount to.
+// The statuses of all reports of a part.
 struct reported_statuses {
   int32_t last = 0;
   uint32_t seen = 0;  // a bit (1 << status) for each that occurred
@@ -30,8 +30,8 @@ struct part_reports {
   bool out_of_memory = false;
 };
 
-// The C interface's state of the thread that computes a part: errors as `error_mode` says, subnormals as in
-// the mode of the thread that made the call, and statuses of this part alone. Puts back what it found.
+// The C interface's state of the thread that computes a part: errors as `error_mode` sets, subnormals as in
+// the mode of the thread that made the call, and statuses of this part alone. Restores them at its end.
 class part_channel {
  public:
   part_channel(uint32_t error_mode, uint32_t callers_mode);
@@ -50,10 +50,10 @@ class part_channel {
 // Adds statuses to the thread's, and does nothing else.
 void keep(const reported_statuses& statuses);
 
-// While it lives, reports of this thread's kernels go here and nowhere else.
+// During its life, reports of this thread's kernels come here and nowhere else.
 class capture {
  public:
-  capture(const row& f, part_reports& reports, bool first_only);
+  capture(const function_row& f, part_reports& reports, bool first_only);
   ~capture();
   capture(const capture&) = delete;
   capture& operator=(const capture&) = delete;
@@ -65,7 +65,7 @@ class capture {
   static int32_t take(VtmErrorContext* context);
   void take(const VtmErrorContext& context);
 
-  const row& f_;
+  const function_row& f_;
   part_reports& reports_;
   bool first_only_;
   std::size_t first_ = 0;
@@ -74,9 +74,9 @@ class capture {
 };
 
 // Makes kernels report element i of `a` as first + i; callbacks count in 32 bits.
-void set_index_base(const row& f, const std::byte* a, std::size_t first);
+void set_index_base(const function_row& f, const std::byte* a, std::size_t first);
 
 // Hands a report to the scope and stores what it made of the element's results; r2 is null where f has one.
-void hand_to_scope(error_scope& scope, const row& f, std::byte* r, std::byte* r2, const report& bad);
+void hand_to_scope(error_scope& scope, const function_row& f, std::byte* r, std::byte* r2, const report& bad);
 
 }  // namespace tmk::detail

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// One call: check, choose the kernel, and run it over the arrays, at once where nothing speaks against it.
+// One call: check, choose the kernel, and run it over the arrays, in one piece where that is possible.
 //
 // A call is cut into pieces when it is longer than a kernel counts, into parts when threads share it. Pieces
 // are staged, passed through small buffers, where elements do not follow one another, and where the result
-// replaces the argument and a scope is to see the argument of a bad element. No result depends on how a call
-// is cut.
+// replaces the argument and a scope is to receive the argument of a bad element. No result depends on how a
+// call is cut.
 #include "api/math/run.hpp"
 
 #include <algorithm>
 #include <cstring>
 
-#include "api/call/check.hpp"
-#include "api/math/reports.hpp"
-#include "api/math/rows.hpp"
-#include "api/math/settings.hpp"
+#include "api/call/settings.hpp"
 #include "api/call/state.hpp"
-#include "api/math/strided.hpp"
 #include "api/call/threads.hpp"
+#include "api/math/check.hpp"
+#include "api/math/function_rows.hpp"
+#include "api/math/reports.hpp"
+#include "api/math/strided.hpp"
 #include "vector/channel/error_channel.hpp"
 
 namespace tmk::detail {
@@ -28,7 +28,7 @@ constexpr std::size_t stage_size = 8192;
 enum operand_place { place_a, place_b, place_r, place_r2, places };
 
 struct job {
-  const row& f;
+  const function_row& f;
   VtmKernel kernel;
   operands whole;
   std::size_t n;
@@ -39,7 +39,7 @@ struct job {
   bool any_staged() const { return std::ranges::find(staged, true) != std::end(staged); }
 };
 
-operands beginning_at(const row& f, const operands& o, std::size_t first) {
+operands beginning_at(const function_row& f, const operands& o, std::size_t first) {
   const std::size_t a = first * f.a.width(), r = first * f.r.width();
   return {o.a + a, f.has_b ? o.b + a : nullptr, o.r + r, f.has_r2 ? o.r2 + r : nullptr, o.scalars};
 }
@@ -137,7 +137,7 @@ void run_watched(const job& j, int parts) {
     }
 }
 
-// Without a scope, and nobody to observe single reports: only what they amount to leaves a thread.
+// Without a scope or an observer of single reports: a thread hands on its statuses alone.
 void run_in_parts(const job& j, int parts) {
   const uint32_t mode = tmk_vtm_kernel_GetMode();
   std::vector<reported_statuses> reports(static_cast<std::size_t>(parts));
@@ -154,7 +154,7 @@ void run_in_parts(const job& j, int parts) {
 }  // namespace
 
 void run(const call& c) {
-  const row& f = row_of(c.function, c.letter);
+  const function_row& f = function_row_of(c.function, c.letter);
   const int slot = slot_of(f, c.level);
   check(f, c);
   if (c.a.size == 0) return;
@@ -179,7 +179,7 @@ void run(const call& c) {
   j.staged[place_b] |= watched && f.has_b && in_place(whole.b);
   const int parts = part_count(j.n, f.cost->cost[slot], thread.threads);
   if (watched) return run_watched(j, parts);
-  // A C callback runs on this thread, in order, and sees each report as its kernel makes it.
+  // A C callback runs on this thread, in order, for each report when its kernel makes it.
   if (parts > 1 && tmk_vtm_reports_are_observed() == 0) return run_in_parts(j, parts);
   walk(j, 0, j.n, nullptr);
   tmk_vtm_kernel_SetInterfInputVectorPointer(nullptr);

@@ -1,33 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-// Arrays filled with variates, cut into what a kernel counts and among threads.
+// Arrays filled with variates, in pieces that a kernel's count can hold, and on threads.
 #include <tmk/abi/vts.h>
 
 #include <algorithm>
 #include <atomic>
 #include <tmk/random.hpp>
 
-#include "api/call/check.hpp"
-#include "api/random/stream.hpp"
-#include "api/random/laws.hpp"
+#include "api/call/refuse.hpp"
 #include "api/call/threads.hpp"
+#include "api/random/laws.hpp"
+#include "api/random/stream.hpp"
 
 namespace tmk {
 
 namespace {
 
 using detail::draw;
-using detail::make_draw;
+using detail::draw_of;
 
 constexpr std::size_t longest_draw = 1 << 30;  // even, so that pairs stay together
 constexpr std::size_t part_grain = 1024;       // likewise
 
-// The longest draws of an array, until one fails: its status, or the greatest.
-template <class Draw, class T>
-int32_t run(const Draw& d, VtsStreamHandle g, std::span<T> r) {
+// Fills an array by the longest draws, until one fails: its status, or the greatest.
+template <class T>
+int32_t run(const draw<T>& d, VtsStreamHandle g, std::span<T> r) {
   int32_t greatest = VTS_STATUS_OK;
   for (std::size_t count; !r.empty(); r = r.subspan(count)) {
     count = std::min(r.size(), longest_draw);
-    const int32_t status = d.kernel(g, static_cast<int32_t>(count), r.data());
+    const int32_t status = d(g, static_cast<int32_t>(count), r.data());
     if (status < 0) return status;
     greatest = std::max(greatest, status);
   }
@@ -36,25 +36,21 @@ int32_t run(const Draw& d, VtsStreamHandle g, std::span<T> r) {
 
 template <class T>
 void check_array(const char* function, std::span<T> r) {
-  if (r.data() == nullptr && !r.empty())
-    detail::refuse(function, "r", "null", "is null, want " + std::to_string(r.size()) + " elements");
+  detail::check_data(function, {"r", {r.data(), r.size()}, sizeof(T)});
 }
 
 template <class T, class Laws>
 void fill_serially(stream& g, std::span<T> r, const Laws& laws) {
-  std::visit(
-      [&](const auto& law) {
-        const auto d = make_draw<T>(law);
-        check_array(d.function, r);
-        detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
-      },
-      laws);
+  const draw<T> d = draw_of<T>(laws);
+  check_array(d.function, r);
+  detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
 
-// Every part begins with a copy of the stream, jumped to its place; the last one's is where the stream ends.
-// False, and the stream as it was, when an integer was drawn anew: the parts after it began in wrong places.
-template <class Draw, class T>
-bool run_parallel(const Draw& d, stream& g, std::span<T> r, std::size_t parts) {
+// Every part begins with a copy of the stream that skipped to its place; the copy of the last part becomes
+// the stream. False, and the stream unchanged, when an integer was drawn anew: later parts began in wrong
+// places.
+template <class T>
+bool run_parallel(const draw<T>& d, stream& g, std::span<T> r, std::size_t parts) {
   const std::size_t longest = (r.size() / parts + part_grain - 1) / part_grain * part_grain;
   parts = (r.size() + longest - 1) / longest;  // none is empty
   const auto begin = [&](std::size_t k) { return std::min(k * longest, r.size()); };
@@ -80,20 +76,14 @@ bool run_parallel(const Draw& d, stream& g, std::span<T> r, std::size_t parts) {
 
 template <class T, class Laws>
 void fill_on_threads(stream& g, std::span<T> r, const Laws& laws, int threads) {
-  if (threads < 1)
-    detail::refuse("fill_parallel", "threads", std::to_string(threads),
-                   "is " + std::to_string(threads) + ", want 1 or more");
-  std::visit(
-      [&](const auto& law) {
-        const auto d = make_draw<T>(law);
-        check_array(d.function, r);
-        const std::size_t parts = std::min<std::size_t>(
-            static_cast<std::size_t>(detail::usable_threads(threads)), r.size() / part_grain);
-        const bool jumps = parts > 1 && d.uniforms != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
-        if (jumps && run_parallel(d, g, r, parts)) return;
-        detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
-      },
-      laws);
+  detail::refuse_below("fill_parallel", "threads", threads, 1);
+  const draw<T> d = draw_of<T>(laws);
+  check_array(d.function, r);
+  const std::size_t parts =
+      std::min<std::size_t>(static_cast<std::size_t>(detail::usable_threads(threads)), r.size() / part_grain);
+  const bool jumps = parts > 1 && d.uniforms != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
+  if (jumps && run_parallel(d, g, r, parts)) return;
+  detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
 
 }  // namespace
@@ -118,12 +108,12 @@ template <class T>
 requires(std::same_as<T, double> ||
          std::same_as<T, float>) int elements_per_variate(const stream& g,
                                                           const distribution::continuous& law) {
-  return std::visit([&](const auto& l) { return make_draw<T>(l).elements(g.handle()); }, law);
+  return draw_of<T>(law).elements(g.handle());
 }
 template int elements_per_variate<double>(const stream& g, const distribution::continuous& law);
 template int elements_per_variate<float>(const stream& g, const distribution::continuous& law);
 int elements_per_variate(const stream& g, const distribution::discrete& law) {
-  return std::visit([&](const auto& l) { return make_draw<std::int32_t>(l).elements(g.handle()); }, law);
+  return draw_of<std::int32_t>(law).elements(g.handle());
 }
 
 namespace {
@@ -131,7 +121,8 @@ namespace {
 template <class Word>
 void fill_with_bits(stream& g, std::span<Word> r,
                     int32_t (*kernel)(int32_t, VtsStreamHandle, int32_t, Word*)) {
-  const draw d{"bits", 0, 0, [=](VtsStreamHandle s, int32_t n, Word* to) { return kernel(0, s, n, to); }};
+  const draw<Word> d{"bits", 0, 0,
+                     [=](VtsStreamHandle s, int32_t n, Word* to) { return kernel(0, s, n, to); }};
   check_array(d.function, r);
   detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }

@@ -13,9 +13,9 @@
 #include <system_error>
 #include <tmk/random.hpp>
 
-#include "api/call/hash.hpp"
+#include "api/call/settings.hpp"
 #include "api/random/stream.hpp"
-#include "api/math/settings.hpp"
+#include "platform/hash.hpp"
 
 namespace tmk {
 
@@ -54,7 +54,7 @@ bool is_c_image(bytes image) {
          (std::memcmp(&image[1], word, sizeof word) == 0 || std::memcmp(&image[0], word, sizeof word) == 0);
 }
 
-// What a header says of the whole image's size; only so much is read.
+// The size of the whole image by its header; only so much is read.
 std::uint64_t size_of_image(bytes image, const source& from) {
   const bool marked = image.size() >= sizeof magic && std::memcmp(image.data(), magic, sizeof magic) == 0;
   if (!marked && is_c_image(image))
@@ -67,12 +67,12 @@ std::uint64_t size_of_image(bytes image, const source& from) {
   return header_bytes + content + hash_bytes;
 }
 
-// Without the header and the hash, which are judged.
+// Without the header and the hash, which are checked.
 bytes content_of(bytes image, const source& from) {
   const std::uint64_t size = size_of_image(image, from);
   if (image.size() < size) from.check(VTS_STATUS_FILE_READ);
   const bytes hashed = image.first(image.size() - hash_bytes);
-  if (image.size() > size || integer_at(image, hashed.size()) != detail::fnv1a(hashed))
+  if (image.size() > size || integer_at(image, hashed.size()) != fnv1a(hashed))
     from.refuse(VTS_STATUS_BAD_IMAGE, "is damaged");
   return hashed.subspan(header_bytes);
 }
@@ -183,7 +183,7 @@ std::vector<std::byte> stream::save() const {
   append(image, content);
   image.resize(header_bytes + content);
   detail::check_status("stream::save", handle, __vtsSaveStreamM(handle, &image[header_bytes]));
-  append(image, detail::fnv1a(image));
+  append(image, fnv1a(image));
   return image;
 }
 

@@ -1,202 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
-// The laws of the random interface: parameters checked and turned into the kernels' own.
+// The laws of the random interface as calls of the C interface.
 #pragma once
 
 #include <tmk/abi/vts.h>
 
-#include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <string>
-#include <tmk/random.hpp>
-
-#include "api/call/check.hpp"
+#include <cstddef>
+#include <new>
+#include <type_traits>
 
 namespace tmk::detail {
 
-struct parameter {
-  const char* function;
-  const char* name;
-  double value;
-
-  void want(bool good, const char* what) const {
-    if (good) return;
-    char digits[32];
-    const std::string text(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-    refuse(function, name, text, "is " + text + ", want " + what);
+// A draw of one law with its parameters: kernel(stream, n, r). A variate takes so many uniforms of so many
+// bytes (none where the count depends on earlier draws), or, where bytes is 0, so many elements.
+template <class T>
+class draw {
+ public:
+  template <class Kernel>
+  draw(const char* name, int uniforms_of_one, int bytes_of_one, const Kernel& kernel)
+      : function(name), uniforms(uniforms_of_one), bytes(bytes_of_one) {
+    static_assert(sizeof kernel <= sizeof kernel_ && std::is_trivially_copyable_v<Kernel>);
+    ::new (kernel_) Kernel(kernel);
+    call_ = [](const std::byte* k, VtsStreamHandle g, int32_t n, T* r) {
+      return (*std::launder(reinterpret_cast<const Kernel*>(k)))(g, n, r);
+    };
   }
-};
 
-// Checked as the kernel will see it, in the precision of the elements.
-template <class Real>
-Real finite(const parameter& p) {
-  const Real value = static_cast<Real>(p.value);
-  p.want(std::isfinite(value), "a finite number");
-  return value;
-}
-template <class Real>
-Real positive(const parameter& p) {
-  const Real value = static_cast<Real>(p.value);
-  p.want(std::isfinite(value) && value > 0, "a positive finite number");
-  return value;
-}
+  int32_t operator()(VtsStreamHandle g, int32_t n, T* r) const { return call_(kernel_, g, n, r); }
 
-inline gaussian_method valid(const char* function, gaussian_method method, gaussian_method least) {
-  const parameter p{function, "method", static_cast<double>(method)};
-  p.want(method >= least && method <= gaussian_method::inversion, "a method of the law");
-  return method;
-}
-
-// A draw of one law: kernel(stream, n, r), and what a variate takes: so many uniforms of so many bytes (none
-// where that depends on draws before), or, of no bytes, so many elements.
-template <class Kernel>
-struct draw {
-  const char* function;
-  int uniforms, bytes;
-  Kernel kernel;
-
+  // Elements of the stream that a variate takes.
   int elements(VtsStreamHandle g) const {
     return bytes == 0 ? uniforms : uniforms * tmk_vts_elements_of_uniform(g, bytes);
   }
+
+  const char* function;
+  int uniforms, bytes;
+
+ private:
+  int32_t (*call_)(const std::byte*, VtsStreamHandle, int32_t, T*);
+  // In place of std::function, which would allocate memory at each fill.
+  alignas(double) std::byte kernel_[64];
 };
-template <class Kernel>
-draw(const char*, int, int, Kernel) -> draw<Kernel>;
 
-template <class Real, class Double, class Single>
-constexpr auto kernel_of(Double d, Single s) {
-  if constexpr (std::is_same_v<Real, double>)
-    return d;
-  else
-    return s;
-}
-
-template <class Real>
-auto location_scale(const char* function, int uniforms, decltype(&tmk_vtsdRngExponential) d,
-                    decltype(&tmk_vtssRngExponential) s, Real location, Real scale) {
-  return draw{function, uniforms, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
-                return kernel_of<Real>(d, s)(g, n, r, location, scale);
-              }};
-}
-
-inline resolution valid(resolution r) {
-  const parameter p{"uniform", "resolution", static_cast<double>(r)};
-  p.want(r == resolution::full || r == resolution::one_word, "full or one_word");
-  return r;
-}
-
-template <class Real>
-auto make_draw(const distribution::uniform& law) {
-  const Real low = finite<Real>({"uniform", "low", law.low}),
-             high = finite<Real>({"uniform", "high", law.high});
-  parameter{"uniform", "high", law.high}.want(low < high, "more than low");
-  parameter{"uniform", "high", law.high}.want(std::isfinite(high - low), "a finite distance from low");
-  const bool full = valid(law.resolution) == resolution::full;
-  return draw{"uniform", 1, full ? int{sizeof(Real)} : 0, [=](VtsStreamHandle g, int32_t n, Real* r) {
-                constexpr auto open = kernel_of<Real>(&tmk_vtsdRngUniform, &tmk_vtssRngUniform);
-                constexpr auto own = kernel_of<Real>(&_vtsdRngUniform, &_vtssRngUniform);
-                return full ? open(g, n, r, low, high) : own(VTS_METHOD_ACCURATE, g, n, r, low, high);
-              }};
-}
-
-template <class Real>
-auto make_draw(const distribution::exponential& law) {
-  const Real location = finite<Real>({"exponential", "location", law.location});
-  positive<Real>({"exponential", "rate", law.rate});
-  const Real scale = positive<Real>({"exponential", "1 / rate", 1 / law.rate});
-  return location_scale("exponential", 1, &tmk_vtsdRngExponential, &tmk_vtssRngExponential, location, scale);
-}
-
-template <class Real>
-auto make_draw(const distribution::cauchy& law) {
-  return location_scale("cauchy", 1, &tmk_vtsdRngCauchy, &tmk_vtssRngCauchy,
-                        finite<Real>({"cauchy", "location", law.location}),
-                        positive<Real>({"cauchy", "scale", law.scale}));
-}
-
-template <class Real>
-auto make_draw(const distribution::gumbel& law) {
-  return location_scale("gumbel", 1, &tmk_vtsdRngGumbel, &tmk_vtssRngGumbel,
-                        finite<Real>({"gumbel", "location", law.location}),
-                        -positive<Real>({"gumbel", "scale", law.scale}));
-}
-
-template <class Real>
-auto make_draw(const distribution::laplace& law) {
-  return location_scale("laplace", 2, &tmk_vtsdRngLaplace, &tmk_vtssRngLaplace,
-                        finite<Real>({"laplace", "location", law.location}),
-                        positive<Real>({"laplace", "scale", law.scale}));
-}
-
-template <class Real>
-auto make_draw(const distribution::rayleigh& law) {
-  constexpr double sqrt_2 = 1.4142135623730951;
-  const Real location = finite<Real>({"rayleigh", "location", law.location});
-  positive<Real>({"rayleigh", "scale", law.scale});
-  const Real beta = positive<Real>({"rayleigh", "sqrt(2) scale", sqrt_2 * law.scale});
-  return location_scale("rayleigh", 1, &tmk_vtsdRngRayleigh, &tmk_vtssRngRayleigh, location, beta);
-}
-
-template <class Real>
-auto make_draw(const distribution::weibull& law) {
-  const Real shape = positive<Real>({"weibull", "shape", law.shape});
-  const Real scale = positive<Real>({"weibull", "scale", law.scale});
-  const Real location = finite<Real>({"weibull", "location", law.location});
-  return draw{"weibull", 1, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
-                return kernel_of<Real>(&tmk_vtsdRngWeibull, &tmk_vtssRngWeibull)(g, n, r, shape, location,
-                                                                                 scale);
-              }};
-}
-
-template <class Real>
-auto make_draw(const distribution::gaussian& law) {
-  const gaussian_method method = valid("gaussian", law.method, gaussian_method::pairs);
-  const Real mean = finite<Real>({"gaussian", "mean", law.mean}),
-             sd = positive<Real>({"gaussian", "sd", law.sd});
-  return draw{"gaussian", method == gaussian_method::kept_pairs ? 0 : 1, sizeof(Real),
-              [=](VtsStreamHandle g, int32_t n, Real* r) {
-                return kernel_of<Real>(&tmk_vtsdRngGaussian, &tmk_vtssRngGaussian)(
-                    static_cast<int32_t>(method), g, n, r, mean, sd);
-              }};
-}
-
-template <class Real>
-auto make_draw(const distribution::lognormal& law) {
-  const gaussian_method method = valid("lognormal", law.method, gaussian_method::kept_pairs);
-  const Real mean = finite<Real>({"lognormal", "log_mean", law.log_mean});
-  const Real sd = positive<Real>({"lognormal", "log_sd", law.log_sd});
-  const Real location = finite<Real>({"lognormal", "location", law.location});
-  const Real scale = positive<Real>({"lognormal", "scale", law.scale});
-  const bool kept = method == gaussian_method::kept_pairs;
-  return draw{"lognormal", kept ? 0 : 1, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
-                const int32_t number = kept ? 0 : 1;
-                return kernel_of<Real>(&tmk_vtsdRngLognormal, &tmk_vtssRngLognormal)(number, g, n, r, mean,
-                                                                                     sd, location, scale);
-              }};
-}
-
-template <class>
-auto make_draw(const distribution::uniform_int& law) {
-  parameter{"uniform_int", "high", static_cast<double>(law.high)}.want(law.low <= law.high, "low or more");
-  return draw{"uniform_int", 1, sizeof(double), [=](VtsStreamHandle g, int32_t n, int32_t* r) {
-                return tmk_vtsiRngUniform(g, n, r, law.low, law.high);
-              }};
-}
-
-template <class>
-auto make_draw(const distribution::bernoulli& law) {
-  parameter{"bernoulli", "p", law.p}.want(law.p >= 0 && law.p <= 1, "0 to 1");
-  return draw{"bernoulli", 1, sizeof(double), [p = law.p](VtsStreamHandle g, int32_t n, int32_t* r) {
-                return tmk_vtsiRngBernoulli(g, n, r, p);
-              }};
-}
-
-// Below, the greatest variates would soon not fit.
-template <class>
-auto make_draw(const distribution::geometric& law) {
-  parameter{"geometric", "p", law.p}.want(law.p >= 1e-7 && law.p <= 1, "0.0000001 to 1");
-  return draw{"geometric", 1, sizeof(double), [p = law.p](VtsStreamHandle g, int32_t n, int32_t* r) {
-                return tmk_vtsiRngGeometric(g, n, r, p);
-              }};
-}
+// Throws tmk::error for parameters that the law does not have. T is double or float for the continuous laws,
+// and int32_t for the discrete ones.
+template <class T, class Laws>
+draw<T> draw_of(const Laws& law);
 
 }  // namespace tmk::detail

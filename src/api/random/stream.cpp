@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams: seeded, copied, moved along and released, and every status of them as tmk::error.
+// Streams: seeded, copied, advanced and released; every status as tmk::error.
 #include "api/random/stream.hpp"
 
 #include <tmk/abi/vts.h>
@@ -8,19 +8,16 @@
 #include <cstdio>
 #include <tmk/random.hpp>
 
-#include "api/call/check.hpp"
+#include "api/call/refuse.hpp"
+#include "api/call/settings.hpp"
+#include "api/call/status.hpp"
 #include "api/random/seed.hpp"
-#include "api/math/settings.hpp"
 
 namespace tmk {
 
 namespace {
 
-struct sentence {
-  int32_t status;
-  const char* text;
-};
-constexpr sentence sentences[] = {
+constexpr detail::status_sentence sentences[] = {
     {VTS_STATUS_BAD_ARGUMENT, "was seeded with words that it cannot use"},
     {VTS_STATUS_NO_MEMORY, "found no memory"},
     {VTS_STATUS_INVALID_BRNG, "is no generator"},
@@ -49,9 +46,7 @@ int32_t id_of(generator g, int set) {
   const bool known = id >= one_family && id % one_family == 0 && id / one_family <= NRegBrngsNew;
   if (!known) detail::check_status("stream", "g", hexadecimal(id), VTS_STATUS_INVALID_BRNG);
   const int32_t sets = NumOffsets[id / one_family - 1];
-  if (set < 0 || set >= sets)
-    detail::refuse("stream", "set", std::to_string(set),
-                   "is " + std::to_string(set) + ", want 0 to " + std::to_string(sets - 1));
+  detail::refuse_unless_in("stream", "set", set, 0, sets - 1);
   return id + set;
 }
 
@@ -61,9 +56,7 @@ int most_dimensions(generator g) {
 }
 
 void check_dimensions(const char* function, generator g, std::int64_t dimensions) {
-  const std::string text = std::to_string(dimensions), most = std::to_string(most_dimensions(g));
-  if (dimensions < 1 || dimensions > most_dimensions(g))
-    detail::refuse(function, "dimensions", text, "is " + text + ", want 1 to " + most);
+  detail::refuse_unless_in(function, "dimensions", dimensions, 1, most_dimensions(g));
 }
 
 VtsStreamHandle new_stream(int32_t id, std::span<const std::uint32_t> words) {
@@ -93,11 +86,7 @@ VtsStreamHandle new_sequence(generator g, std::span<const std::uint32_t> words, 
 
 void detail::check_status(const char* function, const char* argument, const std::string& value,
                           int32_t status) {
-  if (status >= 0) return;
-  const char* text = "failed";
-  for (const sentence& s : sentences)
-    if (s.status == status) text = s.text;
-  throw error(status, function, argument, value, "(" + value + ") " + text);
+  if (status < 0) check_status(function, status, {argument, value, sentences});
 }
 
 void detail::check_status(const char* function, VtsStreamHandle g, int32_t status) {
@@ -114,8 +103,7 @@ VtsStream* stream::require(const char* function) const {
 VtsStream* stream::handle() const { return require("stream::handle"); }
 
 stream::stream(generator g, std::span<const std::uint32_t> seeds, int set) {
-  if (seeds.data() == nullptr && !seeds.empty())
-    detail::refuse("stream", "seeds", "null", "is null, want " + std::to_string(seeds.size()) + " words");
+  detail::check_data("stream", {"seeds", {seeds.data(), seeds.size()}, sizeof(std::uint32_t)});
   if (most_dimensions(g) != 0)
     handle_.reset(new_sequence(g, seeds, set));
   else
@@ -125,10 +113,7 @@ stream::stream(generator g, std::initializer_list<std::uint32_t> seeds, int set)
     : stream(g, std::span(seeds.begin(), seeds.size()), set) {}
 
 stream::stream(generator g, std::uint64_t seed, bool negative, int set) {
-  if (negative) {
-    const std::string text = std::to_string(static_cast<std::int64_t>(seed));
-    detail::refuse("stream", "seed", text, "is " + text + ", want 0 or more");
-  }
+  if (negative) detail::refuse_below("stream", "seed", static_cast<std::int64_t>(seed), 0);
   if (most_dimensions(g) != 0)
     check_dimensions("stream", g, static_cast<std::int64_t>(std::min<std::uint64_t>(seed, INT64_MAX)));
   const std::uint32_t words[] = {static_cast<std::uint32_t>(seed), static_cast<std::uint32_t>(seed >> 32)};
@@ -163,34 +148,26 @@ int stream::set() const { return __vtsGetStreamStateBrng(require("stream::set"))
 
 void stream::skip(std::int64_t count) {
   VtsStream* const handle = require("stream::skip");
-  if (count < 0)
-    detail::refuse("stream::skip", "count", std::to_string(count),
-                   "is " + std::to_string(count) + ", want 0 or more");
+  detail::refuse_below("stream::skip", "count", count, 0);
   detail::check_status("stream::skip", handle, __vtsSkipAheadStream(handle, count));
 }
 
 void stream::leapfrog(int k, int parts) {
   VtsStream* const handle = require("stream::leapfrog");
-  if (parts < 1)
-    detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
-                   "is " + std::to_string(parts) + ", want 1 or more");
-  if (k < 0 || k >= parts)
-    detail::refuse("stream::leapfrog", "k", std::to_string(k),
-                   "is " + std::to_string(k) + ", want 0 to " + std::to_string(parts - 1));
+  detail::refuse_below("stream::leapfrog", "parts", parts, 1);
+  detail::refuse_unless_in("stream::leapfrog", "k", k, 0, parts - 1);
   if (kind() == generator::mcg59 && parts % 2 == 0)
-    detail::refuse("stream::leapfrog", "parts", std::to_string(parts),
-                   "is " + std::to_string(parts) +
-                       ", want an odd number: elements of mcg59 at even distances are related");
+    detail::refuse_value("stream::leapfrog", "parts", detail::number(parts),
+                         "an odd number: elements of mcg59 at even distances are related");
   const int32_t status = __vtsLeapfrogStream(handle, k, parts);
   if (status == VTS_STATUS_NO_LEAPFROG && most_dimensions(kind()) != 0 && parts == INT32_MAX)
-    detail::refuse("stream::leapfrog", "k", std::to_string(k),
-                   "is " + std::to_string(k) + ", want less than the dimensions");
+    detail::refuse_value("stream::leapfrog", "k", detail::number(k), "less than the dimensions");
   detail::check_status("stream::leapfrog", handle, status);
 }
 
 std::vector<stream> leapfrog(const stream& g, int parts) {
   if (most_dimensions(g.kind()) != 0) detail::check_status("leapfrog", g.handle(), VTS_STATUS_NO_LEAPFROG);
-  stream(g).leapfrog(0, parts);  // throws what there is to throw before memory is taken
+  stream(g).leapfrog(0, parts);  // throws for bad arguments before memory is allocated
   std::vector<stream> result(static_cast<std::size_t>(parts), g);
   for (int k = 0; k < parts; ++k) result[static_cast<std::size_t>(k)].leapfrog(k, parts);
   return result;

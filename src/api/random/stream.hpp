@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the two files of the random interface share.
+// Statuses of streams as tmk::error.
 #pragma once
 
 #include <tmk/abi/vts.h>
@@ -8,7 +8,7 @@
 
 namespace tmk::detail {
 
-// Throw for a negative status of the C interface, with its sentence; the second blames the stream.
+// Throw for a negative status; the second one names the stream's generator as argument g.
 void check_status(const char* function, const char* argument, const std::string& value, int32_t status);
 void check_status(const char* function, VtsStreamHandle g, int32_t status);
 

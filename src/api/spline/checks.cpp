@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a spline is made of, checked once; and what a call brings.
+// The arguments of a spline, checked once, and those of its calls.
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
-#include "api/call/first_where.hpp"
 #include "api/spline/core.hpp"
+#include "platform/first_where.hpp"
 
 namespace tmk::detail {
 
@@ -21,15 +22,14 @@ template <class Real>
 void check_grid(const char* function, const uniform_grid& grid) {
   const Real first = static_cast<Real>(grid.first), last = static_cast<Real>(grid.last);
   const Real step = (last - first) / static_cast<Real>(grid.size - 1);
-  if (!std::isfinite(first))
-    refuse(function, "x.first", number(grid.first), "is " + number(grid.first) + ", want a finite number");
+  if (!std::isfinite(first)) refuse_value(function, "x.first", number(grid.first), "a finite number");
   if (!(first < first + step && last - step < last && std::isfinite(last - first)))
-    refuse(function, "x.last", number(grid.last),
-           "is " + number(grid.last) + ", want " + std::to_string(grid.size) + " different points from " +
-               number(grid.first));
+    refuse_value(function, "x.last", number(grid.last),
+                 std::to_string(grid.size) + " different points from " + number(grid.first));
 }
 
-// Zero times anything else is no zero; in as many sums as two registers of 32 bytes hold.
+// A number times 0 is 0, and an infinity or NaN times 0 is NaN. There are as many sums as fill two registers
+// of 32 bytes.
 template <class Real>
 bool all_finite(const Real* values, std::size_t n) {
   constexpr std::size_t sums = 64 / sizeof(Real);
@@ -44,10 +44,10 @@ bool all_finite(const Real* values, std::size_t n) {
 template <class Real>
 void check_array(const char* function, std::span<const Real> x) {
   const std::size_t n = x.size();
-  if (x.data() == nullptr) refuse(function, "x", "null", "is null, want " + std::to_string(n) + " elements");
+  check_data(function, {"x", {x.data(), n}, sizeof(Real)});
   const auto falls = [&](std::size_t i) { return !(x[i] < x[i + 1]); };
   const auto endless = [&](std::size_t i) { return !std::isfinite(x[i]); };
-  // What ascends holds no NaN, and an infinity at the ends only.
+  // An ascending array has no NaN, and infinities at its ends only.
   if (const std::size_t i = first_where<Real>(n - 1, falls);
       i != n - 1 && std::isfinite(x[i]) && std::isfinite(x[i + 1]))
     refuse(function, place("x", i + 1), number(x[i + 1]),
@@ -55,11 +55,11 @@ void check_array(const char* function, std::span<const Real> x) {
                ", want strictly ascending numbers");
   else if (i != n - 1 || endless(0) || endless(n - 1)) {
     const std::size_t bad = first_where<Real>(n, endless);
-    refuse(function, place("x", bad), number(x[bad]), "is " + number(x[bad]) + ", want a finite number");
+    refuse_value(function, place("x", bad), number(x[bad]), "a finite number");
   }
   if (!std::isfinite(x[n - 1] - x[0]))
-    refuse(function, place("x", n - 1), number(x[n - 1]),
-           "is " + number(x[n - 1]) + ", want a finite distance from x[0] = " + number(x[0]));
+    refuse_value(function, place("x", n - 1), number(x[n - 1]),
+                 "a finite distance from x[0] = " + number(x[0]));
 }
 
 }  // namespace
@@ -92,7 +92,7 @@ void check_functions(const char* function, const char* name, const function_set<
   if (y.data == nullptr)
     refuse(function, name, "null",
            "is null, want " + std::to_string(y.functions) + " by " + std::to_string(points));
-  // Along the direction in which values are nearer to each other.
+  // Along the direction with the smaller stride.
   const bool across = std::abs(y.function_stride) < std::abs(y.point_stride);
   const std::size_t lines = across ? points : y.functions, length = across ? y.functions : points;
   const auto stride = across ? y.function_stride : y.point_stride;
@@ -102,8 +102,8 @@ void check_functions(const char* function, const char* name, const function_set<
     };
     const std::size_t i = first_where<Real>(length, endless);
     if (i != length)
-      refuse(function, across ? place_in(name, y, i, k) : place_in(name, y, k, i), number(value(i)),
-             "is " + number(value(i)) + ", want a finite number");
+      refuse_value(function, across ? place_in(name, y, i, k) : place_in(name, y, k, i), number(value(i)),
+                   "a finite number");
   };
   for (std::size_t k = 0; k < lines; ++k) {
     const Real* line = across ? &y.data[static_cast<std::ptrdiff_t>(k) * y.point_stride]
@@ -116,13 +116,46 @@ void check_functions(const char* function, const char* name, const function_set<
 }
 
 template <class Real>
+void check_conditions(const char* function, family kind, std::size_t points, const boundary& left,
+                      const boundary& right) {
+  using condition = boundary::condition;
+  for (const auto& [argument, b] : {std::pair("left", left), std::pair("right", right)}) {
+    const auto code = std::to_string(static_cast<int>(b.what));
+    if (b.what < condition::usual || b.what > condition::periodic)
+      refuse(function, argument, code, "holds condition " + code + ", want a boundary::condition");
+    if (!std::isfinite(static_cast<Real>(b.value)))
+      refuse(function, argument, number(b.value), "holds " + number(b.value) + ", want a finite number");
+  }
+  const auto both_ends = [](condition what) {
+    return what == condition::not_a_knot || what == condition::periodic;
+  };
+  const bool both = both_ends(left.what) || both_ends(right.what);
+  const std::string count = std::to_string(points);
+  const struct {
+    bool holds;
+    const char* argument;
+    std::string value;
+    std::string complaint;
+  } rows[] = {
+      {both && left.what != right.what, "right", "",
+       "is not the condition of argument left, and not_a_knot and periodic hold at both ends or at none"},
+      {kind == family::quadratic && left.what != condition::usual && left.what != condition::first, "left",
+       "", "is not a first derivative, the one condition that the family has"},
+      {kind == family::subbotin && both, "left", "",
+       "is neither a first nor a second derivative, the conditions that the family has"},
+      {both && points < 3, "x", count, "has " + count + " points, want 3 or more"},
+  };
+  for (const auto& row : rows)
+    if (row.holds) refuse(function, row.argument, row.value, row.complaint);
+}
+
+template <class Real>
 void check_periodic(const char* function, const function_set<Real>& y) {
   const std::size_t last = y.points - 1;
   for (std::size_t f = 0; f < y.functions; ++f)
     if (y(f, 0) != y(f, last))
-      refuse(function, place_in("y", y, f, last), number(y(f, last)),
-             "is " + number(y(f, last)) + ", want " + number(y(f, 0)) + " as " + place_in("y", y, f, 0) +
-                 ", for the spline is periodic");
+      refuse_value(function, place_in("y", y, f, last), number(y(f, last)),
+                   number(y(f, 0)) + " as " + place_in("y", y, f, 0) + ", for the spline is periodic");
 }
 
 void check_one_function(const char* function, std::size_t functions) {
@@ -134,49 +167,51 @@ void check_one_function(const char* function, std::size_t functions) {
 void check_side(const char* function, const char* name, side which) {
   const auto number = std::to_string(static_cast<int>(which));
   if (which != side::left && which != side::right)
-    refuse(function, name, number, "is " + number + ", want side::left or side::right");
+    refuse_value(function, name, number, "side::left or side::right");
 }
 
-// Differences, reciprocal widths or their powers have left the range. In a cubic spline one such cell spoils
-// others, so the cell to name is the one that asks for most, not the first that holds no number.
+// Differences, reciprocal widths or their powers have left the range. In a cubic spline one such cell makes
+// others infinite too, so the cell to name is the one with the largest terms, not the first one that is not
+// finite.
 template <class Real>
-void check_coefficients(const spline_core<Real>& core, const function_set<Real>& y) {
-  const auto* c = core.coefficients.get();
-  const std::size_t count = core.row * core.functions;
+void check_coefficients(const spline_core<Real>& core, const abscissae<Real>& x,
+                        const function_set<Real>& y) {
+  const auto& p = core.properties;
+  const auto row = static_cast<std::size_t>(p.row), n = static_cast<std::size_t>(p.nx);
+  const Real* const c = p.coefficients;
+  const std::size_t count = row * core.functions();
   if (all_finite(c, count)) return;
   const auto* const bad = std::find_if(c, c + count, [](Real v) { return !std::isfinite(v); });
-  const std::size_t f = static_cast<std::size_t>(bad - c) / core.row;
-  const auto x = [&](std::size_t i) { return static_cast<long double>(core.point(i)); };
+  const std::size_t f = static_cast<std::size_t>(bad - c) / row;
+  const auto point = [&](std::size_t i) {
+    if (!x.is_grid()) return x.array()[i];
+    return p.first + static_cast<Real>(i) * ((p.last - p.first) / static_cast<Real>(n - 1));
+  };
+  const auto widened = [&](std::size_t i) { return static_cast<long double>(point(i)); };
   std::size_t cell = 0;
   long double most = -1;
-  for (std::size_t i = 0; i + 1 < core.points; ++i) {
-    const long double h = x(i + 1) - x(i), rise = std::abs(static_cast<long double>(y(f, i + 1)) - y(f, i));
-    const long double size = std::max(1 / h, rise / std::pow(h, core.order - 1));
+  for (std::size_t i = 0; i + 1 < n; ++i) {
+    const long double h = widened(i + 1) - widened(i);
+    const long double rise = std::abs(static_cast<long double>(y(f, i + 1)) - y(f, i));
+    const long double size = std::max(1 / h, rise / std::pow(h, static_cast<int>(p.order) - 1));
     if (size > most) most = size, cell = i;
   }
-  const auto end = [&](std::size_t i) { return "x[" + std::to_string(i) + "] = " + number(core.point(i)); };
+  const auto end = [&](std::size_t i) { return "x[" + std::to_string(i) + "] = " + number(point(i)); };
   refuse(core.name, place_in("y", y, f, cell + 1), number(y(f, cell + 1)),
          "is " + number(y(f, cell + 1)) + ": in the cell from " + end(cell) + " to " + end(cell + 1) +
              " coefficients leave the range of " + (sizeof(Real) == 8 ? "double" : "float"));
 }
 
-void check_output(const char* function, const char* name, const void* data, std::size_t size,
-                  std::size_t want) {
-  if (size != want)
-    refuse(function, name, std::to_string(size),
-           "has size " + std::to_string(size) + ", want " + std::to_string(want));
-  if (data == nullptr && want != 0)
-    refuse(function, name, "null", "is null, want " + std::to_string(want) + " elements");
-}
-
-template void check_points(const char*, const abscissae<double>&, std::size_t);
-template void check_points(const char*, const abscissae<float>&, std::size_t);
-template void check_functions(const char*, const char*, const function_set<double>&, std::size_t,
-                              std::size_t);
-template void check_functions(const char*, const char*, const function_set<float>&, std::size_t, std::size_t);
-template void check_coefficients(const spline_core<double>&, const function_set<double>&);
-template void check_coefficients(const spline_core<float>&, const function_set<float>&);
-template void check_periodic(const char*, const function_set<double>&);
-template void check_periodic(const char*, const function_set<float>&);
+#define TMK_INSTANTIATE(Real)                                                                               \
+  template void check_points(const char*, const abscissae<Real>&, std::size_t);                             \
+  template void check_functions(const char*, const char*, const function_set<Real>&, std::size_t,           \
+                                std::size_t);                                                               \
+  template void check_conditions<Real>(const char*, family, std::size_t, const boundary&, const boundary&); \
+  template void check_periodic(const char*, const function_set<Real>&);                                     \
+  template void check_coefficients(const spline_core<Real>&, const abscissae<Real>&,                        \
+                                   const function_set<Real>&);
+TMK_INSTANTIATE(double)
+TMK_INSTANTIATE(float)
+#undef TMK_INSTANTIATE
 
 }  // namespace tmk::detail

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Sorting by the array primitives.
-#include "api/call/check.hpp"
-#include "api/stats/checks.hpp"
 #include "primitives/sort.hpp"
+
+#include <tmk/stats.hpp>
+
+#include "api/call/refuse.hpp"
 #include "primitives/sort_positions.hpp"
 
 namespace tmk::detail {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Akima's constructor as the C++ API calls it: alike at every scale. The exported one has a fixed threshold.
+// Akima's constructor as the C++ API calls it: the same at every scale. The exported one has a fixed
+// threshold.
 #pragma once
 
 #include <cstdint>

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The slope at an end of a local cubic, by boundary condition: tables of functions that take their end from
-// outside in, so that one function serves both.
+// The slope at an end of a local cubic, by boundary condition: tables of functions whose argument
+// describes an end from the outside in, so that one function serves both ends.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "fitting/construction/frame.hpp"
+#include "fitting/construction/boundary.hpp"
 
 namespace tmk::fitting {
 
@@ -23,7 +23,7 @@ struct spline_end {
   Real inner;                   // the slope at the knot between them
   const Real* bc;
   bool uniform;
-  cell_slope<Real> across, behind_across;  // the cells at the other end, where a period joins the two
+  cell_slope<Real> across, inside_across;  // the cells at the other end, where a period joins the two
 };
 
 template <class Real>
@@ -54,7 +54,7 @@ Real end_cubic(const spline_end<Real>& e) {
   return ((h0 * h0 * e.next.slope + (h0 + 2 * w) * h1 * e.cell.slope) / w - e.inner * w) / h1;
 }
 
-// On a uniform partition another formula than equal widths would give: the interface fixes it.
+// On a uniform partition the interface fixes a formula that differs from that for equal widths.
 template <class Real>
 Real not_a_knot(const spline_end<Real>& e) {
   return e.uniform ? (e.cell.slope + e.next.slope) * Real(0.5) - 2 * e.inner : end_cubic(e);
@@ -70,7 +70,7 @@ Real periodic_parabola(const spline_end<Real>& e) {
 
 }  // namespace ends
 
-// Left and right functions by boundary index; a family brings its own for periods and for no condition.
+// Left and right functions by boundary index; a family provides its own for periods and for no condition.
 template <class Real, end_function<Real>* Periodic, end_function<Real>* NotSet>
 constexpr end_function<Real>* boundary_functions[2][boundaries + 1] = {
     {ends::not_a_knot, ends::free_end, ends::first_derivative, ends::first_derivative,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Default cubics: the caller knows the second derivatives M at the inner points (ic), and no system is
-// solved. Inner cells have M at both ends; a first cell has M[1] and what the boundary says, and a last cell
-// likewise.
-#include "fitting/construction/frame.hpp"
+// Default cubics: the caller gives the second derivatives M at the inner points (ic), and no system is
+// solved. Inner cells have M at both ends; the first cell has M[1] and the boundary condition, and the last
+// cell likewise.
+#include "fitting/construction/constructor.hpp"
 
 namespace tmk::fitting {
 
@@ -26,7 +26,7 @@ powers<Real> through(const outer_cell<Real>& e, Real c2, Real c3) {
   return {e.d - (c3 * e.h + c2) * e.h, c2, c3};
 }
 
-// First cells. The cubic of the second cell goes on to the left: `next` is its c3.
+// First cells. Without a knot the cubic of the second cell continues to the left: `next` is its c3.
 template <class Real>
 struct first_cell {
   static powers<Real> not_a_knot(const outer_cell<Real>& e, Real next) {
@@ -84,7 +84,7 @@ struct default_spline {
   Real reciprocal(Real h) const { return Uniform ? rate : 1 / h; }
   Real bend(ptrdiff_t knot) const { return t.ic[knot - 1]; }
 
-  // With three points the rules without a knot read the other cell as the caller left it.
+  // With three points the not-a-knot rules read the coefficients of the other cell before they are written.
   void construct(const samples<Real>& y, Real* c) const {
     for (ptrdiff_t i = 1; i + 2 < n; ++i) {
       const Real h = width(i), r = reciprocal(h), left = bend(i), right = bend(i + 1);
@@ -115,9 +115,9 @@ struct default_spline {
 };
 
 struct default_family {
-  // Table of 28 kernels: layout, grid, boundary.
+  // 28 variants: layout, grid, boundary.
   template <class Real, int Index>
-  static int32_t kernel(const task<Real>& t, int64_t /*method*/, const ThreadingService* /*service*/) {
+  static int32_t variant(const task<Real>& t, int64_t /*method*/, const ThreadingService* /*service*/) {
     constexpr auto index = static_cast<boundary>(Index % boundaries);
     const default_spline<Real, Index / boundaries % 2 == 1, index> spline{t};
     for (ptrdiff_t j = 0; j < functions(t); ++j) {
@@ -138,7 +138,7 @@ struct default_family {
 
   template <class Real>
   static int32_t construct(const task<Real>& t, int64_t method, const ThreadingService* service) {
-    return dispatch_table<default_family, Real, 4 * boundaries>[boundary_index(t)](t, method, service);
+    return variants<default_family, Real, 4 * boundaries>[boundary_index(t)](t, method, service);
   }
 };
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows that the ends of a natural cubic add to its system: diagonal, its neighbour, right side.
+// The first and the last row of a natural cubic's system, by boundary condition: diagonal, its neighbour,
+// right side.
 #pragma once
 
-#include "fitting/construction/frame.hpp"
+#include <cstddef>
+
+#include "fitting/construction/boundary.hpp"
 
 namespace tmk::fitting {
 
@@ -13,7 +16,7 @@ struct both_ends {
   constexpr end_condition operator[](int s) const { return side[s]; }
 };
 
-// Of a single cell with free ends the only sensible answer is its chord.
+// A single cell with free ends is its chord.
 constexpr both_ends end_conditions(boundary index, ptrdiff_t cells) {
   using enum end_condition;
   constexpr both_ends table[boundaries] = {{{not_a_knot, not_a_knot}},

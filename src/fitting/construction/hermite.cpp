@@ -17,7 +17,7 @@ struct hermite {
   static constexpr int64_t least_nx = 3;
   static constexpr ptrdiff_t span = 3;
   template <class Real>
-  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule = nullptr;
+  static constexpr slope_kernels<Real> local_cubic_kernels<Real>::*rule = nullptr;
   template <class Real>
   static constexpr end_function<Real>* at_period = periodic_end<Real>;
   template <class Real>

@@ -9,7 +9,7 @@
 namespace tmk::fitting {
 namespace {
 
-// With no condition the end keeps its cell monotone too; given conditions are taken as they are.
+// With no condition the end keeps its cell monotone too; given conditions are not filtered.
 template <class Real>
 Real filtered_end(const spline_end<Real>& e) {
   const Real s = ends::end_cubic(e), d = e.cell.slope;
@@ -21,7 +21,7 @@ struct hyman {
   static constexpr int64_t least_nx = 4;
   static constexpr ptrdiff_t span = 3;
   template <class Real>
-  static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule = &local_cubic_loops<Real>::hyman;
+  static constexpr slope_kernels<Real> local_cubic_kernels<Real>::*rule = &local_cubic_kernels<Real>::hyman;
   template <class Real>
   static constexpr end_function<Real>* at_period = ends::periodic_parabola<Real>;
   template <class Real>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Linear spline: the value at the left end of a cell, and the slope to the right one.
-#include "fitting/construction/frame.hpp"
+#include "fitting/construction/constructor.hpp"
 
 namespace tmk::fitting {
 
@@ -39,7 +39,7 @@ struct linear {
       write(j, 0, cells, [this](Real rise, ptrdiff_t i) { return divided(rise, i); });
   }
 
-  // One function has its slopes by division but for an odd last cell; several share the reciprocal widths.
+  // One function has its slopes by division, except an odd last cell; several share the reciprocal widths.
   void tile(ptrdiff_t number) const {
     const ptrdiff_t blocks = ceiling(cells, tile_cells);
     const ptrdiff_t function = number / blocks * tile_functions, first = number % blocks * tile_cells;
@@ -57,7 +57,7 @@ struct linear {
 
 struct linear_family {
   template <class Real, int Index>
-  static int32_t kernel(const task<Real>& t, const ThreadingService* service) {
+  static int32_t variant(const task<Real>& t, const ThreadingService* service) {
     if (t.bc_type == DF_BC_PERIODIC && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
     const linear<Real, Index / 2 == 1, Index % 2 == 1> work{t};
     if (points(t) * work.ny < least_tiled) {
@@ -83,7 +83,7 @@ struct linear_family {
 
   template <class Real>
   static int32_t construct(const task<Real>& t, int64_t /*method*/, const ThreadingService* service) {
-    return dispatch_table<linear_family, Real, 4>[static_cast<size_t>(grid_index(t))](t, service);
+    return variants<linear_family, Real, 4>[static_cast<size_t>(grid_index(t))](t, service);
   }
 };
 

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // Local cubics: the slope at a knot comes from the caller or from a few neighbouring points, and two slopes
-// and two values make a cell. One frame serves all families; a family is
+// and two values make a cell. One template serves all families; a family is
 //   struct family {
 //     static constexpr int64_t least_nx;
-//     static constexpr ptrdiff_t span;  // points that the rule of an inner knot and its cell take part in
+//     static constexpr ptrdiff_t span;  // points that the rule of an inner knot and its cell depend on
 //     // The rule, or null where ic holds the slopes of the inner points.
-//     template <class Real> static constexpr slope_loops<Real> local_cubic_loops<Real>::*rule;
+//     template <class Real> static constexpr slope_kernels<Real> local_cubic_kernels<Real>::*rule;
 //     // The slope at an end where the function is periodic, and where no condition is set.
 //     template <class Real> static constexpr end_function<Real>*at_period, *at_unset;
 //   };
 //
-// A partition is cut into blocks of cells, functions into groups; a block and a group are a job. In it strips
-// of cells go function after function through rows of scratch that stay in the first caches. Rows reach two
-// cells beyond their strip, so no result depends on where the cuts lie.
+// A partition is cut into ranges of cells, functions into groups; a range and a group are one item of work
+// for the threads. In it strips of cells pass, function after function, through arrays of scratch that stay
+// in the first caches. The arrays reach two cells beyond their strip, so no result depends on where the cuts
+// are.
 #pragma once
 
 #include <algorithm>
@@ -20,67 +21,69 @@
 #include <cstdint>
 
 #include "fitting/construction/boundary_functions.hpp"
-#include "fitting/construction/frame.hpp"
-#include "fitting/construction/local_cubic_loops.hpp"
+#include "fitting/construction/constructor.hpp"
+#include "fitting/construction/local_cubic_kernels.hpp"
+#include "fitting/construction/past_caches.hpp"
 #include "platform/scratch.hpp"
 
 namespace tmk::fitting {
 
-constexpr ptrdiff_t block_cells = 2048, group_functions = 4;
+constexpr ptrdiff_t range_cells = 2048, group_functions = 4;
 constexpr ptrdiff_t strip_cells = 512;
-constexpr ptrdiff_t lag_cells = 32;   // from one stage of a strip to the next
-constexpr ptrdiff_t reach = 2;        // cells beyond an inner knot's own that a rule may look at
-constexpr ptrdiff_t row_unit = 16;    // a multiple of every register
-constexpr ptrdiff_t row_margin = 32;  // of a row on either side: the reach, and a register
+constexpr ptrdiff_t lag_cells = 32;     // from one stage of a strip to the next
+constexpr ptrdiff_t reach = 2;          // cells beyond an inner knot's own that a rule may look at
+constexpr ptrdiff_t array_unit = 16;    // a multiple of every register
+constexpr ptrdiff_t array_margin = 32;  // of an array on either side: the reach, and a register
 
 template <class Real>
-class local_cubic_job {
+class local_cubic_worker {
  public:
   struct plan {
     const task<Real>& t;
     bool columns, uniform;
-    const slope_loops<Real>* rule;
+    const slope_kernels<Real>* rule;
     end_function<Real>* ends[2];
     bool past_caches;
   };
 
-  local_cubic_job(const plan& p, Real* rows)
+  local_cubic_worker(const plan& p, Real* arrays)
       : p_(p),
         n_(points(p.t)),
         step_(p.uniform ? uniform_step(p.t) : Real(0)),
-        h_(rows + row_margin),
-        r_(h_ + row_length(n_)),
-        y_(r_ + row_length(n_)),
-        d_(y_ + row_length(n_)),
-        s_(d_ + row_length(n_)),
-        noise_(s_ + row_length(n_)) {}
+        h_(arrays + array_margin),
+        r_(h_ + array_length(n_)),
+        y_(r_ + array_length(n_)),
+        d_(y_ + array_length(n_)),
+        s_(d_ + array_length(n_)),
+        noise_(s_ + array_length(n_)) {}
 
-  // The rows of a thread: zeros where registers read beyond what is computed, and the widths of a uniform
+  // The arrays of a thread: zeros where registers read beyond what is computed, and the widths of a uniform
   // partition.
-  static constexpr int rows = 6;
-  static ptrdiff_t row_length(ptrdiff_t n) {
-    return std::min(strip_cells, n / row_unit * row_unit + row_unit) + 2 * row_margin;
+  static constexpr int arrays = 6;
+  static ptrdiff_t array_length(ptrdiff_t n) {
+    return std::min(strip_cells, n / array_unit * array_unit + array_unit) + 2 * array_margin;
   }
   static void prepare(const task<Real>& t, bool uniform, Real* memory) {
-    const ptrdiff_t length = row_length(points(t));
-    std::fill_n(memory, rows * length, Real(0));
+    const ptrdiff_t length = array_length(points(t));
+    std::fill_n(memory, arrays * length, Real(0));
     if (!uniform) return;
     std::fill_n(memory, length, uniform_step(t));
     std::fill_n(memory + length, length, uniform_rate(t));
   }
 
-  void block(ptrdiff_t first, ptrdiff_t end, ptrdiff_t function, ptrdiff_t function_end) {
+  // The coefficients of a range of cells for a group of functions.
+  void construct(ptrdiff_t first, ptrdiff_t end, ptrdiff_t function, ptrdiff_t function_end) {
     for (ptrdiff_t a = first; a < end; a += strip_cells)
       for (ptrdiff_t j = function; j < function_end; ++j)
         strip(a, std::min(a + strip_cells, end), j, j == function && !p_.uniform);
-    if (p_.past_caches) local_cubic_loops_now<Real>().settle();
+    if (p_.past_caches) local_cubic_kernels_now<Real>().settle();
   }
 
  private:
-  // Cells a ... b-1 of function j. Rows are at cell a or its left knot.
+  // Cells a ... b-1 of function j. Arrays begin at cell a or its left knot.
   void strip(ptrdiff_t a, ptrdiff_t b, ptrdiff_t j, bool with_widths) {
     const samples<Real> y = function_of(p_.t, j);
-    const ptrdiff_t last = std::min(b + reach, n_ - 1);  // cells that the rows need end here
+    const ptrdiff_t last = std::min(b + reach, n_ - 1);  // cells that the arrays need end here
     stages at = {a, std::max<ptrdiff_t>(a - reach, 0), a};
     const Real* values = strip_values(y, a, at.cell, last);
     Real* c = p_.t.coeff_rows[j] + 4 * a;
@@ -89,38 +92,38 @@ class local_cubic_job {
     if (a == 0) s_[0] = p_.ends[0](end_of(y, 0, s_[1]));
     ptrdiff_t done = 0;
     if (p_.rule != nullptr) {
-      done = std::min(last - at.cell, b - at.knot) / row_unit * row_unit;
+      done = std::min(last - at.cell, b - at.knot) / array_unit * array_unit;
       const ptrdiff_t cell = at.cell - a, knot = at.knot - a;
-      p_.rule->together[with_widths]({points_from(at.cell), values + cell, values, rows_at(cell),
-                                      rows_at(knot), rows_at(0), c, p_.past_caches},
+      p_.rule->together[with_widths]({points_from(at.cell), values + cell, values, pointers_at(cell),
+                                      pointers_at(knot), pointers_at(0), c, p_.past_caches},
                                      static_cast<int>(done));
       at.cell += done;
       at.knot += done;
     }
     prepare_slopes(at, values, with_widths, last, b + 1);
     if (b == n_ - 1) s_[b - a] = p_.ends[1](end_of(y, 1, s_[b - a - 1]));
-    const auto [h, r, d, s, noise] = rows_at(done);
-    local_cubic_loops_now<Real>().cells(values + done, s, d, r, static_cast<int>(b - a - done),
-                                        p_.past_caches, c + 4 * done);
+    const auto [h, r, d, s, noise] = pointers_at(done);
+    local_cubic_kernels_now<Real>().cells(values + done, s, d, r, static_cast<int>(b - a - done),
+                                          p_.past_caches, c + 4 * done);
   }
 
-  // The next cell whose divided difference, and the next knot whose slope is to be computed, in a strip from
-  // cell `first` on.
+  // In a strip from cell `first` on: the next cell whose divided difference is to be computed, and the next
+  // knot whose slope is.
   struct stages {
     ptrdiff_t first, cell, knot;
   };
 
-  row_places<Real> rows_at(ptrdiff_t i) const { return {h_ + i, r_ + i, d_ + i, s_ + i, noise_ + i}; }
+  strip_pointers<Real> pointers_at(ptrdiff_t i) const { return {h_ + i, r_ + i, d_ + i, s_ + i, noise_ + i}; }
   const Real* points_from(ptrdiff_t cell) const { return p_.uniform ? nullptr : p_.t.x + cell; }
 
   void prepare_slopes(stages& at, const Real* values, bool with_widths, ptrdiff_t cell_end,
                       ptrdiff_t knot_end) {
-    const auto& loops = local_cubic_loops_now<Real>();
-    const auto cells = rows_at(at.cell - at.first), knots = rows_at(at.knot - at.first);
+    const auto& kernels = local_cubic_kernels_now<Real>();
+    const auto cells = pointers_at(at.cell - at.first), knots = pointers_at(at.knot - at.first);
     const int count = static_cast<int>(cell_end - at.cell);
     const Real* const y = values + (at.cell - at.first);
-    if (with_widths) loops.widths(p_.t.x + at.cell, count, cells.h, cells.r);
-    loops.slopes(y, cells.r, count, cells.d);
+    if (with_widths) kernels.widths(p_.t.x + at.cell, count, cells.h, cells.r);
+    kernels.slopes(y, cells.r, count, cells.d);
     if (p_.rule != nullptr && p_.rule->noise != nullptr)
       p_.rule->noise(points_from(at.cell), y, cells.r, cells.d, count, cells.noise);
     continue_slopes(at.first, cell_end);
@@ -133,14 +136,14 @@ class local_cubic_job {
     at.knot = knot_end;
   }
 
-  // The function's values from point `first` to `last`, as seen from point a.
+  // The function's values from point `first` to `last`, indexed from point a.
   const Real* strip_values(const samples<Real>& y, ptrdiff_t a, ptrdiff_t first, ptrdiff_t last) {
     if (!p_.columns) return y.first + a;
     for (ptrdiff_t i = first; i <= last; ++i) y_[i - a] = y[i];
     return y_;
   }
 
-  // A cell outside either end, its divided difference in line with the last two.
+  // A cell outside either end, whose divided difference continues the last two by equal changes.
   void continue_slopes(ptrdiff_t a, ptrdiff_t cells_end) {
     if (a == 0) {
       d_[-1] = 2 * d_[0] - d_[1];
@@ -174,39 +177,39 @@ class local_cubic_job {
 
 template <class Family>
 struct local_cubic {
-  // Table of four kernels: layout, grid.
+  // Four variants: layout, grid.
   template <class Real, int Index>
-  static int32_t kernel(const task<Real>& t, int64_t /*xhint*/, int64_t /*yhint*/, int64_t /*method*/,
-                        boundary index, const ThreadingService* service) {
+  static int32_t variant(const task<Real>& t, int64_t /*xhint*/, int64_t /*yhint*/, int64_t /*method*/,
+                         boundary index, const ThreadingService* service) {
     if (index == periodic && !all_close(t)) return DF_STATUS_PERIODIC_MISMATCH;
     const ptrdiff_t n = points(t), ny = functions(t), lead = Family::span / 2;
-    const ptrdiff_t blocks = std::max<ptrdiff_t>(1, (n - Family::span + block_cells - 1) / block_cells);
-    const ptrdiff_t jobs = blocks * ((ny + group_functions - 1) / group_functions);
-    const ptrdiff_t threads = std::min<ptrdiff_t>(jobs, std::max(service->MaxThreads(), 1));
+    const ptrdiff_t ranges = std::max<ptrdiff_t>(1, (n - Family::span + range_cells - 1) / range_cells);
+    const ptrdiff_t items = ranges * ((ny + group_functions - 1) / group_functions);
+    const ptrdiff_t threads = std::min<ptrdiff_t>(items, std::max(service->MaxThreads(), 1));
 
-    using job = local_cubic_job<Real>;
-    const ptrdiff_t slice = job::rows * job::row_length(n);
-    const scratch<Real> rows(static_cast<size_t>(threads * slice));
-    if (!rows) return DF_STATUS_NO_MEMORY;
-    for (ptrdiff_t i = 0; i < threads; ++i) job::prepare(t, Index % 2 == 1, rows.get() + i * slice);
+    using worker = local_cubic_worker<Real>;
+    const ptrdiff_t slice = worker::arrays * worker::array_length(n);
+    const scratch<Real> memory(static_cast<size_t>(threads * slice));
+    if (!memory) return DF_STATUS_NO_MEMORY;
+    for (ptrdiff_t i = 0; i < threads; ++i) worker::prepare(t, Index % 2 == 1, memory.get() + i * slice);
     constexpr auto& ends =
         boundary_functions<Real, Family::template at_period<Real>, Family::template at_unset<Real>>;
     constexpr auto rule = Family::template rule<Real>;
-    const typename job::plan plan{t,
-                                  Index / 2 == 0,
-                                  Index % 2 == 1,
-                                  rule == nullptr ? nullptr : &(local_cubic_loops_now<Real>().*rule),
-                                  {ends[0][index], ends[1][index]},
-                                  passes_caches(t)};
+    const typename worker::plan plan{t,
+                                     Index / 2 == 0,
+                                     Index % 2 == 1,
+                                     rule == nullptr ? nullptr : &(local_cubic_kernels_now<Real>().*rule),
+                                     {ends[0][index], ends[1][index]},
+                                     passes_caches(t)};
     auto work = [&](int32_t item, int32_t thread) {
-      const ptrdiff_t b = item % blocks, function = item / blocks * group_functions;
-      // The outer blocks have the cells at the ends too.
-      const ptrdiff_t first = b == 0 ? 0 : lead + b * block_cells;
-      const ptrdiff_t end = b == blocks - 1 ? n - 1 : lead + (b + 1) * block_cells;
-      job(plan, rows.get() + thread * slice)
-          .block(first, end, function, std::min(function + group_functions, ny));
+      const ptrdiff_t range = item % ranges, function = item / ranges * group_functions;
+      // The outer ranges have the cells at the ends too.
+      const ptrdiff_t first = range == 0 ? 0 : lead + range * range_cells;
+      const ptrdiff_t end = range == ranges - 1 ? n - 1 : lead + (range + 1) * range_cells;
+      worker(plan, memory.get() + thread * slice)
+          .construct(first, end, function, std::min(function + group_functions, ny));
     };
-    parallel_for(service, jobs, threads, work);
+    parallel_for(service, items, threads, work);
     return DF_STATUS_OK;
   }
 
@@ -218,7 +221,7 @@ struct local_cubic {
 
   template <class Real>
   static int32_t construct(const task<Real>& t, int64_t method, const ThreadingService* service) {
-    const auto& kernels = dispatch_table<local_cubic, Real, 4>;
+    const auto& kernels = variants<local_cubic, Real, 4>;
     const size_t index = static_cast<size_t>(grid_index(t));
     return kernels[index](t, t.xhint, t.yhint, method, boundary_of(t.bc_type), service);
   }

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// The loops of local cubics, lanes over cells. Every element is computed alike whatever its lane, and no
-// operation is fused, so that neither the cut into blocks nor the tier changes a bit.
+// The kernels of local cubics, a cell to a lane. Every element is computed in the same way whatever its lane,
+// and no operation is fused, so that neither the cut into strips nor the tier changes a bit.
 #include <algorithm>
 #include <limits>
 
-#include "fitting/construction/frame.hpp"
-#include "fitting/construction/local_cubic_loops.hpp"
+#include "fitting/construction/cubic_cell.hpp"
+#include "fitting/construction/local_cubic_kernels.hpp"
 #include "simd/rows.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 namespace {
 
-// Vector by vector; rows of scratch have room for a last one that is not full.
+// Vector by vector; arrays of scratch have room for a last one that is not full.
 template <class Real, class Body>
 [[gnu::always_inline]] inline void walk(int count, Body&& body) {
   for (int i = 0; i < count; i += lanes<Real>) body(i, std::min(count - i, lanes<Real>));
@@ -93,8 +94,8 @@ struct akima_rule : exact_differences {
   }
 };
 
-// The same of any scale: weights count as none within what rounding may have made of them, and the mean is
-// formed without products that could leave the range.
+// The same at any scale: weights count as none within what rounding may have made of them, and the mean is
+// formed without products that could overflow.
 struct akima_by_noise_rule {
   static constexpr bool needs_noise = true;
   template <class Real>
@@ -116,15 +117,16 @@ void knots(const Real* h, const Real* d, const Real* noise, int count, Real* s) 
 template <class Real>
 [[gnu::always_inline]] inline void cell(const batch<Real>& y, const Real* s, const Real* d, const Real* r,
                                         batch<Real> (&power)[4]) {
-  fitting::cubic_cell(y, load(s), load(s + 1), load(d), load(r), power);
+  cubic_cell(y, load(s), load(s + 1), load(d), load(r), power);
 }
 
-// All stages in one loop: by the lag, what is loaded across the seam of two stores has reached the cache, and
-// divisions, shuffles and stores overlap.
+// All stages in one loop, so that divisions, shuffles and stores overlap. A rule loads neighbours that two
+// different stores wrote; the lag between the stages lets both reach the cache first, since such a load
+// cannot take its value from the stores in flight.
 template <class Real, class Rule, bool WithWidths>
-void together(const strip_rows<Real>& rows, int count) {
-  // Copies: stores to the rows could change what the reference points to.
-  const auto [x, y, y_last, ahead, middle, last, c, past_caches] = rows;
+void together(const strip_stages<Real>& stages, int count) {
+  // Copies: for all that the compiler knows, stores could change what the reference refers to.
+  const auto [x, y, y_last, ahead, middle, last, c, past_caches] = stages;
   for (int i = 0; i < count; i += lanes<Real>) {
     batch<Real> r;
     if constexpr (WithWidths) {
@@ -167,22 +169,24 @@ void cells(const Real* y, const Real* s, const Real* d, const Real* r, int count
 void settle() { streaming_done(); }
 
 template <class Real, class Rule>
-constexpr slope_loops<Real> loops_of = {Rule::needs_noise ? noise<Real> : nullptr,
-                                        knots<Real, Rule>,
-                                        {together<Real, Rule, false>, together<Real, Rule, true>}};
+constexpr slope_kernels<Real> kernels_of = {Rule::needs_noise ? noise<Real> : nullptr,
+                                            knots<Real, Rule>,
+                                            {together<Real, Rule, false>, together<Real, Rule, true>}};
 
 template <class Real>
-constexpr local_cubic_loops<Real> all_loops = {widths<Real>,
-                                               slopes<Real>,
-                                               loops_of<Real, bessel_rule>,
-                                               loops_of<Real, hyman_rule>,
-                                               loops_of<Real, akima_rule>,
-                                               loops_of<Real, akima_by_noise_rule>,
-                                               cells<Real>,
-                                               settle};
+constexpr local_cubic_kernels<Real> all_kernels = {widths<Real>,
+                                                   slopes<Real>,
+                                                   kernels_of<Real, bessel_rule>,
+                                                   kernels_of<Real, hyman_rule>,
+                                                   kernels_of<Real, akima_rule>,
+                                                   kernels_of<Real, akima_by_noise_rule>,
+                                                   cells<Real>,
+                                                   settle};
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(local_cubic_doubles) = {tmk::all_loops<double>};
-TMK_DEFINE_LOOPS(local_cubic_singles) = {tmk::all_loops<float>};
+TMK_DEFINE_TIER_KERNELS(local_cubic_doubles) = {all_kernels<double>};
+TMK_DEFINE_TIER_KERNELS(local_cubic_singles) = {all_kernels<float>};
+
+}  // namespace tmk::fitting

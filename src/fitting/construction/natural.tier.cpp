@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// Panels of natural cubics, lanes over panels: recurrences run down the rows of all of them at once.
+// Panels of natural cubics, one to a lane: the recurrences of all panels run down the rows at once.
 #include <algorithm>
 #include <cstring>
 
-#include "fitting/construction/frame.hpp"
-#include "fitting/construction/natural_loops.hpp"
+#include "fitting/construction/cubic_cell.hpp"
+#include "fitting/construction/natural_kernels.hpp"
 #include "simd/rows.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 namespace {
 
-// A row of 64 bytes.
+// A row of an interleaved array: 64 bytes, in as many registers as the tier needs.
 template <class Real>
 struct row {
   static constexpr int size = panel_lanes<Real> / lanes<Real>;
@@ -108,18 +109,21 @@ void cells(const Real* y, const Real* s, const Real* r, ptrdiff_t count, bool pa
   for (; i + width <= count; i += width) {
     const batch<Real> value = load(y + i), rate = load(r + i);
     batch<Real> power[4];
-    fitting::cubic_cell(value, load(s + i), load(s + i + 1), (load(y + i + 1) - value) * rate, rate, power);
+    cubic_cell(value, load(s + i), load(s + i + 1), (load(y + i + 1) - value) * rate, rate, power);
     put_columns(c + 4 * i, power, past_caches);
   }
   for (; i < count; ++i) {
     Real power[4];
-    fitting::cubic_cell(y[i], s[i], s[i + 1], (y[i + 1] - y[i]) * r[i], r[i], power);
+    cubic_cell(y[i], s[i], s[i + 1], (y[i + 1] - y[i]) * r[i], r[i], power);
     std::copy_n(power, 4, c + 4 * i);
   }
 }
 
-// Squares of 16-byte vectors, as many as an array's elements in one: element k of vector i becomes element i
-// of vector k.
+// A square of elements in 16-byte vectors: element k of vector i becomes element i of vector k.
+//   doubles  a0 a1  ->  a0 b0     singles  a0 a1 a2 a3      a = a0 b0 a1 b1      a0 b0 c0 d0
+//            b0 b1      a1 b1              b0 b1 b2 b3  ->  b = a2 b2 a3 b3  ->  a1 b1 c1 d1
+//                                          c0 c1 c2 c3      c = c0 d0 c1 d1      a2 b2 c2 d2
+//                                          d0 d1 d2 d3      d = c2 d2 c3 d3      a3 b3 c3 d3
 template <class Real>
 struct square {
   static constexpr int size = 16 / static_cast<int>(sizeof(Real));
@@ -144,9 +148,9 @@ struct square {
   }
 };
 
-// from(i) and to(i) are the places of the vectors of a square.
+// Transposes the square whose vector i is at from(i), to the places to(i).
 template <class Real, class From, class To>
-[[gnu::always_inline]] inline void turn(From&& from, To&& to) {
+[[gnu::always_inline]] inline void transpose(From&& from, To&& to) {
   square<Real> x;
   for (int i = 0; i < square<Real>::size; ++i) std::memcpy(&x.v[i], from(i), 16);
   x.transpose();
@@ -159,7 +163,7 @@ void interleave(const Real* const* from, ptrdiff_t rows, Real* to) {
   ptrdiff_t i = 0;
   for (; i + size <= rows; i += size, to += size * width)
     for (int k = 0; k < width; k += size)
-      turn<Real>([&](int n) { return from[k + n] + i; }, [&](int n) { return to + n * width + k; });
+      transpose<Real>([&](int n) { return from[k + n] + i; }, [&](int n) { return to + n * width + k; });
   for (; i < rows; ++i)
     for (int k = 0; k < width; ++k) *to++ = from[k][i];
 }
@@ -170,7 +174,7 @@ void separate(const Real* from, ptrdiff_t rows, Real* const* to) {
   ptrdiff_t i = 0;
   for (; i + size <= rows; i += size, from += size * width)
     for (int k = 0; k < width; k += size)
-      turn<Real>([&](int n) { return from + n * width + k; }, [&](int n) { return to[k + n] + i; });
+      transpose<Real>([&](int n) { return from + n * width + k; }, [&](int n) { return to[k + n] + i; });
   for (; i < rows; ++i)
     for (int k = 0; k < width; ++k) to[k][i] = *from++;
 }
@@ -178,12 +182,14 @@ void separate(const Real* from, ptrdiff_t rows, Real* const* to) {
 void settle() { streaming_done(); }
 
 template <class Real>
-constexpr natural_loops<Real> natural_table = {interleave<Real>, separate<Real>, differences<Real>,
-                                               factor<Real>,     forward<Real>,  backward<Real>,
-                                               cells<Real>,      settle};
+constexpr natural_kernels<Real> natural_table = {interleave<Real>, separate<Real>, differences<Real>,
+                                                 factor<Real>,     forward<Real>,  backward<Real>,
+                                                 cells<Real>,      settle};
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(natural_doubles) = {tmk::natural_table<double>};
-TMK_DEFINE_LOOPS(natural_singles) = {tmk::natural_table<float>};
+TMK_DEFINE_TIER_KERNELS(natural_doubles) = {natural_table<double>};
+TMK_DEFINE_TIER_KERNELS(natural_singles) = {natural_table<float>};
+
+}  // namespace tmk::fitting

@@ -3,14 +3,14 @@
 #pragma once
 
 #include "fitting/construction/end_rows.hpp"
-#include "fitting/construction/frame.hpp"
-#include "fitting/construction/natural_loops.hpp"
+#include "fitting/construction/natural_kernels.hpp"
+#include "fitting/task_view.hpp"
 #include "linalg/tridiagonal.hpp"
 
 namespace tmk::fitting {
 
-// A period is a system that goes around it and on: a slope is felt k knots away by at most 2^-k of itself,
-// and around a period and back all widths have shrunk as much as they have grown.
+// A periodic system is cut open and extended by `reach` knots on either side: a slope influences one k knots
+// away by at most 2^-k of itself, and over a whole period widths shrink as much as they grow.
 template <class Real>
 class natural_whole {
  public:
@@ -21,14 +21,13 @@ class natural_whole {
     const ptrdiff_t least_reach = sizeof(Real) == sizeof(double) ? 56 : 28;
     reach_ = index == periodic ? std::max(least_reach, cells_) : 0;
     length_ = cells_ + 2 * reach_;
-    row_ = length_ + 1;
+    knots_ = length_ + 1;
     at_once_ = std::min(functions_at_once, functions(t));
   }
 
   static constexpr ptrdiff_t groups() { return 1; }
-  ptrdiff_t factor_elements() const { return 5 * row_; }
-  ptrdiff_t work_elements() const { return (1 + 2 * at_once_) * row_; }
-  static constexpr bool forgets_ends() { return true; }
+  ptrdiff_t factor_elements() const { return 5 * knots_; }
+  ptrdiff_t work_elements() const { return (1 + 2 * at_once_) * knots_; }
 
   int32_t factor(ptrdiff_t, Real* factors, Real*) const {
     const system m = system_at(factors);
@@ -50,19 +49,19 @@ class natural_whole {
     m.dl[last] = right.neighbour;
     m.d[length_] = right.diagonal;
     if (settled_by_choice()) m.dl[0] = m.du[1] = 0;
-    return linalg::factor<Real>({length_ + 1, m.dl, m.d, m.du}) == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
+    return linalg::factor<Real>({knots_, m.dl, m.d, m.du}) == 0 ? DF_STATUS_OK : DF_STATUS_SOLVER_FAILED;
   }
 
   // Functions j ... j + count - 1, up to functions_at_once.
   void construct(ptrdiff_t, Real* factors, Real* work, ptrdiff_t j, ptrdiff_t count) const {
     const system m = system_at(factors);
-    Real *const values = work + row_, *const s = values + at_once_ * row_;
+    Real *const values = work + knots_, *const s = values + at_once_ * knots_;
     for (ptrdiff_t k = 0; k < count; ++k)
-      right_side(m, function_of(t_, j + k), work, values + k * row_, s + k * row_);
-    linalg::solve<Real>({length_ + 1, m.dl, m.d, m.du}, s, row_, count);
+      right_side(m, function_of(t_, j + k), work, values + k * knots_, s + k * knots_);
+    linalg::solve<Real>({knots_, m.dl, m.d, m.du}, s, knots_, count);
     for (ptrdiff_t k = 0; k < count; ++k)
-      natural_loops_now<Real>().cells(values + k * row_ + reach_, s + k * row_ + reach_, m.r + reach_, cells_,
-                                      false, t_.coeff_rows[j + k]);
+      natural_kernels_now<Real>().cells(values + k * knots_ + reach_, s + k * knots_ + reach_, m.r + reach_,
+                                        cells_, false, t_.coeff_rows[j + k]);
   }
 
  private:
@@ -70,9 +69,9 @@ class natural_whole {
   struct system {
     Real *w, *r, *dl, *d, *du;
   };
-  system system_at(Real* p) const { return {p, p + row_, p + 2 * row_, p + 3 * row_, p + 4 * row_}; }
+  system system_at(Real* p) const { return {p, p + knots_, p + 2 * knots_, p + 3 * knots_, p + 4 * knots_}; }
 
-  // f(i, the cell or knot at i).
+  // f(i, the cell or knot of the period at i).
   template <class Function>
   void each_place(ptrdiff_t count, Function&& f) const {
     ptrdiff_t place = reach_ == 0 ? 0 : cells_ - 1 - (reach_ - 1) % cells_;
@@ -96,14 +95,14 @@ class natural_whole {
     if (settled_by_choice()) s[1] = 0;
   }
 
-  // Three points without a knot at the middle one say nothing of its slope: it is taken to be 0.
+  // Three points without a knot at the middle one do not determine its slope: it is taken to be 0.
   bool settled_by_choice() const { return cells_ == 2 && index_ == not_a_knot; }
 
   const task<Real>& t_;
   const bool uniform_;
   const boundary index_;
   const ptrdiff_t cells_;
-  ptrdiff_t reach_, length_, row_, at_once_;
+  ptrdiff_t reach_, length_, knots_, at_once_;
 };
 
 }  // namespace tmk::fitting

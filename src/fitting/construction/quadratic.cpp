@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Quadratic splines. With knots at the points one condition fixes them, here the slope at the left end,
-// bc[0]; each cell then says the slope that the next one begins with (de Boor, A Practical Guide to Splines,
+// bc[0]; each cell then gives the slope at which the next one begins (de Boor, A Practical Guide to Splines,
 // ch. VI):
 //   s[0] = bc[0],  s[i+1] = 2 d[i] - s[i]
 // An error in the condition runs through all cells without fading; knots between the points have no such
@@ -28,9 +28,9 @@ void standard_cells(const task<Real>& t, const samples<Real>& y, Real* c) {
 }
 
 struct standard_family {
-  // Table of four kernels: layout, grid.
+  // Four variants: layout, grid.
   template <class Real, int Index>
-  static int32_t kernel(const task<Real>& t, const ThreadingService* service) {
+  static int32_t variant(const task<Real>& t, const ThreadingService* service) {
     for_quadratic_groups(t, service, quadratic_threads(t, service),
                          [&t](ptrdiff_t first, ptrdiff_t end, int32_t /*thread*/) {
                            for (ptrdiff_t j = first; j < end; ++j)
@@ -55,14 +55,13 @@ struct quadratic_family {
                          {t.ic == nullptr, DF_STATUS_NULL_IC}});
   }
 
-  // The boundary conditions without a kernel are not refused by a check of their own: they come last.
+  // The boundary conditions without a variant have no check of their own: they are refused last.
   template <class Real>
   static int32_t construct(const task<Real>& t, int64_t /*method*/, const ThreadingService* service) {
-    quadratic_kernel<Real>* kernel =
-        t.s_type == DF_TYPE_SUBBOTIN
-            ? subbotin_kernel(t)
-            : dispatch_table<standard_family, Real, 4>[static_cast<size_t>(grid_index(t))];
-    return kernel != nullptr ? kernel(t, service) : DF_STATUS_BAD_BC_TYPE;
+    quadratic_variant<Real>* variant =
+        t.s_type == DF_TYPE_SUBBOTIN ? subbotin_variant(t)
+                                     : variants<standard_family, Real, 4>[static_cast<size_t>(grid_index(t))];
+    return variant != nullptr ? variant(t, service) : DF_STATUS_BAD_BC_TYPE;
   }
 };
 

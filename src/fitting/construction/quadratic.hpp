@@ -2,7 +2,7 @@
 // What the two families of quadratic splines share: functions in groups, a group to a thread.
 #pragma once
 
-#include "fitting/construction/frame.hpp"
+#include "fitting/construction/constructor.hpp"
 
 namespace tmk::fitting {
 
@@ -10,7 +10,7 @@ constexpr ptrdiff_t quadratic_group = 4;           // functions
 constexpr ptrdiff_t least_parallel_values = 4096;  // below which threads do not pay
 
 template <class Real>
-using quadratic_kernel = int32_t(const task<Real>&, const ThreadingService*);
+using quadratic_variant = int32_t(const task<Real>&, const ThreadingService*);
 
 template <class Real>
 ptrdiff_t quadratic_threads(const task<Real>& t, const ThreadingService* service) {
@@ -31,8 +31,8 @@ void for_quadratic_groups(const task<Real>& t, const ThreadingService* service, 
   parallel_for(service, groups, threads, item);
 }
 
-// The kernel for knots between the points; null where the task's boundary conditions have none.
+// The variant for knots between the points; null where the task's boundary conditions have none.
 template <class Real>
-quadratic_kernel<Real>* subbotin_kernel(const task<Real>& t);
+quadratic_variant<Real>* subbotin_variant(const task<Real>& t);
 
 }  // namespace tmk::fitting

@@ -4,14 +4,13 @@
 //
 // The unknowns are the slopes g at the knots: in a piece the slope is linear, so its integral from point to
 // point, over the right part of one piece and the left part of the next, is a condition on three of them.
-// With a[i] and b[i] the distances from point i to knot i+1 and on to point i+1, and p[i], q[i] = 1 - p[i]
-// the shares of piece i that lie right and left of its point,
+// With a[i] the distance from point i to knot i+1, b[i] that from knot i+1 to point i+1, and p[i], q[i] =
+// 1 - p[i] the shares of piece i right and left of its point,
 //   a[i] p[i] g[i] + (a[i] (1 + q[i]) + b[i] (1 + p[i+1])) g[i+1] + b[i] q[i+1] g[i+2] = 2 (y[i+1] - y[i])
-// which is diagonally dominant for knots anywhere between their points. The outer knots bound nothing, and
+// which is diagonally dominant for knots anywhere between their points. The outer knots are no bounds, and
 // are in the system at the outer points: p[0] = 1, q[nx-1] = 1.
-#include "fitting/construction/subbotin.hpp"
-
 #include "fitting/construction/quadratic.hpp"
+#include "fitting/subbotin_knots.hpp"
 #include "linalg/tridiagonal.hpp"
 #include "platform/scratch.hpp"
 
@@ -58,10 +57,10 @@ class subbotin_spline {
  private:
   Real x(ptrdiff_t i) const { return uniform_ ? t_.x[0] + static_cast<Real>(i) * step_ : t_.x[i]; }
   Real before_knot(ptrdiff_t i) const { return i < n_ - 1 ? knots_[i + 1] - x(i) : Real(0); }  // a[i]
-  Real behind_knot(ptrdiff_t i) const { return i >= 0 ? x(i + 1) - knots_[i + 1] : Real(0); }  // b[i]
+  Real after_knot(ptrdiff_t i) const { return i >= 0 ? x(i + 1) - knots_[i + 1] : Real(0); }   // b[i]
 
   piece_parts<Real> parts(ptrdiff_t i) const {
-    const Real left = behind_knot(i - 1), right = before_knot(i), width = left + right;
+    const Real left = after_knot(i - 1), right = before_knot(i), width = left + right;
     return {width, right / width, left / width};
   }
 
@@ -71,7 +70,7 @@ class subbotin_spline {
     m.du[0] = bends_[0] ? Real(-1) : Real(0);
     for (ptrdiff_t i = 0; i < n_ - 1; ++i) {
       const piece_parts<Real> next = parts(i + 1);
-      const Real a = before_knot(i), b = behind_knot(i);
+      const Real a = before_knot(i), b = after_knot(i);
       m.dl[i] = a * here.right_share;
       m.d[i + 1] = a * (1 + here.left_share) + b * (1 + next.right_share);
       m.du[i + 1] = b * next.left_share;
@@ -104,44 +103,45 @@ class subbotin_spline {
 };
 
 struct subbotin_family {
-  // Kernels are for derivatives at the ends alone.
-  static constexpr bool has_kernel(int index) {
+  // Variants exist for derivatives at the ends alone.
+  static constexpr bool has_variant(int index) {
     return index % boundaries >= first_first && index % boundaries <= second_second;
   }
 
   template <class Real, int Index>
-  static int32_t kernel(const task<Real>& t, const ThreadingService* service) {
+  static int32_t variant(const task<Real>& t, const ThreadingService* service) {
     constexpr bool uniform = Index / boundaries % 2 == 1;
     return subbotin_spline<Real>(t, uniform, static_cast<boundary>(Index % boundaries)).construct(service);
   }
 
   template <class Real, int Index>
-  static constexpr quadratic_kernel<Real>* slot() {
-    if constexpr (has_kernel(Index))
-      return &kernel<Real, Index>;
+  static constexpr quadratic_variant<Real>* variant_or_null() {
+    if constexpr (has_variant(Index))
+      return &variant<Real, Index>;
     else
       return nullptr;
   }
 };
 
-// Table of 56 kernels: grid of the knots, layout, grid of the points, boundary.
+// 56 variants: grid of the knots, layout, grid of the points, boundary.
 template <class Real, int... Index>
-constexpr auto slots(std::integer_sequence<int, Index...>) {
-  return std::array{subbotin_family::slot<Real, Index>()...};
+constexpr auto all_subbotin_variants(std::integer_sequence<int, Index...>) {
+  return std::array{subbotin_family::variant_or_null<Real, Index>()...};
 }
 template <class Real>
-constexpr auto subbotin_table = slots<Real>(std::make_integer_sequence<int, 8 * boundaries>());
+constexpr auto subbotin_variants =
+    all_subbotin_variants<Real>(std::make_integer_sequence<int, 8 * boundaries>());
 
 }  // namespace
 
 template <class Real>
-quadratic_kernel<Real>* subbotin_kernel(const task<Real>& t) {
+quadratic_variant<Real>* subbotin_variant(const task<Real>& t) {
   const int knots = (t.ic_type & DF_IC_KNOTS_UNIFORM) != 0 ? 4 : 0;
   const int index = (knots + grid_index(t)) * boundaries + boundary_of(t.bc_type);
-  return subbotin_table<Real>[static_cast<size_t>(index)];
+  return subbotin_variants<Real>[static_cast<size_t>(index)];
 }
 
-template quadratic_kernel<double>* subbotin_kernel(const task<double>&);
-template quadratic_kernel<float>* subbotin_kernel(const task<float>&);
+template quadratic_variant<double>* subbotin_variant(const task<double>&);
+template quadratic_variant<float>* subbotin_variant(const task<float>&);
 
 }  // namespace tmk::fitting

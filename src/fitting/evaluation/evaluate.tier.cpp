@@ -5,11 +5,12 @@
 #include <bit>
 #include <utility>
 
-#include "fitting/evaluation/loops.hpp"
+#include "fitting/evaluation/evaluation_kernels.hpp"
 #include "simd/integer.hpp"
 #include "simd/rows.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 namespace {
 
 // The factor of c[power] in the derivative of this order.
@@ -96,7 +97,7 @@ void locate_uniform(const Real* sites, const int32_t* cells, int count, int32_t 
   });
 }
 
-// `Columns` columns side by side, and what is left of a register of sites one by one.
+// `Columns` columns together, register by register, and the sites that fill none one by one.
 template <int Columns, class Real>
 void columns_as_rows(const Real* column, ptrdiff_t pitch, int count, Real* out, ptrdiff_t stride) {
   int i = 0;
@@ -122,7 +123,7 @@ void as_rows(const Real* column, ptrdiff_t pitch, int columns, int count, Real* 
 
 // Derivatives from the order on are zero: their slots are empty.
 template <class Real, int Order, unsigned Derivatives>
-constexpr polynomial_loop<Real>* polynomial() {
+constexpr polynomial_kernel<Real>* polynomial() {
   if constexpr (Derivatives == 0 || Derivatives >= 1u << Order)
     return nullptr;
   else
@@ -130,7 +131,7 @@ constexpr polynomial_loop<Real>* polynomial() {
 }
 
 template <class Real, unsigned... Set>
-constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) {
+constexpr evaluation_kernels<Real> table(std::integer_sequence<unsigned, Set...>) {
   return {{{polynomial<Real, 2, Set>()...}, {polynomial<Real, 3, Set>()...}, {polynomial<Real, 4, Set>()...}},
           locate_given<Real>,
           locate_uniform<Real>,
@@ -138,7 +139,9 @@ constexpr evaluation_loops<Real> table(std::integer_sequence<unsigned, Set...>) 
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(evaluation_doubles) = {tmk::table<double>(std::make_integer_sequence<unsigned, 16>())};
-TMK_DEFINE_LOOPS(evaluation_singles) = {tmk::table<float>(std::make_integer_sequence<unsigned, 16>())};
+TMK_DEFINE_TIER_KERNELS(evaluation_doubles) = {table<double>(std::make_integer_sequence<unsigned, 16>())};
+TMK_DEFINE_TIER_KERNELS(evaluation_singles) = {table<float>(std::make_integer_sequence<unsigned, 16>())};
+
+}  // namespace tmk::fitting

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Evaluators: piecewise polynomials by the loops of the tier; steps and look-ups, which read the functions
-// themselves; and hooks before either.
+// Evaluators: piecewise polynomials by the kernels of the tier; steps and look-ups, which read the functions
+// themselves; and those that call the user's hooks first.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -12,7 +12,7 @@
 namespace tmk::fitting {
 namespace {
 
-// Columns of a block on their way to a layout that scatters them.
+// Columns of a block that a layout will scatter.
 constexpr int column_room = 16;
 
 template <class Real>
@@ -25,8 +25,8 @@ void fill_zeros(const interpolation<Real>& call, const sites_of_block<Real>& blo
         block.result[f * function + block.row(i) * site + k * derivative] = 0;
 }
 
-// Functions that are neighbours in the result go there together, as many as the room takes; the others
-// one at a time, straight into the result where their sites or derivatives are neighbours.
+// Functions that are neighbours in the result are written together, as many as there is room for; the others
+// one at a time, directly into the result where their sites or derivatives are neighbours.
 template <class Real, int Order>
 int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Real>& block) {
   constexpr unsigned not_zero = (1u << Order) - 1;
@@ -37,8 +37,8 @@ int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Re
 
   located_sites<Real> at;
   locate(call.spline, call.points, call.kind, block.count, block.sites, block.cells, at);
-  const auto& loops = evaluation_loops_now<Real>();
-  const auto evaluate = loops.polynomials[Order - 2][set];
+  const auto& kernels = evaluation_kernels_now<Real>();
+  const auto evaluate = kernels.polynomials[Order - 2][set];
   const auto [function, site, derivative] = call.layout;
   const ptrdiff_t count = functions(call.spline);
   const auto rows = call.spline.coeff_rows;
@@ -60,7 +60,7 @@ int32_t evaluate_pieces(const interpolation<Real>& call, const sites_of_block<Re
       const Real* from = column + k * group * site_block;
       Real* to = block.result + first * function + k * derivative;
       if (block.place == nullptr) {
-        loops.as_rows(from, site_block, static_cast<int>(size), block.count, to, site);
+        kernels.as_rows(from, site_block, static_cast<int>(size), block.count, to, site);
         continue;
       }
       for (ptrdiff_t f = 0; f < size; ++f)
@@ -142,7 +142,7 @@ int32_t call_hook(const interpolation<Real>& call, const evaluation_hook<Real>& 
   int64_t cells[site_block];
   std::copy_n(block.cells, block.count, cells);
   const int64_t count = block.count;
-  const int32_t status = hook.call(&count, cells, block.sites, results, hook.parameter, nullptr);
+  const int32_t status = hook.function(&count, cells, block.sites, results, hook.parameter, nullptr);
   if (status < 0) return status;
   for (ptrdiff_t f = 0; f < functions(call.spline); ++f)
     for (int i = 0; i < block.count; ++i)
@@ -176,7 +176,7 @@ int32_t evaluate_with_hooks(const interpolation<Real>& call, const sites_of_bloc
                                        count == block.count ? nullptr : place};
     const auto& hook = call.hooks[where];
     const int32_t status =
-        hook.call != nullptr ? call_hook(call, hook, part) : plain_evaluator<Real>(call.kind)(call, part);
+        hook.function != nullptr ? call_hook(call, hook, part) : plain_evaluator<Real>(call.kind)(call, part);
     if (status < 0) return status;
   }
   return DF_STATUS_OK;

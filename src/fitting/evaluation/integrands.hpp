@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What integrators ask of a kind of spline: limits in pieces, differences of antiderivatives, and the V of
+// What integrators need of a kind of spline: limits in pieces, differences of antiderivatives, and the V of
 // `count` cells from `first` on.
 #pragma once
 
 #include <algorithm>
 
 #include "fitting/evaluation/integration.hpp"
-#include "fitting/evaluation/integration_loops.hpp"
+#include "fitting/evaluation/integration_kernels.hpp"
 #include "fitting/evaluation/pieces.hpp"
 
 namespace tmk::fitting {
@@ -20,7 +20,7 @@ struct polynomials {
   }
   void differences(ptrdiff_t function, const located_sites<Real>& left, const located_sites<Real>& right,
                    int count, Real* out) const {
-    integration_loops_now<Real>().antiderivatives[spline_order(Kind) - 2](
+    integration_kernels_now<Real>().antiderivatives[spline_order(Kind) - 2](
         call.spline.coeff_rows[function], left.piece, left.distance, right.piece, right.distance, count, out);
   }
   void cells(ptrdiff_t function, int64_t first, int count, Real* out) const {

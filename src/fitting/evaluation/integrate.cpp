@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Integration: the call is put in order once, running sums are made where they pay, then blocks of limits are
-// searched and integrated.
+// Integration: the arguments are checked and arranged once, running sums are made where they pay, then blocks
+// of limits are searched and integrated.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -66,7 +66,7 @@ bool running_sums_pay(const block_walk<Real>& walk, int64_t n) {
   return pairs * (cells * share / static_cast<double>(samples) + cells_per_pair) > 2 * cells;
 }
 
-// Functions whose running sums lie in memory at a time.
+// How many functions have running sums in memory at a time.
 template <class Real>
 ptrdiff_t functions_at_a_time(const integration<Real>& call) {
   constexpr ptrdiff_t most_bytes = ptrdiff_t{64} << 20;
@@ -101,7 +101,7 @@ int32_t integrate(DFTask* handle, int64_t nlim, const Real* left, int64_t left_h
                   const ThreadingService* threading) {
   if (handle == nullptr) return DF_STATUS_NULL_TASK;
   const auto& t = task<Real>::of(handle);
-  const auto given = [](const auto& hook) { return hook.call != nullptr; };
+  const auto given = [](const auto& hook) { return hook.function != nullptr; };
   const auto kind = kind_of(t.s_order, t.s_type, std::all_of(hooks, hooks + regions, given));
   if (static_cast<int>(kind) >= integrable_kinds) return DF_STATUS_BAD_TYPE;
 
@@ -136,7 +136,7 @@ int32_t integrate(DFTask* handle, int64_t nlim, const Real* left, int64_t left_h
                                  site_source<Real>(left, left_hint, nlim),
                                  site_source<Real>(right, right_hint, nlim),
                                  result};
-  // A search hook is called by the calling thread alone. Evaluation hooks know all functions at a time.
+  // A search hook is called by the calling thread alone. Evaluation hooks compute all functions at a time.
   if (search_hook != nullptr) return walk(0, nlim);
   const bool at_once = !any_hook || functions_at_a_time(call) == count;
   if (!given(hooks[within_partition]) && at_once && running_sums_pay(walk, nlim))

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Antiderivatives of many pieces.
 //   F(d) = d (c0 + d (c1/2 + d (c2/3 + d c3/4)))
-#include "fitting/evaluation/integration_loops.hpp"
+#include "fitting/evaluation/integration_kernels.hpp"
 #include "simd/rows.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 namespace {
 
 template <int Order, class Real>
@@ -28,9 +29,11 @@ void differences(const Real* rows, const int32_t* left_pieces, const Real* left_
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(integration_doubles) = {
-    {tmk::differences<double, 2>, tmk::differences<double, 3>, tmk::differences<double, 4>}};
-TMK_DEFINE_LOOPS(integration_singles) = {
-    {tmk::differences<float, 2>, tmk::differences<float, 3>, tmk::differences<float, 4>}};
+TMK_DEFINE_TIER_KERNELS(integration_doubles) = {
+    {differences<double, 2>, differences<double, 3>, differences<double, 4>}};
+TMK_DEFINE_TIER_KERNELS(integration_singles) = {
+    {differences<float, 2>, differences<float, 3>, differences<float, 4>}};
+
+}  // namespace tmk::fitting

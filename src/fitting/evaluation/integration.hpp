@@ -24,7 +24,7 @@ using integration_hook =
 // V[0] + ... + V[k-1] of a function in entry k, as a sum of two numbers: over long spans the difference of
 // two entries keeps all digits that adding up the span would have.
 template <class Real>
-using running_sum = double_value<Real>;
+using running_sum = value_pair<Real>;
 
 template <class Real>
 struct integration {
@@ -33,7 +33,8 @@ struct integration {
   spline_kind kind;
   ptrdiff_t function_stride, pair_stride;
   integration_hook<Real> hooks[regions];
-  // The functions at work, and their running sums one after the other; null where spans are added up.
+  // The functions that are being integrated, and their running sums one after the other; null where spans are
+  // added up.
   ptrdiff_t first_function, end_function;
   running_sum<Real>* sums;
 
@@ -56,8 +57,8 @@ struct pairs_of_block {
 template <class Real>
 using integrator = int32_t (*)(const integration<Real>& call, const pairs_of_block<Real>& block);
 
-// By spline_kind up to step_right; those with hooks ask the hook of each region that a pair reaches into, and
-// the plain ones where it has none.
+// By spline_kind up to step_right; those with hooks call the hook of each region that a pair reaches into,
+// and the plain ones where it has none.
 constexpr int integrable_kinds = 7;
 template <class Real>
 struct integrators {

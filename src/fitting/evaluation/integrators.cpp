@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Integrators: the pieces of each kind, spans of whole cells added up or looked up, and hooks before either.
+// Integrators: the pieces of each kind, spans of whole cells added up or looked up, and those that call the
+// user's hooks first.
 #include <algorithm>
 
 #include "fitting/evaluation/integrands.hpp"
@@ -86,8 +87,8 @@ int32_t call_hook(const integration<Real>& call, const integration_hook<Real>& h
   std::copy_n(block.left_cells, block.count, left_cells);
   std::copy_n(block.right_cells, block.count, right_cells);
   const int64_t count = block.count;
-  const int32_t status =
-      hook.call(&count, left_cells, block.left, right_cells, block.right, results, hook.parameter, nullptr);
+  const int32_t status = hook.function(&count, left_cells, block.left, right_cells, block.right, results,
+                                       hook.parameter, nullptr);
   if (status < 0) return status;
   for (ptrdiff_t f = 0; f < functions(call.spline); ++f)
     for (int i = 0; i < block.count; ++i)
@@ -95,7 +96,7 @@ int32_t call_hook(const integration<Real>& call, const integration_hook<Real>& h
   return status;
 }
 
-// The part of an axis that is a region: limits and cells are moved to its nearest ones.
+// Limits and cells outside a region are moved to its nearest ones.
 template <class Real>
 struct clipped {
   Real limit;
@@ -136,7 +137,7 @@ int32_t integrate_with_hooks(const integration<Real>& call, const pairs_of_block
     const pairs_of_block<Real> part = {count, left, right, left_cells, right_cells, block.result, place};
     const auto& hook = call.hooks[where];
     const auto plain = integrators<Real>::_Integrate1DDispatch[static_cast<int>(call.kind)];
-    const int32_t status = hook.call != nullptr ? call_hook(call, hook, part) : plain(call, part);
+    const int32_t status = hook.function != nullptr ? call_hook(call, hook, part) : plain(call, part);
     if (status < 0) return status;
   }
   return DF_STATUS_OK;
@@ -173,7 +174,7 @@ void integrators<Real>::add_up(const integration<Real>& call, ptrdiff_t function
       add_up_function<Real, steps<Real, spline_kind::step_left>>,
       add_up_function<Real, steps<Real, spline_kind::step_right>>,
   };
-  // The cells between bases: a step has one more, in front.
+  // The cells between bases: steps have one more, before the first.
   const int64_t cells = reads_y(call.kind) ? call.points.nx : call.points.nx - 1;
   by_kind[static_cast<int>(call.kind)](call, function, cells);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Interpolation: the call is put in order once, then blocks of sites are searched and evaluated.
+// Interpolation: the arguments are checked and arranged once, then blocks of sites are searched and
+// evaluated.
 #include <algorithm>
 #include <cstdint>
 
@@ -9,7 +10,7 @@
 namespace tmk::fitting {
 namespace {
 
-// Cells in the caller's array, as wide as the task says.
+// Cells in the caller's array, in the width that the task gives.
 struct cell_array {
   void* cells;
   bool wide;
@@ -20,7 +21,7 @@ struct cell_array {
     else
       std::copy_n(from, count, static_cast<int32_t*>(cells) + first);
   }
-  // Cells that no search gives count as the nearest that one does.
+  // Cells that no search can give count as the nearest one that it can.
   void read(int64_t first, int count, int64_t nx, int32_t* to) const {
     const auto nearest = [&](const auto* from) {
       for (int i = 0; i < count; ++i)
@@ -85,7 +86,7 @@ int32_t interpolate(DFTask* handle, int64_t type, int64_t nsite, const Real* sit
                     const ThreadingService* threading) {
   if (handle == nullptr) return DF_STATUS_NULL_TASK;
   const auto& t = task<Real>::of(handle);
-  const auto given = [](const auto& hook) { return hook.call != nullptr; };
+  const auto given = [](const auto& hook) { return hook.function != nullptr; };
   const bool any_hook = std::any_of(hooks, hooks + regions, given);
   const auto kind = kind_of(t.s_order, t.s_type, std::all_of(hooks, hooks + regions, given));
   if (kind == spline_kind::none) return DF_STATUS_BAD_TYPE;

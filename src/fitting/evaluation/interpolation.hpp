@@ -42,7 +42,7 @@ struct sites_of_block {
 template <class Real>
 using evaluator = int32_t (*)(const interpolation<Real>& call, const sites_of_block<Real>& block);
 
-// By spline_kind; those with hooks ask the hook of each site's region, and the plain ones where it has none.
+// By spline_kind; those with hooks call the hook of each site's region, and the plain ones where it has none.
 template <class Real>
 struct evaluators {
   using table = std::array<evaluator<Real>, spline_kinds>;

@@ -7,8 +7,9 @@
 #include <cstdint>
 #include <iterator>
 
-#include "fitting/construction/frame.hpp"
-#include "fitting/task.hpp"
+#include "fitting/fields.hpp"
+#include "fitting/task_view.hpp"
+#include "platform/checks.hpp"
 
 namespace tmk::fitting {
 
@@ -35,15 +36,11 @@ inline spline_kind kind_of(int64_t order, int64_t type, bool all_hooks) {
       {DF_ORDER_QUADRATIC, DF_TYPE_STANDARD, spline_kind::quadratic},
       {DF_ORDER_QUADRATIC, DF_TYPE_SUBBOTIN, spline_kind::subbotin},
       {DF_ORDER_CUBIC, DF_TYPE_STANDARD, spline_kind::cubic},
-      {DF_ORDER_CUBIC, 2, spline_kind::cubic},
-      {DF_ORDER_CUBIC, 3, spline_kind::cubic},
-      {DF_ORDER_CUBIC, 4, spline_kind::cubic},
-      {DF_ORDER_CUBIC, 5, spline_kind::cubic},
-      {DF_ORDER_CUBIC, 9, spline_kind::cubic},
       {DF_ORDER_NONE, DF_TYPE_LOOKUP, spline_kind::lookup},
       {DF_ORDER_NONE, DF_TYPE_STEP_RIGHT, spline_kind::step_right},
       {DF_ORDER_NONE, DF_TYPE_STEP_LEFT, spline_kind::step_left},
   };
+  if (order == DF_ORDER_CUBIC && is_cubic_family(type)) return spline_kind::cubic;
   const auto* row = std::find_if(std::begin(kinds), std::end(kinds), [&](const auto& r) {
     return r.order == order && (r.type == any || r.type == type);
   });

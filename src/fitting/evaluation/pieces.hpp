@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "fitting/construction/subbotin.hpp"
+#include "fitting/evaluation/evaluation_kernels.hpp"
 #include "fitting/evaluation/kinds.hpp"
-#include "fitting/evaluation/loops.hpp"
+#include "fitting/subbotin_knots.hpp"
 
 namespace tmk::fitting {
 
@@ -26,9 +26,9 @@ struct located_sites {
   }
 };
 
-// A cell outside the partition takes the nearest polynomial, so that ends are carried on; cells of a caller's
-// hook that are outside every range do so, too. A Subbotin spline has its pieces around the points: the loop
-// gets piece + 1 for a cell.
+// A cell outside the partition takes the nearest polynomial, so that the ends are extrapolated; cells of a
+// caller's hook that are outside every range do so, too. A Subbotin spline has its pieces around the points:
+// the kernel gets piece + 1 for a cell.
 template <class Real>
 void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind, int count,
             const Real* sites, const int32_t* cells, located_sites<Real>& at) {
@@ -39,11 +39,11 @@ void locate(const task<Real>& t, const partition<Real>& points, spline_kind kind
     cells = at.piece;
   }
   const auto last = static_cast<int32_t>(t.nx) - (subbotin ? 1 : 2);
-  const auto& loops = evaluation_loops_now<Real>();
+  const auto& kernels = evaluation_kernels_now<Real>();
   if (points.given != nullptr)
-    loops.locate_given(sites, cells, count, last, points.given, at.piece, at.distance);
+    kernels.locate_given(sites, cells, count, last, points.given, at.piece, at.distance);
   else
-    loops.locate_uniform(sites, cells, count, last, points.first, points.step, at.piece, at.distance);
+    kernels.locate_uniform(sites, cells, count, last, points.first, points.step, at.piece, at.distance);
 }
 
 constexpr int spline_order(spline_kind kind) {

@@ -15,7 +15,7 @@ inline region region_of(int64_t cell, int64_t nx) {
 
 template <class Function>
 struct hook_of_region {
-  Function call;
+  Function function;
   void* parameter;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is asked of an interpolation: which derivatives, and where in the result they go.
+// What an interpolation computes: which derivatives, and where in the result they go.
 #pragma once
 
 #include <bit>
@@ -11,7 +11,7 @@
 namespace tmk::fitting {
 
 // Derivatives of orders 0 to 3 as bits, ascending orders in ascending columns; after them columns of higher
-// ones, which are zero. `stride` is the count of results of a site and function that the caller reckons with,
+// ones, which are zero. `stride` is the count of results of a site and function that the caller has room for,
 // the sum of the entries of dorder: with entries above 1 it is more than there are columns.
 struct derivative_request {
   unsigned set = 1;

@@ -6,8 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "fitting/construction/frame.hpp"
-#include "fitting/evaluation/loops.hpp"
+#include "fitting/evaluation/evaluation_kernels.hpp"
+#include "fitting/parallel_for.hpp"
 #include "tmk/abi/df.h"
 
 namespace tmk::fitting {

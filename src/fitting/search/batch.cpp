@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The batch search: its driver cuts the sites among threads by the method's rule.
+// The batch search, which divides the sites among threads where the rules of the method say that it pays.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int64_t widened_block = 1024, hybrid_unit = 128, expanded_at_hand = 4096;
 
-// What the workers of a batch share. Each searches blocks of sites with a state of its own.
+// What the threads of a batch share. Each searches its sites with its own copy of the search state.
 template <class Real>
 struct batch_of_sites {
   const cell_search<Real>& search;
@@ -43,7 +43,7 @@ void search_chunk(int32_t item, int32_t, int32_t, void* context) {
   batch.find(item * batch.chunk, (item + 1) * batch.chunk);
 }
 
-// A batch of a method goes parallel when it fits a row of its. Bounds are inclusive.
+// A batch is searched by several threads when one of the rows of its method holds. Bounds are inclusive.
 constexpr int64_t any = std::numeric_limits<int64_t>::max();
 struct parallel_rule {
   search_method method;
@@ -102,7 +102,7 @@ constexpr int32_t (*_SearchDispatch[search_methods])(batch_of_sites<Real>&, int3
     drive<Real, 1>,           drive<Real, 1>,    drive<Real, 1>,   drive<Real, 1>,
     drive<Real, hybrid_unit>, drive_alone<Real>, drive_alone<Real>};
 
-// The sites of a batch given by its ends: at hand for few, else in memory of their own.
+// The sites of a batch given by its ends: few in a member array, more in allocated memory.
 template <class Real>
 class expanded_sites {
  public:

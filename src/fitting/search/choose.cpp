@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The choice of a search method, and what the method needs to know.
+// The choice of a search method, and the state that the method needs.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -54,7 +54,7 @@ Real trusted_distance(const task<Real>& t, Real rate) {
                       (4 * static_cast<Real>(t.nx) + largest * rate) * std::numeric_limits<Real>::epsilon());
 }
 
-// An index made for more points than there are now would lead past them.
+// An index made for more points than there are now would point past them.
 template <class Real>
 bool index_usable(const task<Real>& task) {
   return task.nx > points_without_index && task.buckets != nullptr && task.nbuckets > 0 &&

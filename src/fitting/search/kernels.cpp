@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The block kernels: their names, the tables that list them, and the searches by a caller's hook.
+// The exported searches of blocks of sites: their names, the tables that list them, and the searches by a
+// caller's hook.
 #include <algorithm>
 
-#include "fitting/search/loops.hpp"
+#include "fitting/search/cell_kernels.hpp"
 #include "fitting/search/walk.hpp"
 
 namespace tmk::fitting {
 namespace {
 
-// A site on x[g] stays in the cell g that the hook started it at, one below what a search without a hook
-// says.
+// A site on x[g] stays in the cell g at which the hook started it, one below that of a search without a hook.
 template <class Real>
 ptrdiff_t from_start(const Real* x, ptrdiff_t nx, int64_t start, Real t) {
   const auto g = static_cast<ptrdiff_t>(std::clamp<int64_t>(start, 0, nx));
@@ -35,7 +35,7 @@ int32_t hooked(int64_t nx, const Real* x, int64_t n, const Real* sites, search_s
     if (status == all_found)
       std::fill_n(final, count, 1);
     else if (Uniform)
-      search_loops_now<Real>().by_method[static_cast<int>(search_method::uniform)](nx, x, count, sites + i,
+      cell_kernels_now<Real>().by_method[static_cast<int>(search_method::uniform)](nx, x, count, sites + i,
                                                                                    state, cells + i);
     for (int64_t k = 0; k < count; ++k)
       if (final[k] != 0)
@@ -51,7 +51,7 @@ int32_t find_block(int64_t nx, const Real* x, int64_t n, const Real* sites, sear
                    int32_t* cells) {
   if constexpr (Method == search_method::user_defined || Method == search_method::uniform_user_defined)
     return hooked<Method == search_method::uniform_user_defined>(nx, x, n, sites, state, cells);
-  search_loops_now<Real>().by_method[static_cast<int>(Method)](nx, x, n, sites, state, cells);
+  cell_kernels_now<Real>().by_method[static_cast<int>(Method)](nx, x, n, sites, state, cells);
   return 0;
 }
 

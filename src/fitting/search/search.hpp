@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // In which cell of a partition a site lies:
 //   0 for t < x[0],  i for x[i-1] <= t < x[i],  nx - 1 for t = x[nx-1],  nx for t > x[nx-1].
-// A caller chooses a method once, then asks for cells in blocks:
+// A caller chooses a method once, then finds cells in blocks:
 //   cell_search<Real> search;
 //   if (const int32_t status = choose_search(task, site_hint, search_hint, hook, parameter, search)) ...
 //   status = search.find(n, sites, cells);
-// The methods give the same cells (but for sites on x[g] that a hook starts at g), so they differ in cost
+// The methods give the same cells (except for sites on x[g] that a hook starts at g), so they differ in cost
 // alone. A NaN gets some cell from 0 to nx; only a hook's own cells may lie outside that range.
 #pragma once
 
@@ -35,7 +35,7 @@ struct hook_types<float> {
   using search = DFsSearchHook;
 };
 
-// What a method knows besides the partition. A thread has a copy of its own.
+// What a method needs in addition to the partition. Each thread that searches has its own copy of the state.
 template <class Real>
 struct search_state {
   search_method method{};

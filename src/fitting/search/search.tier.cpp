@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Cells of blocks of sites. Sites are taken a few registers at a time; what a register cannot decide is
-// walked to by one site.
+// Cells of blocks of sites. Sites are searched a few registers at a time; a site whose cell the vector
+// comparisons do not settle is found by a scalar walk.
 #include <algorithm>
 
-#include "fitting/search/loops.hpp"
+#include "fitting/search/cell_kernels.hpp"
 #include "fitting/search/walk.hpp"
 #include "simd/integer.hpp"
 #include "simd/rows.hpp"
@@ -39,7 +39,7 @@ void uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search
     const real position = xsimd::min(xsimd::max((t - x[0]) * state->rate, real(0)), limit);
     const auto below = t < real(x[0]), at_end = t == real(x[1]);
     if constexpr (sizeof(Real) == 4) {
-      // A single does not hold every cell.
+      // A single cannot represent every cell.
       const i32 cell = xsimd::min(xsimd::to_int(position) + 1, i32(last_cell + 1));
       store(to, xsimd::select(mask_as<int32_t>(at_end), i32(last_cell),
                               xsimd::select(mask_as<int32_t>(below), i32(0), cell)));
@@ -56,15 +56,16 @@ void uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search
   for (int k = 0; k < n - i; ++k) cells[i + k] = rest[k];
 }
 
-// A start in proportion, which is the cell where the points are known to be even and the site is clear of
-// them, or where the points say so: a group of such sites is done. The others go one step either way without
-// a branch, since which one is needed is a matter of chance, and sites that this does not bring home walk:
-// those outside, and the last point, among them.
+// The start is in proportion to the site's place. It is the cell itself where the points are known to be even
+// and the site is not too near to one of them, or where a comparison with the two points shows it: a group of
+// such sites is done. The others move by one cell either way, without a branch, since the direction is a
+// matter of chance; sites that are not in their cell then, among them those outside and on the last point,
+// walk.
 template <class Real>
 void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_state<Real>* state,
                    int32_t* cells) {
   using real = batch<Real>;
-  // A single holds not every count; one that it rounded down keeps starts within 1 and nx - 1.
+  // A single cannot represent every count; one that is rounded down keeps starts within 1 and nx - 1.
   const ptrdiff_t low_bits = sizeof(Real) == 4 && nx > (1 << 24) ? 0xFF : 0;
   const real top(static_cast<Real>((nx - 2) & ~low_bits)), middle(Real(-0.5)), trusted(state->trusted);
   for (ptrdiff_t i = 0; i < n; i += group<Real>) {
@@ -95,9 +96,10 @@ void quasi_uniform(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, 
   }
 }
 
-// low[k] to the first point above t[k], or to low[k] + width where all before are not above: side by side,
-// since which half is next is a matter of chance, and a branch for it would be mispredicted every other time.
-// Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 + 1 on either side.
+// low[k] to the first point above t[k], or to low[k] + width where all before are not above. All sites are
+// bisected together, without branches: which half is next is a matter of chance, and a branch would be
+// mispredicted every other time. Of `width` + 1 candidates, a probe in the middle leaves at most width / 2 +
+// 1 on either side.
 constexpr int side_by_side = 16;
 template <class Real, int Sites>
 [[gnu::always_inline]] inline void bisect_together(const Real* (&low)[Sites], ptrdiff_t width,
@@ -191,8 +193,8 @@ void peak(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_st
   walk_to(i, n);
 }
 
-// Brackets by the bucket index, then bisections side by side. The widest bracket among the sites given
-// serves them all, moved down where it would reach past the last point.
+// Brackets by the bucket index, then bisections together. The widest bracket among the sites is used for all
+// of them, moved down where it would reach past the last point.
 template <class Real, int Sites>
 void bracket_and_bisect(ptrdiff_t nx, const Real* x, const Real* t, const search_state<Real>& state,
                         const bucket* buckets, int32_t* cells) {
@@ -244,12 +246,13 @@ void hybrid(ptrdiff_t nx, const Real* x, ptrdiff_t n, const Real* sites, search_
 }
 
 template <class Real>
-constexpr search_loops<Real> table = {
+constexpr cell_kernels<Real> table = {
     {uniform<Real>, quasi_uniform<Real>, sorted<Real>, peak<Real>, hybrid<Real>}};
 
 }  // namespace
 }  // namespace TMK_TIER
-}  // namespace tmk::fitting
 
-TMK_DEFINE_LOOPS(search_doubles) = {{tmk::fitting::table<double>}};
-TMK_DEFINE_LOOPS(search_singles) = {{tmk::fitting::table<float>}};
+TMK_DEFINE_TIER_KERNELS(cell_doubles) = {{table<double>}};
+TMK_DEFINE_TIER_KERNELS(cell_singles) = {{table<float>}};
+
+}  // namespace tmk::fitting

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Walks to the cell of a site from a start nearby: steps that double, then a bisection of the last one, so
-// that a start far away costs its logarithm. Comparisons with a NaN end every walk.
+// that the cost is the logarithm of the distance. Comparisons with a NaN end every walk.
 #pragma once
 
 #include <cstddef>
 
 #include "platform/tier.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::fitting {
+inline namespace TMK_TIER {
 
 // The first i in [low, high) with x[i] > t, else high.
 template <class Real>
@@ -44,7 +45,7 @@ ptrdiff_t walk_down(const Real* x, ptrdiff_t start, Real t) {
   return bisect(x, 0, high, t);
 }
 
-// The cell of a site outside every shortcut, from any start in [0, nx].
+// The cell of a site that no shortcut found, from any start in [0, nx].
 template <class Real>
 ptrdiff_t walk(const Real* x, ptrdiff_t nx, ptrdiff_t start, Real t) {
   if (t == x[nx - 1]) return nx - 1;
@@ -52,4 +53,5 @@ ptrdiff_t walk(const Real* x, ptrdiff_t nx, ptrdiff_t start, Real t) {
   return walk_down(x, start, t);
 }
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::fitting

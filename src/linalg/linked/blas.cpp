@@ -3,15 +3,15 @@
 #include "linalg/blas_routines.hpp"
 
 extern "C" {
-#define TMK_FORTRAN_TWIN(letter, Real)                                                                       \
+#define TMK_FORTRAN_BLAS(letter, Real)                                                                       \
   void letter##gemm_(const char*, const char*, const int*, const int*, const int*, const Real*, const Real*, \
                      const int*, const Real*, const int*, const Real*, Real*, const int*);                   \
   void letter##syrk_(const char*, const char*, const int*, const int*, const Real*, const Real*, const int*, \
                      const Real*, Real*, const int*);                                                        \
   void letter##syr_(const char*, const int*, const Real*, const Real*, const int*, Real*, const int*);
-TMK_FORTRAN_TWIN(d, double)
-TMK_FORTRAN_TWIN(s, float)
-#undef TMK_FORTRAN_TWIN
+TMK_FORTRAN_BLAS(d, double)
+TMK_FORTRAN_BLAS(s, float)
+#undef TMK_FORTRAN_BLAS
 
 [[gnu::weak]] int omp_get_max_threads();
 [[gnu::weak]] void omp_set_num_threads(int);

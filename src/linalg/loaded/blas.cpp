@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The BLAS that the system has, loaded when it is first asked for and kept until the process ends.
+// The BLAS that the system has, loaded when it is first needed and kept until the process ends.
 #include <dlfcn.h>
 
 #include "linalg/blas_routines.hpp"
@@ -18,7 +18,7 @@ bool find(void* library, const char* name, Function*& function) {
   return function != nullptr;
 }
 
-// Whether the whole of it is there.
+// Whether the library has all of the routines.
 bool load(const char* name, blas_library& b) {
   void* const library = dlopen(name, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) return false;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the library's own chunks hold at least. Their owners read that much without a look at the size, so a
+// The least size of the library's own chunks. Their owners read that much without checking the size, so a
 // loaded chunk that is smaller is refused.
 #pragma once
 
 #include <cstdint>
 
-namespace tmk {
+namespace tmk::random {
 
 enum chunk_kind : uint32_t {
   chunk_gaussian_single = 1,  // leftover of a pair
@@ -23,4 +23,4 @@ constexpr uint32_t least_bytes_of_kind(uint32_t chunk_id) {
   }
 }
 
-}  // namespace tmk
+}  // namespace tmk::random

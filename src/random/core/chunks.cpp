@@ -7,6 +7,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
+using namespace tmk::random;
 
 void release(VtsChunk* chunk) {
   VtsGlobRODataEntry* entry;
@@ -21,7 +22,7 @@ void release(VtsChunk* chunk) {
 void* blob_of_copy(const VtsChunk& chunk) {
   VtsGlobRODataEntry* entry;
   if (__vtsFindGlobRODataTableEntry(&entry, chunk.key) == VTS_STATUS_OK) return chunk.data;
-  void* blob = tmk_serv_allocate(chunk.dataBytes, tmk::stream_alignment);
+  void* blob = tmk_serv_allocate(chunk.dataBytes, stream_alignment);
   if (blob != nullptr && chunk.dataBytes > 0) std::memcpy(blob, chunk.data, chunk.dataBytes);
   return blob;
 }
@@ -32,31 +33,31 @@ extern "C" {
 
 int32_t __vtsAddChunk(VtsStreamHandle stream, uint32_t chunkId, const uint32_t* key, void* data,
                       uint32_t dataBytes) {
-  auto* chunk = static_cast<VtsChunk*>(tmk_serv_allocate(sizeof(VtsChunk), tmk::stream_alignment));
+  auto* chunk = static_cast<VtsChunk*>(tmk_serv_allocate(sizeof(VtsChunk), stream_alignment));
   if (chunk == nullptr) return VTS_STATUS_NO_MEMORY;
-  *chunk = {chunkId, dataBytes, data, tmk::first_chunk(stream), {}};
+  *chunk = {chunkId, dataBytes, data, first_chunk(stream), {}};
   if (key != nullptr) {
     std::memcpy(chunk->key, key, sizeof(chunk->key));
-    tmk::share_blob(*chunk);
+    share_blob(*chunk);
   }
-  tmk::set_first_chunk(stream, chunk);
+  set_first_chunk(stream, chunk);
   return VTS_STATUS_OK;
 }
 
 void* __vtsSearchChunk(VtsStreamHandle stream, uint32_t chunkId) {
-  for (VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr; chunk = chunk->next)
+  for (VtsChunk* chunk = first_chunk(stream); chunk != nullptr; chunk = chunk->next)
     if (chunk->chunkId == chunkId) return chunk->data;
   return nullptr;
 }
 
 int32_t __vtsGetNumChunks(VtsStreamHandle stream) {
   int32_t count = 0;
-  for (VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr; chunk = chunk->next) ++count;
+  for (VtsChunk* chunk = first_chunk(stream); chunk != nullptr; chunk = chunk->next) ++count;
   return count;
 }
 
 int32_t __vtsCopyChunks(VtsStreamHandle destination, VtsStreamHandle source) {
-  for (VtsChunk* chunk = tmk::first_chunk(source); chunk != nullptr; chunk = chunk->next) {
+  for (VtsChunk* chunk = first_chunk(source); chunk != nullptr; chunk = chunk->next) {
     void* blob = blob_of_copy(*chunk);
     const int32_t status =
         blob == nullptr && chunk->data != nullptr
@@ -72,18 +73,18 @@ int32_t __vtsCopyChunks(VtsStreamHandle destination, VtsStreamHandle source) {
 }
 
 int32_t __vtsDeleteChunks(VtsStreamHandle stream) {
-  for (VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr;) {
+  for (VtsChunk* chunk = first_chunk(stream); chunk != nullptr;) {
     VtsChunk* next = chunk->next;
     release(chunk);
     chunk = next;
   }
-  tmk::set_first_chunk(stream, nullptr);
+  set_first_chunk(stream, nullptr);
   return VTS_STATUS_OK;
 }
 
 int32_t __vtsDeleteChunksById(VtsStreamHandle stream, uint32_t chunkId) {
   VtsChunk* kept = nullptr;
-  for (VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr;) {
+  for (VtsChunk* chunk = first_chunk(stream); chunk != nullptr;) {
     VtsChunk* next = chunk->next;
     if (chunk->chunkId == chunkId) {
       release(chunk);
@@ -93,8 +94,8 @@ int32_t __vtsDeleteChunksById(VtsStreamHandle stream, uint32_t chunkId) {
     }
     chunk = next;
   }
-  // Callers know the head to be the last kept chunk, not the first.
-  tmk::set_first_chunk(stream, kept);
+  // The head becomes the last kept chunk, not the first: callers rely on it.
+  set_first_chunk(stream, kept);
   return VTS_STATUS_OK;
 }
 

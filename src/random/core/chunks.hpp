@@ -11,7 +11,7 @@ extern uint32_t _GlobRODataTableCount;
 extern uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
 }
 
-namespace tmk {
+namespace tmk::random {
 
 inline VtsChunk* first_chunk(VtsStreamHandle stream) {
   return reinterpret_cast<VtsChunk*>(static_cast<uintptr_t>(header_of(stream).chunk_list));
@@ -24,8 +24,8 @@ inline void set_first_chunk(VtsStreamHandle stream, VtsChunk* chunk) {
 // one key cannot both make it. A key that the table has no room for is cleared: the blob is private then.
 void share_blob(VtsChunk& chunk);
 
-// Whether a blob of that size may take the place of the one shared under the key: the key is free, or held by
-// a chunk's blob of the same size.
+// Whether the blob shared under the key can replace one of that size: the key is unused, or its blob has the
+// same size.
 bool may_share(const uint32_t* key, uint32_t bytes);
 
-}  // namespace tmk
+}  // namespace tmk::random

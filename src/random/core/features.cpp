@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Processor features that single generators need. CPUID leaf 1 has them all.
+// Processor features that some generators need. CPUID leaf 1 has them all.
 #include <cpuid.h>
 
 #include <cstdint>
@@ -12,7 +12,8 @@ struct features {
   uint32_t ecx, edx;
 };
 
-// Asked once: a virtual machine traps the instruction, which takes microseconds, and draws ask every time.
+// Read once: a virtual machine traps the instruction, which takes microseconds, and every draw needs the
+// answer.
 features leaf_1() {
   static const features of_this_processor = [] {
     uint32_t eax, ebx, ecx = 0, edx = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The persisted form of a stream: header, state as it lies in the block, then every chunk with its blob.
+// The persisted form of a stream: header, state as it is in memory, then every chunk with its blob.
 // Little-endian, the same on 32-bit and 64-bit builds.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 #include "random/core/stream.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 struct image_header {
   uint32_t magic;  // the first byte is the version
@@ -51,4 +51,4 @@ bool state_is_sound(VtsStreamHandle stream);
 // Whether a state means nothing outside the process that made it.
 bool state_holds_addresses(const VtsBrngProperties& record);
 
-}  // namespace tmk
+}  // namespace tmk::random

@@ -6,7 +6,8 @@
 #include "platform/scratch.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
+using tmk::scratch;
 
 struct linear_generator {
   zero_state zero;
@@ -18,7 +19,7 @@ struct linear_generator {
   const int32_t* polynomial;
 };
 
-// g of a jump, and the work block.
+// g of a jump, and the work state.
 class jump {
  public:
   jump(const linear_generator& generator, VtsStreamHandle stream)
@@ -41,7 +42,7 @@ class jump {
     return i;
   }
 
-  // The work block starts as the stream: the leading coefficient. Every other one is a step, and an addition
+  // The work state starts as the stream: the leading coefficient. Every other one is a step, and an addition
   // where it is set.
   void run_horner(int32_t top) const {
     generator_.copy_to_work(work(), stream_, 0);

@@ -4,7 +4,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 void add(unsigned char* r, const unsigned char* a, int32_t bytes) {
@@ -16,6 +17,8 @@ void add(unsigned char* r, const unsigned char* a, int32_t bytes) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(jump_loops) = {tmk::add};
+TMK_DEFINE_TIER_KERNELS(jump_kernels) = {add};
+
+}  // namespace tmk::random

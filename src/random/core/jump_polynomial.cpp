@@ -8,7 +8,8 @@
 #include "random/core/jump.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
+using tmk::scratch;
 
 // Bit i of x at position 2 i: the square of a polynomial.
 uint64_t spread(uint32_t x) {
@@ -21,8 +22,8 @@ uint64_t spread(uint32_t x) {
 }
 
 // The dividend loses four bits at a time, from the top: the multiple of the polynomial whose four highest
-// coefficients are these is added. With a row for each four bits at both positions within a byte, additions
-// are of whole bytes.
+// coefficients are these is added. The table has a row for each value of the four bits at both of their
+// positions within a byte, so that additions are of whole bytes.
 class reducer {
  public:
   static constexpr int window = 4, rows = 1 << window, phases = 8 / window;
@@ -57,7 +58,7 @@ class reducer {
 
   // Leaves the remainder of a dividend below twice the degree, of as many bytes as hold it and a row beyond.
   void operator()(unsigned char* dividend) const {
-    const auto add = jump_loops_now().add;
+    const auto add = jump_kernels_now().add;
     for (int32_t k = (degree_ + window - 1) / window - 1; k >= 0; --k) {
       const int32_t position = degree_ + window * k;
       const int pair = dividend[position / 8] | dividend[position / 8 + 1] << 8;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams from files and memory blocks. What is read is not trusted further than a size has been checked.
+// Streams from files and memory blocks. Nothing that is read is trusted before its size is checked.
 #include <sys/stat.h>
 
 #include <cstring>
@@ -12,6 +12,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
+using namespace tmk::random;
 
 constexpr uint64_t unbounded = std::numeric_limits<uint64_t>::max();
 
@@ -19,7 +20,7 @@ enum medium { file_medium, memory_medium };
 
 struct image_source {
   medium kind;
-  uint64_t left;  // bytes up to the end, as far as that is known
+  uint64_t left;  // bytes up to the end, where that is known
   FILE* file;
   const char* position;
 };
@@ -79,10 +80,10 @@ int32_t skip(image_source& source, size_t bytes) {
 }
 
 // Reads a header of either form into the present one.
-int32_t load_header(image_source& source, tmk::image_header& header) {
+int32_t load_header(image_source& source, image_header& header) {
   int32_t status = load(source, &header.magic, sizeof header.magic);
   if (status < 0) return status;
-  if ((header.magic & 0xFF) == tmk::image_version)
+  if ((header.magic & 0xFF) == image_version)
     return load(source, &header.header_bytes, sizeof header - sizeof header.magic);
 
   older_header older;
@@ -93,15 +94,15 @@ int32_t load_header(image_source& source, tmk::image_header& header) {
 }
 
 // The version is in the first byte or in the last.
-int32_t check_header(const tmk::image_header& header, const VtsBrngProperties* record) {
+int32_t check_header(const image_header& header, const VtsBrngProperties* record) {
   const uint32_t first = header.magic & 0xFF, last = header.magic >> 24;
   const bool marked =
-      (header.magic & 0xFFFFFF00) == tmk::image_magic || (header.magic & 0x00FFFFFF) == tmk::image_magic >> 8;
+      (header.magic & 0xFFFFFF00) == image_magic || (header.magic & 0x00FFFFFF) == image_magic >> 8;
   if (!marked) return VTS_STATUS_BAD_IMAGE;
-  if (first > tmk::image_version && last > tmk::image_version) return VTS_STATUS_BAD_IMAGE_VERSION;
+  if (first > image_version && last > image_version) return VTS_STATUS_BAD_IMAGE_VERSION;
   const bool fits =
       record != nullptr && header.header_bytes >= sizeof header &&
-      uint64_t{header.state_bytes} + sizeof(tmk::stream_header) == static_cast<uint64_t>(record->stateBytes);
+      uint64_t{header.state_bytes} + sizeof(stream_header) == static_cast<uint64_t>(record->stateBytes);
   return fits ? VTS_STATUS_OK : VTS_STATUS_BAD_IMAGE;
 }
 
@@ -112,28 +113,28 @@ int32_t check_processor(int32_t brng_id) {
 }
 
 // Versions 1 and 2 have a key, version 0 has none.
-int32_t load_chunk_head(image_source& source, uint32_t version, tmk::image_chunk& head) {
+int32_t load_chunk_head(image_source& source, uint32_t version, image_chunk& head) {
   int32_t status = load(source, &head.chunk_id, sizeof head.chunk_id);
   if (status < 0) return status;
-  if (version > tmk::image_version) return VTS_STATUS_FILE_READ;
+  if (version > image_version) return VTS_STATUS_FILE_READ;
   if (version > 0) status = load(source, head.key, sizeof head.key);
   return status < 0 ? status : load(source, &head.data_bytes, sizeof head.data_bytes);
 }
 
 int32_t load_chunk(image_source& source, uint32_t version, VtsStreamHandle stream) {
-  tmk::image_chunk head = {};
+  image_chunk head = {};
   int32_t status = load_chunk_head(source, version, head);
   if (status < 0) return status;
   if (head.data_bytes > source.left) return VTS_STATUS_FILE_READ;
-  if (head.data_bytes < tmk::least_bytes_of_kind(head.chunk_id)) return VTS_STATUS_BAD_IMAGE;
+  if (head.data_bytes < least_bytes_of_kind(head.chunk_id)) return VTS_STATUS_BAD_IMAGE;
   // The size of a shared blob is what its users rely on: one of another size stays private.
-  if (!tmk::may_share(head.key, head.data_bytes)) std::memset(head.key, 0, sizeof head.key);
+  if (!may_share(head.key, head.data_bytes)) std::memset(head.key, 0, sizeof head.key);
 
-  void* blob = tmk_serv_allocate(head.data_bytes, tmk::stream_alignment);
+  void* blob = tmk_serv_allocate(head.data_bytes, stream_alignment);
   if (blob == nullptr) return VTS_STATUS_NO_MEMORY;
   status = load(source, blob, head.data_bytes);
   if (status >= 0) status = __vtsAddChunk(stream, head.chunk_id, head.key, blob, head.data_bytes);
-  const bool taken = status >= 0 && tmk::first_chunk(stream)->data == blob;
+  const bool taken = status >= 0 && first_chunk(stream)->data == blob;
   if (!taken) tmk_serv_deallocate(blob);
   return status;
 }
@@ -141,7 +142,7 @@ int32_t load_chunk(image_source& source, uint32_t version, VtsStreamHandle strea
 }  // namespace
 
 // Reads the chunks after a state, unless *status is already a failure.
-static void __vtsReadChunks(int32_t* status, image_source* source, const tmk::image_header* header,
+static void __vtsReadChunks(int32_t* status, image_source* source, const image_header* header,
                             VtsStreamHandle stream) {
   for (uint32_t i = 0; i < header->chunk_count && *status >= 0; ++i)
     *status = load_chunk(*source, header->magic & 0xFF, stream);
@@ -151,13 +152,13 @@ namespace {
 
 int32_t load_stream(VtsStreamHandle* stream, image_source& source, bool addresses_allowed) {
   *stream = nullptr;
-  tmk::image_header header;
+  image_header header;
   int32_t status = load_header(source, header);
   if (status < 0) return status;
-  const VtsBrngProperties* record = tmk::find_record(header.brng_id);
+  const VtsBrngProperties* record = find_record(header.brng_id);
   status = check_header(header, record);
   if (status < 0) return status;
-  if (!addresses_allowed && tmk::state_holds_addresses(*record)) return VTS_STATUS_BAD_IMAGE;
+  if (!addresses_allowed && state_holds_addresses(*record)) return VTS_STATUS_BAD_IMAGE;
   // A longer header is one that a later program wrote.
   status = skip(source, header.header_bytes - sizeof header);
   if (status < 0) return status;
@@ -166,8 +167,8 @@ int32_t load_stream(VtsStreamHandle* stream, image_source& source, bool addresse
   const VtsBrngProperties* table = __vtsGetBrngBaseOffset(header.brng_id, &row, &offset);
   status = __vtsAllocateStream(stream, table, header.brng_id, row, offset);
   if (status < 0) return status;
-  status = load(source, &tmk::state_of<char>(*stream), header.state_bytes);
-  if (status >= 0 && !tmk::state_is_sound(*stream)) status = VTS_STATUS_BAD_IMAGE;
+  status = load(source, &state_of<char>(*stream), header.state_bytes);
+  if (status >= 0 && !state_is_sound(*stream)) status = VTS_STATUS_BAD_IMAGE;
   if (status >= 0) status = check_processor(header.brng_id);
   __vtsReadChunks(&status, &source, &header, *stream);
   if (status < 0) __vtsDeleteStream(stream);
@@ -186,7 +187,7 @@ extern "C" {
 
 int32_t __vtsLoadStreamF(VtsStreamHandle* stream, const char* fileName, int32_t nameLength) {
   *stream = nullptr;
-  const tmk::file_name name(fileName, nameLength);
+  const file_name name(fileName, nameLength);
   if (name.text() == nullptr) return VTS_STATUS_NO_MEMORY;
   FILE* file = std::fopen(name.text(), "rb");
   if (file == nullptr) return VTS_STATUS_FILE_OPEN;

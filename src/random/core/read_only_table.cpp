@@ -14,6 +14,7 @@ uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
 }
 
 namespace {
+using namespace tmk::random;
 
 constexpr uint32_t capacity = 128;
 constexpr uint32_t chunk_capacity = 127;  // chunks leave one entry to direct creation
@@ -105,7 +106,7 @@ int32_t __vtsUnregisterGlobRODataReference(const uint32_t* key) {
   if (!names_blob(key)) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
   const table_lock lock;
   int32_t status = VTS_STATUS_RO_ENTRY_NOT_FOUND;
-  // Entries created twice under one key fall together.
+  // Entries created twice under one key are removed together.
   for (uint32_t i = 0; i < _GlobRODataTableCount; ++i) {
     if (!is_under(_GlobRODataTable[i], key)) continue;
     status = VTS_STATUS_OK;
@@ -127,7 +128,7 @@ int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t* key, int32_t tag) {
 
 }  // extern "C"
 
-void tmk::share_blob(VtsChunk& chunk) {
+void tmk::random::share_blob(VtsChunk& chunk) {
   if (!names_blob(chunk.key)) return;
   const table_lock lock;
   if (VtsGlobRODataEntry* found = find(chunk.key))
@@ -138,7 +139,7 @@ void tmk::share_blob(VtsChunk& chunk) {
     std::memset(chunk.key, 0, sizeof(chunk.key));
 }
 
-bool tmk::may_share(const uint32_t* key, uint32_t bytes) {
+bool tmk::random::may_share(const uint32_t* key, uint32_t bytes) {
   if (!names_blob(key)) return true;
   const table_lock lock;
   const VtsGlobRODataEntry* found = find(key);

@@ -2,28 +2,30 @@
 // The registry: which generators there are, and what an identifier means.
 #include "random/core/registry.hpp"
 
-#include "random/core/rows.hpp"
+#include "random/core/records.hpp"
 
 namespace {
+using namespace tmk::random;
 
 constexpr int32_t first_current_id = 0x100000;
 constexpr int32_t legacy_rows = 281;
 
-namespace row = tmk::row;
-static_assert(row::MCG31M1.stateBytes == 24 && row::R250.stateBytes == 1024 &&
-              row::MRG32K3A.stateBytes == 40 && row::MCG59.stateBytes == 32 && row::WH.stateBytes == 48 &&
-              row::Sobol.stateBytes == 11712 && row::Niederr.stateBytes == 84288 &&
-              row::MT19937.stateBytes == 2516 && row::MT2203.stateBytes == 308 &&
-              row::SFMT19937.stateBytes == 2536 && row::TRNG.stateBytes == 24 && row::ARS5.stateBytes == 68 &&
-              row::PHILOX4X32X10.stateBytes == 60);
-static_assert(sizeof(void*) == 8 || (row::iAbstract.stateBytes == 36 && row::dAbstract.stateBytes == 52 &&
-                                     row::sAbstract.stateBytes == 44));
+static_assert(records::MCG31M1.stateBytes == 24 && records::R250.stateBytes == 1024 &&
+              records::MRG32K3A.stateBytes == 40 && records::MCG59.stateBytes == 32 &&
+              records::WH.stateBytes == 48 && records::Sobol.stateBytes == 11712 &&
+              records::Niederr.stateBytes == 84288 && records::MT19937.stateBytes == 2516 &&
+              records::MT2203.stateBytes == 308 && records::SFMT19937.stateBytes == 2536 &&
+              records::TRNG.stateBytes == 24 && records::ARS5.stateBytes == 68 &&
+              records::PHILOX4X32X10.stateBytes == 60);
+static_assert(sizeof(void*) == 8 ||
+              (records::iAbstract.stateBytes == 36 && records::dAbstract.stateBytes == 52 &&
+               records::sAbstract.stateBytes == 44));
 
 }  // namespace
 
 extern "C" {
 
-#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets) tmk::row::name,
+#define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets) records::name,
 VtsBrngProperties __RegBrngsNew[512] = {
 #include "random/core/generators.def"
 };
@@ -61,7 +63,7 @@ int32_t __vtsRegisterBrng(const VtsBrngProperties* properties) {
 int32_t __vtsGetNumRegBrngs(void) { return NRegBrngsNew; }
 
 VtsBrngProperties* __vtsGetBrngBaseOffset(int32_t brngId, int32_t* row, int32_t* offset) {
-  *offset = tmk::parameter_set(brngId);
+  *offset = parameter_set(brngId);
   if (brngId >= first_current_id) {
     *row = (brngId >> 20) - 1;
     return __RegBrngsNew;
@@ -76,7 +78,7 @@ int32_t __vtsIsBrngValid(const VtsBrngProperties* table, int32_t row, int32_t of
 }
 
 int32_t __vtsGetBrngProperties(int32_t brngId, VtsBrngProperties* properties) {
-  const VtsBrngProperties* record = tmk::find_record(brngId);
+  const VtsBrngProperties* record = find_record(brngId);
   if (record == nullptr) return VTS_STATUS_INVALID_BRNG;
   *properties = *record;
   return VTS_STATUS_OK;
@@ -84,7 +86,7 @@ int32_t __vtsGetBrngProperties(int32_t brngId, VtsBrngProperties* properties) {
 
 }  // extern "C"
 
-const VtsBrngProperties* tmk::find_record(int32_t brng_id) {
+const VtsBrngProperties* tmk::random::find_record(int32_t brng_id) {
   int32_t row, offset;
   const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brng_id, &row, &offset);
   return row >= 0 && __vtsIsBrngValid(table, row, offset) == VTS_STATUS_OK ? table + row : nullptr;

@@ -8,26 +8,26 @@
 #include "tmk/abi/serv.h"
 
 namespace {
+using namespace tmk::random;
 
 using sink = int32_t (*)(const void* data, size_t size, size_t count, void* target);
 
 // Callers learn of a failing blob only when it is the last one.
 int32_t save(VtsStreamHandle stream, sink write, void* target) {
-  const auto state_bytes =
-      static_cast<uint32_t>(tmk::record_of(stream).stateBytes) - sizeof(tmk::stream_header);
-  const tmk::image_header header = {tmk::image_magic | tmk::image_version,
-                                    sizeof(tmk::image_header),
-                                    0,
-                                    static_cast<uint32_t>(state_bytes),
-                                    static_cast<uint16_t>(__vtsGetNumChunks(stream)),
-                                    0,
-                                    tmk::header_of(stream).brng_id};
+  const auto state_bytes = static_cast<uint32_t>(record_of(stream).stateBytes) - sizeof(stream_header);
+  const image_header header = {image_magic | image_version,
+                               sizeof(image_header),
+                               0,
+                               static_cast<uint32_t>(state_bytes),
+                               static_cast<uint16_t>(__vtsGetNumChunks(stream)),
+                               0,
+                               header_of(stream).brng_id};
   int32_t status = write(&header, sizeof header, 1, target);
-  const int32_t state_status = write(&tmk::state_of<char>(stream), state_bytes, 1, target);
+  const int32_t state_status = write(&state_of<char>(stream), state_bytes, 1, target);
   if (status >= 0) status = state_status;
 
-  for (const VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr; chunk = chunk->next) {
-    tmk::image_chunk head = {chunk->chunkId, {}, chunk->dataBytes};
+  for (const VtsChunk* chunk = first_chunk(stream); chunk != nullptr; chunk = chunk->next) {
+    image_chunk head = {chunk->chunkId, {}, chunk->dataBytes};
     std::memcpy(head.key, chunk->key, sizeof head.key);
     write(&head, sizeof head, 1, target);
     status = write(chunk->data, chunk->dataBytes, 1, target);
@@ -37,7 +37,7 @@ int32_t save(VtsStreamHandle stream, sink write, void* target) {
 
 }  // namespace
 
-tmk::file_name::file_name(const char* name, int32_t length) : text_(name) {
+tmk::random::file_name::file_name(const char* name, int32_t length) : text_(name) {
   if (length < 0) return;
   const auto bytes = static_cast<size_t>(length);
   text_ = copy_ = static_cast<char*>(tmk_serv_allocate(bytes + 1, stream_alignment));
@@ -45,7 +45,7 @@ tmk::file_name::file_name(const char* name, int32_t length) : text_(name) {
   std::memcpy(copy_, name, bytes);
   copy_[bytes] = '\0';
 }
-tmk::file_name::~file_name() { tmk_serv_deallocate(copy_); }
+tmk::random::file_name::~file_name() { tmk_serv_deallocate(copy_); }
 
 extern "C" {
 
@@ -63,15 +63,15 @@ int32_t __vtsSaveToMemory(const void* data, size_t size, size_t count, void* cur
 }
 
 int32_t __vtsGetStreamSize(VtsStreamHandle stream) {
-  size_t bytes = sizeof(tmk::image_header) - sizeof(tmk::stream_header) +
-                 static_cast<size_t>(tmk::record_of(stream).stateBytes);
-  for (const VtsChunk* chunk = tmk::first_chunk(stream); chunk != nullptr; chunk = chunk->next)
-    bytes += sizeof(tmk::image_chunk) + chunk->dataBytes;
+  size_t bytes =
+      sizeof(image_header) - sizeof(stream_header) + static_cast<size_t>(record_of(stream).stateBytes);
+  for (const VtsChunk* chunk = first_chunk(stream); chunk != nullptr; chunk = chunk->next)
+    bytes += sizeof(image_chunk) + chunk->dataBytes;
   return static_cast<int32_t>(bytes);
 }
 
 int32_t __vtsSaveStreamF(VtsStreamHandle stream, const char* fileName, int32_t nameLength) {
-  const tmk::file_name name(fileName, nameLength);
+  const file_name name(fileName, nameLength);
   if (name.text() == nullptr) return VTS_STATUS_NO_MEMORY;
   FILE* file = std::fopen(name.text(), "wb");
   if (file == nullptr) return VTS_STATUS_FILE_OPEN;

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// States from outside: positions within arrays are all that a draw relies on, any other word is a valid one.
+// States from outside: a draw relies on positions within arrays alone; every value of any other word is
+// valid.
 #include <iterator>
 
 #include "random/core/image.hpp"
+#include "random/core/records.hpp"
 #include "random/core/registry.hpp"
-#include "random/core/rows.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 bool r250_is_sound(VtsStreamHandle stream) {
   const auto& s = state_of<r250_state>(stream);
@@ -49,13 +50,13 @@ constexpr struct {
 
 }  // namespace
 
-bool tmk::state_is_sound(VtsStreamHandle stream) {
+bool tmk::random::state_is_sound(VtsStreamHandle stream) {
   for (const auto& state : states_with_positions)
     if (state.owner == record_of(stream).initStream) return state.is_sound(stream);
   return true;
 }
 
-bool tmk::state_holds_addresses(const VtsBrngProperties& record) {
+bool tmk::random::state_holds_addresses(const VtsBrngProperties& record) {
   return record.initStream == __vtsBRngiAbstractInitStream ||
          record.initStream == __vtsBRngdAbstractInitStream ||
          record.initStream == __vtsBRngsAbstractInitStream;

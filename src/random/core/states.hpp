@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The state of every generator as it lies in the stream block and in a saved image. Sizes are part of the
-// interface; rows with pointers grow with the machine's pointers.
+// The state of every generator as it is in the memory of a stream and in a saved image. Sizes are part of the
+// interface; those with pointers depend on the size of a pointer.
 #pragma once
 
 #include <cstdint>
 
-namespace tmk {
+namespace tmk::random {
 
 struct mcg31m1_state {
   uint32_t x, a;  // next element, multiplier
@@ -80,4 +80,4 @@ struct philox_state {
   uint32_t index;
 };
 
-}  // namespace tmk
+}  // namespace tmk::random

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams: made, copied, moved along, deleted. What a generator does itself is asked of its record.
+// Streams: made, copied, moved ahead, deleted. What depends on the generator is done by the functions of its
+// record.
 #include "random/core/stream.hpp"
 
 #include <algorithm>
@@ -11,25 +12,26 @@
 #include "tmk/abi/serv.h"
 
 namespace {
+using namespace tmk::random;
 
-constexpr int32_t header_bytes = sizeof(tmk::stream_header);
+constexpr int32_t header_bytes = sizeof(stream_header);
 
-// The abstract kinds, which only their constructors make; clearing bit 20 takes two of them to one number.
+// The abstract kinds, which only their constructors make; clearing bit 20 maps two of them to one number.
 bool is_abstract(int32_t brng_id) {
   return (brng_id & ~0x100000) == VTS_BRNG_IABSTRACT || brng_id == VTS_BRNG_SABSTRACT;
 }
 
 // Another family's words are a state only when the positions among them stay inside its arrays; they are
-// judged in a block of their own, so that a refused copy leaves the destination alone.
+// checked in scratch memory, so that a refused copy leaves the destination as it was.
 int32_t try_copy(VtsStreamHandle destination, const VtsBrngProperties& record, VtsStreamHandle source,
                  size_t bytes) {
-  if (tmk::state_holds_addresses(record) && bytes > 0) return VTS_STATUS_BAD_ARGUMENT;
+  if (state_holds_addresses(record) && bytes > 0) return VTS_STATUS_BAD_ARGUMENT;
   const tmk::scratch<unsigned char> block(static_cast<size_t>(record.stateBytes));
   if (!block) return VTS_STATUS_NO_MEMORY;
   const auto trial = reinterpret_cast<VtsStreamHandle>(block.get());
   std::memcpy(block.get(), destination, static_cast<size_t>(record.stateBytes));
-  std::memcpy(&tmk::state_of<char>(trial), &tmk::state_of<char>(source), bytes);
-  return tmk::state_is_sound(trial) ? VTS_STATUS_OK : VTS_STATUS_BAD_ARGUMENT;
+  std::memcpy(&state_of<char>(trial), &state_of<char>(source), bytes);
+  return state_is_sound(trial) ? VTS_STATUS_OK : VTS_STATUS_BAD_ARGUMENT;
 }
 
 }  // namespace
@@ -44,11 +46,11 @@ int32_t __vtsAllocateStream(VtsStreamHandle* stream, const VtsBrngProperties* ta
   if (row < 0 || table[row].initStream == nullptr || table[row].stateBytes < header_bytes)
     return VTS_STATUS_INVALID_BRNG;
 
-  void* block = tmk_serv_allocate(static_cast<size_t>(table[row].stateBytes), tmk::stream_alignment);
+  void* block = tmk_serv_allocate(static_cast<size_t>(table[row].stateBytes), stream_alignment);
   if (block == nullptr) return VTS_STATUS_NO_MEMORY;
   // Images hold the whole state, and some states have words that no generator sets.
   *stream = static_cast<VtsStreamHandle>(std::memset(block, 0, static_cast<size_t>(table[row].stateBytes)));
-  tmk::header_of(*stream) = {brngId, 1, 0};
+  header_of(*stream) = {brngId, 1, 0};
   return VTS_STATUS_OK;
 }
 
@@ -72,20 +74,20 @@ int32_t __vtsDeleteStream(VtsStreamHandle* stream) {
 
 int32_t __vtsCopyStream(VtsStreamHandle* copy, VtsStreamHandle source) {
   int32_t row, offset;
-  const int32_t brng_id = tmk::header_of(source).brng_id;
+  const int32_t brng_id = header_of(source).brng_id;
   const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brng_id, &row, &offset);
   const int32_t status = __vtsAllocateStream(copy, table, brng_id, row, offset);
   if (status < 0) return status;
   std::memcpy(static_cast<void*>(*copy), source, static_cast<size_t>(table[row].stateBytes));
-  tmk::header_of(*copy).chunk_list = 0;
+  header_of(*copy).chunk_list = 0;
   return __vtsCopyChunks(*copy, source);
 }
 
 int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source) {
   if (destination == source) return VTS_STATUS_OK;
-  const VtsBrngProperties& from = tmk::record_of(source);
-  const VtsBrngProperties& to = tmk::record_of(destination);
-  // WH counts four words of 16 bytes where its state has 32.
+  const VtsBrngProperties& from = record_of(source);
+  const VtsBrngProperties& to = record_of(destination);
+  // The record of WH counts four words of 16 bytes, and its state has 32 bytes.
   const int64_t counted = int64_t{from.wordBytes} * from.seedWords;
   const int64_t reached = std::min(from.stateBytes, to.stateBytes) - header_bytes;
   const auto bytes = static_cast<size_t>(std::min(counted, reached));
@@ -93,7 +95,7 @@ int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source
     const int32_t status = try_copy(destination, to, source, bytes);
     if (status < 0) return status;
   }
-  std::memcpy(&tmk::state_of<char>(destination), &tmk::state_of<char>(source), bytes);
+  std::memcpy(&state_of<char>(destination), &state_of<char>(source), bytes);
   __vtsDeleteChunks(destination);
   return __vtsCopyChunks(destination, source);
 }
@@ -101,15 +103,15 @@ int32_t __vtsCopyStreamState(VtsStreamHandle destination, VtsStreamHandle source
 int32_t __vtsLeapfrogStream(VtsStreamHandle stream, int32_t k, int32_t nstreams) {
   if (nstreams < 0) return VTS_STATUS_BAD_NSTREAMS;
   const auto index = static_cast<uint32_t>(k);
-  return tmk::record_of(stream).initStream(VTS_INIT_LEAPFROG, stream, nstreams, &index);
+  return record_of(stream).initStream(VTS_INIT_LEAPFROG, stream, nstreams, &index);
 }
 
 int32_t __vtsSkipAheadStream(VtsStreamHandle stream, int64_t nskip) {
   uint32_t words[2];
   std::memcpy(words, &nskip, sizeof(words));
-  return tmk::record_of(stream).initStream(VTS_INIT_SKIPAHEAD, stream, 2, words);
+  return record_of(stream).initStream(VTS_INIT_SKIPAHEAD, stream, 2, words);
 }
 
-int32_t __vtsGetStreamStateBrng(VtsStreamHandle stream) { return tmk::header_of(stream).brng_id; }
+int32_t __vtsGetStreamStateBrng(VtsStreamHandle stream) { return header_of(stream).brng_id; }
 
 }  // extern "C"

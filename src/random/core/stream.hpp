@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The stream block: 16 bytes of header, the same on 32-bit and 64-bit builds, then the generator's state.
+// The memory of a stream: 16 bytes of header, the same on 32-bit and 64-bit builds, then the generator's
+// state.
 #pragma once
 
 #include <cstdint>
 
 #include "tmk/abi/vts.h"
 
-namespace tmk {
+namespace tmk::random {
 
 struct stream_header {
   int32_t brng_id;
@@ -17,7 +18,7 @@ static_assert(sizeof(stream_header) == 16);
 
 constexpr int32_t stream_alignment = 128;
 
-// A generator's state as it lies in the block, right after the header.
+// A generator's state, which follows the header.
 template <class State>
 State& state_of(VtsStreamHandle stream) {
   return *reinterpret_cast<State*>(reinterpret_cast<char*>(stream) + sizeof(stream_header));
@@ -31,4 +32,4 @@ constexpr int32_t parameter_set(int32_t brng_id) {
   return brng_id >= 4 && brng_id <= 276 ? brng_id - 4 : 0;
 }
 
-}  // namespace tmk
+}  // namespace tmk::random

@@ -3,10 +3,10 @@
 #include <cstddef>
 
 #include "random/core/registry.hpp"
-#include "random/distributions/frame.hpp"
+#include "random/distributions/precision.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int32_t mcg59_block = 2048;
 
@@ -17,7 +17,7 @@ int32_t whole_words(VtsStreamHandle stream, int32_t n, void* r) {
   return _vtsiRngUniformBits(0, stream, n, r);
 }
 
-// The most random ones of each word's 59 bits: the period of a bit doubles with its place.
+// The upper 32 of each word's 59 bits: the period of a bit doubles with its position.
 int32_t upper_bits(VtsStreamHandle stream, int32_t n, void* r) {
   alignas(64) uint64_t words[mcg59_block];
   int32_t status = VTS_STATUS_OK;
@@ -26,12 +26,12 @@ int32_t upper_bits(VtsStreamHandle stream, int32_t n, void* r) {
     count = std::min(n, mcg59_block);
     status = _vtsiRngUniformBits(0, stream, count, words);
     if (status < 0) return status;
-    bit_loops_now().upper_32_of_59(count, words, to);
+    bit_kernels_now().upper_32_of_59(count, words, to);
   }
   return status;
 }
 
-// Twice as many words of 32 bits, the lower one first; in parts, since twice n need not be a 32-bit count.
+// Twice as many words of 32 bits, the lower one first; in parts, since twice n may exceed a 32-bit count.
 template <auto Draw>
 int32_t twice(VtsStreamHandle stream, int32_t n, void* r) {
   constexpr int32_t longest = 1 << 29;
@@ -50,11 +50,11 @@ int32_t twice<none>(VtsStreamHandle stream, int32_t n, void* r) {
 
 using fixed_width_draw = int32_t (*)(VtsStreamHandle, int32_t, void*);
 
-// A registered generator has no entry, and gives no bits of a fixed width.
-int32_t dispatch(const fixed_width_draw (&rows)[16], VtsStreamHandle stream, int32_t n, void* r) {
+// A generator that a program registered has no entry, and gives no bits of a fixed width.
+int32_t dispatch(const fixed_width_draw (&draws)[16], VtsStreamHandle stream, int32_t n, void* r) {
   int32_t row, offset;
   __vtsGetBrngBaseOffset(header_of(stream).brng_id, &row, &offset);
-  return row < 16 ? rows[row](stream, n, r) : VTS_STATUS_NO_FIXED_WIDTH_BITS;
+  return row < 16 ? draws[row](stream, n, r) : VTS_STATUS_NO_FIXED_WIDTH_BITS;
 }
 
 }  // namespace
@@ -77,19 +77,19 @@ int32_t _vtsiRngUniformBits(int32_t, VtsStreamHandle stream, int32_t n, void* r)
 
 int32_t _vtsiRngUniformBits32(int32_t, VtsStreamHandle stream, int32_t n, uint32_t* r) {
 #define TMK_FIXED_WIDTH(name, draw) _viRngUniformBits32##name,
-  static constexpr fixed_width_draw rows[] = {
+  static constexpr fixed_width_draw draws[] = {
 #include "random/distributions/fixed_width.def"
   };
 #undef TMK_FIXED_WIDTH
-  return dispatch(rows, stream, n, r);
+  return dispatch(draws, stream, n, r);
 }
 
 int32_t _vtsiRngUniformBits64(int32_t, VtsStreamHandle stream, int32_t n, uint64_t* r) {
 #define TMK_FIXED_WIDTH(name, draw) _viRngUniformBits64##name,
-  static constexpr fixed_width_draw rows[] = {
+  static constexpr fixed_width_draw draws[] = {
 #include "random/distributions/fixed_width.def"
   };
 #undef TMK_FIXED_WIDTH
-  return dispatch(rows, stream, n, r);
+  return dispatch(draws, stream, n, r);
 }
 }

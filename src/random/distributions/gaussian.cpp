@@ -6,11 +6,11 @@
 
 #include "random/core/chunk_kinds.hpp"
 #include "random/core/stream.hpp"
-#include "random/distributions/frame.hpp"
+#include "random/distributions/kernel_calls.hpp"
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 // A logarithm's pole, then those of the inverse error function. That runs in place, and what is reported as
 // its argument may be the infinite result, which has the same sign.
@@ -31,17 +31,17 @@ int32_t draw_pairs(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Re
   constexpr int32_t most = distribution_block / 2;
   alignas(64) Real u[2 * most], rho[most], sine[most], cosine[most];
   const int32_t pairs = n / 2;
-  const auto& loops = precision<Real>::loops();
+  const auto& steps = precision<Real>::steps();
   const int32_t status = draw_uniforms(kind, stream, n, +u, Real{0}, Real{1});
   if (status < 0) return status;
   Real* const first = sine;
-  loops.split_pairs(pairs, u, first);
-  run_kernel(precision<Real>::ln, pairs, first, rho);  // not in place: the callback asks for the argument
-  loops.scale(pairs, rho, -2);
+  steps.split_pairs(pairs, u, first);
+  run_kernel(precision<Real>::ln, pairs, first, rho);  // not in place: the callback reads the argument
+  steps.scale(pairs, rho, -2);
   run_kernel(precision<Real>::sqrt, pairs, rho, rho);
-  loops.scale(pairs, u, two_pi);
+  steps.scale(pairs, u, two_pi);
   run_kernel(precision<Real>::sin_cos, pairs, u, sine, cosine);
-  loops.join_pairs(pairs, r, rho, cosine, sine, sigma, a);
+  steps.join_pairs(pairs, r, rho, cosine, sine, sigma, a);
   return status;
 }
 
@@ -67,7 +67,7 @@ int32_t box_muller(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Re
   return fill_with_pairs(kind, stream, n, r, a, sigma, dropped);
 }
 
-// The second of a pair that is not handed out yet, as it lies in the stream's chunk.
+// The second of a pair that is not handed out yet, as it is stored in the stream's chunk.
 template <class Real>
 struct kept_partner {
   Real variate;
@@ -89,7 +89,8 @@ kept_partner<Real>* find_or_add_partner(VtsStreamHandle stream) {
   return nullptr;
 }
 
-// One sequence, however the draws are cut: what an odd draw leaves begins the next.
+// The sequence does not depend on how it is cut into draws: the partner that an odd draw leaves begins the
+// next.
 template <class Real>
 int32_t box_muller_keeping_partner(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a,
                                    Real sigma) {
@@ -113,7 +114,7 @@ int32_t by_inversion(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, 
     const int32_t status = draw_uniforms(kind, stream, count, block, Real{-1}, Real{1});
     if (status < 0) return status;
     run_kernel(precision<Real>::erf_inv, count, block, block);
-    precision<Real>::loops().place(count, block, precision<Real>::sqrt_2 * sigma, a);
+    precision<Real>::steps().place(count, block, precision<Real>::sqrt_2 * sigma, a);
     return status;
   });
 }
@@ -123,11 +124,11 @@ int32_t gaussian(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t 
                  Real sigma) {
   static constexpr int32_t (*methods[])(uniforms, VtsStreamHandle, int32_t, Real*, Real, Real) = {
       box_muller<Real>, box_muller_keeping_partner<Real>, by_inversion<Real>};
-  const distribution_frame frame(repair_gaussian<Real>);
+  const kernel_scope scope(repair_gaussian<Real>);
   return methods[method](kind, stream, n, r, a, sigma);
 }
 
-// b + beta e^z. Overflow of the exponential is reported as the thread's mode says.
+// b + beta e^z. Overflow of the exponential is reported by the thread's mode.
 template <class Real>
 int32_t lognormal(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a,
                   Real sigma, Real b, Real beta) {
@@ -136,7 +137,7 @@ int32_t lognormal(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t
     const int32_t status = gaussian(kind, of_gaussian, stream, count, block, a, sigma);
     if (status < 0) return status;
     run_kernel(precision<Real>::exp, count, block, block);
-    precision<Real>::loops().place_above(count, block, beta, b);
+    precision<Real>::steps().place_above(count, block, beta, b);
     return status;
   });
 }

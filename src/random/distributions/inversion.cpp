@@ -6,10 +6,10 @@
 //   Cauchy       a + beta tan(pi (u - 1/2))
 //   Laplace      a -+ beta ln u, the sign from a second uniform
 // Where the law has a bound, rounding must not carry a variate across it.
-#include "random/distributions/frame.hpp"
+#include "random/distributions/kernel_calls.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 // The natural logarithms of n uniforms.
 template <class Real>
@@ -22,13 +22,13 @@ int32_t draw_logarithms(uniforms kind, VtsStreamHandle stream, int32_t n, Real* 
 template <class Real>
 int32_t draw_exponential(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real beta) {
   const int32_t status = draw_logarithms(kind, stream, n, r);
-  if (status >= 0) precision<Real>::loops().subtract_above(n, r, beta, a);
+  if (status >= 0) precision<Real>::steps().subtract_above(n, r, beta, a);
   return status;
 }
 
 template <class Real>
 int32_t exponential(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real beta) {
-  const distribution_frame frame(repair_ln<Real>);
+  const kernel_scope scope(repair_ln<Real>);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     return draw_exponential(kind, stream, count, block, a, beta);
   });
@@ -41,59 +41,59 @@ int32_t cauchy(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a
     const int32_t status = draw_uniforms(kind, stream, count, block, -edge, edge);
     if (status < 0) return status;
     run_kernel(precision<Real>::tan, count, block, block);
-    precision<Real>::loops().place(count, block, beta, a);
+    precision<Real>::steps().place(count, block, beta, a);
     return status;
   });
 }
 
 template <class Real>
 int32_t gumbel(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real beta) {
-  const distribution_frame frame(repair_ln<Real>);
+  const kernel_scope scope(repair_ln<Real>);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     const int32_t status = draw_exponential(kind, stream, count, block, Real{0}, Real{1});
     if (status < 0) return status;
     run_kernel(precision<Real>::ln, count, block, block);
-    precision<Real>::loops().place(count, block, beta, a);
+    precision<Real>::steps().place(count, block, beta, a);
     return status;
   });
 }
 
 template <class Real>
 int32_t laplace(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real beta) {
-  const distribution_frame frame(repair_ln<Real>);
+  const kernel_scope scope(repair_ln<Real>);
   alignas(64) Real pairs[2 * distribution_block];
   return in_blocks(n, r, [=, &pairs](int32_t count, Real* block) {
     const int32_t status = draw_uniforms(kind, stream, 2 * count, +pairs, Real{0}, Real{1});
     if (status < 0) return status;
-    precision<Real>::loops().split_pairs(count, pairs, block);
+    precision<Real>::steps().split_pairs(count, pairs, block);
     run_kernel(precision<Real>::ln, count, block, block);
-    precision<Real>::loops().place_either_side(count, block, pairs, beta, a);
+    precision<Real>::steps().place_either_side(count, block, pairs, beta, a);
     return status;
   });
 }
 
 template <class Real>
 int32_t rayleigh(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real beta) {
-  const distribution_frame frame(repair_ln_of_zero_only<Real>);
+  const kernel_scope scope(repair_ln_of_zero_only<Real>);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     const int32_t status = draw_logarithms(kind, stream, count, block);
     if (status < 0) return status;
-    precision<Real>::loops().scale(count, block, -1);
+    precision<Real>::steps().scale(count, block, -1);
     run_kernel(precision<Real>::sqrt, count, block, block);
-    precision<Real>::loops().place_above(count, block, beta, a);
+    precision<Real>::steps().place_above(count, block, beta, a);
     return status;
   });
 }
 
 template <class Real>
 int32_t weibull(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, Real alpha, Real a, Real beta) {
-  const distribution_frame frame(repair_ln_of_zero_only<Real>);
+  const kernel_scope scope(repair_ln_of_zero_only<Real>);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     const int32_t status = draw_logarithms(kind, stream, count, block);
     if (status < 0) return status;
-    precision<Real>::loops().scale(count, block, -1);
+    precision<Real>::steps().scale(count, block, -1);
     if (alpha != 1) run_kernel(precision<Real>::powx, count, block, 1 / alpha, block);
-    precision<Real>::loops().place_above(count, block, beta, a);
+    precision<Real>::steps().place_above(count, block, beta, a);
     return status;
   });
 }

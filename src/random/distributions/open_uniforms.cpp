@@ -6,14 +6,14 @@
 #include <cmath>
 
 #include "random/core/registry.hpp"
-#include "random/distributions/frame.hpp"
+#include "random/distributions/precision.hpp"
 #include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
-// How elements carry their randomness. A point of a digital sequence has one element per coordinate, so that
-// no second one may be drawn for a coordinate's lower digits.
+// How the elements of a generator are random. A point of a digital sequence has one element per coordinate,
+// so that no second one may be drawn for the lower digits of a coordinate.
 enum class carrier {
   digit,       // words least to least + base - 1
   coordinate,  // words of 32 bits, one per uniform
@@ -68,7 +68,7 @@ int32_t draw_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t n, 
                             ends.low, ends.high};
   return in_blocks(n, r, [=](int32_t count, double* block) {
     const int32_t status = draw_words(stream, 2 * count, block);
-    if (status >= 0) bit_loops_now().pairs_to_doubles(count, block, scale);
+    if (status >= 0) bit_kernels_now().pairs_to_doubles(count, block, scale);
     return status;
   });
 }
@@ -84,11 +84,8 @@ int32_t draw_single_words(const element_rule& rule, VtsStreamHandle stream, int3
     uint32_t* const words = reinterpret_cast<uint32_t*>(block + count) - count;
     const int32_t status = draw_words(stream, count, words);
     if (status < 0) return status;
-    if constexpr (sizeof(Real) == sizeof(double))
-      scale_loops_now().unsigned_to_double(count, words, block, k, centre);
-    else
-      scale_loops_now().unsigned_to_single(count, words, block, k, centre);
-    precision<Real>::loops().clamp(count, block, ends.low, ends.high);
+    scale_kernels_now<Real>().of_unsigned(count, words, block, k, centre);
+    precision<Real>::steps().clamp(count, block, ends.low, ends.high);
     return status;
   });
 }
@@ -98,7 +95,7 @@ int32_t draw_fractions(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real 
   const ends_within ends(a, b);
   return in_blocks(n, r, [=](int32_t count, Real* block) {
     const int32_t status = precision<Real>::uniform(0, stream, count, block, a, b);
-    if (status >= 0) precision<Real>::loops().clamp(count, block, ends.low, ends.high);
+    if (status >= 0) precision<Real>::steps().clamp(count, block, ends.low, ends.high);
     return status;
   });
 }
@@ -114,12 +111,13 @@ int32_t draw_by_rule(VtsStreamHandle stream, int32_t n, Real* r, Real a, Real b)
 
 // Values of a pair of words, low + floor(pair width / 2^64), and how many of the pairs have one.
 int32_t values_of_words(int32_t n, const uint64_t* pairs, uint64_t width, int32_t low, int32_t* r) {
-  if (width >> 32 == 0) return bit_loops_now().bounded(n, pairs, static_cast<uint32_t>(width), low, r);
+  if (width >> 32 == 0) return bit_kernels_now().bounded(n, pairs, static_cast<uint32_t>(width), low, r);
   for (int32_t i = 0; i < n; ++i) r[i] = static_cast<int32_t>(pairs[i] >> 32);
   return n;
 }
 
-// The same for two digits of another base: the base squared numbers fall into equal runs, but for a rest.
+// The same for two digits of another base: the base squared numbers are divided into equal runs, with a
+// remainder that has no value.
 int32_t values_of_digits(const element_rule& rule, int32_t n, const uint64_t* pairs, uint64_t width,
                          int32_t low, int32_t* r) {
   const auto base = static_cast<uint64_t>(rule.base), least = static_cast<uint64_t>(rule.least);
@@ -134,9 +132,9 @@ int32_t values_of_digits(const element_rule& rule, int32_t n, const uint64_t* pa
   return kept;
 }
 
-// A pair without a value is followed by the next one, so that a sequence does not depend on its cuts. So many
-// pairs are drawn as values are missing: never one more than they need. One pair in 2^30 at most has no
-// value, so that rounds without any come from a generator that is stuck.
+// A pair without a value is followed by the next one, so that a sequence does not depend on how it is cut. In
+// each round as many pairs are drawn as values are missing, so never one too many. At most one pair in 2^30
+// has no value: several rounds without any come from a generator that repeats itself.
 int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t n, int32_t* r,
                           uint64_t width, int32_t low) {
   alignas(64) uint64_t pairs[distribution_block];
@@ -160,10 +158,10 @@ int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int3
 
 }  // namespace
 
-int32_t tmk::draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
+int32_t tmk::random::draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
   return draw_by_rule(stream, n, r, a, b);
 }
-int32_t tmk::draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
+int32_t tmk::random::draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
   return draw_by_rule(stream, n, r, a, b);
 }
 
@@ -200,7 +198,7 @@ int32_t tmk_vtsiRngBernoulli(VtsStreamHandle stream, int32_t n, int32_t* r, doub
   alignas(64) double x[distribution_block];
   return in_blocks(n, r, [=, &x](int32_t count, int32_t* block) {
     const int32_t status = draw_open(stream, count, +x, 0.0, 1.0);
-    if (status >= 0) bit_loops_now().doubles_below(count, x, p, block);
+    if (status >= 0) bit_kernels_now().doubles_below(count, x, p, block);
     return status;
   });
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Uniform numbers over an interval, and uniform integers.
 #include "random/core/registry.hpp"
-#include "random/distributions/frame.hpp"
+#include "random/distributions/precision.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr uint32_t accurate = 0x40000000;  // of the method: no rounding beyond the interval
 
@@ -20,7 +20,7 @@ int32_t uniform(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real
   if (n <= 0) return VTS_STATUS_OK;
   const int32_t status = draw(stream, n, r, a, b);
   if (status >= 0 && (static_cast<uint32_t>(method) & accurate) != 0)
-    precision<Real>::loops().clamp(n, r, a, b);
+    precision<Real>::steps().clamp(n, r, a, b);
   return status;
 }
 
@@ -40,7 +40,7 @@ int32_t _vtsiRngUniform(int32_t, VtsStreamHandle stream, int32_t n, int32_t* r, 
   alignas(64) double x[distribution_block];
   return in_blocks(n, r, [=, &x](int32_t count, int32_t* block) {
     const int32_t status = _vtsdRngUniform(0, stream, count, x, a, b);
-    if (status >= 0) double_loops_now().floor(count, x, block);
+    if (status >= 0) precision<double>::steps().floor(count, x, block);
     return status;
   });
 }

@@ -7,23 +7,24 @@
 #include "random/generators/requests.hpp"
 
 namespace {
+using namespace tmk::random;
 
-// What differs between the kinds; their records are in rows one after the other.
+// What differs between the kinds; their records are consecutive rows of the registry.
 struct words {
   using element = uint32_t;
-  using state = tmk::iabstract_state;
+  using state = iabstract_state;
   using update = VtsIUpdate;
   static constexpr int32_t id = VTS_BRNG_IABSTRACT;
 };
 struct doubles {
   using element = double;
-  using state = tmk::dabstract_state;
+  using state = dabstract_state;
   using update = VtsDUpdate;
   static constexpr int32_t id = VTS_BRNG_DABSTRACT;
 };
 struct singles {
   using element = float;
-  using state = tmk::sabstract_state;
+  using state = sabstract_state;
   using update = VtsSUpdate;
   static constexpr int32_t id = VTS_BRNG_SABSTRACT;
 };
@@ -35,7 +36,7 @@ int32_t create(VtsStreamHandle* stream, int32_t n, const typename Kind::element*
   constexpr int32_t row = (Kind::id >> 20) - 1;
   const int32_t status = __vtsAllocateStream(stream, __RegBrngsNew, Kind::id, row, 0);
   if (status < 0) return status;
-  auto& s = tmk::state_of<typename Kind::state>(*stream);
+  auto& s = state_of<typename Kind::state>(*stream);
   s = {};
   s.count = n;
   s.buffer = const_cast<typename Kind::element*>(buffer);  // the caller's callback writes it
@@ -49,13 +50,13 @@ int32_t create_over(VtsStreamHandle* stream, int32_t n, const typename Kind::ele
   if (!(a < b)) return VTS_STATUS_BAD_ARGUMENT;
   const int32_t status = create<Kind>(stream, n, buffer, callback);
   if (status < 0) return status;
-  auto& s = tmk::state_of<typename Kind::state>(*stream);
+  auto& s = state_of<typename Kind::state>(*stream);
   s.a = a;
   s.b = b;
   return VTS_STATUS_OK;
 }
 
-// Asks for at least what the draw still needs, as far as the array holds it; the array is empty.
+// Requests at least what the draw still needs, at most what the array holds; the array is empty.
 template <class Kind>
 int32_t refill(VtsStreamHandle stream, typename Kind::state& s, int32_t needed) {
   int32_t count = s.count;
@@ -72,7 +73,7 @@ int32_t refill(VtsStreamHandle stream, typename Kind::state& s, int32_t needed) 
 // Hands out n elements in contiguous pieces: take(pointer, count).
 template <class Kind, class Take>
 int32_t draw(VtsStreamHandle stream, int32_t n, Take take) {
-  auto& s = tmk::state_of<typename Kind::state>(stream);
+  auto& s = state_of<typename Kind::state>(stream);
   while (n > 0) {
     if (s.available == 0) {
       const int32_t status = refill<Kind>(stream, s, n);
@@ -90,7 +91,7 @@ int32_t draw(VtsStreamHandle stream, int32_t n, Take take) {
 // Values of the array's interval to values from a to b.
 template <class Kind, class Real>
 int32_t draw_scaled(VtsStreamHandle stream, int32_t n, Real* r, double a, double b) {
-  const auto& s = tmk::state_of<typename Kind::state>(stream);
+  const auto& s = state_of<typename Kind::state>(stream);
   const double origin = s.a, k = (b - a) / (double{s.b} - origin);
   return draw<Kind>(stream, n, [&](const Real* x, int32_t piece) {
     r = std::transform(x, x + piece, r,
@@ -101,11 +102,11 @@ int32_t draw_scaled(VtsStreamHandle stream, int32_t n, Real* r, double a, double
 // The array goes back to empty; there are no seeds.
 int32_t init(int32_t method, VtsStreamHandle stream, int32_t n, const uint32_t* params) {
   const auto empty = [stream](int32_t, const uint32_t*) {
-    auto& s = tmk::state_of<tmk::abstract_state>(stream);
+    auto& s = state_of<abstract_state>(stream);
     s.index = s.available = 0;
     return VTS_STATUS_OK;
   };
-  return tmk::answer_request(method, n, params, empty, tmk::no_leapfrog, tmk::no_skip_ahead);
+  return answer_request(method, n, params, empty, no_leapfrog, no_skip_ahead);
 }
 
 }  // namespace

@@ -8,11 +8,11 @@
 #include "random/core/states.hpp"
 #include "random/core/stream.hpp"
 #include "random/generators/counter_based.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int rounds = 5;
 constexpr int in_flight = 8;  // blocks, to hide the latency of a round
@@ -61,10 +61,9 @@ __m128i load_words(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<
   }
 }
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<ars5_state>(stream)](int32_t n, uint32_t* r) {
-    draw_counter_based(*state, n, r, blocks);
-  };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw_counter_based(state_of<ars5_state>(stream), n, r, blocks);
+  return VTS_STATUS_OK;
 }
 }  // namespace
 
@@ -87,16 +86,5 @@ int32_t __vtsBRngARS5InitStream(int32_t method, VtsStreamHandle stream, int32_t 
       });
 }
 
-int32_t __vtsiBRngARS5(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngARS5(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
-
-int32_t __vtssBRngARS5(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
+TMK_DEFINE_DRAWS(ARS5, word_draws<draw_words>)
 }

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace tmk {
+namespace tmk::random {
 
 // The counter, least word first, counts blocks.
 inline void advance_counter(uint32_t (&counter)[4], uint64_t count) {
@@ -18,7 +18,7 @@ inline void advance_counter(uint32_t (&counter)[4], uint64_t count) {
   }
 }
 
-// The seed words in order, absent ones 0, and no word of a block in hand.
+// The seed words in order, absent ones 0; no word of a block is left over.
 template <class State>
 void seed_counter_based(State& s, int32_t n, const uint32_t* seed) {
   const auto word = [&](int32_t i) { return i < n ? seed[i] : 0; };
@@ -29,7 +29,7 @@ void seed_counter_based(State& s, int32_t n, const uint32_t* seed) {
   s.index = 4;
 }
 
-// blocks(counter, key, count, r) makes `count` blocks from the counter on, and leaves it alone.
+// blocks(counter, key, count, r) makes `count` blocks from the counter on, and does not change it.
 template <class State, class Blocks>
 void draw_counter_based(State& s, int32_t n, uint32_t* r, Blocks blocks) {
   for (; n > 0 && s.index < 4; --n) *r++ = s.buffer[s.index++];
@@ -57,4 +57,4 @@ void skip_counter_based(State& s, uint64_t count, Blocks blocks) {
   draw_counter_based(s, static_cast<int32_t>(count % 4), dropped, blocks);
 }
 
-}  // namespace tmk
+}  // namespace tmk::random

@@ -9,13 +9,13 @@
 #include <cstdint>
 
 #include "random/core/states.hpp"
+#include "random/core/stream.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr uint32_t all_dimensions = UINT32_MAX;
-constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that asks for one dimension
+constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that selects one dimension
 
 template <int Max>
 void move_to_point(digital_sequence<Max>& s, uint32_t index) {
@@ -79,7 +79,7 @@ int32_t answer_sequence_request(digital_sequence<Max>& s, int32_t method, int32_
         if (nstreams != select_dimension || k >= s.dimensions) return VTS_STATUS_NO_LEAPFROG;
         s.selected = k;
         s.component = 0;
-        move_to_point(s, s.index);  // an earlier selection left the others where they were
+        move_to_point(s, s.index);  // an earlier selection did not move the other coordinates
         return VTS_STATUS_OK;
       },
       [&](uint64_t count) -> int32_t {
@@ -91,9 +91,10 @@ int32_t answer_sequence_request(digital_sequence<Max>& s, int32_t method, int32_
       });
 }
 
-template <int Max>
-auto points_of(digital_sequence<Max>& s) {
-  return [&s](int32_t n, uint32_t* r) { draw_points(s, n, r); };
+template <class State>
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw_points(state_of<State>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 
-}  // namespace tmk
+}  // namespace tmk::random

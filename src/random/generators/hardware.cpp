@@ -3,13 +3,13 @@
 #include <immintrin.h>
 
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
-constexpr int tries = 10;  // the maker's rule: after so many failures in a row the unit counts as broken
+constexpr int tries = 10;  // the manufacturer's rule: after so many failures in a row the unit is broken
 
 [[gnu::target("rdrnd")]] bool next_word(uint32_t* word) {
   unsigned int value;
@@ -21,7 +21,7 @@ constexpr int tries = 10;  // the maker's rule: after so many failures in a row 
   return false;
 }
 
-int32_t draw(int32_t n, uint32_t* r) {
+int32_t draw_words(VtsStreamHandle, int32_t n, uint32_t* r) {
   if (!__vtsCPUisRDRAND()) return VTS_STATUS_NO_RDRAND;
   for (int32_t i = 0; i < n; ++i)
     if (!next_word(r + i)) return VTS_STATUS_NO_RDRAND;
@@ -41,23 +41,5 @@ int32_t __vtsBRngTRNGInitStream(int32_t method, VtsStreamHandle, int32_t n, cons
       no_leapfrog, no_skip_ahead);
 }
 
-int32_t __vtsiBRngTRNG(VtsStreamHandle, int32_t n, void* r) { return draw(n, static_cast<uint32_t*>(r)); }
-
-int32_t __vtsdBRngTRNG(VtsStreamHandle, int32_t n, double* r, double a, double b) {
-  int32_t status = VTS_STATUS_OK;
-  doubles_from_words(n, r, scale_loops_now().unsigned_to_double, (b - a) * 0x1p-32, a,
-                     [&](int32_t count, uint32_t* words) {
-                       if (status == VTS_STATUS_OK) status = draw(count, words);
-                     });
-  return status;
-}
-
-int32_t __vtssBRngTRNG(VtsStreamHandle, int32_t n, float* r, float a, float b) {
-  int32_t status = VTS_STATUS_OK;
-  singles_from_words(n, r, scale_loops_now().unsigned_to_single, (double{b} - a) * 0x1p-32, a,
-                     [&](int32_t count, uint32_t* words) {
-                       if (status == VTS_STATUS_OK) status = draw(count, words);
-                     });
-  return status;
-}
+TMK_DEFINE_DRAWS(TRNG, word_draws<draw_words>)
 }

@@ -5,18 +5,20 @@
 #include "random/generators/mcg31m1.hpp"
 
 #include "random/core/stream.hpp"
-#include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
+#include "random/generators/congruential.hpp"
+#include "random/generators/draws.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr uint32_t multiplier = 1132489760;
-constexpr double scale = 0x1.00000002p-31;  // 1 / (2^31 - 1)
+// Elements are below 2^31: the signed conversion, the cheaper one, is right.
+constexpr word_range below_modulus = {
+    .is_signed = true, .scale = 0x1.00000002p-31 /* 1 / (2^31 - 1) */, .from_centre = false};
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<mcg31m1_state>(stream), draw = mcg31m1_loops_now().words](
-             int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  mcg31m1_kernels_now().words(&state_of<mcg31m1_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 }  // namespace
 
@@ -26,38 +28,10 @@ uint32_t __vtsiPowMod2P31M1(uint32_t base, uint64_t e) { return power(base, e, m
 
 int32_t __vtsBRngMCG31M1InitStream(int32_t method, VtsStreamHandle stream, int32_t n,
                                    const uint32_t* params) {
-  mcg31m1_state& s = state_of<mcg31m1_state>(stream);
-  return answer_request(
-      method, n, params,
-      [&](int32_t count, const uint32_t* seed) {
-        const uint32_t x = count > 0 ? seed[0] % mcg31m1_modulus : 0;
-        s = {x == 0 ? 1 : x, multiplier};
-        return VTS_STATUS_OK;
-      },
-      [&](uint32_t k, uint64_t nstreams) {
-        s.x = multiply_mod_2p31m1(__vtsiPowMod2P31M1(s.a, k), s.x);
-        s.a = __vtsiPowMod2P31M1(s.a, nstreams);
-        return VTS_STATUS_OK;
-      },
-      [&](uint64_t count) {
-        s.x = multiply_mod_2p31m1(__vtsiPowMod2P31M1(s.a, count), s.x);
-        return VTS_STATUS_OK;
-      });
+  return answer_congruential_request(
+      state_of<mcg31m1_state>(stream), method, n, params, multiplier, multiply_mod_2p31m1,
+      [](int32_t count, const uint32_t* seed) { return count > 0 ? seed[0] % mcg31m1_modulus : 0; });
 }
 
-int32_t __vtsiBRngMCG31M1(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-// Elements are below 2^31: the signed conversion, the cheaper one, is right.
-int32_t __vtsdBRngMCG31M1(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().signed_to_double, (b - a) * scale, a, words_of(stream));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtssBRngMCG31M1(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().signed_to_single, (double{b} - a) * scale, a, words_of(stream));
-  return VTS_STATUS_OK;
-}
+TMK_DEFINE_DRAWS(MCG31M1, word_draws<draw_words, below_modulus>)
 }

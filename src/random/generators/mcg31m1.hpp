@@ -7,7 +7,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr uint32_t mcg31m1_modulus = 0x7FFFFFFF;
 
@@ -19,12 +19,12 @@ constexpr uint32_t multiply_mod_2p31m1(uint32_t a, uint32_t x) {
   return sum >= mcg31m1_modulus ? sum - mcg31m1_modulus : sum;
 }
 
-struct mcg31m1_loops {
+struct mcg31m1_kernels {
   void (*words)(mcg31m1_state* state, int32_t n, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mcg31m1_kernels)
 
-TMK_DECLARE_LOOPS(mcg31m1_loops)
+}  // namespace tmk::random
 
 extern "C" uint32_t __vtsiPowMod2P31M1(uint32_t base, uint64_t e);

@@ -6,11 +6,12 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
-// Products of the even and the odd elements, folded together: p = 2^31 (p >> 31) + (p mod 2^31), and an upper
-// word of p >> 31 lies in that of 2 p.
+// Products of the even and the odd elements, folded together: p = 2^31 (p >> 31) + (p mod 2^31), and the
+// upper word of 2 p is p >> 31.
 u32 multiply(const u64& a, const u32& x) {
   const u64 even = multiply_low_words(a, bits_as<uint64_t>(x));
   const u64 odd = multiply_low_words(a, bits_as<uint64_t>(x) >> 32);
@@ -50,6 +51,8 @@ void words(mcg31m1_state* state, int32_t n, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mcg31m1_loops) = {tmk::words};
+TMK_DEFINE_TIER_KERNELS(mcg31m1_kernels) = {words};
+
+}  // namespace tmk::random

@@ -7,19 +7,20 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr uint64_t mcg59_mask = 0x07FFFFFFFFFFFFFF;
 
-struct mcg59_loops {
+struct mcg59_kernels {
   void (*words)(mcg59_state* state, int32_t n, uint64_t* r);
-  // Elements to numbers of an interval, k = (b - a) 2^-59. The two orders of adding differ, and stay.
+  // Elements to numbers of an interval, k = (b - a) 2^-59. The two differ in the order of their additions,
+  // which the interface fixes.
   void (*to_double)(int32_t n, const uint64_t* x, double* r, double k, double a);  // r may be x
   void (*to_single)(int32_t n, const uint64_t* x, float* r, double k, double a);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mcg59_kernels)
 
-TMK_DECLARE_LOOPS(mcg59_loops)
+}  // namespace tmk::random
 
 extern "C" uint64_t __vtsiPowMod2P59(uint64_t base, uint64_t e);

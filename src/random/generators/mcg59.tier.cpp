@@ -7,7 +7,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 // Modulo 2^64: the lower 59 bits do not depend on those above, so the mask waits until an element is written.
@@ -101,6 +102,8 @@ void to_single(int32_t n, const uint64_t* x, float* r, double k, double a) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mcg59_loops) = {tmk::words, tmk::to_double, tmk::to_single};
+TMK_DEFINE_TIER_KERNELS(mcg59_kernels) = {words, to_double, to_single};
+
+}  // namespace tmk::random

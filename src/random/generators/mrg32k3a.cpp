@@ -7,11 +7,11 @@
 #include <algorithm>
 
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 struct matrix {
   uint32_t at[3][3];
@@ -53,12 +53,13 @@ void seed(const Recurrence&, int32_t n, const uint32_t* words, int32_t first, ui
   if (z[0] == 0 && z[1] == 0 && z[2] == 0) z[0] = 1;
 }
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<mrg32k3a_state>(stream), draw = mrg32k3a_loops_now().words](
-             int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  mrg32k3a_kernels_now().words(&state_of<mrg32k3a_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 
-constexpr double scale = 1.0 / mrg_first::modulus;
+constexpr word_range below_modulus = {
+    .is_signed = false, .scale = 1.0 / mrg_first::modulus, .from_centre = false};
 }  // namespace
 
 extern "C" {
@@ -82,16 +83,5 @@ int32_t __vtsBRngMRG32K3AInitStream(int32_t method, VtsStreamHandle stream, int3
       });
 }
 
-int32_t __vtsiBRngMRG32K3A(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngMRG32K3A(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, scale, words_of(stream));
-}
-
-int32_t __vtssBRngMRG32K3A(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, scale, words_of(stream));
-}
+TMK_DEFINE_DRAWS(MRG32K3A, word_draws<draw_words, below_modulus>)
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// MRG32K3A's recurrences, and the loop that is compiled once per tier.
+// MRG32K3A's recurrences, and the kernel that is compiled once per tier.
 //   x[n] = a x[n - 2] - b x[n - 3] mod m,   y[n] = c y[n - 1] - d y[n - 3] mod m',   output x - y mod m
 #pragma once
 
@@ -8,7 +8,8 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 
 // z[n] = c1 z[n - 1] + c2 z[n - 2] + c3 z[n - 3] mod m, with coefficients below m = 2^32 - Deficit.
 template <uint32_t Deficit>
@@ -38,20 +39,21 @@ using mrg_second = third_order<22853>;
 inline constexpr mrg_first mrg_x{0, 1403580, mrg_first::modulus - 810728};
 inline constexpr mrg_second mrg_y{527612, 0, mrg_second::modulus - 1370589};
 
-// The second modulus is the smaller one, so that y counts in the first as it is.
+// The second modulus is the smaller one, so that y is also a residue modulo the first.
 inline uint32_t mrg32k3a_next(mrg32k3a_state& s) {
   const uint32_t x = mrg_x.step(s.x), y = mrg_y.step(s.y);
   return x >= y ? x - y : x + (mrg_first::modulus - y);
 }
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::random
 
-namespace tmk {
+namespace tmk::random {
 
-struct mrg32k3a_loops {
+struct mrg32k3a_kernels {
   void (*words)(mrg32k3a_state* state, int32_t n, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mrg32k3a_kernels)
 
-TMK_DECLARE_LOOPS(mrg32k3a_loops)
+}  // namespace tmk::random

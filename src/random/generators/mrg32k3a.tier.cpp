@@ -6,7 +6,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr int width = lanes<uint64_t>;
@@ -110,6 +111,8 @@ void words(mrg32k3a_state* s, int32_t n, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mrg32k3a_loops) = {tmk::words};
+TMK_DEFINE_TIER_KERNELS(mrg32k3a_kernels) = {words};
+
+}  // namespace tmk::random

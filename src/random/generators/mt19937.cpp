@@ -10,16 +10,16 @@
 
 #include "random/core/jump.hpp"
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 #include "random/generators/twister_seed.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<mt19937_state>(stream), draw = mt19937_loops_now().words](
-             int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  mt19937_kernels_now().words(&state_of<mt19937_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 
 // The exponents of the characteristic polynomial. With u = x^624 + x^397 and v = x^623 + x^396 it is
@@ -50,14 +50,13 @@ constexpr auto polynomial = [] {
 void drop(VtsStreamHandle stream, uint64_t count) {
   constexpr uint64_t block = 2048;
   uint32_t words[block];
-  const auto draw = words_of(stream);
   for (uint64_t part; count > 0; count -= part) {
     part = std::min(count, block);
-    draw(static_cast<int32_t>(part), words);
+    draw_words(stream, static_cast<int32_t>(part), words);
   }
 }
 
-void zero(VtsStreamHandle block) { state_of<mt19937_state>(block) = {}; }
+void zero(VtsStreamHandle work) { state_of<mt19937_state>(work) = {}; }
 void copy(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   state_of<mt19937_state>(destination) = state_of<mt19937_state>(source);
 }
@@ -67,9 +66,9 @@ void add(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   add_ring(to.mt, static_cast<int32_t>(to.index), from.mt, static_cast<int32_t>(from.index),
            std::size(to.mt));
 }
-void step(VtsStreamHandle block) { drop(block, 1); }
+void step(VtsStreamHandle work) { drop(work, 1); }
 
-// The rest of the ring costs less by generation.
+// The words that are left in the ring cost less by generation than by a jump.
 int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* offset) {
   const mt19937_state& s = state_of<mt19937_state>(stream);
   const uint64_t count = std::min<uint64_t>(*nskip, std::size(s.mt) - s.index);
@@ -110,16 +109,5 @@ int32_t __vtsBRngMT19937InitStream(int32_t method, VtsStreamHandle stream, int32
       no_leapfrog, [&](uint64_t count) { return skip(stream, count); });
 }
 
-int32_t __vtsiBRngMT19937(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngMT19937(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
-
-int32_t __vtssBRngMT19937(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
+TMK_DEFINE_DRAWS(MT19937, word_draws<draw_words>)
 }

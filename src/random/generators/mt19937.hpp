@@ -8,14 +8,14 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr uint32_t mt19937_matrix = 0x9908B0DF;
 
-struct mt19937_loops {
+struct mt19937_kernels {
   void (*words)(mt19937_state* state, int32_t n, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mt19937_kernels)
 
-TMK_DECLARE_LOOPS(mt19937_loops)
+}  // namespace tmk::random

@@ -4,7 +4,8 @@
 
 #include "random/generators/twister.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 struct mt19937_shape {
@@ -17,6 +18,8 @@ void words(mt19937_state* state, int32_t n, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mt19937_loops) = {tmk::words};
+TMK_DEFINE_TIER_KERNELS(mt19937_kernels) = {words};
+
+}  // namespace tmk::random

@@ -7,18 +7,17 @@
 #include <iterator>
 
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/mt2203_data.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 #include "random/generators/twister_seed.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<mt2203_state>(stream), draw = mt2203_loops_now().words](int32_t n, uint32_t* r) {
-    draw(state, n, r);
-  };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  mt2203_kernels_now().words(&state_of<mt2203_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 }  // namespace
 
@@ -40,16 +39,5 @@ int32_t __vtsBRngMT2203InitStream(int32_t method, VtsStreamHandle stream, int32_
       no_leapfrog, no_skip_ahead);
 }
 
-int32_t __vtsiBRngMT2203(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngMT2203(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
-
-int32_t __vtssBRngMT2203(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
+TMK_DEFINE_DRAWS(MT2203, word_draws<draw_words>)
 }

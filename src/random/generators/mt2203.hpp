@@ -7,12 +7,12 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
-struct mt2203_loops {
+struct mt2203_kernels {
   void (*words)(mt2203_state* state, int32_t n, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(mt2203_kernels)
 
-TMK_DECLARE_LOOPS(mt2203_loops)
+}  // namespace tmk::random

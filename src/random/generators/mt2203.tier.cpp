@@ -4,7 +4,8 @@
 
 #include "random/generators/twister.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 struct mt2203_shape {
@@ -18,6 +19,8 @@ void words(mt2203_state* state, int32_t n, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(mt2203_loops) = {tmk::words};
+TMK_DEFINE_TIER_KERNELS(mt2203_kernels) = {words};
+
+}  // namespace tmk::random

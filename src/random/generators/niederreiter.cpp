@@ -4,9 +4,10 @@
 // Transactions on Modeling and Computer Simulation 2 (1992).
 #include "random/core/stream.hpp"
 #include "random/generators/digital_sequence.hpp"
+#include "random/generators/draws.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int bits = 32;
 
@@ -37,7 +38,7 @@ polynomial next_irreducible(polynomial p) {
 }
 
 // The expansions of 1 / power and its like, a power of p being the denominator: each sequence begins with
-// zeros and a one, goes on with ones where its terms are free, and then obeys the recurrence of the power.
+// zeros and a one, continues with ones where its terms are free, and then obeys the recurrence of the power.
 struct expansion {
   static constexpr int terms = bits + 12;
   polynomial p, power = 1;
@@ -84,16 +85,5 @@ int32_t __vtsBRngNiederrInitStream(int32_t method, VtsStreamHandle stream, int32
                                  [&](auto&, int32_t, const uint32_t*) { return set_directions(s); });
 }
 
-int32_t __vtsiBRngNiederr(VtsStreamHandle stream, int32_t n, void* r) {
-  draw_points(state_of<niederr_state>(stream), n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngNiederr(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<niederr_state>(stream)));
-}
-
-int32_t __vtssBRngNiederr(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<niederr_state>(stream)));
-}
+TMK_DEFINE_DRAWS(Niederr, word_draws<draw_words<niederr_state>>)
 }

@@ -6,15 +6,15 @@
 #include "random/core/states.hpp"
 #include "random/core/stream.hpp"
 #include "random/generators/counter_based.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<philox_state>(stream), blocks = philox_loops_now().blocks](
-             int32_t n, uint32_t* r) { draw_counter_based(*state, n, r, blocks); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw_counter_based(state_of<philox_state>(stream), n, r, philox_kernels_now().blocks);
+  return VTS_STATUS_OK;
 }
 }  // namespace
 
@@ -32,21 +32,10 @@ int32_t __vtsBRngPHILOX4X32X10InitStream(int32_t method, VtsStreamHandle stream,
       },
       no_leapfrog,
       [&](uint64_t count) {
-        skip_counter_based(s, count, philox_loops_now().blocks);
+        skip_counter_based(s, count, philox_kernels_now().blocks);
         return VTS_STATUS_OK;
       });
 }
 
-int32_t __vtsiBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
-
-int32_t __vtssBRngPHILOX4X32X10(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
+TMK_DEFINE_DRAWS(PHILOX4X32X10, word_draws<draw_words>)
 }

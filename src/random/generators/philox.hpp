@@ -4,13 +4,13 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
-struct philox_loops {
+struct philox_kernels {
   // `count` blocks of four words each, from the counter on.
   void (*blocks)(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_t* r);
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(philox_kernels)
 
-TMK_DECLARE_LOOPS(philox_loops)
+}  // namespace tmk::random

@@ -5,7 +5,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr int rounds = 10;
@@ -23,6 +24,11 @@ struct vector_of_blocks {
     c1 = q;
     c3 = p;
   }
+  // Words of blocks a, b, ...; dots are the upper halves, which do not matter:
+  //   c0  a0 .  b0 .        first   a0 a1 b0 b1
+  //   c1  a1 .  b1 .   ->   second  a2 a3 b2 b3   ->   r  a0 a1 a2 a3 b0 b1 b2 b3
+  //   c2  a2 .  b2 .
+  //   c3  a3 .  b3 .
   void store_words(uint32_t* r) const {
     const u64 first = bits_as<uint64_t>(merge_words(c0, c1 << 32));
     const u64 second = bits_as<uint64_t>(merge_words(c2, c3 << 32));
@@ -63,7 +69,7 @@ void advance(uint32_t (&counter)[4], int by) {
 void blocks(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_t* r) {
   uint32_t c[4] = {counter[0], counter[1], counter[2], counter[3]};
   for (int part; count > 0; count -= part, r += 4 * part) {
-    // At the end, and where the lowest word wraps, what is beyond is dropped.
+    // At the end, and where the lowest word wraps, the blocks beyond are dropped.
     const uint32_t until_wrap = 0 - c[0];
     part = count < group ? count : group;
     if (until_wrap != 0 && until_wrap < static_cast<uint32_t>(part)) part = static_cast<int>(until_wrap);
@@ -79,6 +85,8 @@ void blocks(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(philox_loops) = {tmk::blocks};
+TMK_DEFINE_TIER_KERNELS(philox_kernels) = {blocks};
+
+}  // namespace tmk::random

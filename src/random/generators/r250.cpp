@@ -6,16 +6,16 @@
 
 #include "random/core/states.hpp"
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr uint32_t ring = 250, lag = 103;
 
-// 250 words are the state. From fewer, a congruential sequence goes on from the last one, and 32 words get
-// a unit triangle of bits, without which the columns might depend on one another.
+// 250 words are the state. Fewer are continued by a congruential sequence from the last one, and 32 words get
+// a unit triangle of bits, without which the columns might be linearly dependent.
 void seed(r250_state& s, int32_t n, const uint32_t* words) {
   const auto given = static_cast<uint32_t>(std::clamp<int32_t>(n, 0, ring));
   std::copy_n(words, given, s.word);
@@ -31,7 +31,7 @@ void seed(r250_state& s, int32_t n, const uint32_t* words) {
   s.lagged = ring - lag;
 }
 
-// In runs that neither position leaves the ring in.
+// In runs in which neither position passes the end of the ring.
 void draw(r250_state* s, int32_t n, uint32_t* r) {
   while (n > 0) {
     const uint32_t run = std::min({static_cast<uint32_t>(n), ring - s->index, ring - s->lagged});
@@ -43,8 +43,9 @@ void draw(r250_state* s, int32_t n, uint32_t* r) {
   }
 }
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<r250_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw(&state_of<r250_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
 }  // namespace
 
@@ -60,16 +61,5 @@ int32_t __vtsBRngR250InitStream(int32_t method, VtsStreamHandle stream, int32_t 
       no_leapfrog, no_skip_ahead);
 }
 
-int32_t __vtsiBRngR250(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngR250(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
-
-int32_t __vtssBRngR250(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, words_of(stream));
-}
+TMK_DEFINE_DRAWS(R250, word_draws<draw_words>)
 }

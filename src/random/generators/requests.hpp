@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What initStream is asked for, taken apart: seed(n, words), leapfrog(k, nstreams) and skip_ahead(count) each
-// return a status. Both counts are 64-bit; that of streams is sign-extended.
+// The requests of initStream as three functions: seed(n, words), leapfrog(k, nstreams) and skip_ahead(count)
+// each return a status. Both counts are 64-bit; that of streams is sign-extended.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 #include "tmk/abi/vts.h"
 
-namespace tmk {
+namespace tmk::random {
 
 template <class Seed, class Leapfrog, class SkipAhead>
 int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed seed, Leapfrog leapfrog,
@@ -28,17 +28,8 @@ int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed s
   }
 }
 
-// For requests that a generator does not serve.
+// For requests that a generator does not support.
 constexpr auto no_leapfrog = [](uint32_t, uint64_t) -> int32_t { return VTS_STATUS_NO_LEAPFROG; };
 constexpr auto no_skip_ahead = [](uint64_t) -> int32_t { return VTS_STATUS_NO_SKIPAHEAD; };
 
-// base^e by squaring from the low bit of e; 1 when e is 0.
-template <class Word, class Multiply>
-constexpr Word power(Word base, uint64_t e, Multiply multiply) {
-  Word result = 1;
-  for (; e != 0; e >>= 1, base = multiply(base, base))
-    if (e & 1) result = multiply(result, base);
-  return result;
-}
-
-}  // namespace tmk
+}  // namespace tmk::random

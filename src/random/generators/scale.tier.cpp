@@ -6,7 +6,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 struct signed_words {
@@ -40,8 +41,9 @@ void scale(int32_t n, const uint32_t* w, Real* r, double k, double a) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(scale_loops) = {
-    tmk::scale<tmk::unsigned_words, double>, tmk::scale<tmk::signed_words, double>,
-    tmk::scale<tmk::unsigned_words, float>, tmk::scale<tmk::signed_words, float>};
+TMK_DEFINE_TIER_KERNELS(scale_doubles) = {{scale<unsigned_words, double>, scale<signed_words, double>}};
+TMK_DEFINE_TIER_KERNELS(scale_singles) = {{scale<unsigned_words, float>, scale<signed_words, float>}};
+
+}  // namespace tmk::random

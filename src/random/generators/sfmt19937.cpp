@@ -11,12 +11,12 @@
 
 #include "random/core/jump.hpp"
 #include "random/core/stream.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/requests.hpp"
-#include "random/generators/scale.hpp"
 #include "random/generators/sfmt19937_data.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int ring = sfmt19937_words;
 
@@ -58,14 +58,15 @@ void certify_period(uint32_t (&s)[ring]) {
   if (__builtin_parity(bits) == 0) s[0] ^= 1;
 }
 
-// What is left of the last lane first; of the lane after the last whole one, the rest is kept.
+// First what is left of the last lane, then whole lanes, then the beginning of one more, the rest of which is
+// kept.
 void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
   const int32_t kept = std::min(n, s->tail_end - s->tail_position);
   std::copy_n(s->tail + s->tail_position, kept, r);
   s->tail_position += kept;
   r += kept;
   n -= kept;
-  const auto lanes = sfmt19937_loops_now().lanes;
+  const auto lanes = sfmt19937_kernels_now().lanes;
   if (n >= 4) lanes(s, n / 4, r);
   const int32_t rest = n % 4;
   if (rest == 0) return;
@@ -77,9 +78,13 @@ void draw(sfmt19937_state* s, int32_t n, uint32_t* r) {
   s->tail_end = 4 - rest;
 }
 
-auto words_of(VtsStreamHandle stream) {
-  return [state = &state_of<sfmt19937_state>(stream)](int32_t n, uint32_t* r) { draw(state, n, r); };
+int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  draw(&state_of<sfmt19937_state>(stream), n, r);
+  return VTS_STATUS_OK;
 }
+
+// Those with a clear top bit fill the upper half of the interval.
+constexpr word_range signed_range = {.is_signed = true, .scale = 0x1p-32, .from_centre = true};
 
 // Jumps are over lanes, on the ring alone.
 constexpr int degree = 64 * static_cast<int>(std::size(sfmt19937_polynomial));
@@ -95,7 +100,7 @@ const std::vector<int32_t>& exponents() {
   return list;
 }
 
-void zero(VtsStreamHandle block) { state_of<sfmt19937_state>(block) = {}; }
+void zero(VtsStreamHandle work) { state_of<sfmt19937_state>(work) = {}; }
 void copy_ring(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   sfmt19937_state& to = state_of<sfmt19937_state>(destination);
   const sfmt19937_state& from = state_of<sfmt19937_state>(source);
@@ -107,9 +112,9 @@ void add_rings(VtsStreamHandle destination, VtsStreamHandle source, int32_t) {
   const sfmt19937_state& from = state_of<sfmt19937_state>(source);
   add_ring(to.sfmt, static_cast<int32_t>(to.index), from.sfmt, static_cast<int32_t>(from.index), ring);
 }
-void step(VtsStreamHandle block) {
+void step(VtsStreamHandle work) {
   uint32_t lane[4];
-  sfmt19937_loops_now().lanes(&state_of<sfmt19937_state>(block), 1, lane);
+  sfmt19937_kernels_now().lanes(&state_of<sfmt19937_state>(work), 1, lane);
 }
 
 void drop(VtsStreamHandle stream, uint64_t count) {
@@ -125,7 +130,8 @@ void copy_back(VtsStreamHandle stream, VtsStreamHandle work, int32_t words_beyon
   drop(stream, static_cast<uint64_t>(words_beyond));
 }
 
-// What is left of the last lane, then whole lanes; the words beyond these wait for the copy back.
+// Skips what is left of the last lane. Whole lanes are the steps of the jump; the words beyond these are
+// dropped in the copy back.
 int32_t absorb(VtsStreamHandle stream, uint64_t* nskip, int32_t* words_beyond) {
   sfmt19937_state& s = state_of<sfmt19937_state>(stream);
   const uint64_t kept = static_cast<uint64_t>(s.tail_end - s.tail_position);
@@ -172,21 +178,5 @@ int32_t __vtsBRngSFMT19937InitStream(int32_t method, VtsStreamHandle stream, int
       no_leapfrog, [&](uint64_t count) { return skip(stream, count); });
 }
 
-int32_t __vtsiBRngSFMT19937(VtsStreamHandle stream, int32_t n, void* r) {
-  words_of(stream)(n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-// Words count as signed: those with a clear top bit fill the upper half of the interval.
-int32_t __vtsdBRngSFMT19937(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  doubles_from_words(n, r, scale_loops_now().signed_to_double, (b - a) * 0x1p-32, (a + b) * 0.5,
-                     words_of(stream));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtssBRngSFMT19937(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  singles_from_words(n, r, scale_loops_now().signed_to_single, (double{b} - a) * 0x1p-32,
-                     (double{a} + b) * 0.5, words_of(stream));
-  return VTS_STATUS_OK;
-}
+TMK_DEFINE_DRAWS(SFMT19937, word_draws<draw_words, signed_range>)
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The SIMD-oriented twister of 156 lanes of 128 bits: a ring, with the words of a lane that were not asked
-// for in `tail`.
+// The SIMD-oriented twister of 156 lanes of 128 bits: a ring, and in `tail` the words of the last lane that
+// are not handed out yet.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,14 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk {
+namespace tmk::random {
 
 constexpr int sfmt19937_words = 624;
 
-struct sfmt19937_loops {
+struct sfmt19937_kernels {
   void (*lanes)(sfmt19937_state* state, int32_t count, uint32_t* r);  // four words each, past the tail
 };
 
-}  // namespace tmk
+TMK_DECLARE_TIER_KERNELS(sfmt19937_kernels)
 
-TMK_DECLARE_LOOPS(sfmt19937_loops)
+}  // namespace tmk::random

@@ -8,7 +8,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr int ring = sfmt19937_words / 4, middle = 122;
@@ -46,6 +47,8 @@ void draw_lanes(sfmt19937_state* state, int32_t count, uint32_t* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(sfmt19937_loops) = {tmk::draw_lanes};
+TMK_DEFINE_TIER_KERNELS(sfmt19937_kernels) = {draw_lanes};
+
+}  // namespace tmk::random

@@ -4,10 +4,11 @@
 // Computational Mathematics and Mathematical Physics 7 (1967); direction numbers of Joe and Kuo.
 #include "random/core/stream.hpp"
 #include "random/generators/digital_sequence.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/sobol_data.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 constexpr int bits = 32;
 
@@ -52,16 +53,5 @@ int32_t __vtsBRngSobolInitStream(int32_t method, VtsStreamHandle stream, int32_t
   });
 }
 
-int32_t __vtsiBRngSobol(VtsStreamHandle stream, int32_t n, void* r) {
-  draw_points(state_of<sobol_state>(stream), n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngSobol(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<sobol_state>(stream)));
-}
-
-int32_t __vtssBRngSobol(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  return uniforms_from_words(n, r, a, b, 0x1p-32, points_of(state_of<sobol_state>(stream)));
-}
+TMK_DEFINE_DRAWS(Sobol, word_draws<draw_words<sobol_state>>)
 }

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Twisted recurrences over a ring of words, tempered on the way out:
 //   y = upper bits of w[i] | lower bits of w[i + 1],  w[i] <- w[i + middle] ^ (y >> 1) ^ (y odd ? matrix : 0)
-// with positions modulo the ring. Only the words that are asked for are updated.
+// with positions modulo the ring. Only the words that are drawn are updated.
 #pragma once
 
 #include <algorithm>
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 
 inline void load_words(uint32_t& x, const uint32_t* p) { x = *p; }
 inline void load_words(u32& x, const uint32_t* p) { x = load(p); }
@@ -77,4 +78,5 @@ struct twister {
   }
 };
 
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::random

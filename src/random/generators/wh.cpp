@@ -7,11 +7,12 @@
 #include <array>
 
 #include "random/core/stream.hpp"
-#include "random/generators/requests.hpp"
+#include "random/generators/congruential.hpp"
+#include "random/generators/draws.hpp"
 #include "random/generators/wh_data.hpp"
 
 namespace {
-using namespace tmk;
+using namespace tmk::random;
 
 // Reciprocals are made by the compiler, whose rounding is to nearest whatever the caller's is.
 constexpr auto rows = [] {
@@ -29,6 +30,21 @@ int32_t set_of(VtsStreamHandle stream) { return parameter_set(header_of(stream).
 void advance(wh_state& s, const uint32_t (&m)[4], uint64_t count) {
   for (int j = 0; j < 4; ++j) s.x[j] = multiply_mod(__vtsiPowMod(s.a[j], count, m[j]), s.x[j], m[j]);
 }
+
+struct wh_draws {
+  static int32_t words(VtsStreamHandle stream, int32_t n, void* r) {
+    wh_kernels_now().words(&state_of<wh_state>(stream), rows[set_of(stream)], n, static_cast<uint32_t*>(r));
+    return VTS_STATUS_OK;
+  }
+  static int32_t uniforms(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
+    wh_kernels_now().doubles(&state_of<wh_state>(stream), rows[set_of(stream)], n, r, a, b);
+    return VTS_STATUS_OK;
+  }
+  static int32_t uniforms(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
+    wh_kernels_now().singles(&state_of<wh_state>(stream), rows[set_of(stream)], n, r, a, b);
+    return VTS_STATUS_OK;
+  }
+};
 }  // namespace
 
 extern "C" {
@@ -63,18 +79,5 @@ int32_t __vtsBRngWHInitStream(int32_t method, VtsStreamHandle stream, int32_t n,
       });
 }
 
-int32_t __vtsiBRngWH(VtsStreamHandle stream, int32_t n, void* r) {
-  wh_loops_now().words(&state_of<wh_state>(stream), rows[set_of(stream)], n, static_cast<uint32_t*>(r));
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtsdBRngWH(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
-  wh_loops_now().doubles(&state_of<wh_state>(stream), rows[set_of(stream)], n, r, a, b);
-  return VTS_STATUS_OK;
-}
-
-int32_t __vtssBRngWH(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
-  wh_loops_now().singles(&state_of<wh_state>(stream), rows[set_of(stream)], n, r, a, b);
-  return VTS_STATUS_OK;
-}
+TMK_DEFINE_DRAWS(WH, wh_draws)
 }

@@ -6,7 +6,8 @@
 
 #include "simd/integer.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::random {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr int width = lanes<double>;
@@ -113,6 +114,8 @@ void uniforms(wh_state* state, const wh_moduli_row& row, int32_t n, Real* r, dou
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(wh_loops) = {tmk::words, tmk::uniforms<double>, tmk::uniforms<float>};
+TMK_DEFINE_TIER_KERNELS(wh_kernels) = {words, uniforms<double>, uniforms<float>};
+
+}  // namespace tmk::random

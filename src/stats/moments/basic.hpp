@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One call of the moments on its way: what basic.cpp and the steps it takes share.
+// The state of one call of the moments, which basic.cpp and its steps share.
 #pragma once
 
 #include <cstddef>
@@ -14,28 +14,11 @@
 namespace tmk::stats {
 
 template <class Real>
-struct loops_of;
-
-template <>
-struct loops_of<double> {
-  static const auto& one_pass() { return one_pass_doubles_now(); }
-  static const auto& fast() { return fast_doubles_now(); }
-  static const auto& two_pass() { return two_pass_doubles_now(); }
-};
-
-template <>
-struct loops_of<float> {
-  static const auto& one_pass() { return one_pass_singles_now(); }
-  static const auto& fast() { return fast_singles_now(); }
-  static const auto& two_pass() { return two_pass_singles_now(); }
-};
-
-template <class Real>
 Real* allocate_reals(ptrdiff_t count) {
   return static_cast<Real*>(tmk_serv_allocate(static_cast<size_t>(count) * sizeof(Real), 128));
 }
 
-// Where a working array's estimates stand in the task.
+// The fields of the task for a working array's estimates.
 template <class Real>
 constexpr Real* task<Real>::*sum_fields[moment_arrays] = {
     &task<Real>::sum,         &task<Real>::rawSum2,     &task<Real>::rawSum3,    &task<Real>::rawSum4,
@@ -63,7 +46,7 @@ struct basic_call {
   int q = 0;                    // order number: a column of the kernel tables
   unsigned kept = 0;            // working arrays that the kernel keeps, as a mask
   unsigned sourced = 0;         // those whose earlier state the caller holds
-  unsigned lost = 0;            // central sums that nothing of the caller's brings to the next block
+  unsigned lost = 0;            // central sums that no field of the caller keeps for the next block
   bool products_apart = false;  // the cross-product waits for the merge
   row_kernel<Real>* kernel = nullptr;
   Real* accum = nullptr;  // a record a thread
@@ -87,7 +70,7 @@ struct basic_call {
 template <class Real>
 int32_t set_up(basic_call<Real>& call);
 
-// Central sums of `lost` to the task, whose memory set_up has found.
+// Copies the central sums of `lost` to the task, in memory that set_up has allocated.
 template <class Real>
 void keep_lost_sums(const basic_call<Real>& call);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a call of the moments asks for: estimates with all that they rest on, and the method.
+// What a call of the moments requests: estimates with all that they depend on, and the method.
 #pragma once
 
 #include "stats/task.hpp"
@@ -33,7 +33,7 @@ struct demand {
   }
 };
 
-// The demand of the caller's masks, or the first status that speaks against it.
+// The demand of the caller's masks, or the status of the first check that fails.
 template <class Real>
 int32_t check_demand(const task<Real>& task, uint32_t low, uint32_t high, uint32_t method_low, demand& r);
 

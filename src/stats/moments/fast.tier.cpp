@@ -2,7 +2,8 @@
 // Raw moments by plain sums of powers.
 #include "stats/moments/power_sums.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 template <class Real, bool Columns, bool Weighted, int Q>
@@ -21,12 +22,14 @@ int32_t fast(const row_range<Real>& range) {
 
 // Index is that of index_2pass.
 template <class Real, int... Index>
-constexpr fast_loops<Real> table(std::integer_sequence<int, Index...>) {
+constexpr fast_kernels<Real> table(std::integer_sequence<int, Index...>) {
   return {{fast<Real, (Index & 8) != 0, (Index & 4) != 0, Index & 3>...}};
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(fast_doubles) = {tmk::table<double>(std::make_integer_sequence<int, 16>())};
-TMK_DEFINE_LOOPS(fast_singles) = {tmk::table<float>(std::make_integer_sequence<int, 16>())};
+TMK_DEFINE_TIER_KERNELS(fast_doubles) = {table<double>(std::make_integer_sequence<int, 16>())};
+TMK_DEFINE_TIER_KERNELS(fast_singles) = {table<float>(std::make_integer_sequence<int, 16>())};
+
+}  // namespace tmk::stats

@@ -16,7 +16,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk {
+namespace tmk::stats {
 
 // Working arrays: mean and raw moments 2 to 4, then central sums 2 to 4.
 constexpr int raw_arrays = 4, central_arrays = 3, moment_arrays = raw_arrays + central_arrays;
@@ -49,33 +49,23 @@ constexpr int index_1pass(bool columns, bool weighted, int q, bool cross) {
 constexpr int index_2pass(bool columns, bool weighted, int q) { return 8 * columns + 4 * weighted + q; }
 
 template <class Real>
-struct one_pass_loops {
+struct one_pass_kernels {
   row_kernel<Real>* kernel_1pass_funcs_table[32];
   // Folds the estimates b of weight wb into those of a, variable by variable: pairwise formulas. Null arrays
-  // of b are left out; means that are one array are shared, and stay.
+  // of b are left out; where both have the same array of means, it is not changed.
   void (*merge)(ptrdiff_t p, Real wa, Real wb, Real* const* a, Real* const* b);
 };
 template <class Real>
-struct fast_loops {
+struct fast_kernels {
   row_kernel<Real>* kernel_fast_funcs_table[16];
 };
 template <class Real>
-struct two_pass_loops {
+struct two_pass_kernels {
   row_kernel<Real>* kernel_2pass_funcs_table[16];
 };
 
-struct one_pass_doubles : one_pass_loops<double> {};
-struct one_pass_singles : one_pass_loops<float> {};
-struct fast_doubles : fast_loops<double> {};
-struct fast_singles : fast_loops<float> {};
-struct two_pass_doubles : two_pass_loops<double> {};
-struct two_pass_singles : two_pass_loops<float> {};
+TMK_DECLARE_TIER_KERNEL_PAIR(one_pass)
+TMK_DECLARE_TIER_KERNEL_PAIR(fast)
+TMK_DECLARE_TIER_KERNEL_PAIR(two_pass)
 
-}  // namespace tmk
-
-TMK_DECLARE_LOOPS(one_pass_doubles)
-TMK_DECLARE_LOOPS(one_pass_singles)
-TMK_DECLARE_LOOPS(fast_doubles)
-TMK_DECLARE_LOOPS(fast_singles)
-TMK_DECLARE_LOOPS(two_pass_doubles)
-TMK_DECLARE_LOOPS(two_pass_singles)
+}  // namespace tmk::stats

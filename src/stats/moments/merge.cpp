@@ -25,7 +25,7 @@ void merge_threads(basic_call<Real>& call) {
     const Real wa = a.accum[sum_of_weights], wb = b.accum[sum_of_weights];
     if (wb != 0) {
       if (b.cross != nullptr) merge_cross(a, b, wa == 0 ? Real{0} : wa * wb / (wa + wb));
-      loops_of<Real>::one_pass().merge(call.p, wa, wb, a.work, b.work);
+      one_pass_kernels_now<Real>().merge(call.p, wa, wb, a.work, b.work);
     }
     for (int i = 0; i < accumulators; ++i) a.accum[i] += b.accum[i];
   }

@@ -7,7 +7,8 @@
 #include "tmk/abi/serv.h"
 #include "tmk/abi/ss.h"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr orders kept_by(int q) {
@@ -196,13 +197,15 @@ int32_t one_pass(const row_range<Real>& range) {
 
 // Index is that of index_1pass.
 template <class Real, int... Index>
-constexpr one_pass_loops<Real> table(std::integer_sequence<int, Index...>) {
+constexpr one_pass_kernels<Real> table(std::integer_sequence<int, Index...>) {
   return {{one_pass<Real, (Index & 16) != 0, (Index & 8) != 0, (Index >> 1 & 3), (Index & 1) != 0>...},
           merge<Real>};
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(one_pass_doubles) = {tmk::table<double>(std::make_integer_sequence<int, 32>())};
-TMK_DEFINE_LOOPS(one_pass_singles) = {tmk::table<float>(std::make_integer_sequence<int, 32>())};
+TMK_DEFINE_TIER_KERNELS(one_pass_doubles) = {table<double>(std::make_integer_sequence<int, 32>())};
+TMK_DEFINE_TIER_KERNELS(one_pass_singles) = {table<float>(std::make_integer_sequence<int, 32>())};
+
+}  // namespace tmk::stats

@@ -29,7 +29,7 @@ void pack(const task<Real>& task, ptrdiff_t p, int storage, Real* r, Element ele
   }
 }
 
-// With subnormals kept whatever the thread's mode says.
+// With subnormals kept whatever the thread's mode.
 template <class Real>
 void inverse_square_roots(ptrdiff_t n, const Real* a, Real* r) {
   const auto& record = sizeof(Real) == 8 ? tmk_vtm_kernel_dInvSqrt_ttab : tmk_vtm_kernel_sInvSqrt_ttab;

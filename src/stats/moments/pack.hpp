@@ -9,7 +9,7 @@
 
 namespace tmk::stats {
 
-// The storage code behind a pointer of the task; no pointer means full.
+// The storage code that a pointer of the task points to; a null pointer means full.
 template <class Real>
 int matrix_storage(const task<Real>& task, const void* code);
 
@@ -17,14 +17,14 @@ int matrix_storage(const task<Real>& task, const void* code);
 template <class Real>
 void expand(ptrdiff_t p, int storage, const Real* packed, Real* full);
 
-// What expand does, for the cross-product behind a covariance or correlation matrix of weight w. Of a
+// As expand, for the cross-product from which a covariance or correlation matrix of weight w was made. Of a
 // correlation matrix the diagonal holds variances.
 template <class Real>
 void expand_cov(ptrdiff_t p, int storage, const Real* packed, weight_pair<Real> w, Real* cross);
 template <class Real>
 void expand_cor(ptrdiff_t p, int storage, const Real* packed, weight_pair<Real> w, Real* cross);
 
-// Writes cor, cov and cross, as far as they are asked for, from the working matrix. 0 or a status.
+// Writes those of cor, cov and cross that are requested from the working matrix. 0 or a status.
 template <class Real>
 int32_t write_matrices(const task<Real>& task, const demand& asked, ptrdiff_t p, weight_pair<Real> w,
                        const Real* cross);

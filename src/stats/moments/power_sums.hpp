@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sums of w x^k and of w (x - mean)^k over observations: the inner loops of every pass.
+// Sums of w x^k and of w (x - mean)^k over observations, for every pass over the data.
 //
-// Several observations of few variables are packed into one long row, so that registers are full; a variable
-// of its own (rows layout) is the case p = 1. A strip of vectors walks down the rows with its sums in
+// Several observations of few variables are packed into one long row, so that registers are full; a single
+// variable (rows layout) is the case p = 1. A strip of vectors walks down the rows with its sums in
 // registers, and at the end the lanes are folded into the variables they belong to. Many chains of additions
 // hide latency, and round less than one chain would.
 #pragma once
@@ -16,7 +16,8 @@
 #include "simd/batch.hpp"
 #include "stats/moments/kernels.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 // Orders whose sums are kept: bit k for order k.
@@ -29,7 +30,7 @@ constexpr bool has(unsigned mask, int order) { return (mask >> order & 1) != 0; 
 enum class weighting {
   none,
   row,     // one weight for all variables of an observation
-  element  // a weight beside every element
+  element  // a weight for every element
 };
 
 constexpr ptrdiff_t packed_variables = 32;      // more fill registers by themselves
@@ -89,7 +90,7 @@ struct kept_arrays {
   }
 };
 
-// Rows of `stride` elements under `Vectors` vectors, the last of which stands at element `last`.
+// Rows of `stride` elements under `Vectors` vectors, the last of which begins at element `last`.
 template <class Real, orders Kept, weighting Weighting, int Vectors>
 void walk_strip(ptrdiff_t rows, ptrdiff_t stride, ptrdiff_t last, const Real* x, const Real* w,
                 const Real* mean, Real* r) {
@@ -126,7 +127,7 @@ constexpr auto strip_walks(std::integer_sequence<int, Less...>) {
 }
 
 // Adds the sums over n observations of p variables, p apart, to elements j, j + 1, ... of the working arrays.
-// `w` is a weight an observation, or (element) one beside every element of x; `mean` is read for central
+// `w` has a weight for each observation, or (element) for each element of x; `mean` is read for central
 // orders.
 template <class Real, orders Kept, weighting Weighting>
 void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, const Real* mean,
@@ -188,7 +189,7 @@ void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, cons
     }
   }
 
-  // The observations that fill no row. Lanes behind them hold x = mean = 0.
+  // The observations that fill no row. Lanes after them hold x = mean = 0.
   const ptrdiff_t done = rows * row, left = n * p - done;
   for (ptrdiff_t e = 0; e < left; e += width) {
     const int lanes_left = static_cast<int>(std::min<ptrdiff_t>(width, left - e));
@@ -203,8 +204,8 @@ void add_power_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, cons
   }
 }
 
-// Weighted observations of less than a register: weights are spread beside the elements, so that packing
-// serves.
+// Weighted observations of less than a register: each weight is repeated for its elements, so that they can
+// be packed.
 template <class Real, orders Kept>
 void add_spread_sums(ptrdiff_t n, ptrdiff_t p, const Real* x, const Real* w, const Real* mean,
                      Real* const* work) {
@@ -267,4 +268,5 @@ void scale(ptrdiff_t p, Real factor, Real* r) {
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
+}  // namespace tmk::stats

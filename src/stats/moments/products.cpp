@@ -3,7 +3,7 @@
 
 #include "linalg/blas.hpp"
 
-namespace tmk {
+namespace tmk::stats {
 namespace {
 
 template <class Real>
@@ -64,4 +64,4 @@ TMK_INSTANTIATE(double)
 TMK_INSTANTIATE(float)
 #undef TMK_INSTANTIATE
 
-}  // namespace tmk
+}  // namespace tmk::stats

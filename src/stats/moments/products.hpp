@@ -5,10 +5,10 @@
 
 #include <cstddef>
 
-namespace tmk {
+namespace tmk::stats {
 
-// A block of observations: variables of a rows layout lie `stride` apart, observations of columns layout p.
-// Counts and stride are below 2^31.
+// A block of observations: in rows layout variables are `stride` apart, in columns layout observations are p
+// apart. Counts and stride are below 2^31.
 template <class Real>
 struct observations_block {
   bool columns;
@@ -29,4 +29,4 @@ void add_weighted_products(const observations_block<Real>& block, const Real* w,
 template <class Real>
 void add_outer_product(ptrdiff_t p, Real factor, const Real* m, Real* c, bool alone);
 
-}  // namespace tmk
+}  // namespace tmk::stats

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Central sums about means that are known, and raw moments beside them.
+// Central sums about means that are known, and raw moments in the same pass.
 #include "stats/moments/power_sums.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 constexpr orders kept_by(int q) {
@@ -29,12 +30,14 @@ int32_t two_pass(const row_range<Real>& range) {
 
 // Index is that of index_2pass.
 template <class Real, int... Index>
-constexpr two_pass_loops<Real> table(std::integer_sequence<int, Index...>) {
+constexpr two_pass_kernels<Real> table(std::integer_sequence<int, Index...>) {
   return {{two_pass<Real, (Index & 8) != 0, (Index & 4) != 0, Index & 3>...}};
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(two_pass_doubles) = {tmk::table<double>(std::make_integer_sequence<int, 16>())};
-TMK_DEFINE_LOOPS(two_pass_singles) = {tmk::table<float>(std::make_integer_sequence<int, 16>())};
+TMK_DEFINE_TIER_KERNELS(two_pass_doubles) = {table<double>(std::make_integer_sequence<int, 16>())};
+TMK_DEFINE_TIER_KERNELS(two_pass_singles) = {table<float>(std::make_integer_sequence<int, 16>())};
+
+}  // namespace tmk::stats

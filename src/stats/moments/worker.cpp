@@ -21,7 +21,7 @@ int32_t run_with_products(const basic_call<Real>& call, row_range<Real> r) {
   const ptrdiff_t p = r.p, end = r.end,
                   row_bytes = p * static_cast<ptrdiff_t>(sizeof(Real)) * (weighted ? 2 : 1),
                   length = std::min(std::max(block_bytes / row_bytes, least_block), end - r.first);
-  // BLAS knows no distance of variables above 32 bits: such blocks are gathered.
+  // BLAS has no distance of variables above 32 bits: such blocks are gathered.
   const bool gathered = !call.columns && r.n > std::numeric_limits<int>::max();
   const ptrdiff_t copies = (weighted ? 1 : 0) + (gathered ? 1 : 0);
   scratch<Real> memory;

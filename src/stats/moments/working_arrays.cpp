@@ -34,11 +34,11 @@ row_kernel<Real>* kernel_of(const basic_call<Real>& call) {
   const int index = index_2pass(call.columns, weighted, call.q);
   switch (call.asked.by) {
     case method::fast:
-      return loops_of<Real>::fast().kernel_fast_funcs_table[index];
+      return fast_kernels_now<Real>().kernel_fast_funcs_table[index];
     case method::two_pass:
-      return loops_of<Real>::two_pass().kernel_2pass_funcs_table[index];
+      return two_pass_kernels_now<Real>().kernel_2pass_funcs_table[index];
     default:
-      return loops_of<Real>::one_pass()
+      return one_pass_kernels_now<Real>()
           .kernel_1pass_funcs_table[index_1pass(call.columns, weighted, call.q, call.asked.wants_matrix())];
   }
 }
@@ -86,8 +86,8 @@ void restore_central_sums(basic_call<Real>& call) {
   }
 }
 
-// Central sums of orders 2 and 3 that updating the higher ones takes, and that neither a field nor the raw
-// moments bring to the next block.
+// Central sums of orders 2 and 3 that updating the higher ones takes, and that the next block gets neither
+// from a field nor from the raw moments.
 template <class Real>
 unsigned lost_between_blocks(const basic_call<Real>& call) {
   if (call.asked.by != method::one_pass || call.task.accumWeight == nullptr) return 0;

@@ -4,7 +4,8 @@
 #include "simd/batch.hpp"
 #include "stats/order/minmax.hpp"
 
-TMK_TIER_OPEN
+namespace tmk::stats {
+inline namespace TMK_TIER {
 namespace {
 
 template <class Real>
@@ -25,6 +26,9 @@ void fold(const Real* x, ptrdiff_t periods, ptrdiff_t step, int length, Real* lo
 }
 
 }  // namespace
-TMK_TIER_CLOSE
+}  // namespace TMK_TIER
 
-TMK_DEFINE_LOOPS(extrema_loops) = {tmk::fold<double>, tmk::fold<float>};
+TMK_DEFINE_TIER_KERNELS(extrema_doubles) = {{fold<double>}};
+TMK_DEFINE_TIER_KERNELS(extrema_singles) = {{fold<float>}};
+
+}  // namespace tmk::stats

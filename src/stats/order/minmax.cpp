@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Running minima and maxima of the selected variables.
 //
-// A row of n values and the columns of a matrix of n observations are one thing: values that come by with a
-// period. Few columns are read several observations at a time, each with extrema of its own, which are folded
-// together at the end.
+// A row of n values and the columns of a matrix of n observations are the same thing: values that repeat with
+// a period. Few columns are read several observations at a time, each with extrema of its own, which are
+// folded together at the end.
 #include "stats/order/minmax.hpp"
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 namespace tmk::stats {
 namespace {
 
-// What is in flight: enough vectors of any tier to hide their latency.
+// Columns that are folded at once: enough vectors of any tier to hide their latency.
 constexpr int most_columns = 256;
 
 // One more value: a running value that is NaN stays, and so does any that the value is not beyond.
@@ -34,11 +34,9 @@ void fold_columns(const Real* x, ptrdiff_t n, ptrdiff_t step, int count, Real* l
     highs[i] = high[i % count];
   }
   const ptrdiff_t periods = n / at_once;
-  if constexpr (sizeof(Real) == 8)
-    extrema_loops_now().d(x, periods, at_once * step, length, lows, highs);
-  else
-    extrema_loops_now().s(x, periods, at_once * step, length, lows, highs);
-  // Each into its own kind: where there was less than a period, both still hold the seeds.
+  extrema_kernels_now<Real>().fold(x, periods, at_once * step, length, lows, highs);
+  // Minima into minima and maxima into maxima: where there was less than a period, both still hold the
+  // initial values.
   for (int i = 0; i < length; ++i) {
     if (lows[i] < low[i % count]) low[i % count] = lows[i];
     if (highs[i] > high[i % count]) high[i % count] = highs[i];
@@ -47,8 +45,8 @@ void fold_columns(const Real* x, ptrdiff_t n, ptrdiff_t step, int count, Real* l
     for (int j = 0; j < count; ++j) fold_value(x[i * step + j], low[j], high[j]);
 }
 
-// Variables first to first + count - 1, of which the selected ones are written. An extremum that is not asked
-// for starts from anything.
+// Variables first to first + count - 1, of which the selected ones are written. An extremum that is not
+// requested starts from any value.
 template <class Real>
 void fold_variables(const task<Real>& t, bool with_minimum, bool with_maximum, const Real* x, ptrdiff_t step,
                     ptrdiff_t first, int count) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the estimators of order share: the selected variables, a variable's values on their way between the
+// What the estimators of order share: the selected variables, copies of a variable's values between the
 // task's arrays and contiguous scratch, and the sort of contiguous values.
 #pragma once
 
@@ -21,7 +21,7 @@ bool storage_is(const task<Real>& t, const void* storage, int64_t bits) {
   return (t.integer(storage) & bits) != 0;
 }
 
-// Counts may have changed since the task was made; no observations are a result, no variables are none.
+// Counts may have changed since the task was made. No observations are allowed, no variables are not.
 template <class Real>
 int32_t counts_status(const task<Real>& t) {
   return first_status({{t.p() < 1, VTS_STATUS_SS_BAD_DIMENSION},

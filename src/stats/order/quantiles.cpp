@@ -41,7 +41,7 @@ void select_quantiles(Real* values, ptrdiff_t n, range whole, const Real* orders
   const ptrdiff_t middle = first + (last - first) / 2;
   const place<Real> at(orders[middle], n);
   if (whole.holds(at.k)) quick_select(contiguous<Real>{values}, whole, at.k);
-  // The next rank is the least behind.
+  // The next rank is the least of the values after it.
   if (at.next > at.k && whole.holds(at.next))
     std::iter_swap(values + at.next, std::min_element(values + at.next, values + whole.r + 1));
   quantiles[middle] = at.between(values[at.k], values[at.next]);

@@ -3,8 +3,8 @@
 // stride apart, and reals whose companions are exchanged along.
 //
 // The pivot is the median of three, which also leaves a stopper at either end of both scans. Comparisons with
-// a NaN are false: it stops scans as a pivot's equal does, so arrays with NaNs come out as permutations, in
-// no particular order.
+// a NaN are false: it stops scans as an element equal to the pivot does, so arrays with NaNs come out as
+// permutations, in no particular order.
 #pragma once
 
 #include <algorithm>
@@ -48,7 +48,7 @@ struct range {
 };
 
 struct parts {
-  range low, high;  // what stands between them is in its place
+  range low, high;  // what is between them is in its place
 };
 
 // A range of at least 3 elements, around the pivot that is first looked for at `middle`.
@@ -126,8 +126,8 @@ void quick_sort(const View& a, ptrdiff_t n) {
   }
 }
 
-// Puts the element of rank k of a range in its place, none greater before it in the range and none less
-// behind.
+// Puts the element of rank k of a range in its place: none before it in the range is greater, none after it
+// is less.
 //
 // A long range is cut by an element that a selection among some n^(2/3) of its elements puts close to rank k,
 // a little to the side of the longer part, as in Floyd and Rivest's SELECT: most elements are compared once.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each selected variable sorted, one to an item. Values that do not lie side by side in the output are sorted
-// in scratch.
+// Each selected variable sorted, one to an item. Values that are not contiguous in the output are sorted in
+// scratch.
 #include <algorithm>
 
 #include "stats/order/order.hpp"
@@ -54,7 +54,8 @@ int32_t sort(SSTask* handle, uint32_t method, const ThreadingService* threading)
   if (status == 0) status = counts_status(t);
   if (status != 0) return status;
 
-  // A gigabyte of scratch for each thread there is, shared by as many as it lasts for.
+  // At most a gigabyte of scratch for each thread that the caller allows, divided among as many threads as it
+  // suffices for.
   const int64_t p = t.p(), per_thread = t.n() * (rows ? 1 : 2), most = threading->MaxThreads();
   const int64_t affordable =
       (most << 30) / std::max<int64_t>(1, per_thread * static_cast<int64_t>(sizeof(Real)));

@@ -38,8 +38,8 @@ Real sum_of(const Real* weight, ptrdiff_t n) {
 }
 
 // Of sorted values. Sums and target are rounded, and equal weights need not be numbers that add up to their
-// multiples: a sum within a few roundings of the target is taken to be on it. Order 1 needs no such help, and
-// with it would pass by a last value of small weight.
+// multiples: a sum within a few roundings of the target is taken to be on it. Order 1 needs no tolerance,
+// which would make it miss a last value of small weight.
 template <class Real>
 Real weighted_quantile(const Real* value, const Real* weight, ptrdiff_t n, Real order, Real total) {
   if (n < 1) return std::numeric_limits<Real>::quiet_NaN();

@@ -14,8 +14,9 @@ namespace tmk::stats {
 
 namespace {
 
-// Every second value of the merged sequence. Each step stores and moves on by 0 or 1, so that nothing
-// branches on the data; one value past the result may be written.
+// Every second value of the merged sequence. Every step stores a value and moves the end of the result by 0
+// or 1, so that nothing branches on the data. A last value that is not kept is stored too: the result needs
+// room for one more.
 template <class Real>
 void merge_every_second(const Real* a, int64_t a_count, const Real* b, int64_t b_count, bool keep, Real* r) {
   const Real *const a_end = a + a_count, *const b_end = b + b_count;

@@ -2,7 +2,7 @@
 // A summary of a stream of values, from which ranks are answered to a share epsilon of their count.
 //
 // Level 0 collects raw values. A full block is sorted and thinned to every second value of twice the weight;
-// two summaries of level h merge and thin likewise into one of level h + 1, like the carry of a binary
+// two summaries of level h merge and thin in the same way into one of level h + 1, like the carry of a binary
 // counter. Thinning values of weight w moves the count of values not above any v by 0 or by w, up if the
 // first, third, ... values stay, down if the second, fourth, ... do. So the sums of these weights bound the
 // error at every moment:
@@ -22,7 +22,7 @@ struct sketch_level {
   int32_t capacity = 0;
   int32_t count = 0;
   int32_t keep_first = 0;     // whether the next thinning of this level's values keeps the first of each two
-  Real* values = nullptr;     // in order, but those of level 0
+  Real* values = nullptr;     // in order, except those of level 0
   Real* workspace = nullptr;  // of level 0: for sorting it, and two summaries in halves
   int64_t thinnings = 0;
 };
@@ -55,7 +55,7 @@ struct sketch_answer {
   int64_t lowest, highest;  // bounds of the number of values not above it
 };
 
-// Room for n more values: after it, absorbing up to so many at once or in parts finds no lack of memory.
+// Room for n more values: absorbing up to so many afterwards, at once or in parts, cannot fail for memory.
 // VTS_STATUS_SS_MEMORY leaves the sketch as it was.
 template <class Real>
 int32_t reserve(sketch<Real>& s, int64_t n, double epsilon);
@@ -88,7 +88,7 @@ bool reserve_level(sketch<Real>& s, int32_t h, int64_t count);
 template <class Real>
 bool reserve_workspace(sketch<Real>& s, int64_t half);
 
-// A sketch of its own memory into an empty one. VTS_STATUS_SS_MEMORY leaves that empty.
+// Copies a sketch, with memory for the copy alone, into an empty one. VTS_STATUS_SS_MEMORY leaves that empty.
 template <class Real>
 int32_t copy(const sketch<Real>& from, sketch<Real>& to);
 

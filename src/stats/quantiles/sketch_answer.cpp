@@ -35,7 +35,7 @@ key_range<Real> extremes(const sketch<Real>& s) {
   return {std::min(r.low, key_of(s.minimum)), std::max(r.high, key_of(s.maximum))};
 }
 
-// The lowest key in the range whose count, taken amid its bounds, reaches the target; else the highest.
+// The lowest key in the range whose count, at the centre of its bounds, reaches the target; else the highest.
 template <class Real>
 key<Real> find(const sketch<Real>& s, key_range<Real> range, double target) {
   const double centre = 0.5 * static_cast<double>(s.counted_under - s.counted_over);

@@ -98,7 +98,7 @@ int32_t reserve(sketch<Real>& s, int64_t n, double epsilon) {
     const int64_t doubled = s.level_count == 0 ? 0 : 2 * int64_t{s.levels[0].capacity};
     block = std::clamp(doubled, block, std::max(block, counts.block));
   }
-  // One value more: merging may write it.
+  // One value more than the result: merging may store one that it does not keep.
   const int64_t half = std::max(needed.values[0] / 2, needed.summary) + 1;
   bool found = reserve_workspace(s, half);
   for (int32_t h = 0; found && h < needed.levels; ++h) found = reserve_level(s, h, needed.values[h]);

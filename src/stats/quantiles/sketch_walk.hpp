@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The way of values through a sketch: when blocks are full, what is thinned and what is kept. It is the same
-// for the counts alone, which tell how much memory it will take, as for the values.
+// How values move through a sketch: when blocks are full, what is thinned and what is kept. The same walk
+// runs over the counts alone, which gives the memory that it will need, and over the values.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +40,7 @@ bool thins(sketch<Real>& s, const sketch_level<Real>& level, int64_t count, doub
   return count >= 2 * block_length(s, epsilon) && affords(s, level.weight, epsilon);
 }
 
-// Which of two values the next thinning of this level keeps, its error booked.
+// Which of two values the next thinning of this level keeps; adds its error to the bounds.
 template <class Real>
 bool thinning_keeps_first(sketch<Real>& s, sketch_level<Real>& level) {
   const bool first = level.keep_first != 0;

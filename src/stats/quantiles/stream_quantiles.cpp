@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Quantiles of data that come by in blocks: a task's sketches, one for each variable.
+// Quantiles of data that arrive in blocks: a task's sketches, one for each variable.
 #include <algorithm>
 
 #include "platform/checks.hpp"
@@ -76,22 +76,22 @@ int32_t check_later_block(const task<Real>& t) {
 }
 
 template <class Real>
-struct job {
+struct absorbing {
   const task<Real>* t;
   int32_t status;
 };
 
 template <class Real>
 void _vSSSQuantilesAddDataThreader(int32_t variable, int32_t, int32_t, void* context) {
-  auto& j = *static_cast<job<Real>*>(context);
-  const task<Real>& t = *j.t;
+  auto& call = *static_cast<absorbing<Real>*>(context);
+  const task<Real>& t = *call.t;
   sketch<Real>& s = sketches(t)[variable];
   if (s.enabled == 0 || !t.selects(variable)) return;
   const bool rows = (t.integer(t.dataStorage) & VTS_SS_ROWS) != 0;
   const auto n = static_cast<ptrdiff_t>(t.n());
   const Real* first = t.data + (rows ? variable * n : variable);
   if (const int32_t status = absorb(s, first, rows ? 1 : s.variables, n, double{*t.streamParams}))
-    j.status = status;
+    call.status = status;
 }
 
 template <class Real>
@@ -110,11 +110,11 @@ int32_t stream_quantiles(SSTask* handle, uint32_t method, const ThreadingService
   if (const int32_t status = t.streamState == nullptr ? make_sketches(t) : check_later_block(t))
     return status;
   if (t.n() > 0) {
-    job<Real> j = {&t, 0};
+    absorbing<Real> call = {&t, 0};
     const int32_t p = sketches(t)->variables;
-    threading->ParallelFor(p, std::clamp(threading->MaxThreads(), 1, p), &j,
+    threading->ParallelFor(p, std::clamp(threading->MaxThreads(), 1, p), &call,
                            _vSSSQuantilesAddDataThreader<Real>);
-    if (j.status < 0) return j.status;
+    if (call.status < 0) return call.status;
   }
   if ((method & VTS_SS_METHOD_STREAM_QUANTILES) != 0) answer_all(t);
   return 0;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The larger and the smaller of two, by value or by magnitude. A NaN loses against a number, and +0 is above -0.
+// The larger and the smaller of two, by value or by magnitude. A NaN loses against a number, and +0 is above
+// -0.
 #include "vector/arithmetic/exact.hpp"
 
 TMK_TIER_OPEN

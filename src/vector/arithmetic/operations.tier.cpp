@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sums, products and quotients, rounded once by the processor. To the slow path go the results that may carry a
-// status: infinities and NaNs, and for products and quotients those below the normal numbers. An exact zero
+// Sums, products and quotients, rounded once by the processor. To the slow path go the results that may carry
+// a status: infinities and NaNs, and for products and quotients those below the normal numbers. An exact zero
 // carries none and stays fast: masks and sparse data are full of them.
 #include "vector/arithmetic/exact.hpp"
 
@@ -35,7 +35,7 @@ struct product : memory_bound<Real> {
   static value fast(const value& x, const value& y) { return x * y; }
   static lane_mask<Real> flagged(const value& x, const value& y, const value& r) {
     const value zero(Real(0));
-    return not_normal(r) & (x != zero) & (y != zero);
+    return not_finite(r) | (below_normal(r) & (x != zero) & (y != zero));
   }
 };
 

@@ -14,13 +14,17 @@ struct absolute_value : exact<Real> {
 template <class Real>
 struct sign_transfer : exact<Real> {
   static constexpr auto sse = sse_control::masks_only;
-  static batch<Real> fast(const batch<Real>& x, const batch<Real>& y) { return with_sign_of(xsimd::abs(x), y); }
+  static batch<Real> fast(const batch<Real>& x, const batch<Real>& y) {
+    return with_sign_of(xsimd::abs(x), y);
+  }
 };
 
 template <class Real>
 struct conjugate : exact<Real> {
   static constexpr auto sse = sse_control::masks_only;
-  static complex_value<Real> fast(const complex_value<Real>& z) { return {z.re, z.im ^ batch<Real>(Real(-0.0))}; }
+  static complex_value<Real> fast(const complex_value<Real>& z) {
+    return {z.re, z.im ^ batch<Real>(Real(-0.0))};
+  }
 };
 
 }  // namespace

@@ -115,7 +115,7 @@ struct element {
   }
 };
 
-// Keeps the status of a report, or of several. False where the mode asks for nothing more.
+// Keeps the status of a report, or of several. False where the mode requests nothing more.
 bool record(uint32_t mode, int32_t last, uint32_t seen) {
   const uint32_t error_mode = mode & VTM_ERRMODE_MASK;
   if (error_mode == VTM_ERRMODE_NOERR) return false;
@@ -145,7 +145,7 @@ void report(int32_t status, int32_t i, const void* a1, const void* a2, void* r1,
   context.name_length = static_cast<int32_t>(strnlen(name, sizeof context.name));
   std::memcpy(context.name, name, context.name_length);
   if (has_element(status)) {
-    // Fields of a packed record have no address of their own to lend.
+    // Fields of a packed record may be unaligned: no reference may be bound to them.
     double values[8] = {};
     Argument::read(a1, i, values[0], values[4]);
     Argument::read(a2, i, values[1], values[5]);

@@ -4,10 +4,10 @@
 // The table holds 2^(j/N); r is so small that a short polynomial serves. Single EP has no table: N is 1.
 // The errors below hold for normal results. Subnormal doubles are rounded twice: HA within 0.754 ulp.
 // Subnormal singles are rounded once, but end early: from -103.279 down the result is 0, by the limits.
-#include "vector/walk/kernel.hpp"
 #include "vector/exponential/exp_data.hpp"
 #include "vector/exponential/exp_rare.hpp"
 #include "vector/exponential/powers.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -67,7 +67,7 @@ struct single_exp<level::ep> : description<float> {
     const f32 shifted = x * f32(single_inverse_step_ep) + shifter;
     const f32 k = shifted - shifter;
     const f32 r = x - k * f32(single_step_ep);
-    const f32 p = polyeval(r, 1.0f, single_ep_c1, single_ep_c2, single_ep_c3);
+    const f32 p = polynomial(r, 1.0f, single_ep_c1, single_ep_c2, single_ep_c3);
     return scale_power<0>(p, bits_as<int32_t>(shifted), raise);
   }
   // Good: |x| < 87.25.
@@ -92,7 +92,7 @@ struct double_exp : description<double> {
       const f64 shifted = x * f64(double_inverse_step_64) + shifter;
       const f64 k = shifted - shifter;
       const f64 r = (x - k * f64(double_step_high_64)) - k * f64(double_step_low_64);
-      const f64 p = r + (r * r) * polyeval(r, double_c2, double_c3, double_c4, double_c5);
+      const f64 p = r + (r * r) * polynomial(r, double_c2, double_c3, double_c4, double_c5);
       const i64 n = bits_as<int64_t>(shifted);
       const auto [high, low] = fraction_power<6>(n);
       return scale_power<6>(high + (low + high * p), n, raise);
@@ -102,7 +102,7 @@ struct double_exp : description<double> {
     f64 p;
     if constexpr (Level == level::la) {
       const f64 r = (x - k * f64(double_step_high_128)) - k * f64(double_step_low_128);
-      p = r + (r * r) * polyeval(r, 0.5, double_la_c3, double_la_c4);
+      p = r + (r * r) * polynomial(r, 0.5, double_la_c3, double_la_c4);
     } else {
       const f64 r = x - k * f64(double_step_128);
       p = r + f64(0.5) * r * r;

@@ -26,9 +26,9 @@ struct wide_exp : description<Real> {
     const value& r = arg.reduced;
     value q;
     if constexpr (single)
-      q = series(r, constants::la);
+      q = polynomial(r, constants::la);
     else
-      q = series(r, constants::ha);
+      q = polynomial(r, constants::ha);
     return xsimd::fma(arg.power, xsimd::fma(r * r, q, r), arg.power);
   }
   // Good: |x| < 87.3365... (EP 87.25), 708.39...

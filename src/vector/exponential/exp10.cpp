@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // 10^x on the baseline: x = k log10(2)/128 + r with an integral k = 128 n + j, so that
 //   10^x = 2^n 2^(j/128) 10^r,  |r| <= log10(2)/256,  10^r by a short polynomial.
-#include "vector/walk/kernel.hpp"
 #include "vector/exponential/exp10_data.hpp"
 #include "vector/exponential/exp_rare.hpp"
 #include "vector/exponential/powers.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -25,7 +25,7 @@ struct single_exp10 : description<float> {
     const f32 r = (x - multiple * f32(single_step_high)) - multiple * f32(single_step_low);
     const i32 k = bits_as<int32_t>(shifted);
     const auto [power, correction] = fraction_power<7>(k);
-    const f32 p = r * polyeval(r, single_c1, single_c2);
+    const f32 p = r * polynomial(r, single_c1, single_c2);
     return scale_power<7>(power + power * (correction + p), k, raise);
   }
   // Good: |x| < 37.9297..., where the result is a normal number.
@@ -52,7 +52,7 @@ struct double_exp10 : description<double> {
     const f64 r = (x - multiple * f64(double_step_high)) - multiple * f64(double_step_low);
     const i64 k = bits_as<int64_t>(shifted);
     const auto [high, low] = fraction_power<7>(k);
-    const f64 p = r * polyeval(r, double_c1, double_c2, double_c3, double_c4, double_c5);
+    const f64 p = r * polynomial(r, double_c1, double_c2, double_c3, double_c4, double_c5);
     return scale_power<7>(high + (low + high * p), k, raise);
   }
   // Good: |x| < 307.65..., by the upper words, where the result is a normal number.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // 2^x on the baseline: x = k / 64 + r, exactly, with k = 64 n + j and |r| <= 1/128, so that
 //   2^x = 2^n 2^(j/64) 2^r,  2^r by a short polynomial.
-#include "vector/walk/kernel.hpp"
 #include "vector/exponential/exp2_data.hpp"
 #include "vector/exponential/exp_rare.hpp"
 #include "vector/exponential/powers.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -17,12 +17,12 @@ struct single_exp2 : description<float> {
   static constexpr int group = 8;
 
   static f32 fast(const f32& x, int raise = 0) {
-    const f32 shifter(0x1.8p+17f);  // leaves six bits behind the point
+    const f32 shifter(0x1.8p+17f);  // leaves six fraction bits
     const f32 shifted = x + shifter;
     const f32 r = x - (shifted - shifter);
     const i32 k = bits_as<int32_t>(shifted);
     const auto [power, correction] = fraction_power<6>(k);
-    const f32 p = r * polyeval(r, single_c1, single_c2);
+    const f32 p = r * polynomial(r, single_c1, single_c2);
     return scale_power<6>(power + power * (correction + p), k, raise);
   }
   // Good: |x| < 126.
@@ -48,7 +48,7 @@ struct double_exp2 : description<double> {
     const f64 r = x - (shifted - shifter);
     const i64 k = bits_as<int64_t>(shifted);
     const auto [high, low] = fraction_power<6>(k);
-    const f64 p = r * polyeval(r, double_c1, double_c2, double_c3, double_c4, double_c5);
+    const f64 p = r * polynomial(r, double_c1, double_c2, double_c3, double_c4, double_c5);
     return scale_power<6>(high + (low + high * p), k, raise);
   }
   // Good: |x| < 1022.

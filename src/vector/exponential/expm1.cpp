@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // e^x - 1 on the baseline: with x = k log(2)/128 + r as in exp.cpp, S = 2^(k/128) and e^r = 1 + r + t it is
 //   (S - 1) + S (r + t).
-// For k = 0 S - 1 vanishes, and r + t stands alone; for other k it is at least twice S r, so that little
+// For k = 0 S - 1 vanishes, and r + t is the result; for other k it is at least twice S r, so that little
 // cancels. Single works in double, where that little does not matter.
-#include "vector/walk/kernel.hpp"
 #include "vector/exponential/exp_data.hpp"
 #include "vector/exponential/exp_rare.hpp"
 #include "vector/exponential/expm1_data.hpp"
 #include "vector/exponential/powers.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -30,7 +30,7 @@ struct single_expm1 : description<float> {
     const f64 r = x - (shifted - f64(shifter)) * f64(double_step_128);
     const i64 k = bits_as<int64_t>(shifted);
     const f64 power = scale_power<7>(fraction_power<7>(k).high, k, 0);
-    return (power - f64(1.0)) + power * (r + (r * r) * polyeval(r, single_c2, single_c3));
+    return (power - f64(1.0)) + power * (r + (r * r) * polynomial(r, single_c2, single_c3));
   }
   static f32 fast(const f32& x) {
     const auto [low, high] = widen(x);
@@ -70,7 +70,7 @@ struct double_expm1 : description<double> {
     f64 y;
     if constexpr (Level == level::ha) {
       const f64 t =
-          ((near - r) - far) + (r * r) * polyeval(r, double_c2, double_c3, double_c4, double_c5, double_c6);
+          ((near - r) - far) + (r * r) * polynomial(r, double_c2, double_c3, double_c4, double_c5, double_c6);
       const f64 power_head = upper_half(power), r_head = upper_half(r);
       const auto base = two_sum(power, f64(-1.0));
       const auto sum = fast_two_sum(base.high, power_head * r_head);
@@ -78,7 +78,7 @@ struct double_expm1 : description<double> {
       const f64 power_rest = scale * low;
       y = sum.high + (sum.low + (base.low + (power_rest + (power_rest * r + product_rest))));
     } else {
-      const f64 t = (r * r) * polyeval(r, double_la_c2, double_la_c3, double_la_c4, double_la_c5);
+      const f64 t = (r * r) * polynomial(r, double_la_c2, double_la_c3, double_la_c4, double_la_c5);
       y = (power - f64(1.0)) + (scale * low + power * (r + t));
     }
     return y | (x & f64(-0.0));  // -0 stays

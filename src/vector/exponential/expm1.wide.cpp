@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // e^x - 1 on the wide tiers: with e^x = S (1 + r + t), S = 2^(k/8), it is
 //   (S - 1) + S (r + t).
-// Around x = 0 S - 1 is zero and r + t stands alone. One step away S - 1 has lost little to cancellation, but
-// then the rounding of S r shows: HA keeps S - 1, S r and their sum in two parts each.
+// Around x = 0 S - 1 is zero and r + t is the result. One step away S - 1 has lost little to cancellation,
+// but then the rounding of S r shows: HA keeps S - 1, S r and their sum in two parts each.
 #include "vector/exponential/wide.hpp"
 
 TMK_TIER_OPEN
@@ -29,7 +29,7 @@ struct wide_expm1 : description<Real> {
       const value& r = arg.r;
       const value lacking = xsimd::fnma(arg.k, value(constants::step_low), power_correction(arg));
       const value half = r * value(Real(0.5));
-      const value rest = xsimd::fma(r * r * r, series<1>(r, constants::minus_one),
+      const value rest = xsimd::fma(r * r * r, polynomial<1>(r, constants::minus_one),
                                     xsimd::fma(lacking, xsimd::fma(half, r, r), lacking));
       const value t = xsimd::fma(half, r, rest);
       const auto base = two_sum(power, value(Real(-1)));

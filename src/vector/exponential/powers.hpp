@@ -14,14 +14,14 @@ namespace {
 
 // 2^(j/N). High: a float in [1, 2); low: what it lacks, relative to it.
 template <int LogN>
-double_value<f32> fraction_power(const i32& k) {
+value_pair<f32> fraction_power(const i32& k) {
   const auto [fraction, correction] = lookup(single_powers, (k & i32((1 << LogN) - 1)) << (7 - LogN));
   return {bits_as<float>(bits_as<int32_t>(fraction) | i32(format<float>::bias << 23)), correction};
 }
 
 // 2^(j/N) as the sum of two doubles.
 template <int LogN>
-double_value<f64> fraction_power(const i64& k) {
+value_pair<f64> fraction_power(const i64& k) {
   return lookup(double_powers, (k & i64((1 << LogN) - 1)) << (7 - LogN));
 }
 

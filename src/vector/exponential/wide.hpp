@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Exponentials on the wide tiers, to the bases e, 2 and 10.
 //   b^x = 2^(k/8) b^r,   x = k step + r with an integral k,   step = log_b(2) / 8,   |r| <= step / 2
-// The eight powers 2^(j/8) stand in registers. x - k step needs fewer bits than a significand holds: the
+// The eight powers 2^(j/8) are held in registers. x - k step needs fewer bits than a significand holds: the
 // fused operation gives it exactly, and what `step` itself lacks comes as a second part.
 #pragma once
 
 #include <limits>
 #include <type_traits>
 
-#include "vector/walk/kernel.hpp"
 #include "vector/exponential/exp_rare.hpp"
 #include "vector/exponential/wide_data.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -18,11 +18,11 @@ namespace {
 template <class Real>
 using integer = std::make_signed_t<typename format<Real>::bits>;
 
-// x rounded to an integer stands in the low bits of x + shifter.
+// x rounded to an integer is in the low bits of x + shifter.
 template <class Real>
 constexpr Real shifter = Real(1.5) / std::numeric_limits<Real>::epsilon();
 
-// Adds n to the exponent of a, where n = k 2^-LogN for LogN fraction bits that a has been told to lack.
+// Adds n to the exponent of a, where n = k 2^-LogN for LogN fraction bits that a lacks.
 template <int LogN, class Real>
 batch<Real> raise_exponent(const batch<Real>& a, const batch<Real>& shifted_k) {
   using bits = integer<Real>;
@@ -42,36 +42,22 @@ struct lowered_eighth_powers {
 template <class Real>
 constexpr lowered_eighth_powers<Real> lowered_powers;
 
-// c0 + c1 x + c2 x^2 + ... in pairs, by Horner's rule in x^2: nearly as few operations, half the chain.
-template <int First = 0, class Real, size_t Size>
-batch<Real> series(const batch<Real>& x, const Real (&c)[Size]) {
-  if constexpr (First + 1 == Size) {
-    return batch<Real>(c[First]);
-  } else {
-    const batch<Real> pair = xsimd::fma(batch<Real>(c[First + 1]), x, batch<Real>(c[First]));
-    if constexpr (First + 2 == Size)
-      return pair;
-    else
-      return xsimd::fma(series<First + 2>(x, c), x * x, pair);
-  }
-}
-
 // x = k step + r: power is 2^(k/8), nearest; r is exact for the step as rounded, `reduced` nearest for the
 // true step.
 template <class Real>
 struct reduced_argument {
   batch<Real> k, power, r, reduced;
-  typename register_table<Real>::index j;
+  typename lane_table<Real, 8>::index j;
 };
 
 template <exp_base Base, class Real>
 reduced_argument<Real> reduce(const batch<Real>& x) {
   using value = batch<Real>;
   using constants = exp_series<Real, Base>;
-  const register_table<Real> powers(lowered_powers<Real>.entry);
+  const lane_table<Real, 8> powers(lowered_powers<Real>.entry);
   const value shifted = xsimd::fma(x, value(constants::rate), value(shifter<Real>));
   const value k = shifted - value(shifter<Real>);
-  const auto j = table_index<0>(bits_as<typename format<Real>::bits>(shifted));
+  const auto j = table_index<Real, 8, 0>(bits_as<typename format<Real>::bits>(shifted));
   const value r = xsimd::fnma(k, value(constants::step), x);
   const value reduced = constants::step_low == 0 ? r : xsimd::fnma(k, value(constants::step_low), r);
   return {k, raise_exponent<3>(powers[j], shifted), r, reduced, j};
@@ -80,7 +66,7 @@ reduced_argument<Real> reduce(const batch<Real>& x) {
 // What rounding took from power, relative to it.
 template <class Real>
 batch<Real> power_correction(const reduced_argument<Real>& x) {
-  return register_table<Real>(eighth_powers<Real>::correction).leading(x.j);
+  return lane_table<Real, 8>(eighth_powers<Real>::correction).leading(x.j);
 }
 
 // b^x / power - 1 - slope r, which is far below r: with what rounding took from the table's entry and from
@@ -93,7 +79,7 @@ batch<Real> beyond_linear(const reduced_argument<Real>& x, const Real (&coeffici
   if constexpr (Compensated && constants::step_low != 0)
     low = xsimd::fnma(x.k, value(constants::step_low * constants::slope), low);
   if constexpr (constants::slope_low != 0) low = xsimd::fma(x.r, value(constants::slope_low), low);
-  return xsimd::fma(x.reduced * x.reduced, series(x.reduced, coefficients), low);
+  return xsimd::fma(x.reduced * x.reduced, polynomial(x.reduced, coefficients), low);
 }
 
 // b^x to half a unit and a little. In single precision the rounding of the reduced argument would be too
@@ -118,7 +104,7 @@ batch<Real> exponential_without_table(const batch<Real>& x, const Real (&coeffic
   const value shifted = xsimd::fma(x, value(constants::rate / 8), value(shifter<Real>));
   const value k = shifted - value(shifter<Real>);
   const value r = xsimd::fnma(k, value(constants::step * 8), x);
-  return raise_exponent<0>(xsimd::fma(r * r, series(r, coefficients), r + value(Real(1))), shifted);
+  return raise_exponent<0>(xsimd::fma(r * r, polynomial(r, coefficients), r + value(Real(1))), shifted);
 }
 
 // b^x where the exponent is at the format's ends, or past them: the power is brought back by a power of two,

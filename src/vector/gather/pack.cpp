@@ -59,7 +59,7 @@ void at_indices(int64_t n, const void* index, Move move) {
 
 #define TMK_DEFINE_walk(letter, stem, shape, walk, how, direction)                                   \
   extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
-    const direction<TMK_TYPE_##letter> move{a, y};                                                \
+    const direction<TMK_TYPE_##letter> move{a, y};                                                   \
     narrow == 1 ? walk<int32_t>(n, how, move) : walk<int64_t>(n, how, move);                         \
   }
 

@@ -71,7 +71,7 @@ struct single_ln<level::ep> : positive_logarithm<float, single_ln<level::ep>> {
 
   static f32 formula(const f32& x, int k0) {
     const auto [k, f] = reduce_about_one(x, k0);
-    const f32 p = polyeval(f, -0.5f, 0x1.54e2bep-2f, -0x1.11d1fcp-2f, 0x1.c25262p-3f);
+    const f32 p = polynomial(f, -0.5f, 0x1.54e2bep-2f, -0x1.11d1fcp-2f, 0x1.c25262p-3f);
     return k * f32(0x1.62e43p-1f) + (f + (f * f) * p);
   }
 };
@@ -86,7 +86,7 @@ struct double_ln<level::ha> : positive_logarithm<double, double_ln<level::ha>> {
   static f64 formula(const f64& x, int k0) {
     const auto [high, low, parts] = reduce_by_512(x, k0, double_ha_rows, double_unit);
     const f64 t = parts.high + parts.low;
-    const f64 p = (t * t) * polyeval(t, double_ha_polynomial);
+    const f64 p = (t * t) * polynomial(t, double_ha_polynomial);
     return sum_of_three(high + parts.high, parts.low, low + p);
   }
 };
@@ -104,7 +104,7 @@ struct double_ln<level::ep> : logarithm_x87<double, double_ln<level::ep>> {
               row);
     const f64 t = mantissa(x) * row[0] - f64(1.0);
     const f64 high = exponent(x, k0) * f64(double_unit.high) + row[1];
-    return high + (t + (t * t) * polyeval(t, double_ep_polynomial));
+    return high + (t + (t * t) * polynomial(t, double_ep_polynomial));
   }
 };
 

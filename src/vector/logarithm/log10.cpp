@@ -26,7 +26,7 @@ struct single_log10<level::la> : positive_logarithm<float, single_log10<level::l
   static f32 formula(const f32& x, int k0) {
     const auto [high, low, distance] = reduce_by_center(x, k0, single_la_rows, single_unit);
     const f32 t = distance.high;
-    return high + (t * polyeval(t, single_la_polynomial) + low);
+    return high + (t * polynomial(t, single_la_polynomial) + low);
   }
 };
 
@@ -40,7 +40,7 @@ struct single_log10<level::ha> : positive_logarithm<float, single_log10<level::h
     const auto [high, low, parts] = reduce_by_64(x, k0, single_ha_rows, single_unit);
     const f32 t = parts.high + parts.low;
     const auto linear = fast_two_sum(parts.high * f32(single_e_high), parts.low * f32(single_e_high));
-    return sum_of_three(high, linear.high, linear.low + (low + t * polyeval(t, single_ha_polynomial)));
+    return sum_of_three(high, linear.high, linear.low + (low + t * polynomial(t, single_ha_polynomial)));
   }
 };
 
@@ -52,7 +52,7 @@ struct single_log10<level::ep> : positive_logarithm<float, single_log10<level::e
 
   static f32 formula(const f32& x, int k0) {
     const auto [k, f] = reduce_about_one(x, k0);
-    return k * f32(0x1.344136p-2f) + f * polyeval(f, single_ep_polynomial);
+    return k * f32(0x1.344136p-2f) + f * polynomial(f, single_ep_polynomial);
   }
 };
 
@@ -67,7 +67,7 @@ struct double_log10<level::ha> : positive_logarithm<double, double_log10<level::
     const auto [high, low, parts] = reduce_by_512(x, k0, double_rows, double_unit);
     const f64 t = parts.high + parts.low;
     const f64 e_high(double_e_high);
-    const f64 p = t * polyeval(t, double_polynomial);
+    const f64 p = t * polynomial(t, double_polynomial);
     return sum_of_three(high + parts.high * e_high, parts.low * e_high, low + p);
   }
 };

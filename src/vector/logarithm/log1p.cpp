@@ -29,12 +29,12 @@ struct double_log1p : description<double> {
     const auto [th, tl] = split_product(mantissa(u), reciprocal);
     const f64 correction = (c * bits_as<double>(scale)) * reciprocal;
     const f64 t = th + (tl + correction);
-    const f64 p = (t * t) * polyeval(t, double_polynomial);
+    const f64 p = (t * t) * polynomial(t, double_polynomial);
     const f64 low = k * f64(log_256_data::ln2.low) + log_low;
     return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
   }
-  // Good: 2^-48 <= |x|, -1 < x < infinity. Below, c is no longer small beside u - 1, nor its sum with p exact
-  // enough.
+  // Good: 2^-48 <= |x|, -1 < x < infinity. Below, c is no longer small compared with u - 1, nor its sum with
+  // p exact enough.
   static lane_mask<double> flagged(const f64& x, const f64&) {
     const i32 high = bits_as<int32_t>(x);
     const i32 magnitude = high & i32(0x7FFFFFFF);
@@ -61,7 +61,7 @@ struct single_log1p : description<float> {
     const f64 u = f64(1.0) + x;
     const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
     const f64 t = mantissa(u) * reciprocal - f64(1.0);
-    const f64 p = (t * t) * polyeval(t, single_polynomial);
+    const f64 p = (t * t) * polynomial(t, single_polynomial);
     return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
   }
   // Good: 2^-25 <= |x|, -1 < x < infinity.

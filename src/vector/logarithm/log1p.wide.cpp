@@ -15,7 +15,7 @@ struct wide_log1p : description<Real> {
 
   static value fast(const value& x) {
     const value one(Real(1));
-    const double_value<value> u = two_sum(one, x);
+    const value_pair<value> u = two_sum(one, x);
     const log_argument<Real> argument = split_for_log(u.high);
     // m / u = 2^-k
     using unsigned_bits = typename format<Real>::bits;

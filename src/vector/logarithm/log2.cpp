@@ -21,16 +21,16 @@ struct single_log2 : positive_logarithm<float, single_log2<Level>> {
   static f32 formula(const f32& x, int k0) {
     if constexpr (Level == level::ep) {
       const auto [k, f] = reduce_about_one(x, k0);
-      return k + f * polyeval(f, single_ep_polynomial);
+      return k + f * polynomial(f, single_ep_polynomial);
     }
     f32 row[4];
     load_rows(single_rows, (bits_as<int32_t>(x) >> 14) & i32(0x1F0), row);
     const auto [th, tl] = split_product(mantissa(x), row[0]);
     const f32 t = th + tl;
     const f32 high = xsimd::to_float(exponent_field(x) + i32(k0)) + row[1];
-    if constexpr (Level == level::la) return high + (t * polyeval(t, single_la_polynomial) + row[2]);
+    if constexpr (Level == level::la) return high + (t * polynomial(t, single_la_polynomial) + row[2]);
     const auto linear = fast_two_sum(th * f32(single_e_high), tl * f32(single_e_high));
-    const f32 rest = linear.low + (row[2] + t * polyeval(t, single_ha_polynomial));
+    const f32 rest = linear.low + (row[2] + t * polynomial(t, single_ha_polynomial));
     return sum_of_three(high, linear.high, rest);
   }
 };
@@ -49,12 +49,12 @@ struct double_log2 : positive_logarithm<double, double_log2<Level>> {
     const f64 high = exponent(x, k0) + log_high;
     if constexpr (Level == level::ep) {
       const f64 t = m * reciprocal - f64(1.0);
-      return high + t * polyeval(t, double_ep_polynomial);
+      return high + t * polynomial(t, double_ep_polynomial);
     }
     const auto [th, tl] = split_product(m, reciprocal);
     const f64 t = th + tl;
-    if constexpr (Level == level::la) return high + (t * polyeval(t, double_la_polynomial) + log_low);
-    const f64 rest = log_low + t * polyeval(t, double_ha_polynomial);
+    if constexpr (Level == level::la) return high + (t * polynomial(t, double_la_polynomial) + log_low);
+    const f64 rest = log_low + t * polynomial(t, double_ha_polynomial);
     return sum_of_three(high + th * f64(double_e_high), tl * f64(double_e_high), rest);
   }
 };

@@ -7,7 +7,7 @@ namespace tmk::log2_data {
 
 // Single. log2(e) has a high part of 5 bits. Rows by the first 5 fraction bits, cut off, with high
 // parts of 16 bits after the point, biased by -127: their sums with the exponent field are exact. Centers
-// stand 1/16 apart, and half that near 2; the last is 2 itself, so that x - 1 is t just below 1.
+// are 1/16 apart, and half that near 2; the last is 2 itself, so that x - 1 is t just below 1.
 inline constexpr float single_e_high = 0x1.7p0f;
 // Error relative to t at most 2^-32.2 for |t| <= 3.1494e-2.
 inline constexpr float single_ha_polynomial[] = {

@@ -4,11 +4,11 @@
 // k = -1 meets the row of 2 when x is just below 1, and the first two terms cancel exactly.
 #pragma once
 
-#include "vector/walk/kernel.hpp"
-#include "vector/toolbox/lane_tests.hpp"
 #include "vector/logarithm/log_256_data.hpp"
 #include "vector/logarithm/log_rare.hpp"
 #include "vector/logarithm/log_row.hpp"
+#include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -33,12 +33,12 @@ inline f64 exponent(const f64& x, int k0) {
 }
 
 // t = m r - 1 in two parts: the first, of the leading 10 (21) bits of m, is exact for short reciprocals.
-inline double_value<f32> split_product(const f32& m, const f32& reciprocal) {
+inline value_pair<f32> split_product(const f32& m, const f32& reciprocal) {
   const f32 mh = keep_bits(m, 0xFFFFC000);
   return {mh * reciprocal - f32(1.0f), (m - mh) * reciprocal};
 }
 
-inline double_value<f64> split_product(const f64& m, const f64& reciprocal) {
+inline value_pair<f64> split_product(const f64& m, const f64& reciprocal) {
   const f64 mh = bits_as<double>(bits_as<uint64_t>(m) & u64(0xFFFFFFFF00000000));
   return {mh * reciprocal - f64(1.0), (m - mh) * reciprocal};
 }
@@ -47,7 +47,7 @@ inline double_value<f64> split_product(const f64& m, const f64& reciprocal) {
 template <class Value>
 struct reduced {
   Value high, low;
-  double_value<Value> t;
+  value_pair<Value> t;
 };
 
 // By 65 rows: the first 6 fraction bits, rounded. Between 1 - 2^-7 and 1 + 2^-6 the rows of 1 and 2 serve, by

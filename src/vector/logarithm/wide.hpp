@@ -2,13 +2,13 @@
 // Logarithms on the wide tiers, in any base.
 //   x = 2^k m with m in [2/3, 4/3), and r one of 4 reciprocals held in registers, so short that f = m r - 1
 //   is exact: log x = k log 2 - log r + log(1 + f),   log(1 + f) = c f + f^2 q(f),   |f| <= 1/8
-// k log 2 - log r is exact in its high part. Around x = 1 it is zero, and the polynomial stands alone.
+// k log 2 - log r is exact in its high part. Around x = 1 it is zero, and only the polynomial remains.
 #pragma once
 
-#include "vector/walk/kernel.hpp"
-#include "vector/toolbox/lane_tests.hpp"
 #include "vector/logarithm/log_rare.hpp"
 #include "vector/logarithm/wide_data.hpp"
+#include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -63,29 +63,6 @@ log_argument<Real> split_for_log(const batch<Real>& x) {
   return s;
 }
 
-// c[0] + c[1] x + ..., two chains for the price of one, since x^2 is wanted anyway: x (O(x^2) + x E(x^2)) +
-// c[0]. c[0] comes last, with the only rounding that counts.
-template <class Real, size_t Count>
-batch<Real> even_odd(const batch<Real>& x, const batch<Real>& x2, const Real (&c)[Count]) {
-  static_assert(Count >= 2);
-  batch<Real> p(c[Count - 1]);
-  if constexpr (Count > 2) {
-    batch<Real> other(c[Count - 2]);
-#pragma GCC unroll 16
-    for (int i = static_cast<int>(Count) - 3; i > 1; i -= 2) {
-      p = xsimd::fma(p, x2, batch<Real>(c[i]));
-      other = xsimd::fma(other, x2, batch<Real>(c[i - 1]));
-    }
-    if constexpr (Count % 2 == 0) {
-      p = xsimd::fma(p, x2, batch<Real>(c[1]));
-      p = xsimd::fma(other, x, p);
-    } else {
-      p = xsimd::fma(p, x, other);
-    }
-  }
-  return xsimd::fma(p, x, batch<Real>(c[0]));
-}
-
 // The sums high + low of a table, for levels that need no second part.
 template <class Real>
 struct rounded_table {
@@ -115,7 +92,7 @@ batch<Real> sum_of_log(const batch<Real>& high, const batch<Real>& low, const ba
   const value sum_of_two = xsimd::fma(h, f, sum);
   const value f2 = f * f;
   return sum_of_two +
-         xsimd::fma(f2 * f, even_odd(f, f2, constants::ha), xsimd::fma(h, f, sum - sum_of_two) + lost);
+         xsimd::fma(f2 * f, polynomial(f, constants::ha), xsimd::fma(h, f, sum - sum_of_two) + lost);
 }
 
 // log((m + m_low) 2^k); m_low, if given, is below half a unit of m's last place.
@@ -123,12 +100,12 @@ template <class Real, log_base Base, level Level, class... Value>
 batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
   using value = batch<Real>;
   using constants = log_constants<Real, Base>;
-  const auto cell = table_index<format<Real>::fraction_bits - 2>(x.position);
-  const register_table<Real, 4> reciprocal(constants::reciprocal);
+  const auto cell = table_index<Real, 4, format<Real>::fraction_bits - 2>(x.position);
+  const lane_table<Real, 4> reciprocal(constants::reciprocal);
   const value r = reciprocal.short_entry(cell);
   const value f = xsimd::fms(x.m, r, value(Real(1)));
   if constexpr (Level == level::ha) {
-    const register_table<Real, 4> high_table(constants::high), low_table(constants::low);
+    const lane_table<Real, 4> high_table(constants::high), low_table(constants::low);
     const value high = xsimd::fma(x.k, value(constants::two[0]), high_table.short_entry(cell));
     const value low = xsimd::fma(x.k, value(constants::two[1]), low_table[cell]);
     if constexpr (sizeof...(m_low) == 0) {
@@ -139,13 +116,13 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
     }
   } else {
     static constexpr rounded_table<Real> table(constants::high, constants::low);
-    const register_table<Real, 4> logarithm(table.entries);
+    const lane_table<Real, 4> logarithm(table.entries);
     // In single, what log 2 lacks in its last place would count |k| times.
     constexpr Real two_low = sizeof(Real) == 4 && Level == level::la ? constants::two[1] : Real(0);
     const value high =
         xsimd::fma(x.k, value(constants::two[0] + (constants::two[1] - two_low)), logarithm[cell]);
     const value f2 = f * f;
-    const value q = Level == level::la ? even_odd(f, f2, constants::la) : even_odd(f, f2, constants::ep);
+    const value q = Level == level::la ? polynomial(f, constants::la) : polynomial(f, constants::ep);
     const value y =
         Base == log_base::e ? xsimd::fma(f2, q, f) : xsimd::fma(f, value(constants::scale[0]), f2 * q);
     return high + (two_low == 0 ? y : xsimd::fma(x.k, value(two_low), y));

@@ -9,10 +9,10 @@
 
 #include "platform/controls.hpp"
 #include "tmk/abi/vtm.h"
-#include "vector/reference/complex/complex.hpp"
 #include "vector/channel/error_channel.hpp"
-#include "vector/registry/shapes.h"
+#include "vector/reference/complex/complex.hpp"
 #include "vector/reference/real/real.hpp"
+#include "vector/registry/shapes.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ constexpr bool rounds_as_set(std::string_view name) {
 }
 
 // The floating-point flags of the caller. The C library's functions and exact sums raise others on the way,
-// which are no news of the result: a status tells that.
+// which say nothing about the result: its status does.
 class flags {
  public:
   void save() {
@@ -128,9 +128,9 @@ int32_t store_result(Element& r, Function function) {
   store_result(*r, [&](auto& result) { return reference::F(value(*a), value(*b), result); })
 #define TMK_BODY_scalar_exponent(F) \
   store_result(*r, [&](auto& result) { return reference::F(value(*a), value(b), result); })
-#define TMK_BODY_two_results(F)                                                                        \
-  store_result(*r2, [&](auto& second) {                                                                \
-    return store_result(*r1, [&](auto& first) { return reference::F(value(*a), first, second); });     \
+#define TMK_BODY_two_results(F)                                                                    \
+  store_result(*r2, [&](auto& second) {                                                            \
+    return store_result(*r1, [&](auto& first) { return reference::F(value(*a), first, second); }); \
   })
 #define TMK_BODY_linear_fraction(F) \
   store_result(*r, [&](auto& result) { return reference::F(*a, *b, scalea, shifta, scaleb, shiftb, result); })
@@ -151,20 +151,20 @@ int32_t store_result(Element& r, Function function) {
 #define TMK_REPORT_two_results a, a, r1, r2
 #define TMK_REPORT_linear_fraction TMK_REPORT_binary
 
-#define TMK_DEFINE_plain(letter, stem, shape, stage)                                                     \
-  namespace {                                                                                            \
-  int32_t letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) { return TMK_BODY_##shape(stem); }    \
-  }                                                                                                      \
-  extern "C" int32_t tmk_vtm_reference_##letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) {      \
-    const extended_scope scope(#stem);                                                                   \
-    return letter##stem TMK_AT_##shape(0);                                                               \
-  }                                                                                                      \
+#define TMK_DEFINE_plain(letter, stem, shape, stage)                                                  \
+  namespace {                                                                                         \
+  int32_t letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) { return TMK_BODY_##shape(stem); } \
+  }                                                                                                   \
+  extern "C" int32_t tmk_vtm_reference_##letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) {   \
+    const extended_scope scope(#stem);                                                                \
+    return letter##stem TMK_AT_##shape(0);                                                            \
+  }                                                                                                   \
   TMK_KERNEL_##stage(letter, stem, shape)
 
-#define TMK_KERNEL_scalar(letter, stem, shape)                                                           \
-  extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) {     \
-    for_each_element("v" #letter #stem, n, TMK_REPORT_##shape,                                           \
-                     [=](int32_t i) { return letter##stem TMK_AT_##shape(i); });                         \
+#define TMK_KERNEL_scalar(letter, stem, shape)                                                       \
+  extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
+    for_each_element("v" #letter #stem, n, TMK_REPORT_##shape,                                       \
+                     [=](int32_t i) { return letter##stem TMK_AT_##shape(i); });                     \
   }
 #define TMK_KERNEL_wide TMK_KERNEL_scalar
 #define TMK_KERNEL_vectorized(letter, stem, shape)

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Tiers: which kernels each brings, which the processor can run, and which is in force. */
+/* Tiers: which kernels each has, which the processor can run, and which is in force. */
 #include <string.h>
 
 #include "platform/cpu.h"
@@ -24,15 +24,17 @@ static const TierRow rows_W7[] = {
 #undef TMK_ROW_wide
 #undef TMK_ROW_vectorized
 
-#if TMK_HAS_WIDE_TIERS
 #define TMK_ROW_wide TMK_ROW_vectorized
+#if TMK_HAS_WIDE_TIERS && !TMK_WITHOUT_V3
 #define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_ROW_##stage(letter##stem, slots, wide)
 #define TMK_ROW_vectorized(name, slots, wide) TMK_ROW(name, TMK_SLOTS_##wide(name, V3))
 static const TierRow rows_V3[] = {
 #include "vector/registry/functions.def"
 };
 #undef TMK_ROW_vectorized
+#endif
 
+#if TMK_HAS_WIDE_TIERS
 #define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_ROW_##stage(letter##stem, slots, wide)
 #define TMK_ROW_vectorized(name, slots, wide) TMK_ROW(name, TMK_SLOTS_##wide(name, V4))
 static const TierRow rows_V4[] = {
@@ -50,11 +52,14 @@ typedef struct {
   { #tier, rows_##tier, sizeof rows_##tier / sizeof rows_##tier[0] }
 static const Tier tiers[] = {
     TMK_TIER_ENTRY(W7),
-#if TMK_HAS_WIDE_TIERS
+#if TMK_HAS_WIDE_TIERS && !TMK_WITHOUT_V3
     TMK_TIER_ENTRY(V3),
-    TMK_TIER_ENTRY(V4),
 #else
     {"V3", 0, 0},
+#endif
+#if TMK_HAS_WIDE_TIERS
+    TMK_TIER_ENTRY(V4),
+#else
     {"V4", 0, 0},
 #endif
 };

@@ -17,10 +17,11 @@ namespace {
 //   single LA (V4): 0.5267 at 0x1.01f0fap+64: got 0x1.fc2586p-65, want 0x1.fc25870ep-65
 //   single EP (W7, V3): 4996 at 0x1.021ffep+122: got 0x1.fbfp-123, want 0x1.fbc8f8e7p-123
 //   single EP (V4): 710 at 0x1.0600fep+124: got 0x1.f44ap-125, want 0x1.f44474e7p-125
-//   double LA (W7): 1.734 at 0x1.04131ce246bep+1020: got 0x1.f7fa75b591fep-1021, want 0x1.f7fa75b591fde44p-1021
-//   double LA (V4): 0.5000 at 0x1.06e758879a32fp+505: got 0x1.f28e209430b11p-506, want 0x1.f28e209430b118p-506
-//   double EP (W7): 242034 at -0x1.021ffffff5ec5p-1: got -0x1.fbc8f4f7c1174p+0, want -0x1.fbc8f4f78600264p+0
-//   double EP (V4): 748 at -0x1.f199fffffb1aep+1: got -0x1.07685415585d5p-2, want -0x1.07685415582e884p-2
+//   double LA (W7): 1.734 at 0x1.04131ce246bep+1020: got 0x1.f7fa75b591fep-1021, want
+//   0x1.f7fa75b591fde44p-1021 double LA (V4): 0.5000 at 0x1.06e758879a32fp+505: got 0x1.f28e209430b11p-506,
+//   want 0x1.f28e209430b118p-506 double EP (W7): 242034 at -0x1.021ffffff5ec5p-1: got -0x1.fbc8f4f7c1174p+0,
+//   want -0x1.fbc8f4f78600264p+0 double EP (V4): 748 at -0x1.f199fffffb1aep+1: got -0x1.07685415585d5p-2,
+//   want -0x1.07685415582e884p-2
 template <class Real, level Level>
 struct inverse : description<Real> {
   using value = batch<Real>;

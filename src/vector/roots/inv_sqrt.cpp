@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // 1 / sqrt(x) on the baseline: r estimates it, and with e = x r^2 - 1
 //   1 / sqrt(x) = r (1 + e)^(-1/2) = r (1 - e / 2 + 3 e^2 / 8 - 5 e^3 / 16 + ...)
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/inv_rare.hpp"
 #include "vector/roots/inv_sqrt_data.hpp"
 #include "vector/roots/root_series.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -39,7 +39,7 @@ int32_t inv_sqrt_in_double(const float* a, float* r) {
   const double ml = m - mh;
   const double e = (1.0 - mh * t * t) - ml * t * t;
   const double p =
-      e * polyeval(e, 0.5, 0.375, 0.3125, 0.2734375, 0.24609374, 0.22558603, 0.20955022, 0.19612131);
+      e * polynomial(e, 0.5, 0.375, 0.3125, 0.2734375, 0.24609374, 0.22558603, 0.20955022, 0.19612131);
   const int half = (exponent - odd) / 2;
   const double scale = from_bits<double>(static_cast<uint64_t>(format<double>::bias - half) << 52);
   *r = static_cast<float>((t * p + t) * scale);

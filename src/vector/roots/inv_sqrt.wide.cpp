@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // 1 / sqrt(x) on the wide tiers: r (1 + e)^(-1/2) with an estimate r and e = x r^2 - 1, which but for single
 // LA is rounded once.
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/inv_rare.hpp"
 #include "vector/roots/wide.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {

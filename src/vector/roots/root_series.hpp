@@ -2,9 +2,9 @@
 // What the baseline's sqrt and inv_sqrt share around the estimate of 1 / sqrt(x).
 #pragma once
 
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/estimates.hpp"
 #include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -18,9 +18,8 @@ inline f64 keep_high_bits(const f64& x) {
 // (1 + e)^(-1/2) - 1 to the degree the level needs: |e| stays below 2^-10.4.
 template <level Level>
 f64 inverse_root_series(const f64& e) {
-  if constexpr (Level == level::la)
-    return e * polyeval(e, f64(-0.5), f64(0.375), f64(-0.3125), f64(0.2734375));
-  return e * polyeval(e, f64(-0.5), f64(0.375), f64(-0.3125), f64(0.2734375), f64(-0.24609375));
+  if constexpr (Level == level::la) return e * polynomial(e, -0.5, 0.375, -0.3125, 0.2734375);
+  return e * polynomial(e, -0.5, 0.375, -0.3125, 0.2734375, -0.24609375);
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 // sqrt(x) on the baseline: r estimates 1 / sqrt(x), and with e = x r^2 - 1
 //   sqrt(x) = x r (1 + e)^(-1/2) = x r (1 - e / 2 + 3 e^2 / 8 - 5 e^3 / 16 + ...)
 // With x = xh + xl and r of few bits, xh r is exact: that lifts HA to the full format without a wider one.
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/inv_rare.hpp"
 #include "vector/roots/root_series.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // sqrt(x) on the wide tiers: the processor's root (HA, correctly rounded), or x r (1 + e)^(-1/2) with an
 // estimate r of 1 / sqrt(x) and e = x r^2 - 1.
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/inv_rare.hpp"
 #include "vector/roots/wide.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {

@@ -2,9 +2,9 @@
 // What the wide tiers' sqrt and inv_sqrt share around the estimate of 1 / sqrt(x).
 #pragma once
 
-#include "vector/walk/kernel.hpp"
 #include "vector/roots/estimates.hpp"
 #include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {

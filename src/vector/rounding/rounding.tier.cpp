@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Numbers rounded to integers, and what is left of them. All are exact, and none has a status.
-#include "simd/rounding.hpp"
 #include "vector/arithmetic/exact.hpp"
 
 TMK_TIER_OPEN
@@ -27,7 +26,8 @@ struct round_half_away : exact<Real> {
   static batch<Real> fast(const batch<Real>& x) {
     using value = batch<Real>;
     const value whole = round_to_zero(x);
-    const value step = xsimd::select(xsimd::abs(x - whole) >= value(Real(0.5)), value(Real(1)), value(Real(0)));
+    const value step =
+        xsimd::select(xsimd::abs(x - whole) >= value(Real(0.5)), value(Real(1)), value(Real(0)));
     return whole + with_sign_of(step, x);
   }
 };

@@ -27,13 +27,14 @@ struct tested {
   }
 };
 
-// Lanes whose tested bits are not in [First, End), bit patterns of the format. The shift puts these at the lower
-// end of the signed range.
+// Lanes whose tested bits are not in [First, End), bit patterns of the format. The shift puts these at the
+// lower end of the signed range.
 template <class Real, auto First, auto End>
 lane_mask<Real> outside(const batch<typename tested<Real>::bits>& x) {
   using test = tested<Real>;
   using bits = typename test::bits;
-  constexpr bits first = static_cast<bits>(First >> test::dropped), end = static_cast<bits>(End >> test::dropped);
+  constexpr bits first = static_cast<bits>(First >> test::dropped),
+                 end = static_cast<bits>(End >> test::dropped);
   constexpr bits shift = test::lowest + first;  // the same as first - lowest, wrapped
   constexpr bits last = test::lowest + (end - first - 1);
   return test::lanes(x - batch<bits>(shift) > batch<bits>(last));

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// A kernel's description: the mathematics of one function at one level, which the walks of walk.hpp turn into a
-// kernel over arrays.
+// A kernel's description: the mathematics of one function at one level, which the walks of walk.hpp turn into
+// a kernel over arrays.
 //
 //   template <class Real, level Level>
 //   struct sine : description<Real> {
 //     static batch<Real> fast(const batch<Real>& x);                  // most elements, a register of them
-//     static lane_mask<Real> flagged(const batch<Real>& x, const batch<Real>& y);  // lanes fast() cannot serve
-//     static int32_t rare(const Real* a, Real* r);                    // any element; returns its status
+//     static lane_mask<Real> flagged(const batch<Real>& x, const batch<Real>& y);  // lanes fast() cannot
+//     serve static int32_t rare(const Real* a, Real* r);                    // any element; returns its
+//     status
 //   };
 //   TMK_KERNELS(s, Sin, unary, LHE, sine)
 //   TMK_KERNELS(d, Sin, unary, LHE, sine)
 //
-// fast() and flagged() take a register of each argument, flagged() then those of the results; fast() returns a
-// pack where there are two. A complex argument or result is a complex_value. Scalar arguments are members:
+// fast() and flagged() take a register of each argument, flagged() then those of the results; fast() returns
+// a pack where there are two. A complex argument or result is a complex_value. Scalar arguments are members:
 // the description is made from them. Without flagged() every lane is fast; without rare() the function's
 // reference in extended precision takes the lanes that are not.
 #pragma once
@@ -43,8 +44,8 @@ struct description {
   static constexpr bool nan_in_nan_out = true;
 };
 
-// The description of a family for a precision and a level. A family may have kernels of one precision only, or
-// one kernel for all levels.
+// The description of a family for a precision and a level. A family may have kernels of one precision only,
+// or one kernel for all levels.
 template <template <class, level> class Family, class Real, level Level>
 Family<Real, Level> family_member();
 template <template <level> class Family, class Real, level Level>

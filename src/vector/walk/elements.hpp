@@ -105,8 +105,8 @@ pack<First, Second> as_pack(const pack<First, Second>& y) {
 
 // Loads and stores of complex elements, as of real ones in simd/batch.hpp.
 template <class Element>
-  requires(!std::same_as<typename element<Element>::real, Element>)
-typename element<Element>::value load(const Element* p) {
+requires(!std::same_as<typename element<Element>::real, Element>) typename element<Element>::value
+    load(const Element* p) {
   using real = typename element<Element>::real;
   const real* parts = reinterpret_cast<const real*>(p);
   const auto [re, im] = deinterleave(load(parts), load(parts + lanes<real>));
@@ -130,8 +130,8 @@ void stream(Element* p, const complex_value<Real>& x) {
 }
 
 template <class Element, class Real>
-  requires(!std::same_as<Element, Real>)
-typename element<Element>::value load_partial(const Element* p, int count, Real filler) {
+requires(!std::same_as<Element, Real>) typename element<Element>::value
+    load_partial(const Element* p, int count, Real filler) {
   const Real* parts = reinterpret_cast<const Real*>(p);
   const int first = std::min(2 * count, lanes<Real>);
   const auto [re, im] = deinterleave(load_partial(parts, first, filler),

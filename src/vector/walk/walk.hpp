@@ -53,6 +53,21 @@ struct method {
     else
       return lane_mask<real>(false);
   }
+  // The lanes for the slow path. Missing data are common: where a NaN is its own answer, y takes it here.
+  template <class Values, class Results>
+  lane_mask<real> settle(const Values& x, Results& y) const {
+    const lane_mask<real> rare_lanes = flagged(x, y);
+    constexpr bool all_real = std::same_as<std::remove_cvref_t<decltype(x.last())>, batch<real>> &&
+                              std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
+    if constexpr (Kernel::nan_in_nan_out && all_real) {
+      const lane_mask<real> nan = xsimd::isnan(x.first) | xsimd::isnan(x.last());
+      const batch<real> quieted = x.first + x.last();
+      y = y.map([&](const auto& v) { return xsimd::select(nan, quieted, v); });
+      return rare_lanes & !nan;
+    } else {
+      return rare_lanes;
+    }
+  }
   template <class In, class Out>
   int32_t slow(const In& in, const Out& out) const {
     return out.apply(in.apply(rare));
@@ -68,8 +83,8 @@ void report(error_channel& errors, int32_t status, int32_t i, const In& in, cons
 template <class Method, class In, class Out>
 [[gnu::noinline]] void rare_element(Method method, int32_t i, In in, Out out, error_channel& errors) {
   auto y = out.map([](auto* p) { return std::remove_pointer_t<decltype(p)>(); });
-  const int32_t status = method.slow(in.map([i](const auto* p) { return p + i; }),
-                                     y.places([](auto& v) { return &v; }));
+  const int32_t status =
+      method.slow(in.map([i](const auto* p) { return p + i; }), y.places([](auto& v) { return &v; }));
   out.zip(y, [i](auto* p, const auto& v) { p[i] = v; });
   if (status != 0) [[unlikely]]
     report(errors, status, i, in, out);
@@ -82,11 +97,11 @@ template <class Method, class In, class Out>
                                                      error_channel& errors) {
   using real = typename Method::real;
   const auto x = Method::values(in, first, valid);
-  const auto y = method.compute(x);
+  auto y = method.compute(x);
+  const lane_mask<real> rare_lanes = method.settle(x, y);
   auto xs = x.map([](const auto& v) { return spill(v); });
   auto ys = y.map([](const auto& v) { return spill(v); });
-  for (uint32_t flags = lane_bits<real>(method.flagged(x, y)) & ((1u << valid) - 1); flags != 0;
-       flags &= flags - 1) {
+  for (uint32_t flags = lane_bits<real>(rare_lanes) & ((1u << valid) - 1); flags != 0; flags &= flags - 1) {
     const int lane = std::countr_zero(flags);
     const auto at_lane = [lane](auto& s) { return s.at + lane; };
     const int32_t status = method.slow(xs.places(at_lane), ys.places(at_lane));
@@ -118,31 +133,18 @@ inline void store_results(const Out& out, int32_t i, const Results& y) {
   out.zip(y, [i](auto* p, const auto& v) { store(p + i, v); });
 }
 
-// A group with flagged lanes. Missing data are common: where a NaN is its own answer it costs no slow path.
-template <class Kernel, class Method, class In, class Out, class Results, size_t Registers>
+// A group with flagged lanes.
+template <class Method, class In, class Out, class Results, size_t Registers>
 inline void finish_flagged_group(const Method& method, int32_t first, const In& in, const Out& out,
-                                 const Results (&y)[Registers], error_channel& errors) {
-  using real = typename Method::real;
-  uint32_t rest = 0;  // registers that hold other flagged lanes
+                                 Results (&y)[Registers], error_channel& errors) {
+  uint32_t rest = 0;  // registers with lanes for the slow path
 #pragma GCC unroll 16
   for (size_t k = 0; k < Registers; ++k) {
     const int32_t i = first + static_cast<int32_t>(k) * Method::width;
-    const auto x = Method::values(in, i);
-    constexpr bool all_real = std::same_as<std::remove_cvref_t<decltype(x.last())>, batch<real>> &&
-                              std::same_as<std::remove_cvref_t<decltype(y[k].last())>, batch<real>>;
-    if constexpr (Kernel::nan_in_nan_out && all_real) {
-      const batch<real> sum = x.first + x.last();
-      const lane_mask<real> nan = xsimd::isnan(x.first) | xsimd::isnan(x.last());
-      if (lane_bits<real>(method.flagged(x, y[k]) & !nan) == 0)
-        store_results(out, i, y[k].map([&](const auto& v) { return xsimd::select(nan, sum, v); }));
-      else
-        rest |= 1u << k;
-    } else {
-      if (lane_bits<real>(method.flagged(x, y[k])) == 0)
-        store_results(out, i, y[k]);
-      else
-        rest |= 1u << k;
-    }
+    if (lane_bits<typename Method::real>(method.settle(Method::values(in, i), y[k])) == 0)
+      store_results(out, i, y[k]);
+    else
+      rest |= 1u << k;
   }
   for (; rest != 0; rest &= rest - 1)
     repair_register(method, first + std::countr_zero(rest) * Method::width, Method::width, in, out, errors);
@@ -179,8 +181,7 @@ template <class Kernel, class Method, class In, class Out>
     for (; n - i >= Kernel::group; i += Kernel::group) {
       results y[Method::registers];
       if (compute_group(method, i, in, y)) [[unlikely]] {
-        if constexpr (Method::has_rare_lanes)
-          finish_flagged_group<Kernel>(method, i, in, out, y, errors);
+        if constexpr (Method::has_rare_lanes) finish_flagged_group(method, i, in, out, y, errors);
       } else {
 #pragma GCC unroll 16
         for (int k = 0; k < Method::registers; ++k) put(i + k * width, y[k]);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Loads damaged images of streams and uses what loads, for a build under the sanitizers: they judge.
 //   tmk-fuzz-images [seed [round]]    a round that failed is repeated by its number
-// TMK_FUZZ_SECONDS in the environment says how long (60).
+// TMK_FUZZ_SECONDS in the environment sets for how long (60).
 #include <unistd.h>
 
 #include <chrono>
@@ -76,7 +76,7 @@ void damage(image& bytes, std::mt19937& random) {
   const auto below = [&](size_t n) { return random() % std::max<size_t>(n, 1); };
   static constexpr uint32_t telling[] = {0, 1, 4, 16, 0x7F, 0xFF, 0xFFFF, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
   for (size_t edits = 1 + below(6); edits > 0 && !bytes.empty(); --edits) {
-    // Half of the edits go where sizes, identifiers and positions stand: the first bytes and the last.
+    // Half of the edits are where sizes, identifiers and positions are stored: the first bytes and the last.
     const size_t size = bytes.size(), near = std::min<size_t>(size, 64);
     const size_t at = below(2) ? below(size) : below(2) ? below(near) : size - 1 - below(near);
     switch (below(7)) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Prints the constants of the 6024 small twisters: half an hour of one core. With --check it searches some
-// sets anew, tests the period of every tenth and looks at what is cheap to see of all; with --check-all it
+// sets anew, tests the period of every tenth and checks what is cheap for all of them; with --check-all it
 // leaves nothing out.
 //
-// Twist constants are told apart by their lower halves, the odd numbers in rising order; upper halves are
-// tried in a fixed pseudo-random order until tempering masks bring the defect of the equidistribution to 720,
-// or the best of six is taken. Sets 0 to 2 are given.
+// Twist constants differ in their lower halves, the odd numbers in rising order; upper halves are tried in a
+// fixed pseudo-random order until tempering masks lower the defect of the equidistribution to 720, or the
+// best of six is taken. Sets 0 to 2 are given.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -59,7 +59,7 @@ row search(int set) {
 }
 
 row row_of_table(int set) {
-  const uint32_t* words = tmk::mt2203_rows + 3 * set;
+  const uint32_t* words = tmk::random::mt2203_rows + 3 * set;
   return {words[0], {words[1], words[2]}};
 }
 
@@ -85,12 +85,12 @@ int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "--check-all") == 0) return check(1, 1);
   std::puts(
       "// Made by tools/tables/random/mt2203.cpp: twist constant and two tempering masks of each set.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk {\n\nconstexpr uint32_t mt2203_rows[6024 * 3] = "
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\nconstexpr uint32_t mt2203_rows[6024 * 3] = "
       "{");
   for (int set = 0; set < sets; ++set) {
     const row r = search(set);
     std::printf("%s0x%08X, 0x%08X, 0x%08X,%s", set % 3 == 0 ? "    " : " ", r.a, r.m.b, r.m.c,
                 set % 3 == 2 ? "\n" : "");
   }
-  std::puts("};\n\n}  // namespace tmk");
+  std::puts("};\n\n}  // namespace tmk::random");
 }

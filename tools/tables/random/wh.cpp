@@ -71,8 +71,8 @@ const std::map<int, std::vector<int>, std::greater<>>& roots() {
   return all;
 }
 
-// The distance between the hyperplanes of all t-tuples beside the least that any lattice of this density has:
-// powers[i] is a^i mod m.
+// The distance between the hyperplanes of all t-tuples compared with the least that any lattice of this
+// density has: powers[i] is a^i mod m.
 double figure_of_merit(integer m, const std::vector<integer>& powers, size_t t) {
   constexpr double hermite[] = {0, 1, 4.0 / 3, 2, 4, 8, 64.0 / 3};  // constants to the power t
   basis b(t, std::vector<integer>(t));
@@ -221,9 +221,9 @@ int main() {
   }
   std::puts(
       "// Made by tools/tables/random/wh.cpp: 273 sets of four prime moduli and their multipliers.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk {\n");
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n");
   print("constexpr uint32_t wh_moduli[273][4]", sets, &parameter_set::modulus, 2);
   std::puts("");
   print("constexpr uint8_t wh_multipliers[273][4]", sets, &parameter_set::multiplier, 4);
-  std::puts("\n}  // namespace tmk");
+  std::puts("\n}  // namespace tmk::random");
 }

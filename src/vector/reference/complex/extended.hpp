@@ -58,7 +58,7 @@ void round_parts(extended_complex value, std::complex<Real>& r) {
 
 // Rounds a value of the function to the result and says what became of it; Growth as for real functions.
 // `first` and the others are the arguments. A result underflows when both of its components do: one that is
-// tiny beside the other lost nothing of the number.
+// tiny compared with the other lost nothing of the number.
 template <growth Growth, std::floating_point Real, class... Others>
 int conclude(extended_complex value, std::complex<Real>& r, extended_complex first, Others... others) {
   round_parts(value, r);

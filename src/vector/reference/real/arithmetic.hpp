@@ -49,7 +49,7 @@ inline extended smaller_magnitude(extended x, extended y) {
 }
 
 // scale x + shift to the last extended bit, however much cancels: where the sum of product and shift is
-// inexact, it is large beside the product's error.
+// inexact, it is large compared with the product's error.
 inline extended linear(extended scale, extended x, extended shift) {
   const extended rough = scale * x + shift;
   if (!std::isfinite(rough)) return rough;

@@ -17,9 +17,9 @@
 namespace tmk::reference {
 
 using extended = long double;
-using extended_pair = double_value<extended>;
+using extended_pair = value_pair<extended>;
 
-// Widens behind the compiler's back, which would else compare and round to integers in the narrow format.
+// Hides the widening from the compiler, which would else compare and round to integers in the narrow format.
 inline extended extend(std::floating_point auto a) {
   extended x = a;
   asm("" : "+t"(x));
@@ -45,7 +45,7 @@ inline extended_pair two_prod(extended a, extended b) {
 inline extended round_to_odd(extended_pair sum) {
   uint64_t significand;
   std::memcpy(&significand, &sum.high, sizeof significand);
-  const bool exact = !(sum.low < 0) && !(sum.low > 0);  // a NaN stands beside a high that needs no rounding
+  const bool exact = !(sum.low < 0) && !(sum.low > 0);  // `low` is a NaN where `high` needs no rounding
   if (exact || (significand & 1) != 0) return sum.high;
   return nextafterl(sum.high, sum.low > 0 ? HUGE_VALL : -HUGE_VALL);
 }

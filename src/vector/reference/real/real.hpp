@@ -3,7 +3,7 @@
 //   int Stem(Real a, [Real b,] Real& r, [Real& r2])  for float and double
 // stores the value rounded once and returns its status. They serve where no faster kernel exists, and as what
 // the kernels are checked against. The largest errors measured: 0.50001 ulp in single, 0.502 in double
-// (TGamma). They want exceptions masked and the x87 unit at 64 bits, rounding to nearest.
+// (TGamma). They require exceptions masked and the x87 unit at 64 bits, rounding to nearest.
 #pragma once
 
 #include "vector/reference/real/arithmetic.hpp"

@@ -2,7 +2,7 @@
 // Trigonometric functions of radians, half turns (pi) and degrees, and their inverses.
 //   x = quarter * right_angle + rest,  |rest| <= right_angle / 2
 // Both are exact for a right angle of 1/2 or 90, so that its multiples give exact values, and the quarter
-// says which of +-sin(rest), +-cos(rest) is meant.
+// selects which of +-sin(rest), +-cos(rest) is meant.
 #pragma once
 
 #include <numbers>

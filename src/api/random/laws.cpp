@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+// Parameters of the laws, checked and turned into those of the kernels.
+#include "api/random/laws.hpp"
+
+#include <cmath>
+#include <tmk/random.hpp>
+
+#include "api/call/refuse.hpp"
+#include "platform/by_precision.hpp"
+
+namespace tmk::detail {
+
+namespace {
+
+struct parameter {
+  const char* function;
+  const char* name;
+  double value;
+
+  void want(bool good, const char* what) const {
+    if (!good) refuse_value(function, name, number(value), what);
+  }
+};
+
+// Checked as the kernel receives it, in the precision of the elements.
+template <class Real>
+Real finite(const parameter& p) {
+  const Real value = static_cast<Real>(p.value);
+  p.want(std::isfinite(value), "a finite number");
+  return value;
+}
+template <class Real>
+Real positive(const parameter& p) {
+  const Real value = static_cast<Real>(p.value);
+  p.want(std::isfinite(value) && value > 0, "a positive finite number");
+  return value;
+}
+
+gaussian_method valid(const char* function, gaussian_method method, gaussian_method least) {
+  const parameter p{function, "method", static_cast<double>(method)};
+  p.want(method >= least && method <= gaussian_method::inversion, "a method of the law");
+  return method;
+}
+
+template <class Real>
+draw<Real> location_scale(const char* function, int uniforms, decltype(&tmk_vtsdRngExponential) d,
+                          decltype(&tmk_vtssRngExponential) s, Real location, Real scale) {
+  return draw<Real>{function, uniforms, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
+                      return by_precision<Real>(d, s)(g, n, r, location, scale);
+                    }};
+}
+
+resolution valid(resolution r) {
+  const parameter p{"uniform", "resolution", static_cast<double>(r)};
+  p.want(r == resolution::full || r == resolution::one_word, "full or one_word");
+  return r;
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::uniform& law) {
+  const Real low = finite<Real>({"uniform", "low", law.low}),
+             high = finite<Real>({"uniform", "high", law.high});
+  parameter{"uniform", "high", law.high}.want(low < high, "more than low");
+  parameter{"uniform", "high", law.high}.want(std::isfinite(high - low), "a finite distance from low");
+  const bool full = valid(law.resolution) == resolution::full;
+  return draw<Real>{"uniform", 1, full ? int{sizeof(Real)} : 0, [=](VtsStreamHandle g, int32_t n, Real* r) {
+                      constexpr auto open = by_precision<Real>(&tmk_vtsdRngUniform, &tmk_vtssRngUniform);
+                      constexpr auto own = by_precision<Real>(&_vtsdRngUniform, &_vtssRngUniform);
+                      return full ? open(g, n, r, low, high) : own(VTS_METHOD_ACCURATE, g, n, r, low, high);
+                    }};
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::exponential& law) {
+  const Real location = finite<Real>({"exponential", "location", law.location});
+  positive<Real>({"exponential", "rate", law.rate});
+  const Real scale = positive<Real>({"exponential", "1 / rate", 1 / law.rate});
+  return location_scale("exponential", 1, &tmk_vtsdRngExponential, &tmk_vtssRngExponential, location, scale);
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::cauchy& law) {
+  return location_scale("cauchy", 1, &tmk_vtsdRngCauchy, &tmk_vtssRngCauchy,
+                        finite<Real>({"cauchy", "location", law.location}),
+                        positive<Real>({"cauchy", "scale", law.scale}));
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::gumbel& law) {
+  return location_scale("gumbel", 1, &tmk_vtsdRngGumbel, &tmk_vtssRngGumbel,
+                        finite<Real>({"gumbel", "location", law.location}),
+                        -positive<Real>({"gumbel", "scale", law.scale}));
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::laplace& law) {
+  return location_scale("laplace", 2, &tmk_vtsdRngLaplace, &tmk_vtssRngLaplace,
+                        finite<Real>({"laplace", "location", law.location}),
+                        positive<Real>({"laplace", "scale", law.scale}));
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::rayleigh& law) {
+  constexpr double sqrt_2 = 1.4142135623730951;
+  const Real location = finite<Real>({"rayleigh", "location", law.location});
+  positive<Real>({"rayleigh", "scale", law.scale});
+  const Real beta = positive<Real>({"rayleigh", "sqrt(2) scale", sqrt_2 * law.scale});
+  return location_scale("rayleigh", 1, &tmk_vtsdRngRayleigh, &tmk_vtssRngRayleigh, location, beta);
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::weibull& law) {
+  const Real shape = positive<Real>({"weibull", "shape", law.shape});
+  const Real scale = positive<Real>({"weibull", "scale", law.scale});
+  const Real location = finite<Real>({"weibull", "location", law.location});
+  return draw<Real>{"weibull", 1, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
+                      return by_precision<Real>(&tmk_vtsdRngWeibull, &tmk_vtssRngWeibull)(g, n, r, shape,
+                                                                                          location, scale);
+                    }};
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::gaussian& law) {
+  const gaussian_method method = valid("gaussian", law.method, gaussian_method::pairs);
+  const Real mean = finite<Real>({"gaussian", "mean", law.mean}),
+             sd = positive<Real>({"gaussian", "sd", law.sd});
+  return draw<Real>{"gaussian", method == gaussian_method::kept_pairs ? 0 : 1, sizeof(Real),
+                    [=](VtsStreamHandle g, int32_t n, Real* r) {
+                      return by_precision<Real>(&tmk_vtsdRngGaussian, &tmk_vtssRngGaussian)(
+                          static_cast<int32_t>(method), g, n, r, mean, sd);
+                    }};
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::lognormal& law) {
+  const gaussian_method method = valid("lognormal", law.method, gaussian_method::kept_pairs);
+  const Real mean = finite<Real>({"lognormal", "log_mean", law.log_mean});
+  const Real sd = positive<Real>({"lognormal", "log_sd", law.log_sd});
+  const Real location = finite<Real>({"lognormal", "location", law.location});
+  const Real scale = positive<Real>({"lognormal", "scale", law.scale});
+  const bool kept = method == gaussian_method::kept_pairs;
+  return draw<Real>{"lognormal", kept ? 0 : 1, sizeof(Real), [=](VtsStreamHandle g, int32_t n, Real* r) {
+                      const int32_t number = kept ? 0 : 1;
+                      return by_precision<Real>(&tmk_vtsdRngLognormal, &tmk_vtssRngLognormal)(
+                          number, g, n, r, mean, sd, location, scale);
+                    }};
+}
+
+template <class>
+draw<int32_t> make_draw(const distribution::uniform_int& law) {
+  parameter{"uniform_int", "high", static_cast<double>(law.high)}.want(law.low <= law.high, "low or more");
+  return draw<int32_t>{"uniform_int", 1, sizeof(double), [=](VtsStreamHandle g, int32_t n, int32_t* r) {
+                         return tmk_vtsiRngUniform(g, n, r, law.low, law.high);
+                       }};
+}
+
+template <class>
+draw<int32_t> make_draw(const distribution::bernoulli& law) {
+  refuse_unless_in("bernoulli", "p", law.p, 0, 1);
+  return draw<int32_t>{"bernoulli", 1, sizeof(double), [p = law.p](VtsStreamHandle g, int32_t n, int32_t* r) {
+                         return tmk_vtsiRngBernoulli(g, n, r, p);
+                       }};
+}
+
+// Below 1e-7 the greatest variates would not fit into 32 bits.
+template <class>
+draw<int32_t> make_draw(const distribution::geometric& law) {
+  parameter{"geometric", "p", law.p}.want(law.p >= 1e-7 && law.p <= 1, "0.0000001 to 1");
+  return draw<int32_t>{"geometric", 1, sizeof(double), [p = law.p](VtsStreamHandle g, int32_t n, int32_t* r) {
+                         return tmk_vtsiRngGeometric(g, n, r, p);
+                       }};
+}
+
+}  // namespace
+
+template <class T, class Laws>
+draw<T> draw_of(const Laws& law) {
+  return std::visit([](const auto& l) { return make_draw<T>(l); }, law);
+}
+
+template draw<double> draw_of(const distribution::continuous&);
+template draw<float> draw_of(const distribution::continuous&);
+template draw<int32_t> draw_of(const distribution::discrete&);
+
+}  // namespace tmk::detail

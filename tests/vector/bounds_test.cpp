@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every kernel of every tier against multiple-precision values: what its level promises, and the bounds of
+// bounds.def, for random arguments of the function's domain and for those where kernels came off worst.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "oracle/batch.hpp"
+#include "oracle/oracle.hpp"
+#include "tools/common/kernels.hpp"
+
+namespace {
+
+using namespace tmk::accuracy;
+using namespace tmk::tools;
+
+struct bound_row {
+  std::string_view function;
+  bool is_wide;
+  std::array<double, 3> ulp;  // by slot
+};
+constexpr bool W7 = false, wide = true;
+constexpr double level = HUGE_VAL;
+constexpr bound_row bounds[] = {
+#define TMK_BOUND(function, tiers, la, ha, ep) {#function, tiers, {la, ha, ep}},
+#include "vector/bounds.def"
+};
+
+// The unit of subnormal results is large: one of them is allowed where the promise is a number of bits.
+bool is_kept(const vector_function& f, const kernel_use& use, const exact_value& exact, double got) {
+  const double ulp = ulp_error(exact, got);
+  const double promised = f.is_single() ? (use.slot == TMK_SLOT_LA ? 0x1p-21 : 0x1p-11)
+                                        : (use.slot == TMK_SLOT_LA ? 0x1p-50 : 0x1p-26);
+  const auto row = std::ranges::find_if(bounds, [&](const bound_row& b) {
+    return b.function == f.name && b.is_wide == (use.tier != TMK_TIER_W7);
+  });
+  if (row != std::end(bounds) && ulp > row->ulp[use.slot]) return false;
+  return ulp <= 1 || (use.slot != TMK_SLOT_HA && relative_error(exact, got) <= promised);
+}
+
+template <class Real, int32_t Size>
+void expect_kept(const vector_function& f, batch<Real, Size>& sample) {
+  const oracle exact(f.name);
+  std::vector<exact_result> values;
+  for (const arguments& x : sample.inputs()) values.push_back(exact(x));
+  for (const kernel& k : distinct_kernels(f, available_tiers(), {TMK_SLOT_LA, TMK_SLOT_HA, TMK_SLOT_EP})) {
+    sample.run(k.address);
+    for (const kernel_use& use : k.uses)
+      for (size_t i = 0; i < values.size(); ++i)
+        for (const int part : {0, 1}) {
+          const double got = sample.result(static_cast<int32_t>(i))[part];
+          ASSERT_TRUE(is_kept(f, use, values[i][part], got))
+              << std::hexfloat << f.name << sample.inputs()[i].a << sample.inputs()[i].b << " part " << part
+              << " = " << got << std::defaultfloat << ", " << ulp_error(values[i][part], got) << " ulp, "
+              << level_names[use.slot] << " on " << tmk_tier_name(use.tier);
+        }
+  }
+}
+
+class bounds_of_errors : public testing::Test {
+ protected:
+  bounds_of_errors() : mode_(tmk_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_DENORMALS_KEPT)) {}
+  ~bounds_of_errors() override {
+    if (mode_ != 0) tmk_vtm_kernel_SetMode(mode_);
+    tmk_select_tier(TMK_TIER_WIDEST);
+  }
+
+ private:
+  uint32_t mode_;
+};
+
+template <int32_t Size>
+void expect_kept_on_random_arguments(const vector_function& f) {
+  if (f.is_single())
+    expect_kept(f, *std::make_unique<batch<float, Size>>(f, 11));
+  else
+    expect_kept(f, *std::make_unique<batch<double, Size>>(f, 12));
+}
+
+TEST_F(bounds_of_errors, are_kept_on_random_arguments) {
+  for (const vector_function& f : functions_with_value())
+    if (f.vectorized) expect_kept_on_random_arguments<1024>(f);
+}
+
+// Tests of the extended-precision functions judge more; these go through the kernels.
+TEST_F(bounds_of_errors, are_kept_by_reference_kernels) {
+  for (const vector_function& f : functions_with_value())
+    if (!f.vectorized) expect_kept_on_random_arguments<64>(f);
+}
+
+TEST_F(bounds_of_errors, are_kept_on_hard_arguments) {
+  const auto functions = functions_with_value();
+  std::ifstream file(TMK_SOURCE_DIR "/tests/reference/hard_inputs.txt");
+  int lines = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream words(line);
+    std::string name, argument;
+    words >> name >> argument;
+    const auto f = std::ranges::find(functions, name, &vector_function::name);
+    ASSERT_NE(f, functions.end()) << line;
+    const arguments x[] = {{std::strtod(argument.c_str(), nullptr)}};
+    if (f->is_single())
+      expect_kept(*f, *std::make_unique<batch<float, 1>>(*f, std::span(x)));
+    else
+      expect_kept(*f, *std::make_unique<batch<double, 1>>(*f, std::span(x)));
+    ++lines;
+  }
+  EXPECT_GE(lines, 25);
+}
+
+// A misspelt row would bind nothing.
+TEST_F(bounds_of_errors, are_those_of_functions_with_kernels) {
+  const auto functions = functions_with_value();
+  std::set<std::pair<std::string_view, bool>> seen;
+  for (const bound_row& row : bounds) {
+    const auto f = std::ranges::find(functions, row.function, &vector_function::name);
+    EXPECT_TRUE(f != functions.end() && f->vectorized) << row.function;
+    EXPECT_TRUE(seen.insert({row.function, row.is_wide}).second) << row.function << " twice";
+  }
+}
+
+}  // namespace

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/common/kernels.hpp"
+
+namespace tmk::tools {
+
+std::vector<vector_function> functions_with_value() {
+  std::vector<vector_function> all = {
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
+  {#letter #stem,                                             \
+   #stem,                                                     \
+   #letter[0],                                                \
+   call_shape::shape,                                         \
+   std::string_view(#stage) != "scalar",                      \
+   &tmk_vtm_kernel_##letter##stem##_ttab},
+#include "vector/registry/functions.def"
+  };
+  std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });
+  return all;
+}
+
+}  // namespace tmk::tools
