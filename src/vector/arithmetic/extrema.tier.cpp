@@ -14,7 +14,7 @@ struct extremum : exact<Real> {
   // `right` says where y is the answer; equal numbers differ in sign at most, and `equal` is theirs.
   static value choose(const value& x, const value& y, const lane_mask<Real>& right, const value& equal) {
     const value chosen = xsimd::select(x == y, equal, xsimd::select(right | xsimd::isnan(x), y, x));
-    return xsimd::select(xsimd::isnan(chosen), x + y, chosen);  // two NaNs: quieted
+    return xsimd::select(xsimd::isnan(chosen), chosen + chosen, chosen);  // two NaNs: quieted
   }
   static value larger(const value& x, const value& y) { return choose(x, y, x < y, x & y); }
   static value smaller(const value& x, const value& y) { return choose(x, y, x > y, x | y); }

@@ -18,6 +18,7 @@ struct double_ln;
 // ln(x) in the x87 format, which has the subnormals of both types among its normal numbers.
 template <class Real>
 Real extended_ln(Real x) {
+  const control_scope nearest(control_class::c, sse_control::masks_only);  // not in the caller's direction
   long double y = x;
   asm("fldln2\n\tfxch\n\tfyl2x" : "+t"(y) : : "st(7)");
   return static_cast<Real>(y);

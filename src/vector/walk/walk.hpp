@@ -60,8 +60,9 @@ struct method {
     constexpr bool all_real = std::same_as<std::remove_cvref_t<decltype(x.last())>, batch<real>> &&
                               std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
     if constexpr (Kernel::nan_in_nan_out && all_real) {
-      const lane_mask<real> nan = xsimd::isnan(x.first) | xsimd::isnan(x.last());
-      const batch<real> quieted = x.first + x.last();
+      // The first NaN of two: a sum of both would depend on the order that the compiler gives it.
+      const lane_mask<real> first = xsimd::isnan(x.first), nan = first | xsimd::isnan(x.last());
+      const batch<real> either = xsimd::select(first, x.first, x.last()), quieted = either + either;
       y = y.map([&](const auto& v) { return xsimd::select(nan, quieted, v); });
       return rare_lanes & !nan;
     } else {
