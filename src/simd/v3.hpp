@@ -125,4 +125,10 @@ batch<T> round_up(const batch<T>& x) {
 inline f32 round_as_set(const f32& x) { return _mm256_round_ps(x, _MM_FROUND_CUR_DIRECTION); }
 inline f64 round_as_set(const f64& x) { return _mm256_round_pd(x, _MM_FROUND_CUR_DIRECTION); }
 
+// The larger or smaller of two; the second one where they are equal or one is a NaN.
+inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm256_max_ps(x, y); }
+inline f64 maximum_or_second(const f64& x, const f64& y) { return _mm256_max_pd(x, y); }
+inline f32 minimum_or_second(const f32& x, const f32& y) { return _mm256_min_ps(x, y); }
+inline f64 minimum_or_second(const f64& x, const f64& y) { return _mm256_min_pd(x, y); }
+
 TMK_TIER_CLOSE

@@ -119,4 +119,20 @@ batch<T> round_up(const batch<T>& x) {
 inline f32 round_as_set(const f32& x) { return _mm512_roundscale_ps(x, _MM_FROUND_CUR_DIRECTION); }
 inline f64 round_as_set(const f64& x) { return _mm512_roundscale_pd(x, _MM_FROUND_CUR_DIRECTION); }
 
+// Lanes that hold an infinity or a NaN; those, or a zero or a subnormal number.
+inline lane_mask<float> not_finite(const f32& x) { return lane_mask<float>(_mm512_fpclass_ps_mask(x, 0x99)); }
+inline lane_mask<double> not_finite(const f64& x) {
+  return lane_mask<double>(_mm512_fpclass_pd_mask(x, 0x99));
+}
+inline lane_mask<float> not_normal(const f32& x) { return lane_mask<float>(_mm512_fpclass_ps_mask(x, 0xBF)); }
+inline lane_mask<double> not_normal(const f64& x) {
+  return lane_mask<double>(_mm512_fpclass_pd_mask(x, 0xBF));
+}
+
+// The larger or smaller of two; the second one where they are equal or one is a NaN.
+inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm512_max_ps(x, y); }
+inline f64 maximum_or_second(const f64& x, const f64& y) { return _mm512_max_pd(x, y); }
+inline f32 minimum_or_second(const f32& x, const f32& y) { return _mm512_min_ps(x, y); }
+inline f64 minimum_or_second(const f64& x, const f64& y) { return _mm512_min_pd(x, y); }
+
 TMK_TIER_CLOSE

@@ -106,4 +106,10 @@ __m128d part_of(const f64& x) {
   return x;
 }
 
+// The larger or smaller of two; the second one where they are equal or one is a NaN.
+inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm_max_ps(x, y); }
+inline f64 maximum_or_second(const f64& x, const f64& y) { return _mm_max_pd(x, y); }
+inline f32 minimum_or_second(const f32& x, const f32& y) { return _mm_min_ps(x, y); }
+inline f64 minimum_or_second(const f64& x, const f64& y) { return _mm_min_pd(x, y); }
+
 TMK_TIER_CLOSE

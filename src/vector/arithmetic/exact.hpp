@@ -26,14 +26,15 @@ batch<Real> with_sign_of(const batch<Real>& x, const batch<Real>& y) {
   return x | (y & batch<Real>(Real(-0.0)));
 }
 
-// Lanes that hold an infinity or a NaN; those, or a zero or a subnormal number.
+// For patch(): a NaN is its own answer, and a result that is a number or an infinity has no status where an
+// argument is infinite. Returns the other lanes.
 template <class Real>
-lane_mask<Real> not_finite(const batch<Real>& x) {
-  return magnitude_outside<Real, typename format<Real>::bits{0}, format<Real>::infinity>(x);
-}
-template <class Real>
-lane_mask<Real> not_normal(const batch<Real>& x) {
-  return not_positive_normal(xsimd::abs(x));
+lane_mask<Real> without_special_arguments(const batch<Real>& x, const batch<Real>& y, batch<Real>& r) {
+  const lane_mask<Real> no_answer = xsimd::isnan(r);
+  pack result{r};
+  const lane_mask<Real> nan = answer_nans(pack{x, y}, result);
+  r = result.first;
+  return !(nan | ((not_finite(x) | not_finite(y)) & !no_answer));
 }
 
 }  // namespace

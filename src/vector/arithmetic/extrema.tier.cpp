@@ -6,18 +6,26 @@
 TMK_TIER_OPEN
 namespace {
 
+// The processor's extrema return their second argument where the two are equal, as +0 and -0 are, so that
+// both orders together settle the sign. Lanes with a NaN are patched.
 template <class Real>
 struct extremum : exact<Real> {
   using value = batch<Real>;
-  static constexpr bool nan_in_nan_out = false;
-
-  // `right` says where y is the answer; equal numbers differ in sign at most, and `equal` is theirs.
-  static value choose(const value& x, const value& y, const lane_mask<Real>& right, const value& equal) {
-    const value chosen = xsimd::select(x == y, equal, xsimd::select(right | xsimd::isnan(x), y, x));
-    return xsimd::select(xsimd::isnan(chosen), chosen + chosen, chosen);  // two NaNs: quieted
+  static value larger(const value& x, const value& y) {
+    return maximum_or_second(x, y) & maximum_or_second(y, x);
   }
-  static value larger(const value& x, const value& y) { return choose(x, y, x < y, x & y); }
-  static value smaller(const value& x, const value& y) { return choose(x, y, x > y, x | y); }
+  static value smaller(const value& x, const value& y) {
+    return minimum_or_second(x, y) | minimum_or_second(y, x);
+  }
+  static lane_mask<Real> flagged(const value& x, const value& y, const value&) {
+    return xsimd::isnan(x) | xsimd::isnan(y);
+  }
+  static lane_mask<Real> patch(const value& x, const value& y, value& r) {
+    const auto x_nan = xsimd::isnan(x), y_nan = xsimd::isnan(y);
+    r = xsimd::select(x_nan, y, xsimd::select(y_nan, x, r));
+    r = xsimd::select(x_nan & y_nan, r + r, r);
+    return lane_mask<Real>(false);
+  }
 };
 
 template <class Real>
@@ -36,9 +44,8 @@ template <class Real>
 struct larger_magnitude : extremum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) {
-    const value either = extremum<Real>::larger(x, y);
     const value a = xsimd::abs(x), b = xsimd::abs(y);
-    return xsimd::select(a > b, x, xsimd::select(a < b, y, either));
+    return xsimd::select(a > b, x, xsimd::select(a < b, y, extremum<Real>::larger(x, y)));
   }
 };
 
@@ -46,9 +53,8 @@ template <class Real>
 struct smaller_magnitude : extremum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) {
-    const value either = extremum<Real>::smaller(x, y);
     const value a = xsimd::abs(x), b = xsimd::abs(y);
-    return xsimd::select(a < b, x, xsimd::select(a > b, y, either));
+    return xsimd::select(a < b, x, xsimd::select(a > b, y, extremum<Real>::smaller(x, y)));
   }
 };
 

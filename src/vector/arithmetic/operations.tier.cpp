@@ -7,35 +7,39 @@
 TMK_TIER_OPEN
 namespace {
 
+// `flagged` says which results are looked at again, `patch` which of them are for the slow path.
 template <class Real>
 struct sum : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x + y; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
+  static lane_mask<Real> patch(const value& x, const value& y, value& r) {
+    return without_special_arguments(x, y, r);
+  }
 };
 
 template <class Real>
-struct difference : memory_bound<Real> {
+struct difference : sum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x - y; }
-  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
 };
 
 // x - y where that is positive, else 0.
 template <class Real>
-struct positive_difference : memory_bound<Real> {
+struct positive_difference : sum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return xsimd::select(x <= y, value(Real(0)), x - y); }
-  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
 };
 
 template <class Real>
 struct product : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x * y; }
-  static lane_mask<Real> flagged(const value& x, const value& y, const value& r) {
+  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_normal(r); }
+  static lane_mask<Real> patch(const value& x, const value& y, value& r) {
     const value zero(Real(0));
-    return not_finite(r) | (below_normal(r) & (x != zero) & (y != zero));
+    const auto rest = without_special_arguments(x, y, r);
+    return rest & (not_finite(r) | ((x != zero) & (y != zero)));
   }
 };
 
@@ -43,8 +47,9 @@ template <class Real>
 struct square : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x) { return x * x; }
-  static lane_mask<Real> flagged(const value& x, const value& r) {
-    return not_normal(r) & (x != value(Real(0)));
+  static lane_mask<Real> flagged(const value&, const value& r) { return not_normal(r); }
+  static lane_mask<Real> patch(const value& x, value& r) {
+    return without_special_arguments(x, x, r) & (x != value(Real(0)));
   }
 };
 
@@ -52,9 +57,10 @@ template <class Real>
 struct quotient : memory_bound<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) { return x / y; }
-  static lane_mask<Real> flagged(const value& x, const value& y, const value& r) {
+  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_normal(r); }
+  static lane_mask<Real> patch(const value& x, const value& y, value& r) {
     const value zero(Real(0));
-    return not_normal(r) & ((x != zero) | (y == zero));
+    return without_special_arguments(x, y, r) & ((x != zero) | (y == zero));
   }
 };
 

@@ -53,7 +53,9 @@ class flags {
   void restore() const {
     uint16_t x87;
     asm volatile("fnstsw %0" : "=m"(x87));
-    if (((x87 ^ x87_) & all) != 0) {
+    if ((x87 & ~x87_ & all) != 0 && (x87_ & all) == 0) {
+      asm volatile("fnclex");
+    } else if (((x87 ^ x87_) & all) != 0) {
       uint32_t environment[7];
       asm volatile("fnstenv %0" : "=m"(environment));
       environment[1] = (environment[1] & ~all) | (x87_ & all);

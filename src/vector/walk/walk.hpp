@@ -20,6 +20,16 @@ TMK_TIER_OPEN
 // Results of this many bytes do not stay in a cache.
 constexpr int streaming_threshold = 8 << 20;
 
+// Puts the first NaN among the arguments, quieted, into the results, and returns its lanes. (A sum of two
+// NaNs would depend on the order that the compiler gives it.)
+template <class Values, class Results>
+auto answer_nans(const Values& x, Results& y) {
+  const auto first = xsimd::isnan(x.first), nan = first | xsimd::isnan(x.last());
+  const auto either = xsimd::select(first, x.first, x.last()), quieted = either + either;
+  y = y.map([&](const auto& v) { return xsimd::select(nan, quieted, v); });
+  return nan;
+}
+
 // How elements are computed: a description with its scalars, and the slow path of one element: its status is
 // rare(const A*...)(R*...).
 template <class Kernel, class Rare>
@@ -53,21 +63,20 @@ struct method {
     else
       return lane_mask<real>(false);
   }
-  // The lanes for the slow path. Missing data are common: where a NaN is its own answer, y takes it here.
+  // What flagged lanes can be spared the slow path: by the description's patch, or, where a NaN among the
+  // arguments is the answer, by that. Missing data are common.
   template <class Values, class Results>
   lane_mask<real> settle(const Values& x, Results& y) const {
-    const lane_mask<real> rare_lanes = flagged(x, y);
     constexpr bool all_real = std::same_as<std::remove_cvref_t<decltype(x.last())>, batch<real>> &&
                               std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
-    if constexpr (Kernel::nan_in_nan_out && all_real) {
-      // The first NaN of two: a sum of both would depend on the order that the compiler gives it.
-      const lane_mask<real> first = xsimd::isnan(x.first), nan = first | xsimd::isnan(x.last());
-      const batch<real> either = xsimd::select(first, x.first, x.last()), quieted = either + either;
-      y = y.map([&](const auto& v) { return xsimd::select(nan, quieted, v); });
-      return rare_lanes & !nan;
-    } else {
-      return rare_lanes;
+    lane_mask<real> rare_lanes = flagged(x, y);
+    if constexpr (requires { &Kernel::patch; }) {
+      x.apply([&](const auto&... v) { rare_lanes = rare_lanes & kernel.patch(v..., y.first); });
+    } else if constexpr (Kernel::nan_in_nan_out && all_real) {
+      const lane_mask<real> nan = answer_nans(x, y);
+      rare_lanes = rare_lanes & !nan;
     }
+    return rare_lanes;
   }
   template <class In, class Out>
   int32_t slow(const In& in, const Out& out) const {
