@@ -164,7 +164,7 @@ TEST_P(toolbox, takes_complex_elements_apart_and_evaluates_polynomials) {
   in_both_precisions([&]<class Real>(Real) {
     const auto& kernels = tmk::toolbox_kernels_now<Real>();
     const int n = kernels.lanes;
-    Real x[32], parts[32], whole[32];
+    Real x[32] = {}, parts[32], whole[32];
     for (int i = 0; i < 2 * n; ++i) x[i] = static_cast<Real>(i + 1);
     kernels.deinterleave(x, parts);
     kernels.interleave(parts, whole);
