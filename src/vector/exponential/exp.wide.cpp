@@ -6,12 +6,12 @@ TMK_TIER_OPEN
 namespace {
 
 // Maximum errors in ulp (V3, V4), by tmk-accuracy Exp --search thorough:
-//   single LA (all inputs): 1.135 at 0x1.75540cp+2: got 0x1.5577e4p+8, want 0x1.5577e1bbp+8
-//   single HA (all inputs to -103.278): 0.537 at -0x1.eddd82p+5: got 0x1.ea6bf4p-90, want 0x1.ea6bf2edp-90
-//   single EP: 1651 at -0x1.5b783ep+6: got 0x1.9949f6p-126, want 0x1.993d102ap-126
-//   double LA: 1.016 at -0x1.de1d227c428a1p+6: got 0x1.789a014abf051p-173, want 0x1.789a014abf04ffcp-173
-//   double HA: 0.5872 at 0x1.a427cb261754p+3: got 0x1.ebf44c57e1d9ap+18, want 0x1.ebf44c57e1d996ap+18
-//   double EP: 2.3e+07 at 0x1.61c1508eecfp+9: got 0x1.a622752695f72p+1020, want 0x1.a6227510d074fb5p+1020
+//   single LA: 1.134 at -0x1.abe8d2p+4: got 0x1.559406p-39, want 0x1.559403bbp-39
+//   single HA (all inputs): 1.0000 at -0x1.9d1da2p+6: got 0, want 0x1.fffee67bp-150
+//   single EP: 1651 at -0x1.5061p+6: got 0x1.99555ap-122, want 0x1.9948745ap-122
+//   double LA: 1.017 at -0x1.1590c82f51d57p+8: got 0x1.78c5d42edb7b1p-401, want 0x1.78c5d42edb7affcp-401
+//   double HA: 0.5855 at 0x1.d1a2b30cc68d5p+6: got 0x1.ec00b874ae05ap+167, want 0x1.ec00b874ae0596ap+167
+//   double EP: 2.3e+07 at 0x1.610fde7796ffap+9: got 0x1.a622773c74c7ep+1018, want 0x1.a6227726af45c0fp+1018
 // Single ends at -103.278..., as defined: where the last subnormal would still be nearest, the result is 0.
 template <class Real, level Level>
 struct wide_exp : description<Real> {

@@ -9,9 +9,9 @@ TMK_TIER_OPEN
 namespace {
 
 // Maximum errors in ulp (V3, V4), by tmk-accuracy Expm1 --search thorough:
-//   single LA, HA, EP: 0.5160 at 0x1.c1d27p-5: got 0x1.ce66acp-5, want 0x1.ce66aaf8p-5
-//   double LA, EP: 1.497 at -0x1.642e2b1c3bd11p-5: got -0x1.5c8c54b27eb06p-5, want -0x1.5c8c54b27eb0481p-5
-//   double HA: 0.5381 at 0x1.626439aa84b1fp+9: got 0x1.78d207386e3d9p+1022, want 0x1.78d207386e3d876p+1022
+//   single LA, HA, EP (all inputs): 0.5241 at 0x1.66ca8cp-5: got 0x1.6ec3a8p-5, want 0x1.6ec3a90cp-5
+//   double LA, EP: 1.473 at -0x1.664a688cb0f6dp-5: got -0x1.5e9184b7c4826p-5, want -0x1.5e9184b7c482487p-5
+//   double HA: 0.5378 at 0x1.626429cb9913ap+9: got 0x1.78a3513f132d2p+1022, want 0x1.78a3513f132d176p+1022
 template <class Real, level Level>
 struct wide_expm1 : description<Real> {
   using value = batch<Real>;
