@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A C++ program that needs the rest of the library: versions, threads, and a covariance, for which the shared
-// library loads a BLAS or does without. The argument specifies where a BLAS comes from: loaded, linked or none.
+// library loads a BLAS or does without. The argument specifies where a BLAS comes from: loaded, linked or
+// none.
 #include <tmk/abi/threading.h>
 
 #include <cmath>

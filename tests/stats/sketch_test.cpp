@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Streaming quantiles against exact ranks: a value holds every rank from the number of values below it to the
 // number of those not above it, and one of them must be within epsilon N of order N at every moment.
-#include "sanitized.hpp"
 #include "stats/quantiles/sketch.hpp"
 
 #include <gtest/gtest.h>
@@ -16,6 +15,7 @@
 #include <random>
 #include <vector>
 
+#include "sanitized.hpp"
 #include "stats/task.hpp"
 #include "threading/shuffled_threads.hpp"
 #include "tmk/abi/ss.h"

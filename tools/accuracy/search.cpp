@@ -73,7 +73,8 @@ class judge {
  public:
   explicit judge(const measurement& m) : function_(*m.function), exact_(m.function->name) {
     // The extended-precision kernels are the same formulas as the filters, which cannot judge them.
-    const bool filtered = function_.vectorized && function_.shape == call_shape::unary && !function_.is_complex();
+    const bool filtered =
+        function_.vectorized && function_.shape == call_shape::unary && !function_.is_complex();
     const filter* f = filtered ? find_filter(function_.stem) : nullptr;
     if (f != nullptr) value_ = pick<Real>(*f);
   }

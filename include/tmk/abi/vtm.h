@@ -89,8 +89,8 @@ typedef struct {
 } VtmErrorContext;
 #pragma pack(pop)
 
-/* Returns 0 to let the standard handling continue and take r1 and r2, anything else to end the report. It runs
- * on the reporting thread inside the kernel and must leave the floating-point controls as they are. */
+/* Returns 0 to let the standard handling continue and take r1 and r2, anything else to end the report. It
+ * runs on the reporting thread inside the kernel and must leave the floating-point controls as they are. */
 typedef int32_t (*VtmErrorCallback)(VtmErrorContext*);
 
 #define TMK_VTM_STATE(operation, result, parameters) \

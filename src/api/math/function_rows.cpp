@@ -93,7 +93,7 @@ using table = std::array<std::array<function_row, 4>, stem_count>;
 
 constexpr table make_rows() {
   table rows{};
-#define TMK_FUNCTION(letter, stem_, shape_, slots, wide, stage)                                      \
+#define TMK_FUNCTION(letter, stem_, shape_, slots, wide, stage)                                \
   {                                                                                            \
     constexpr precision p = precision::letter;                                                 \
     constexpr stem function = stem::stem_;                                                     \
@@ -103,8 +103,8 @@ constexpr table make_rows() {
         .name = snake_case(#stem_),                                                            \
         .record = &tmk_vtm_kernel_##letter##stem_##_ttab,                                      \
         .cost = &tmk_vtm_kernel_##letter##stem_##_ctab,                                        \
-        .invoke = caller<TMK_TYPE_##letter, TMK_REAL_##letter>::shape_,                     \
-        .report = caller<TMK_TYPE_##letter, TMK_REAL_##letter>::report_of(shape::shape_),   \
+        .invoke = caller<TMK_TYPE_##letter, TMK_REAL_##letter>::shape_,                        \
+        .report = caller<TMK_TYPE_##letter, TMK_REAL_##letter>::report_of(shape::shape_),      \
         .a = {complex && shape::shape_ != shape::real_argument, wide},                         \
         .r = {complex && shape::shape_ != shape::real_result, wide},                           \
         .has_b = shape::shape_ == shape::binary || shape::shape_ == shape::linear_fraction,    \

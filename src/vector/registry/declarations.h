@@ -16,9 +16,9 @@
   TMK_KERNEL(letter, stem, tier##EPnnn, shape)
 
 #define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
-  TMK_KERNEL(letter, stem, PXHAynn, shape)              \
-  TMK_LEVELS(letter, stem, shape, W7)                   \
-  TMK_LEVELS(letter, stem, shape, V3)                   \
+  TMK_KERNEL(letter, stem, PXHAynn, shape)                    \
+  TMK_LEVELS(letter, stem, shape, W7)                         \
+  TMK_LEVELS(letter, stem, shape, V3)                         \
   TMK_LEVELS(letter, stem, shape, V4)
 #include "vector/registry/functions.def"
 

@@ -9,7 +9,7 @@
     ((kernel)tmk_vtm_kernel_##letter##stem##_ttab.kernel[slot]) TMK_ARGUMENTS_##shape; \
   }
 
-#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage)                                         \
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage)                                        \
   TMK_ENTRY(_vtm##letter##stem, letter, stem, shape, TMK_SLOT_HA)                                    \
   TMK_ENTRY(_vtm##letter##stem##_HA, letter, stem, shape, TMK_SLOT_HA)                               \
   TMK_ENTRY(TMK_JOIN(_vtm##letter##stem##_, TMK_LA_BITS_##letter), letter, stem, shape, TMK_SLOT_LA) \

@@ -100,9 +100,9 @@ constexpr auto object_of() {
 }
 
 TEST(math, every_function_runs_its_row) {
-#define TMK_ROUTE_math(letter, stem_, shape)                                                     \
-  EXPECT_TRUE((routes<TMK_TYPE_##letter, TMK_REAL_##letter>().shape(object_of<stem::stem_>(), \
-                                                                       _vtm##letter##stem_)))    \
+#define TMK_ROUTE_math(letter, stem_, shape)                                                                 \
+  EXPECT_TRUE(                                                                                               \
+      (routes<TMK_TYPE_##letter, TMK_REAL_##letter>().shape(object_of<stem::stem_>(), _vtm##letter##stem_))) \
       << #letter #stem_;
 #define TMK_ROUTE_unary TMK_ROUTE_math
 #define TMK_ROUTE_binary TMK_ROUTE_math

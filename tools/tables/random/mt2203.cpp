@@ -85,7 +85,8 @@ int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "--check-all") == 0) return check(1, 1);
   std::puts(
       "// Made by tools/tables/random/mt2203.cpp: twist constant and two tempering masks of each set.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\nconstexpr uint32_t mt2203_rows[6024 * 3] = "
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\nconstexpr uint32_t mt2203_rows[6024 "
+      "* 3] = "
       "{");
   for (int set = 0; set < sets; ++set) {
     const row r = search(set);

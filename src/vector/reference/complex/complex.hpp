@@ -2,8 +2,8 @@
 // The complex functions in extended precision, one overload set per stem of functions.def:
 //   int Stem(std::complex<Real> a, [std::complex<Real> b,] std::complex<Real>& r)  for float and double
 // and Abs, Arg with a real result, CIS with a real argument. Each stores its value with both components
-// rounded once and returns its status. Special values and branch cuts are those of ISO C, annex G. They require
-// exceptions masked and the x87 unit at 64 bits, rounding to nearest.
+// rounded once and returns its status. Special values and branch cuts are those of ISO C, annex G. They
+// require exceptions masked and the x87 unit at 64 bits, rounding to nearest.
 //
 // The largest error measured of a component is 0.50000 ulp in single and 0.5015 in double, 0.534 for powers;
 // sums, products and quotients are rounded correctly. The C library's extended functions are that good near
