@@ -10,27 +10,28 @@
 #include <string.h>
 
 #include <Eigen/Core>
+#include <xsimd/xsimd.hpp>
 
 #if defined __AVX512F__
 #define TMK_VECTOR_BYTES 64
 #define TMK_SLEEF_single(base, error) Sleef_##base##f16_##error##avx512f
 #define TMK_SLEEF_double(base, error) Sleef_##base##d8_##error##avx512f
-#define TMK_LIBMVEC_single(base) _ZGVeN16v_##base##f
-#define TMK_LIBMVEC_double(base) _ZGVeN8v_##base
+#define TMK_LIBMVEC_single(arguments, base) _ZGVeN16##arguments##_##base##f
+#define TMK_LIBMVEC_double(arguments, base) _ZGVeN8##arguments##_##base
 #define TMK_PEERS peers_V4
 #elif defined __AVX2__
 #define TMK_VECTOR_BYTES 32
 #define TMK_SLEEF_single(base, error) Sleef_##base##f8_##error##avx2
 #define TMK_SLEEF_double(base, error) Sleef_##base##d4_##error##avx2
-#define TMK_LIBMVEC_single(base) _ZGVdN8v_##base##f
-#define TMK_LIBMVEC_double(base) _ZGVdN4v_##base
+#define TMK_LIBMVEC_single(arguments, base) _ZGVdN8##arguments##_##base##f
+#define TMK_LIBMVEC_double(arguments, base) _ZGVdN4##arguments##_##base
 #define TMK_PEERS peers_V3
 #else
 #define TMK_VECTOR_BYTES 16
 #define TMK_SLEEF_single(base, error) Sleef_##base##f4_##error##sse2
 #define TMK_SLEEF_double(base, error) Sleef_##base##d2_##error##sse2
-#define TMK_LIBMVEC_single(base) _ZGVbN4v_##base##f
-#define TMK_LIBMVEC_double(base) _ZGVbN2v_##base
+#define TMK_LIBMVEC_single(arguments, base) _ZGVbN4##arguments##_##base##f
+#define TMK_LIBMVEC_double(arguments, base) _ZGVbN2##arguments##_##base
 #define TMK_PEERS peers_W7
 #endif
 
@@ -49,39 +50,81 @@ struct register_of<double> {
   using type = f64;
 };
 
-// Whole registers, then the rest through a register filled with the last element.
-template <class Real, auto Function>
-void by_registers(int32_t n, const void* a, void* r) {
-  using vector = typename register_of<Real>::type;
-  constexpr int width = sizeof(vector) / sizeof(Real);
-  const Real* from = static_cast<const Real*>(a);
-  Real* to = static_cast<Real*>(r);
+// Two results of a number, as the libraries give those of a register.
+template <class Real>
+struct two_numbers {
+  Real x, y;
+};
+template <class Value>
+void put(const Value& y, Value& first, Value&) {
+  first = y;
+}
+template <class Two, class Value>
+void put(const Two& y, Value& first, Value& second) {
+  memcpy(&first, &y.x, sizeof first);
+  memcpy(&second, &y.y, sizeof second);
+}
+
+// Function()(x), or of x and y where it has two arguments, value by value: registers, xsimd's or numbers.
+template <class Function, class Value>
+void apply(const Value& x, const Value& y, Value& first, Value& second) {
+  if constexpr (requires { Function()(x, y); })
+    put(Function()(x, y), first, second);
+  else
+    put(Function()(x), first, second);
+}
+
+// Whole registers, then the rest through registers filled with the last element.
+template <class Real, class Function, class Vector = typename register_of<Real>::type>
+void by_registers(const tmk::bench::call& c) {
+  constexpr int width = sizeof(Vector) / sizeof(Real);
+  const Real *a = static_cast<const Real*>(c.a), *b = static_cast<const Real*>(c.b);
+  Real *r = static_cast<Real*>(c.r), *r2 = static_cast<Real*>(c.r2);
+  constexpr bool has_b = requires(Vector x) { Function()(x, x); };
+  Vector x, y, first, second;
+  const auto from = [&](const Real* p, const Real* q) {
+    memcpy(&x, p, sizeof x);
+    if constexpr (has_b) memcpy(&y, q, sizeof y);
+    apply<Function>(x, y, first, second);
+  };
+  constexpr bool has_r2 = requires(Vector v) { Function()(v).x; };
+  const auto to = [&](int32_t i, size_t size) {
+    memcpy(r + i, &first, size);
+    if constexpr (has_r2) memcpy(r2 + i, &second, size);
+  };
   int32_t i = 0;
-  for (; i + width <= n; i += width) {
-    vector x;
-    memcpy(&x, from + i, sizeof x);
-    x = Function(x);
-    memcpy(to + i, &x, sizeof x);
+  for (; i + width <= c.n; i += width) {
+    from(a + i, b + i);
+    to(i, sizeof x);
   }
-  if (i == n) return;
-  vector x{};
-  for (int k = 0; k < width; ++k) x[k] = from[i + k < n ? i + k : n - 1];
-  x = Function(x);
-  memcpy(to + i, &x, (n - i) * sizeof(Real));
+  if (i == c.n) return;
+  Real last_a[width], last_b[width];
+  for (int k = 0; k < width; ++k) {
+    const int32_t at = i + k < c.n ? i + k : c.n - 1;
+    last_a[k] = a[at];
+    last_b[k] = has_b ? b[at] : 0;
+  }
+  from(last_a, last_b);
+  to(i, (c.n - i) * sizeof(Real));
 }
 
 template <class Real, class Expression>
-void by_eigen(int32_t n, const void* a, void* r) {
+void by_eigen(const tmk::bench::call& c) {
   using array = Eigen::Array<Real, Eigen::Dynamic, 1>;
-  const Eigen::Map<const array> x(static_cast<const Real*>(a), n);
-  Eigen::Map<array>(static_cast<Real*>(r), n) = Expression()(x);
+  const Eigen::Map<const array> x(static_cast<const Real*>(c.a), c.n), y(static_cast<const Real*>(c.b), c.n);
+  Eigen::Map<array> r(static_cast<Real*>(c.r), c.n);
+  if constexpr (requires { Expression()(x, y); })
+    r = Expression()(x, y);
+  else
+    r = Expression()(x);
 }
 
 template <class Real, class Function>
-void by_elements(int32_t n, const void* a, void* r) {
-  const Real* from = static_cast<const Real*>(a);
-  Real* to = static_cast<Real*>(r);
-  for (int32_t i = 0; i < n; ++i) to[i] = Function()(from[i]);
+void by_elements(const tmk::bench::call& c) {
+  const Real *a = static_cast<const Real*>(c.a), *b = static_cast<const Real*>(c.b);
+  Real *r = static_cast<Real*>(c.r), *r2 = static_cast<Real*>(c.r2), unused;
+  constexpr bool has_r2 = requires(Real v) { Function()(v).x; };
+  for (int32_t i = 0; i < c.n; ++i) apply<Function>(a[i], b[i], r[i], has_r2 ? r2[i] : unused);
 }
 
 template <class Vector>
@@ -92,16 +135,19 @@ Vector same(Vector x) {
 }
 
 template <class Real>
-void by_memcpy(int32_t n, const void* a, void* r) {
-  memcpy(r, a, n * sizeof(Real));
+void by_memcpy(const tmk::bench::call& c) {
+  memcpy(c.r, c.a, c.n * sizeof(Real));
 }
 
 }  // namespace
 
 // The vector functions of the C library have no header of their own.
-#define TMK_DECLARE(base)                         \
-  extern "C" f32 TMK_LIBMVEC_single(base)(f32 x); \
-  extern "C" f64 TMK_LIBMVEC_double(base)(f64 x);
+#define TMK_DECLARE(base)                            \
+  extern "C" f32 TMK_LIBMVEC_single(v, base)(f32 x); \
+  extern "C" f64 TMK_LIBMVEC_double(v, base)(f64 x);
+#define TMK_DECLARE_BINARY(base)                             \
+  extern "C" f32 TMK_LIBMVEC_single(vv, base)(f32 x, f32 y); \
+  extern "C" f64 TMK_LIBMVEC_double(vv, base)(f64 x, f64 y);
 TMK_DECLARE(exp)
 TMK_DECLARE(exp2)
 TMK_DECLARE(exp10)
@@ -111,35 +157,81 @@ TMK_DECLARE(log2)
 TMK_DECLARE(log10)
 TMK_DECLARE(log1p)
 TMK_DECLARE(sin)
+TMK_DECLARE(cos)
+TMK_DECLARE(tan)
+TMK_DECLARE(asin)
+TMK_DECLARE(acos)
+TMK_DECLARE(atan)
+TMK_DECLARE(sinh)
+TMK_DECLARE(cosh)
 TMK_DECLARE(tanh)
+TMK_DECLARE(asinh)
+TMK_DECLARE(acosh)
+TMK_DECLARE(atanh)
 TMK_DECLARE(erf)
+TMK_DECLARE(erfc)
 TMK_DECLARE(cbrt)
+TMK_DECLARE_BINARY(atan2)
+TMK_DECLARE_BINARY(hypot)
+TMK_DECLARE_BINARY(pow)
 
 namespace tmk::bench {
 namespace {
 
-#define TMK_LIBMVEC(stem, base)                                            \
-  {"s" #stem, "libmvec", by_registers<float, TMK_LIBMVEC_single(base)>}, { \
-    "d" #stem, "libmvec", by_registers<double, TMK_LIBMVEC_double(base)>   \
+// Peers of both precisions: how they are called, and the function of registers, arrays or numbers.
+#define TMK_PEER(stem, library, how, arguments_s, value_s, arguments_d, value_d)    \
+  {"s" #stem, library, how<float, decltype([] arguments_s { return value_s; })>}, { \
+    "d" #stem, library, how<double, decltype([] arguments_d { return value_d; })>   \
   }
-#define TMK_SLEEF(stem, base, error)                                                  \
-  {"s" #stem, "SLEEF " #error, by_registers<float, TMK_SLEEF_single(base, error)>}, { \
-    "d" #stem, "SLEEF " #error, by_registers<double, TMK_SLEEF_double(base, error)>   \
-  }
-#define TMK_EIGEN(stem, expression)                                                            \
-  {"s" #stem, "Eigen", by_eigen<float, decltype([](const auto& x) { return expression; })>}, { \
-    "d" #stem, "Eigen", by_eigen<double, decltype([](const auto& x) { return expression; })>   \
-  }
+#define TMK_LIBMVEC(stem, base)                                                             \
+  TMK_PEER(stem, "libmvec", by_registers, (f32 x), TMK_LIBMVEC_single(v, base)(x), (f64 x), \
+           TMK_LIBMVEC_double(v, base)(x))
+#define TMK_LIBMVEC_BINARY(stem, base)                                                        \
+  TMK_PEER(stem, "libmvec", by_registers, (f32 x, f32 y), TMK_LIBMVEC_single(vv, base)(x, y), \
+           (f64 x, f64 y), TMK_LIBMVEC_double(vv, base)(x, y))
+#define TMK_SLEEF(stem, base, error)                                                                \
+  TMK_PEER(stem, "SLEEF " #error, by_registers, (f32 x), TMK_SLEEF_single(base, error)(x), (f64 x), \
+           TMK_SLEEF_double(base, error)(x))
+#define TMK_SLEEF_BINARY(stem, base, error)                                                          \
+  TMK_PEER(stem, "SLEEF " #error, by_registers, (f32 x, f32 y), TMK_SLEEF_single(base, error)(x, y), \
+           (f64 x, f64 y), TMK_SLEEF_double(base, error)(x, y))
+#define TMK_EIGEN(stem, expression) \
+  TMK_PEER(stem, "Eigen", by_eigen, (const auto& x), expression, (const auto& x), expression)
+#define TMK_EIGEN_BINARY(stem, expression)                                      \
+  TMK_PEER(stem, "Eigen", by_eigen, (const auto& x, const auto& y), expression, \
+           (const auto& x, const auto& y), expression)
+#define TMK_XSIMD(stem, base)                                                                            \
+  TMK_PEER(stem, "xsimd", by_registers, (f32 x), f32(xsimd::base(xsimd::batch<float>(x)).data), (f64 x), \
+           f64(xsimd::base(xsimd::batch<double>(x)).data))
+#define TMK_XSIMD_BINARY(stem, base)                                                              \
+  TMK_PEER(stem, "xsimd", by_registers, (f32 x, f32 y),                                           \
+           f32(xsimd::base(xsimd::batch<float>(x), xsimd::batch<float>(y)).data), (f64 x, f64 y), \
+           f64(xsimd::base(xsimd::batch<double>(x), xsimd::batch<double>(y)).data))
 // One element after the other, as the compiler makes of the loop at this instruction set.
-#define TMK_LOOP(stem, single, twice)                                                  \
-  {"s" #stem, "loop", by_elements<float, decltype([](float x) { return single; })>}, { \
-    "d" #stem, "loop", by_elements<double, decltype([](double x) { return twice; })>   \
+#define TMK_LOOP(stem, single, twice) \
+  TMK_PEER(stem, "loop", by_elements, (float x), single, (double x), twice)
+#define TMK_LOOP_BINARY(stem, single, twice) \
+  TMK_PEER(stem, "loop", by_elements, (float x, float y), single, (double x, double y), twice)
+#define TMK_COPY(stem)                                                         \
+  TMK_PEER(stem, copy_name, by_registers, (f32 x), same(x), (f64 x), same(x)), \
+      {"s" #stem, "memcpy", by_memcpy<float>}, {                               \
+    "d" #stem, "memcpy", by_memcpy<double>                                     \
   }
-#define TMK_COPY(stem)                                                                                    \
-  {"s" #stem, copy_name, by_registers<float, same<f32>>},                                                 \
-      {"d" #stem, copy_name, by_registers<double, same<f64>>}, {"s" #stem, "memcpy", by_memcpy<float>}, { \
-    "d" #stem, "memcpy", by_memcpy<double>                                                                \
-  }
+
+struct two_f32 {
+  f32 x, y;
+};
+struct two_f64 {
+  f64 x, y;
+};
+two_f32 xsimd_sincos(f32 x) {
+  const auto [sine, cosine] = xsimd::sincos(xsimd::batch<float>(x));
+  return {f32(sine.data), f32(cosine.data)};
+}
+two_f64 xsimd_sincos(f64 x) {
+  const auto [sine, cosine] = xsimd::sincos(xsimd::batch<double>(x));
+  return {f64(sine.data), f64(cosine.data)};
+}
 
 const peer rows[] = {
     TMK_LOOP(Inv, 1 / x, 1 / x),
@@ -198,18 +290,146 @@ const peer rows[] = {
     TMK_SLEEF(Sin, sin, u10),
     TMK_SLEEF(Sin, sin, u35),
     TMK_EIGEN(Sin, x.sin()),
+    TMK_XSIMD(Sin, sin),
+    TMK_LOOP(Cos, cosf(x), cos(x)),
+    TMK_LIBMVEC(Cos, cos),
+    TMK_SLEEF(Cos, cos, u10),
+    TMK_SLEEF(Cos, cos, u35),
+    TMK_EIGEN(Cos, x.cos()),
+    TMK_XSIMD(Cos, cos),
+    TMK_LOOP(Tan, tanf(x), tan(x)),
+    TMK_LIBMVEC(Tan, tan),
+    TMK_SLEEF(Tan, tan, u10),
+    TMK_SLEEF(Tan, tan, u35),
+    TMK_EIGEN(Tan, x.tan()),
+    TMK_XSIMD(Tan, tan),
+    TMK_PEER(SinCos, "loop", by_elements, (float x), (two_numbers<float>{sinf(x), cosf(x)}), (double x),
+             (two_numbers<double>{sin(x), cos(x)})),
+    TMK_SLEEF(SinCos, sincos, u10),
+    TMK_SLEEF(SinCos, sincos, u35),
+    TMK_PEER(SinCos, "xsimd", by_registers, (f32 x), xsimd_sincos(x), (f64 x), xsimd_sincos(x)),
+    TMK_LOOP(Sinpi, sinf(x * 0x1.921fb6p1f), sin(x * 0x1.921fb54442d18p1)),
+    TMK_SLEEF(Sinpi, sinpi, u05),
+    TMK_LOOP(Cospi, cosf(x * 0x1.921fb6p1f), cos(x * 0x1.921fb54442d18p1)),
+    TMK_SLEEF(Cospi, cospi, u05),
+    TMK_LOOP(Tanpi, tanf(x * 0x1.921fb6p1f), tan(x * 0x1.921fb54442d18p1)),
+    TMK_LOOP(Sind, sinf(x * 0x1.1df46ap-6f), sin(x * 0x1.1df46a2529d39p-6)),
+    TMK_LOOP(Cosd, cosf(x * 0x1.1df46ap-6f), cos(x * 0x1.1df46a2529d39p-6)),
+    TMK_LOOP(Tand, tanf(x * 0x1.1df46ap-6f), tan(x * 0x1.1df46a2529d39p-6)),
+
+    TMK_LOOP(Asin, asinf(x), asin(x)),
+    TMK_LIBMVEC(Asin, asin),
+    TMK_SLEEF(Asin, asin, u10),
+    TMK_SLEEF(Asin, asin, u35),
+    TMK_EIGEN(Asin, x.asin()),
+    TMK_XSIMD(Asin, asin),
+    TMK_LOOP(Acos, acosf(x), acos(x)),
+    TMK_LIBMVEC(Acos, acos),
+    TMK_SLEEF(Acos, acos, u10),
+    TMK_SLEEF(Acos, acos, u35),
+    TMK_EIGEN(Acos, x.acos()),
+    TMK_XSIMD(Acos, acos),
+    TMK_LOOP(Atan, atanf(x), atan(x)),
+    TMK_LIBMVEC(Atan, atan),
+    TMK_SLEEF(Atan, atan, u10),
+    TMK_SLEEF(Atan, atan, u35),
+    TMK_EIGEN(Atan, x.atan()),
+    TMK_XSIMD(Atan, atan),
+    TMK_LOOP(Asinpi, asinf(x) * 0x1.45f306p-2f, asin(x) * 0x1.45f306dc9c883p-2),
+    TMK_LOOP(Acospi, acosf(x) * 0x1.45f306p-2f, acos(x) * 0x1.45f306dc9c883p-2),
+    TMK_LOOP(Atanpi, atanf(x) * 0x1.45f306p-2f, atan(x) * 0x1.45f306dc9c883p-2),
+    TMK_LOOP_BINARY(Atan2, atan2f(x, y), atan2(x, y)),
+    TMK_LIBMVEC_BINARY(Atan2, atan2),
+    TMK_SLEEF_BINARY(Atan2, atan2, u10),
+    TMK_SLEEF_BINARY(Atan2, atan2, u35),
+    TMK_XSIMD_BINARY(Atan2, atan2),
+    TMK_LOOP_BINARY(Atan2pi, atan2f(x, y) * 0x1.45f306p-2f, atan2(x, y) * 0x1.45f306dc9c883p-2),
+
+    TMK_LOOP(Sinh, sinhf(x), sinh(x)),
+    TMK_LIBMVEC(Sinh, sinh),
+    TMK_SLEEF(Sinh, sinh, u10),
+    TMK_SLEEF(Sinh, sinh, u35),
+    TMK_EIGEN(Sinh, x.sinh()),
+    TMK_XSIMD(Sinh, sinh),
+    TMK_LOOP(Cosh, coshf(x), cosh(x)),
+    TMK_LIBMVEC(Cosh, cosh),
+    TMK_SLEEF(Cosh, cosh, u10),
+    TMK_SLEEF(Cosh, cosh, u35),
+    TMK_EIGEN(Cosh, x.cosh()),
+    TMK_XSIMD(Cosh, cosh),
     TMK_LOOP(Tanh, tanhf(x), tanh(x)),
     TMK_LIBMVEC(Tanh, tanh),
     TMK_SLEEF(Tanh, tanh, u10),
     TMK_SLEEF(Tanh, tanh, u35),
     TMK_EIGEN(Tanh, x.tanh()),
-    TMK_LOOP(Erf, erff(x), erf(x)),
-    TMK_LIBMVEC(Erf, erf),
-    TMK_SLEEF(Erf, erf, u10),
+    TMK_XSIMD(Tanh, tanh),
+    TMK_LOOP(Asinh, asinhf(x), asinh(x)),
+    TMK_LIBMVEC(Asinh, asinh),
+    TMK_SLEEF(Asinh, asinh, u10),
+    TMK_EIGEN(Asinh, x.asinh()),
+    TMK_XSIMD(Asinh, asinh),
+    TMK_LOOP(Acosh, acoshf(x), acosh(x)),
+    TMK_LIBMVEC(Acosh, acosh),
+    TMK_SLEEF(Acosh, acosh, u10),
+    TMK_EIGEN(Acosh, x.acosh()),
+    TMK_XSIMD(Acosh, acosh),
+    TMK_LOOP(Atanh, atanhf(x), atanh(x)),
+    TMK_LIBMVEC(Atanh, atanh),
+    TMK_SLEEF(Atanh, atanh, u10),
+    TMK_EIGEN(Atanh, x.atanh()),
+    TMK_XSIMD(Atanh, atanh),
+
+    TMK_LOOP_BINARY(Pow, powf(x, y), pow(x, y)),
+    TMK_LIBMVEC_BINARY(Pow, pow),
+    TMK_SLEEF_BINARY(Pow, pow, u10),
+    TMK_XSIMD_BINARY(Pow, pow),
+    TMK_LOOP_BINARY(Powr, powf(x, y), pow(x, y)),
+    TMK_LIBMVEC_BINARY(Powr, pow),
+    TMK_SLEEF_BINARY(Powr, pow, u10),
+    TMK_LOOP_BINARY(Powx, powf(x, y), pow(x, y)),
+    TMK_LIBMVEC_BINARY(Powx, pow),
+    TMK_SLEEF_BINARY(Powx, pow, u10),
+    TMK_LOOP(Pow2o3, cbrtf(x* x), cbrt(x* x)),
+    TMK_LOOP(Pow3o2, x* sqrtf(x), x* sqrt(x)),
     TMK_LOOP(Cbrt, cbrtf(x), cbrt(x)),
     TMK_LIBMVEC(Cbrt, cbrt),
     TMK_SLEEF(Cbrt, cbrt, u10),
     TMK_SLEEF(Cbrt, cbrt, u35),
+    TMK_XSIMD(Cbrt, cbrt),
+    TMK_LOOP(InvCbrt, 1 / cbrtf(x), 1 / cbrt(x)),
+    TMK_LOOP_BINARY(Hypot, hypotf(x, y), hypot(x, y)),
+    TMK_LIBMVEC_BINARY(Hypot, hypot),
+    TMK_SLEEF_BINARY(Hypot, hypot, u05),
+    TMK_SLEEF_BINARY(Hypot, hypot, u35),
+    TMK_XSIMD_BINARY(Hypot, hypot),
+
+    TMK_LOOP(Erf, erff(x), erf(x)),
+    TMK_LIBMVEC(Erf, erf),
+    TMK_SLEEF(Erf, erf, u10),
+    TMK_LOOP(Erfc, erfcf(x), erfc(x)),
+    TMK_LIBMVEC(Erfc, erfc),
+    TMK_SLEEF(Erfc, erfc, u15),
+
+    TMK_LOOP_BINARY(Add, x + y, x + y),
+    TMK_EIGEN_BINARY(Add, x + y),
+    TMK_LOOP_BINARY(Sub, x - y, x - y),
+    TMK_EIGEN_BINARY(Sub, x - y),
+    TMK_LOOP_BINARY(Mul, x* y, x* y),
+    TMK_EIGEN_BINARY(Mul, x* y),
+    TMK_LOOP_BINARY(Div, x / y, x / y),
+    TMK_EIGEN_BINARY(Div, x / y),
+    TMK_LOOP_BINARY(Fmax, fmaxf(x, y), fmax(x, y)),
+    TMK_EIGEN_BINARY(Fmax, x.max(y)),
+    TMK_LOOP_BINARY(Fmod, fmodf(x, y), fmod(x, y)),
+    TMK_LOOP_BINARY(Remainder, remainderf(x, y), remainder(x, y)),
+    TMK_LOOP(Floor, floorf(x), floor(x)),
+    TMK_EIGEN(Floor, x.floor()),
+    TMK_LOOP(Ceil, ceilf(x), ceil(x)),
+    TMK_EIGEN(Ceil, x.ceil()),
+    TMK_LOOP(Rint, rintf(x), rint(x)),
+    TMK_EIGEN(Rint, x.rint()),
+    TMK_LOOP(Round, roundf(x), round(x)),
+    TMK_EIGEN(Round, x.round()),
 };
 
 }  // namespace

@@ -6,8 +6,14 @@
 
 namespace tmk::bench {
 
-// r[i] = f(a[i]); the element type is float or double, as the function's name says.
-using array_function = void (*)(std::int32_t n, const void* a, void* r);
+// The arrays of one call; the element type is float or double, as the function's name says. A function uses
+// those that it has: a and r, b for a second argument, r2 for a second result. A scalar exponent is b[0].
+struct call {
+  std::int32_t n;
+  const void *a, *b;
+  void *r, *r2;
+};
+using array_function = void (*)(const call&);
 
 struct peer {
   const char* function;  // "sExp"

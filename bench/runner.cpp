@@ -23,7 +23,7 @@ measured_group measured(const group& g) {
   measured_group m{g.name, g.count, {}};
   for (std::size_t i = 0; i < subjects.size(); ++i)
     m.subjects.push_back({subjects[i].name, subjects[i].kind, subjects[i].tier,
-                          seconds[i] * 1e9 / static_cast<double>(g.count)});
+                          seconds[i] * 1e9 / static_cast<double>(g.count), subjects[i].error});
   return m;
 }
 

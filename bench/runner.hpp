@@ -21,6 +21,7 @@ struct subject {
   std::function<void()> run;
   subject_kind kind = subject_kind::peer;
   int tier = any_tier;  // the instruction set that it is for
+  double error = 0;     // in ulp, the largest that was looked for
 };
 
 struct group {
@@ -34,6 +35,7 @@ struct measurement {
   subject_kind kind;
   int tier;
   double nanoseconds;  // per element, the median of the repetitions
+  double error;
 };
 
 struct measured_group {

@@ -2,6 +2,7 @@
 #include "vector_page.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "common/kernels.hpp"
@@ -30,14 +31,27 @@ const measurement* find_copy(const measured_group& g, int tier) {
   return find(g, subject_kind::copy, tier, [](const std::string& name) { return name == copy_name; });
 }
 
-// The fastest peer in the tier's instruction set; null where there is none.
-const measurement* best_peer(const measured_group& g, int tier) {
+// An error below this is what a user who needs accuracy accepts.
+constexpr double accurate = 1.1;
+
+// The fastest peer in the tier's instruction set with at most that error; null where there is none.
+const measurement* best_peer(const measured_group& g, int tier, double largest_error) {
   const measurement* best = nullptr;
   for (const measurement& m : g.subjects)
-    if (m.kind == subject_kind::peer && m.tier == tier &&
+    if (m.kind == subject_kind::peer && m.tier == tier && m.error <= largest_error &&
         (best == nullptr || m.nanoseconds < best->nanoseconds))
       best = &m;
   return best;
+}
+
+// The peers that a kernel is compared with: the fastest one, and the fastest accurate one if that is another.
+std::vector<const measurement*> peers_of(const measured_group& g, int tier) {
+  std::vector<const measurement*> peers;
+  for (const double largest_error : {HUGE_VAL, accurate}) {
+    const measurement* peer = best_peer(g, tier, largest_error);
+    if (peer != nullptr && (peers.empty() || peers[0] != peer)) peers.push_back(peer);
+  }
+  return peers;
 }
 
 std::string time_text(const measurement& m) {
@@ -47,14 +61,19 @@ std::string time_text(const measurement& m) {
 }
 
 std::string kernel_cell(const measured_group& g, int tier, const char* level) {
-  const measurement *kernel = find_level(g, tier, level), *peer = best_peer(g, tier);
+  const measurement* kernel = find_level(g, tier, level);
   if (kernel == nullptr) return "";
-  return time_text(*kernel) + (peer != nullptr ? " (" + ratio_text(speed_ratio(*kernel, *peer)) + ")" : "");
+  std::string ratios;
+  for (const measurement* peer : peers_of(g, tier))
+    ratios += (ratios.empty() ? " (" : "; ") + ratio_text(speed_ratio(*kernel, *peer));
+  return time_text(*kernel) + ratios + (ratios.empty() ? "" : ")");
 }
 
 std::string peer_cell(const measured_group& g, int tier) {
-  const measurement* peer = best_peer(g, tier);
-  return peer != nullptr ? peer->name + " " + time_text(*peer) : "";
+  std::string cell;
+  for (const measurement* peer : peers_of(g, tier))
+    cell += (cell.empty() ? "" : "; ") + peer->name + " " + time_text(*peer);
+  return cell;
 }
 
 std::string copy_cell(const measured_group& g, int tier) {
@@ -71,7 +90,7 @@ void print_table(const std::vector<measured_group>& groups, int64_t size, const 
   std::printf("\n## %lld elements\n\n| function |", static_cast<long long>(size));
   for (int tier : tiers) {
     const char* name = tmk_tier_name(tier);
-    std::printf(" %s LA | %s HA | %s EP | %s best peer |", name, name, name, name);
+    std::printf(" %s LA | %s HA | %s EP | %s peers |", name, name, name, name);
   }
   std::printf("\n|---|");
   for (std::size_t i = 0; i < 4 * tiers.size(); ++i) std::printf("---|");
@@ -115,10 +134,12 @@ void print_lines(const measured_group& g, const options& wish) {
     const bool is_ours = m.kind == subject_kind::ours;
     std::fprintf(out, "%-16s  %s  %-10s %9.3f ns", g.name.c_str(), tmk_tier_name(m.tier),
                  is_ours ? ("tmk " + m.name).c_str() : m.name.c_str(), m.nanoseconds);
-    const measurement *peer = best_peer(g, m.tier), *copy = find_copy(g, m.tier);
-    if (is_ours && peer != nullptr)
-      std::fprintf(out, "  %s times as fast as %s", ratio_text(speed_ratio(m, *peer)).c_str(),
-                   peer->name.c_str());
+    if (m.kind != subject_kind::copy) std::fprintf(out, "  %9.3g ulp", m.error);
+    const measurement* copy = find_copy(g, m.tier);
+    if (is_ours)
+      for (const measurement* peer : peers_of(g, m.tier))
+        std::fprintf(out, "  %s times as fast as %s", ratio_text(speed_ratio(m, *peer)).c_str(),
+                     peer->name.c_str());
     if (is_ours && copy != nullptr)
       std::fprintf(out, "  %s times as fast as the copy", ratio_text(speed_ratio(m, *copy)).c_str());
     std::fprintf(out, "\n");
