@@ -8,3 +8,13 @@
 #include "simd/partial.hpp"       // IWYU pragma: export
 #include "simd/tables.hpp"        // IWYU pragma: export
 #include "simd/types.hpp"         // IWYU pragma: export
+
+TMK_TIER_OPEN
+
+// f of singles, computed in double precision.
+template <class F, class... Singles>
+[[gnu::always_inline]] inline f32 in_double(const F& f, const Singles&... x) {
+  return narrow({f(widen(x).low...), f(widen(x).high...)});
+}
+
+TMK_TIER_CLOSE

@@ -35,6 +35,12 @@ struct two_batches {
   batch<T> first, second;
 };
 
+// What widen makes of singles: their values as doubles, those of the lower half in `low`. narrow() is the way
+// back.
+struct widened {
+  f64 low, high;
+};
+
 // The same bits, read as lanes of another type.
 template <class To, class From>
 batch<To> bits_as(const batch<From>& x) {

@@ -50,6 +50,14 @@ uint32_t lane_bits(const lane_mask<T>& m) {
 inline f32 reciprocal_estimate(const f32& x) { return _mm256_rcp_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm256_rsqrt_ps(x); }
 
+// Singles as doubles, and back.
+inline widened widen(const f32& x) {
+  return {_mm256_cvtps_pd(_mm256_castps256_ps128(x)), _mm256_cvtps_pd(_mm256_extractf128_ps(x, 1))};
+}
+inline f32 narrow(const widened& x) {
+  return _mm256_set_m128(_mm256_cvtpd_ps(x.high), _mm256_cvtpd_ps(x.low));
+}
+
 // x y + z, x y - z and z - x y, rounded once.
 template <class T>
 batch<T> multiply_add(const batch<T>& x, const batch<T>& y, const batch<T>& z) {

@@ -40,6 +40,14 @@ inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm512_rsqrt14_ps(x);
 inline f64 reciprocal_estimate(const f64& x) { return _mm512_rcp14_pd(x); }
 inline f64 reciprocal_sqrt_estimate(const f64& x) { return _mm512_rsqrt14_pd(x); }
 
+// Singles as doubles, and back.
+inline widened widen(const f32& x) {
+  return {_mm512_cvtps_pd(_mm512_castps512_ps256(x)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(x, 1))};
+}
+inline f32 narrow(const widened& x) {
+  return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(x.low)), _mm512_cvtpd_ps(x.high), 1);
+}
+
 // x y + z, x y - z and z - x y, rounded once.
 template <class T>
 batch<T> multiply_add(const batch<T>& x, const batch<T>& y, const batch<T>& z) {

@@ -47,10 +47,7 @@ inline lane_mask<double> mask_of_high_words(const xsimd::batch_bool<int32_t>& m)
 inline f32 reciprocal_estimate(const f32& x) { return _mm_rcp_ps(x); }
 inline f32 reciprocal_sqrt_estimate(const f32& x) { return _mm_rsqrt_ps(x); }
 
-// The values of four singles as doubles, the first two in `low`, and back.
-struct widened {
-  f64 low, high;
-};
+// Singles as doubles, and back.
 inline widened widen(const f32& x) { return {_mm_cvtps_pd(x), _mm_cvtps_pd(_mm_movehl_ps(x, x))}; }
 inline f32 narrow(const widened& x) { return _mm_movelh_ps(_mm_cvtpd_ps(x.low), _mm_cvtpd_ps(x.high)); }
 

@@ -54,8 +54,7 @@ struct single_log1p : description<float> {
   static constexpr int group = 8;
 
   static f32 fast(const f32& x) {
-    const auto [low, high] = widen(x);
-    return narrow({log1p_in_double(low), log1p_in_double(high)});
+    return in_double(log1p_in_double, x);
   }
   static f64 log1p_in_double(const f64& x) {
     const f64 u = f64(1.0) + x;

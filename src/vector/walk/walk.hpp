@@ -71,7 +71,10 @@ struct method {
                               std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
     lane_mask<real> rare_lanes = flagged(x, y);
     if constexpr (requires { &Kernel::patch; }) {
-      x.apply([&](const auto&... v) { rare_lanes = rare_lanes & kernel.patch(v..., y.first); });
+      const auto places = y.places([](auto& w) { return &w; });
+      rare_lanes = rare_lanes & x.apply([&](const auto&... v) {
+        return places.apply([&](auto*... w) { return kernel.patch(v..., *w...); });
+      });
     } else if constexpr (Kernel::nan_in_nan_out && all_real) {
       const lane_mask<real> nan = answer_nans(x, y);
       rare_lanes = rare_lanes & !nan;
