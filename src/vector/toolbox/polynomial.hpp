@@ -48,6 +48,16 @@ template <int First = 0, class Value, class C, int Size>
   }
 }
 
+// The same by Horner's rule on every tier: one product less on the wide ones, for formulas whose registers are
+// many enough to wait for each other.
+template <class Value, class C, int Size>
+[[gnu::always_inline]] inline Value polynomial_in_turn(const Value& x, const C (&c)[Size]) {
+  Value p(c[Size - 1]);
+#pragma GCC unroll 32
+  for (int i = Size - 2; i >= 0; --i) p = multiply_add(p, x, Value(c[i]));
+  return p;
+}
+
 // The same with coefficients one by one.
 template <class Value, class C, class... More>
 requires(std::is_arithmetic_v<C>) [[gnu::always_inline]] inline Value

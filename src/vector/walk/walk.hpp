@@ -71,9 +71,11 @@ struct method {
                               std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
     lane_mask<real> rare_lanes = flagged(x, y);
     if constexpr (requires { &Kernel::patch; }) {
-      const auto places = y.places([](auto& w) { return &w; });
       rare_lanes = rare_lanes & x.apply([&](const auto&... v) {
-        return places.apply([&](auto*... w) { return kernel.patch(v..., *w...); });
+        if constexpr (Results::size == 1)
+          return kernel.patch(v..., y.first);
+        else
+          return kernel.patch(v..., y);
       });
     } else if constexpr (Kernel::nan_in_nan_out && all_real) {
       const lane_mask<real> nan = answer_nans(x, y);

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+// Angles in each unit as a number k of steps, N of them to a half turn, and the rest in radians:
+//   angle = (k pi) / N + rest,   |rest| <= pi / (2 N) and a little
+// k is integral, or an integer less 1/2 where a half step is asked for. Every type of angle has
+//   nearest<N, Half>()       the steps; the lowest bits of `bits` are those of k, rounded up
+//   rest<N>(k)               in one number, with two roundings or fewer
+//   rest<N>(k, offset)       less `offset` <= 2^-26, in two numbers, of doubles
+// Steps are powers of two, so that pi / N has the parts of pi. k times a part and what it leaves of x are
+// exact where products are fused; without fused products the parts are so short that the product is.
+#pragma once
+
+#include <limits>
+
+#include "vector/toolbox/pair.hpp"
+#include "vector/trigonometric/trigonometric_data.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+enum class angle_unit { radians, half_turns, degrees };
+
+template <class Real>
+struct step_number {
+  batch<typename format<Real>::bits> bits;
+  batch<Real> number;
+};
+
+// x rounded to an integer is in the low bits of x + rounding_shift.
+template <class Real>
+constexpr Real rounding_shift = Real(1.5) / std::numeric_limits<Real>::epsilon();
+
+template <bool Half, class Real>
+step_number<Real> nearest_step(const batch<Real>& x, Real rate) {
+  const batch<Real> shift(rounding_shift<Real>);
+  const batch<Real> shifted = Half ? multiply_add(x, batch<Real>(rate), batch<Real>(Real(0.5))) + shift
+                                   : multiply_add(x, batch<Real>(rate), shift);
+  const batch<Real> number = shifted - shift;
+  return {bits_as<typename format<Real>::bits>(shifted), Half ? number - batch<Real>(Real(0.5)) : number};
+}
+
+template <class Real>
+constexpr const auto& pi_parts() {
+  using namespace trigonometric_data;
+  if constexpr (sizeof(Real) == 4 && is_baseline)
+    return float_pi_exact;
+  else if constexpr (sizeof(Real) == 4)
+    return float_pi;
+  else if constexpr (is_baseline)
+    return double_pi_exact;
+  else
+    return double_pi;
+}
+
+// The values of singles, in double precision, have two parts of pi.
+template <class Real, bool OfSingles = false>
+struct radians {
+  static constexpr bool has_zeros = false;  // of sine and cosine beside the sine of 0
+  batch<Real> x;
+
+  template <int N, bool Half = false>
+  step_number<Real> nearest() const {
+    return nearest_step<Half>(x, Real(N * 0x1.45f306dc9c883p-2));
+  }
+  template <int N>
+  batch<Real> rest(const batch<Real>& k) const {
+    const auto& parts = pi_parts<Real>();
+    const auto less = [&](const batch<Real>& r, Real part) {
+      return negative_multiply_add(k, batch<Real>(part / N), r);
+    };
+    if constexpr (OfSingles) return less(less(x, parts[0]), parts[1] + parts[2]);
+    batch<Real> r = x;
+#pragma GCC unroll 4
+    for (const Real part : parts) r = less(r, part);
+    return r;
+  }
+  // Where x is nearest to k pi / N, r is no larger than what is taken from it next: the sum is Knuth's.
+  template <int N>
+  batch_pair<Real> rest(const batch<Real>& k, const batch<Real>& offset) const {
+    const auto& parts = pi_parts<Real>();
+    const batch<Real> second(parts[1] / N), r = negative_multiply_add(k, batch<Real>(parts[0] / N), x);
+    const batch<Real> product = k * second;
+    auto [high, low] = two_sum(r, -(product + offset));
+    if constexpr (!is_baseline) low = low - multiply_subtract(k, second, product);
+    const batch<Real> rest = negative_multiply_add(k, batch<Real>(parts[2] / N), low);
+    // Short parts leave much to the last one.
+    return is_baseline ? two_sum(high, rest) : batch_pair<Real>{high, rest};
+  }
+};
+
+template <class Real, bool Degrees>
+constexpr const auto& unit_parts() {
+  using namespace trigonometric_data;
+  if constexpr (sizeof(Real) == 4 && Degrees)
+    return float_degree;
+  else if constexpr (sizeof(Real) == 4)
+    return float_pi;
+  else if constexpr (Degrees)
+    return double_degree;
+  else
+    return double_pi;
+}
+
+// Half turns and degrees: what is left of x is exact.
+template <class Real, angle_unit Unit>
+struct exact_angle {
+  static constexpr bool has_zeros = true, degrees = Unit == angle_unit::degrees;
+  static constexpr int half_turn = degrees ? 180 : 1;
+  batch<Real> x;
+
+  template <int N, bool Half = false>
+  step_number<Real> nearest() const {
+    return nearest_step<Half>(x, Real(N / double(half_turn)));
+  }
+  template <int N>
+  batch<Real> rest(const batch<Real>& k) const {
+    return remainder<N>(k) * batch<Real>(unit[0]);
+  }
+  template <int N>
+  batch_pair<Real> rest(const batch<Real>& k, const batch<Real>& offset) const {
+    const batch<Real> r = remainder<N>(k), first(unit[0]);
+    const auto product = two_prod(r, first);
+    const auto [high, low] = fast_two_sum(product.high, -offset);
+    // An offset larger than the product takes its last bits, which do not count then: such an angle is far
+    // from the zeros of sine and cosine.
+    return {high, low + multiply_add(r, batch<Real>(unit[1]), product.low)};
+  }
+
+ private:
+  static constexpr const auto& unit = unit_parts<Real, degrees>();
+  template <int N>
+  batch<Real> remainder(const batch<Real>& k) const {
+    return negative_multiply_add(k, batch<Real>(Real(double(half_turn) / N)), x);
+  }
+};
+
+// high + low half turns; low is small compared with high, or high with a step.
+struct half_turn_pair {
+  static constexpr bool has_zeros = false;
+  f64 high, low;
+
+  template <int N, bool Half = false>
+  step_number<double> nearest() const {
+    return nearest_step<Half>(high, double(N));
+  }
+  template <int N>
+  f64 rest(const f64& k) const {
+    return ((high - k * f64(1.0 / N)) + low) * f64(trigonometric_data::double_pi[0]);
+  }
+  template <int N>
+  batch_pair<double> rest(const f64& k, const f64& offset) const {
+    using trigonometric_data::double_pi;
+    const auto turns = two_sum(high - k * f64(1.0 / N), low);
+    const auto product = two_prod(turns.high, f64(double_pi[0]));
+    const auto sum = fast_two_sum(product.high, -offset);
+    const f64 small = multiply_add(turns.high, f64(double_pi[1]), turns.low * f64(double_pi[0]));
+    return {sum.high, sum.low + (product.low + small)};
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
