@@ -3,12 +3,13 @@
 //   angle = (k pi) / N + rest,   |rest| <= pi / (2 N) and a little
 // k is integral, or an integer less 1/2 where a half step is asked for. Every type of angle has
 //   nearest<N, Half>()       the steps; the lowest bits of `bits` are those of k, rounded up
-//   rest<N>(k)               in one number, with two roundings or fewer
-//   rest<N>(k, offset)       less `offset` <= 2^-26, in two numbers, of doubles
+//   rest<N>(k, offset)            less a small offset, in two numbers
+//   rest_in_one<N>(k[, offset])   in one number
 // Steps are powers of two, so that pi / N has the parts of pi. k times a part and what it leaves of x are
 // exact where products are fused; without fused products the parts are so short that the product is.
 #pragma once
 
+#include <iterator>
 #include <limits>
 
 #include "vector/toolbox/pair.hpp"
@@ -62,28 +63,41 @@ struct radians {
     return nearest_step<Half>(x, Real(N * 0x1.45f306dc9c883p-2));
   }
   template <int N>
-  batch<Real> rest(const batch<Real>& k) const {
-    const auto& parts = pi_parts<Real>();
-    const auto less = [&](const batch<Real>& r, Real part) {
-      return negative_multiply_add(k, batch<Real>(part / N), r);
-    };
-    if constexpr (OfSingles) return less(less(x, parts[0]), parts[1] + parts[2]);
-    batch<Real> r = x;
-#pragma GCC unroll 4
-    for (const Real part : parts) r = less(r, part);
-    return r;
+  batch<Real> rest_in_one(const batch<Real>& k) const {
+    return less_parts<N, 1>(k, less_part<N>(x, k, pi_parts<Real>()[0]));
   }
-  // Where x is nearest to k pi / N, r is no larger than what is taken from it next: the sum is Knuth's.
+  template <int N>
+  batch<Real> rest_in_one(const batch<Real>& k, const batch<Real>& offset) const {
+    const auto& parts = pi_parts<Real>();
+    const batch<Real> second = multiply_add(k, batch<Real>(parts[1] / N), offset);
+    return less_parts<N, 2>(k, less_part<N>(x, k, parts[0]) - second);
+  }
+  // r is a multiple of the last places of what is taken from it, so that Dekker's sum is exact where r is the
+  // smaller.
   template <int N>
   batch_pair<Real> rest(const batch<Real>& k, const batch<Real>& offset) const {
     const auto& parts = pi_parts<Real>();
     const batch<Real> second(parts[1] / N), r = negative_multiply_add(k, batch<Real>(parts[0] / N), x);
     const batch<Real> product = k * second;
-    auto [high, low] = two_sum(r, -(product + offset));
+    auto [high, low] = fast_two_sum(r, -(product + offset));
     if constexpr (!is_baseline) low = low - multiply_subtract(k, second, product);
     const batch<Real> rest = negative_multiply_add(k, batch<Real>(parts[2] / N), low);
     // Short parts leave much to the last one.
     return is_baseline ? two_sum(high, rest) : batch_pair<Real>{high, rest};
+  }
+
+ private:
+  template <int N>
+  static batch<Real> less_part(const batch<Real>& r, const batch<Real>& k, Real part) {
+    return negative_multiply_add(k, batch<Real>(part / N), r);
+  }
+  template <int N, int First>
+  static batch<Real> less_parts(const batch<Real>& k, batch<Real> r) {
+    const auto& parts = pi_parts<Real>();
+    if constexpr (OfSingles && First == 1) return less_part<N>(r, k, parts[1] + parts[2]);
+#pragma GCC unroll 4
+    for (int i = First; i < static_cast<int>(std::size(parts)); ++i) r = less_part<N>(r, k, parts[i]);
+    return r;
   }
 };
 
@@ -112,8 +126,12 @@ struct exact_angle {
     return nearest_step<Half>(x, Real(N / double(half_turn)));
   }
   template <int N>
-  batch<Real> rest(const batch<Real>& k) const {
+  batch<Real> rest_in_one(const batch<Real>& k) const {
     return remainder<N>(k) * batch<Real>(unit[0]);
+  }
+  template <int N>
+  batch<Real> rest_in_one(const batch<Real>& k, const batch<Real>& offset) const {
+    return multiply_subtract(remainder<N>(k), batch<Real>(unit[0]), offset);
   }
   template <int N>
   batch_pair<Real> rest(const batch<Real>& k, const batch<Real>& offset) const {
@@ -143,8 +161,8 @@ struct half_turn_pair {
     return nearest_step<Half>(high, double(N));
   }
   template <int N>
-  f64 rest(const f64& k) const {
-    return ((high - k * f64(1.0 / N)) + low) * f64(trigonometric_data::double_pi[0]);
+  f64 rest_in_one(const f64& k, const f64& offset = f64(0)) const {
+    return multiply_subtract((high - k * f64(1.0 / N)) + low, f64(trigonometric_data::double_pi[0]), offset);
   }
   template <int N>
   batch_pair<double> rest(const f64& k, const f64& offset) const {

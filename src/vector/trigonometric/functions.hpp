@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The functions of angles: sine, cosine, both, and tangent, in each unit.
 //
-// Doubles at level HA go by points, at the others by lines or quadrants. Singles at level HA are computed in
-// double precision, which leaves a few thousandths of a unit beyond the last rounding. Large angles of all
-// levels are brought below two half turns first; those of singles are computed as at HA.
+// Level HA goes by points, the others by lines or quadrants. On the baseline, which has no fused product,
+// singles at HA are computed in double precision, which leaves a few hundredths of a unit beyond the last
+// rounding; so are large angles of singles at all levels, which are brought below two half turns first.
 #pragma once
 
 #include "vector/trigonometric/core.hpp"
@@ -28,14 +28,15 @@ template <class Formula, class Real, level Level, angle_unit Unit>
 struct of_angle : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4, exact_unit = Unit != angle_unit::radians;
-  static constexpr bool in_doubles = single && Level == level::ha;
+  static constexpr bool in_doubles = is_baseline && single && Level == level::ha;
   // pi times a subnormal number may be normal.
   static constexpr auto sse = exact_unit ? sse_control::exact : sse_control::by_mode;
   // The rest of a tiny angle in an exact unit has no second part.
-  static constexpr bool has_tiny = !single && Level == level::ha && exact_unit && Formula::odd;
-  static constexpr Real tiny = Real(0x1p-960), infinity = std::numeric_limits<Real>::infinity();
+  static constexpr bool has_tiny = Level == level::ha && !in_doubles && exact_unit && Formula::odd;
+  static constexpr Real tiny = single ? Real(0x1p-100) : Real(0x1p-960),
+                        infinity = std::numeric_limits<Real>::infinity();
   static constexpr Real limit = exact_unit
-                                    ? (single && !in_doubles ? Real(0x1p20) : Real(0x1p40))
+                                    ? (single && !in_doubles ? Real(0x1p18) : Real(0x1p40))
                                     : (is_baseline && single && !in_doubles ? Real(0x1p13) : Real(0x1p20));
   template <class R>
   using angle = std::conditional_t<exact_unit, exact_angle<R, Unit>, radians<R>>;
@@ -113,33 +114,57 @@ struct of_angle : description<Real> {
     constexpr const auto& unit = unit_parts<Real, Unit == angle_unit::degrees>();
     const auto flags = is_tiny(x);
     const value scaled =
-        multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, x * value(Real(0x1p200))).high *
-        value(Real(0x1p-200));
+        multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, x * value(Real(0x1p64))).high *
+        value(Real(0x1p-64));
     y = xsimd::select(flags, scaled, y);
     return flags & (xsimd::abs(scaled) < value(std::numeric_limits<Real>::min()));
   }
 };
 
-// The polynomials of each precision and level. Singles at HA, in double precision, take those of doubles at
-// EP.
+// The polynomials of each precision and level, by points and by lines. Singles at HA, where they are computed
+// in double precision, take those of doubles at EP.
 template <class Real, level Level>
 struct series;
-#define TMK_SERIES(Real, Level, line_name, quadrant_name)                                      \
-  template <>                                                                                  \
-  struct series<Real, Level> {                                                                 \
-    static constexpr const auto &line = trigonometric_data::line_##line_name,                  \
-                                &sine = trigonometric_data::quadrant_sine_##quadrant_name,     \
-                                &cosine = trigonometric_data::quadrant_cosine_##quadrant_name; \
+#define TMK_SERIES(Real, Level, point_name, line_name)                                   \
+  template <>                                                                            \
+  struct series<Real, Level> {                                                           \
+    static constexpr const auto &sine = trigonometric_data::point_sine_##point_name,     \
+                                &cosine = trigonometric_data::point_cosine_##point_name, \
+                                &line = trigonometric_data::line_##line_name;            \
   };
-TMK_SERIES(float, level::la, single_la, single_la)
-TMK_SERIES(float, level::ha, single_ha, double_ep)
+TMK_SERIES(float, level::la, single, single_la)
 TMK_SERIES(float, level::ep, single_ep, single_ep)
-TMK_SERIES(double, level::la, double_la, double_la)
+TMK_SERIES(double, level::la, double, double_la)
 TMK_SERIES(double, level::ep, double_ep, double_ep)
 #undef TMK_SERIES
+struct series_of_singles : series<double, level::ep> {
+  static constexpr const auto& line = trigonometric_data::line_single_ha;
+};
 
-template <class Real, level Level>
-constexpr bool by_points = sizeof(Real) == 8 && Level == level::ha;
+// The ways for an angle in registers of `Value`.
+template <class Real, level Level, class Value>
+struct way {
+  static constexpr bool widened = sizeof(Real) != sizeof(typename Value::value_type);
+  static constexpr bool paired = Level == level::ha && !widened;
+  using real = typename Value::value_type;
+  using coefficients =
+      std::conditional_t<widened, series_of_singles, series<real, paired ? level::la : Level>>;
+  using near_point = std::conditional_t<paired, by_point_paired<real>, by_point<real>>;
+
+  template <class Angle>
+  static near_point next_to(const Angle& angle) {
+    return {angle, coefficients::sine, coefficients::cosine};
+  }
+};
+
+template <class Real>
+batch<Real> sum(const batch<Real>& x) {
+  return x;
+}
+template <class Real>
+batch<Real> sum(const batch_pair<Real>& x) {
+  return x.high + x.low;
+}
 
 template <bool Cosine>
 struct sine_formula {
@@ -149,13 +174,13 @@ struct sine_formula {
 
   template <class Real, level Level, class Angle, class Value>
   static Value of(const Angle& angle, const Value&) {
+    using how = way<Real, Level, Value>;
     Value y;
-    if constexpr (by_points<Real, Level>) {
-      const point near(angle);
-      const auto sum = Cosine ? near.cosine() : near.sine();
-      y = (sum.high + sum.low) ^ near.sign;
+    if constexpr (how::paired) {
+      const auto near = how::next_to(angle);
+      y = (Cosine ? sum(near.cosine()) : sum(near.sine())) ^ near.at.sign();
     } else {
-      y = line<Cosine>(angle, series<Real, Level>::line);
+      y = line<Cosine>(angle, how::coefficients::line);
     }
     if constexpr (Cosine && Angle::has_zeros)
       return y + Value(0);  // zeros of the cosine are positive
@@ -171,14 +196,9 @@ struct sine_and_cosine_formula {
 
   template <class Real, level Level, class Angle, class Value>
   static pack<Value, Value> of(const Angle& angle, const Value&) {
-    if constexpr (by_points<Real, Level>) {
-      const point near(angle);
-      const auto sine = near.sine(), cosine = near.cosine();
-      return {(sine.high + sine.low) ^ near.sign, (cosine.high + cosine.low) ^ near.sign};
-    } else {
-      const quadrant<Value> q(angle, series<Real, Level>::sine, series<Real, Level>::cosine);
-      return {q.sine ^ q.sine_sign, q.cosine ^ q.cosine_sign};
-    }
+    const auto near = way<Real, Level, Value>::next_to(angle);
+    const Value sign = near.at.sign();
+    return {sum(near.sine()) ^ sign, sum(near.cosine()) ^ sign};
   }
 };
 
@@ -187,24 +207,31 @@ struct tangent_formula {
   using results = Value;
   static constexpr bool odd = true, has_poles = true;
 
+  // Both parts have the sign of the half turn.
   template <class Real, level Level, class Angle, class Value>
   static Value of(const Angle& angle, const Value& x) {
-    if constexpr (by_points<Real, Level>) {
-      const point near(angle);
-      const auto sine = near.sine(), cosine = near.cosine();
-      const auto over = fast_two_sum(sine.high, sine.low), under = fast_two_sum(cosine.high, cosine.low);
-      // The quotient and what it leaves of the sine, with one division. Both have the sign of the half turn.
-      const Value inverse = Value(1) / under.high, quotient = over.high * inverse;
-      const Value rest =
-          residual(over.high, quotient, under.high) + negative_multiply_add(quotient, under.low, over.low);
-      const Value y = multiply_add(rest, inverse, quotient);
-      if constexpr (!Angle::has_zeros) return y;
-      return xsimd::select(over.high == Value(0), signs(x ^ under.high ^ near.sign), y);
-    } else {
-      const quadrant<Value> q(angle, series<Real, Level>::sine, series<Real, Level>::cosine);
-      if constexpr (!Angle::has_zeros) return (q.sine / q.cosine) ^ (q.sine_sign ^ q.cosine_sign);
-      return zero_signed_as(x, q.sine ^ q.sine_sign) / (q.cosine ^ q.cosine_sign);
-    }
+    const auto near = way<Real, Level, Value>::next_to(angle);
+    const auto [y, over, under] = quotient(near.sine(), near.cosine());
+    if constexpr (!Angle::has_zeros) return y;
+    return xsimd::select(over == Value(0), signs(x ^ under ^ near.at.sign()), y);
+  }
+
+ private:
+  template <class Value>
+  struct parts {
+    Value quotient, over, under;
+  };
+  template <class Real>
+  static parts<batch<Real>> quotient(const batch<Real>& sine, const batch<Real>& cosine) {
+    return {sine / cosine, sine, cosine};
+  }
+  // The quotient and what it leaves of the sine, with one division.
+  template <class Real>
+  static parts<batch<Real>> quotient(const batch_pair<Real>& sine, const batch_pair<Real>& cosine) {
+    const auto over = fast_two_sum(sine.high, sine.low), under = fast_two_sum(cosine.high, cosine.low);
+    const auto inverse = batch<Real>(Real(1)) / under.high, y = over.high * inverse;
+    const auto rest = residual(over.high, y, under.high) + negative_multiply_add(y, under.low, over.low);
+    return {multiply_add(rest, inverse, y), over.high, under.high};
   }
 };
 

@@ -11,64 +11,43 @@ constexpr float float_pi_exact[] = {0x1.92p1f, 0x1.fb4p-11f, 0x1.444p-23f, 0x1.6
 constexpr double double_degree[] = {0x1.1df46a2529d39p-6, 0x1.5c1d8becdd291p-62};
 constexpr float float_degree[] = {0x1.1df46ap-6f, 0x1.294e9cp-33f};
 
-// Of the angle j pi/16 + offset: sine, cosine, offset.
-alignas(32) constexpr double accurate_angles[16][4] = {
-    {0x0p0, 0x1p0, 0x0p0, 0x0p0},
-    {0x1.8f8b83c69a997p-3, 0x1.f6297cff75c83p-1, 0x1.cf0a897f58744p-46, 0x0p0},
-    {0x1.87de2a6aeaed7p-2, 0x1.d906bcf328c25p-1, 0x1.79cdca8e65514p-44, 0x0p0},
-    {0x1.1c73b39ae6cfep-1, 0x1.a9b66290e9ed3p-1, 0x1.43ff5286db1abp-43, 0x0p0},
-    {0x1.6a09e6b8d3bcdp-1, 0x1.6a09e61713bcbp-1, 0x1.c97f8302dde8ap-27, 0x0p0},
-    {0x1.a9b66290e9ed3p-1, 0x1.1c73b39ae6cfep-1, -0x1.43ff5286db1abp-43, 0x0p0},
-    {0x1.d906bcf328c25p-1, 0x1.87de2a6aeaed7p-2, -0x1.79cdca8e65514p-44, 0x0p0},
-    {0x1.f6297cff75c83p-1, 0x1.8f8b83c69a997p-3, -0x1.cf0a897f58744p-46, 0x0p0},
-    {0x1p0, 0x0p0, 0x0p0, 0x0p0},
-    {0x1.f6297cff75c83p-1, -0x1.8f8b83c69a997p-3, 0x1.cf0a897f58744p-46, 0x0p0},
-    {0x1.d906bcf328c25p-1, -0x1.87de2a6aeaed7p-2, 0x1.79cdca8e65514p-44, 0x0p0},
-    {0x1.a9b66290e9ed3p-1, -0x1.1c73b39ae6cfep-1, 0x1.43ff5286db1abp-43, 0x0p0},
-    {0x1.6a09e6b8d3bcdp-1, -0x1.6a09e61713bcbp-1, -0x1.c97f8302dde8ap-27, 0x0p0},
-    {0x1.1c73b39ae6cfep-1, -0x1.a9b66290e9ed3p-1, -0x1.43ff5286db1abp-43, 0x0p0},
-    {0x1.87de2a6aeaed7p-2, -0x1.d906bcf328c25p-1, -0x1.79cdca8e65514p-44, 0x0p0},
-    {0x1.8f8b83c69a997p-3, -0x1.f6297cff75c83p-1, -0x1.cf0a897f58744p-46, 0x0p0},
-};
-constexpr double accurate_sine[] = {0x0p0, 0x1.8f8b83c69a997p-3, 0x1.87de2a6aeaed7p-2, 0x1.1c73b39ae6cfep-1, 0x1.6a09e6b8d3bcdp-1, 0x1.a9b66290e9ed3p-1, 0x1.d906bcf328c25p-1, 0x1.f6297cff75c83p-1, 0x1p0, 0x1.f6297cff75c83p-1, 0x1.d906bcf328c25p-1, 0x1.a9b66290e9ed3p-1, 0x1.6a09e6b8d3bcdp-1, 0x1.1c73b39ae6cfep-1, 0x1.87de2a6aeaed7p-2, 0x1.8f8b83c69a997p-3};
-constexpr double accurate_cosine[] = {0x1p0, 0x1.f6297cff75c83p-1, 0x1.d906bcf328c25p-1, 0x1.a9b66290e9ed3p-1, 0x1.6a09e61713bcbp-1, 0x1.1c73b39ae6cfep-1, 0x1.87de2a6aeaed7p-2, 0x1.8f8b83c69a997p-3, 0x0p0, -0x1.8f8b83c69a997p-3, -0x1.87de2a6aeaed7p-2, -0x1.1c73b39ae6cfep-1, -0x1.6a09e61713bcbp-1, -0x1.a9b66290e9ed3p-1, -0x1.d906bcf328c25p-1, -0x1.f6297cff75c83p-1};
-constexpr double accurate_offset[] = {0x0p0, 0x1.cf0a897f58744p-46, 0x1.79cdca8e65514p-44, 0x1.43ff5286db1abp-43, 0x1.c97f8302dde8ap-27, -0x1.43ff5286db1abp-43, -0x1.79cdca8e65514p-44, -0x1.cf0a897f58744p-46, 0x0p0, 0x1.cf0a897f58744p-46, 0x1.79cdca8e65514p-44, 0x1.43ff5286db1abp-43, -0x1.c97f8302dde8ap-27, -0x1.43ff5286db1abp-43, -0x1.79cdca8e65514p-44, -0x1.cf0a897f58744p-46};
+// Of the angles j pi/8 + offset: sine, cosine, offset.
+constexpr double double_point_sine[] = {0x0p0, 0x1.87de2a6aeaed7p-2, 0x1.6a09e6b8d3bcdp-1, 0x1.d906bcf328c25p-1, 0x1p0, 0x1.d906bcf328c25p-1, 0x1.6a09e6b8d3bcdp-1, 0x1.87de2a6aeaed7p-2};
+constexpr double double_point_cosine[] = {0x1p0, 0x1.d906bcf328c25p-1, 0x1.6a09e61713bcbp-1, 0x1.87de2a6aeaed7p-2, 0x0p0, -0x1.87de2a6aeaed7p-2, -0x1.6a09e61713bcbp-1, -0x1.d906bcf328c25p-1};
+constexpr double double_point_offset[] = {0x0p0, 0x1.79cdca8e65514p-44, 0x1.c97f8302dde8ap-27, -0x1.79cdca8e65514p-44, 0x0p0, 0x1.79cdca8e65514p-44, -0x1.c97f8302dde8ap-27, -0x1.79cdca8e65514p-44};
+constexpr float float_point_sine[] = {0x0p0f, 0x1.87e0b6p-2f, 0x1.6a7d46p-1f, 0x1.d90636p-1f, 0x1p0f, 0x1.d90636p-1f, 0x1.6a7d46p-1f, 0x1.87e0b6p-2f};
+constexpr float float_point_cosine[] = {0x1p0f, 0x1.d90636p-1f, 0x1.699662p-1f, 0x1.87e0b6p-2f, 0x0p0f, -0x1.87e0b6p-2f, -0x1.699662p-1f, -0x1.d90636p-1f};
+constexpr float float_point_offset[] = {0x0p0f, 0x1.60a276p-17f, 0x1.46875cp-10f, -0x1.60a276p-17f, 0x0p0f, 0x1.60a276p-17f, -0x1.46875cp-10f, -0x1.60a276p-17f};
 
-// Up to pi/32.
-// Relative error 2^-67.2.
-constexpr double near_sine[] = {-0x1.5555555555555p-3, 0x1.111111110f57fp-7, -0x1.a01a010878461p-13, 0x1.71cac209522f3p-19};
-// Relative error 2^-64.
-constexpr double near_cosine[] = {-0x1.ffffffffffffdp-2, 0x1.555555554f64ep-5, -0x1.6c16c083a320ep-10, 0x1.9ffe11f1160b2p-16};
+// Up to pi/16.
+// Relative error 2^-57.3.
+constexpr double point_sine_double[] = {-0x1.55555555554b8p-3, 0x1.111111107ad4dp-7, -0x1.a019f67b2fe4ep-13, 0x1.718ad45e3b7ecp-19};
+// Relative error 2^-66.8.
+constexpr double point_cosine_double[] = {-0x1p-1, 0x1.55555555554e1p-5, -0x1.6c16c16b75288p-10, 0x1.a019f7ec9c146p-16, -0x1.27a69dfa709aep-22};
+// Relative error 2^-31.
+constexpr double point_sine_double_ep[] = {-0x1.5555432ecbd1ap-3, 0x1.10b4ec984aeefp-7};
+// Relative error 2^-28.1.
+constexpr double point_cosine_double_ep[] = {-0x1.ffffc05130029p-2, 0x1.54b3f36862db4p-5};
+// Relative error 2^-30.9.
+constexpr float point_sine_single[] = {-0x1.555544p-3f, 0x1.10b664p-7f};
+// Relative error 2^-28.1.
+constexpr float point_cosine_single[] = {-0x1.ffffcp-2f, 0x1.54b3aap-5f};
+// Relative error 2^-18.8.
+constexpr float point_sine_single_ep[] = {-0x1.54c57p-3f};
+// Relative error 2^-16.4.
+constexpr float point_cosine_single_ep[] = {-0x1.fe97fap-2f};
 
 // Up to pi/2.
-// Relative error 2^-35.2.
-constexpr double line_single_ha[] = {-0x1.55555546d8228p-3, 0x1.11110c22847d7p-7, -0x1.a017cc6335ebp-13, 0x1.716ec3a29f916p-19, -0x1.9a4098fa70c5ep-26};
-// Relative error 2^-61.5.
-constexpr double line_double_la[] = {-0x1.5555555555555p-3, 0x1.11111111110c7p-7, -0x1.a01a01a014bffp-13, 0x1.71de3a5294577p-19, -0x1.ae6454cdf1f89p-26, 0x1.6123cb38ca9b5p-33, -0x1.ae4302b246b4cp-41, 0x1.882426da450dap-49};
-// Relative error 2^-27.2.
-constexpr double line_double_ep[] = {-0x1.55554b78b2aeap-3, 0x1.110ec5afa8761p-7, -0x1.9f6d4cc7c5daap-13, 0x1.5d95bc32d62dep-19};
-// Relative error 2^-27.2.
-constexpr float line_single_la[] = {-0x1.55554cp-3f, 0x1.110ed6p-7f, -0x1.9f6fbap-13f, 0x1.5db2e4p-19f};
-// Relative error 2^-12.8.
-constexpr float line_single_ep[] = {-0x1.543708p-3f, 0x1.f56f1ep-8f};
-
-// Up to pi/4.
-// Relative error 2^-57.8.
-constexpr double quadrant_sine_double_la[] = {-0x1.5555555555548p-3, 0x1.111111110f713p-7, -0x1.a01a019be359dp-13, 0x1.71de354edf2cp-19, -0x1.ae5e45d45472ep-26, 0x1.5d89831c6d05bp-33};
-// Relative error 2^-63.6.
-constexpr double quadrant_cosine_double_la[] = {-0x1p-1, 0x1.5555555555549p-5, -0x1.6c16c16c14c49p-10, 0x1.a01a019c39229p-16, -0x1.27e4f7b7f87b4p-22, 0x1.1ee9b6f12f74ep-29, -0x1.8f9455aefde4cp-37};
-// Relative error 2^-27.9.
-constexpr double quadrant_sine_double_ep[] = {-0x1.555544c3f3805p-3, 0x1.110713528b8e9p-7, -0x1.9936336846442p-13};
-// Relative error 2^-33.8.
-constexpr double quadrant_cosine_double_ep[] = {-0x1.ffffffc9cdf27p-2, 0x1.55553bded054ep-5, -0x1.6c07b4d9bdea2p-10, 0x1.99086a9cd8814p-16};
-// Relative error 2^-27.8.
-constexpr float quadrant_sine_single_la[] = {-0x1.555544p-3f, 0x1.1106dcp-7f, -0x1.99278ap-13f};
-// Relative error 2^-32.9.
-constexpr float quadrant_cosine_single_la[] = {-0x1p-1f, 0x1.55554ap-5f, -0x1.6c0c22p-10f, 0x1.99e528p-16f};
-// Relative error 2^-19.
-constexpr float quadrant_sine_single_ep[] = {-0x1.5543e2p-3f, 0x1.0b735cp-7f};
-// Relative error 2^-16.
-constexpr float quadrant_cosine_single_ep[] = {-0x1.ffc038p-2f, 0x1.4b5b6ap-5f};
+// Relative error 2^-35.
+constexpr double line_single_ha[] = {-0x1.5555554503758p-3, 0x1.11110ba53711dp-7, -0x1.a017a30ea5b85p-13, 0x1.71696e16d84afp-19, -0x1.99c7de182dda7p-26};
+// Relative error 2^-61.1.
+constexpr double line_double_la[] = {-0x1.5555555555555p-3, 0x1.11111111110c2p-7, -0x1.a01a01a0144fcp-13, 0x1.71de3a52596a2p-19, -0x1.ae6454af86001p-26, 0x1.6123c2f1939c3p-33, -0x1.ae40bb5f3ffbap-41, 0x1.87e4248985b38p-49};
+// Relative error 2^-27.1.
+constexpr double line_double_ep[] = {-0x1.55554a7c3b69ap-3, 0x1.110e9a8b708e1p-7, -0x1.9f650476b97e8p-13, 0x1.5d1c2e693b136p-19};
+// Relative error 2^-27.
+constexpr float line_single_la[] = {-0x1.55554ap-3f, 0x1.110e8cp-7f, -0x1.9f62e8p-13f, 0x1.5d0362p-19f};
+// Relative error 2^-12.7.
+constexpr float line_single_ep[] = {-0x1.54292ap-3f, 0x1.f463d8p-8f};
 
 // 2^(16 i + first_exponent - 52) / pi mod 2 in four parts, row i for arguments from 2^(16 i + first_exponent) on.
 constexpr int first_exponent = 12;

@@ -148,10 +148,11 @@ inline void store_results(const Out& out, int32_t i, const Results& y) {
   out.zip(y, [i](auto* p, const auto& v) { store(p + i, v); });
 }
 
-// A group with flagged lanes.
+// A group with flagged lanes. Apart from the loop, which keeps its registers to itself.
 template <class Method, class In, class Out, class Results, size_t Registers>
-inline void finish_flagged_group(const Method& method, int32_t first, const In& in, const Out& out,
-                                 Results (&y)[Registers], error_channel& errors) {
+[[gnu::noinline, gnu::flatten]] void finish_flagged_group(const Method& method, int32_t first, const In& in,
+                                                          const Out& out, Results (&y)[Registers],
+                                                          error_channel& errors) {
   uint32_t rest = 0;  // registers with lanes for the slow path
 #pragma GCC unroll 16
   for (size_t k = 0; k < Registers; ++k) {
@@ -196,7 +197,11 @@ template <class Kernel, class Method, class In, class Out>
     for (; n - i >= Kernel::group; i += Kernel::group) {
       results y[Method::registers];
       if (compute_group(method, i, in, y)) [[unlikely]] {
-        if constexpr (Method::has_rare_lanes) finish_flagged_group(method, i, in, out, y, errors);
+        if constexpr (Method::has_rare_lanes) {
+          results copies[Method::registers];  // y itself has no address, and so no place in memory
+          std::copy_n(y, Method::registers, copies);
+          finish_flagged_group(method, i, in, out, copies, errors);
+        }
       } else {
 #pragma GCC unroll 16
         for (int k = 0; k < Method::registers; ++k) put(i + k * width, y[k]);
