@@ -3,11 +3,10 @@
 // angles of vectors in the half plane above the x axis.
 #pragma once
 
-#include <limits>
-
 #include "vector/inverse_trigonometric/series_data.hpp"
 #include "vector/toolbox/pair.hpp"
 #include "vector/toolbox/rough_quotient.hpp"
+#include "vector/toolbox/scaled_back.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -48,19 +47,13 @@ lane_mask<Real> is_tiny(const batch<Real>& x) {
   return (size < bound) & (size != batch<Real>(Real(0)));
 }
 
-// x / pi for these, by a scaled pair. Scaling it back rounds where the result is subnormal: there both words
-// are first rounded to the result's unit.
+// x / pi for these.
 template <class Real>
 batch<Real> tiny_in_half_turns(const batch<Real>& x) {
-  using value = batch<Real>;
-  using limits = std::numeric_limits<Real>;
   constexpr Real scale = sizeof(Real) == 4 ? Real(0x1p80) : Real(0x1p200);
-  const value shifter(Real(1.5) / limits::epsilon() * (limits::denorm_min() * scale));
-  const auto pair = sum_in_unit<angle_unit::half_turns>(value(Real(0)), xsimd::abs(x) * value(scale));
-  const value whole = (pair.high + shifter) - shifter, rest = (pair.high - whole) + pair.low;
-  const value subnormal = whole + ((rest + shifter) - shifter);
-  const value y = xsimd::select(pair.high < value(limits::min() * scale), subnormal, pair.high + pair.low);
-  return y * value(1 / scale) | sign_of(x);
+  const batch<Real> scaled = xsimd::abs(x) * batch<Real>(scale);
+  const auto pair = sum_in_unit<angle_unit::half_turns>(batch<Real>(Real(0)), scaled);
+  return scaled_back<scale>(pair.high, pair.low) | sign_of(x);
 }
 
 // What formulas do not give: NaNs, which they may alter, and tiny results in half turns.

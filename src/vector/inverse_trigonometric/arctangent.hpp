@@ -11,19 +11,6 @@
 TMK_TIER_OPEN
 namespace {
 
-// d + c n as a pair, for c n <= d.
-template <class Real>
-batch_pair<Real> denominator(const batch<Real>& d, const batch<Real>& c, const batch<Real>& n) {
-  if constexpr (is_baseline) {
-    const auto product = two_prod(c, n);
-    const auto sum = fast_two_sum(d, product.high);
-    return {sum.high, sum.low + product.low};
-  } else {
-    const batch<Real> sum = multiply_add(c, n, d);
-    return {sum, multiply_add(c, n, d - sum)};
-  }
-}
-
 // 7.49 n / d to within half a percent, never more, from a quotient to within 5 %: the factor 0.9676 of that
 // comes back squared. So k = 8, for which there is no entry, is not reached.
 template <class Real>
@@ -48,7 +35,7 @@ batch<Real> arctangent(const batch<Real>& n, const batch<Real>& d, const batch<R
   const auto k = table_index<Real, 8, 0>(bits_as<typename format<Real>::bits>(shifted));
   if constexpr (Level == level::ha) {
     const lane_table<Real, 8> high(constants::arctan_high), low(constants::arctan_low);
-    const auto divisor = denominator(d, c, n);
+    const auto divisor = add_product(d, c, n);
     const value numerator = residual(n, c, d), t = numerator / divisor.high;
     const value lost = negative_multiply_add(t, divisor.low, residual(numerator, t, divisor.high));
     const auto sum = sum_in_unit<Unit>(multiply_add(j, value(constants::right_high), high[k]), t);

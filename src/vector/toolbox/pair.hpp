@@ -54,6 +54,19 @@ batch<Real> residual(const batch<Real>& z, const batch<Real>& x, const batch<Rea
   }
 }
 
+// z + x y for |x y| <= |z|: u^2.
+template <class Real>
+batch_pair<Real> add_product(const batch<Real>& z, const batch<Real>& x, const batch<Real>& y) {
+  if constexpr (is_baseline) {
+    const auto product = two_prod(x, y);
+    const auto sum = fast_two_sum(z, product.high);
+    return {sum.high, sum.low + product.low};
+  } else {
+    const batch<Real> sum = multiply_add(x, y, z);
+    return {sum, multiply_add(x, y, z - sum)};  // the difference is exact
+  }
+}
+
 // 2 u^2 [J, algorithm 4].
 template <class Real>
 batch_pair<Real> add(const batch_pair<Real>& x, const batch<Real>& y) {
