@@ -10,48 +10,53 @@
 TMK_TIER_OPEN
 namespace {
 
-// arcsin(head) + lost, the acute angle of the unit vector (x, y) to the y axis where it is steep, |x| <= 1/2,
-// or else to the x axis; arcsin(head) = head + cube p.
-template <class Real, level Level, angle_unit Unit>
+// The acute angle of the unit vector (x, y) to the y axis where it is steep, |x| <= 1/2, or else to the x
+// axis, with the sign Flat: arcsin(head) + residual quotient, arcsin(head) = head + cube p.
+template <class Real, level Level, angle_unit Unit, int Flat>
 struct acute_angle {
   using value = batch<Real>;
   using constants = angles<Real, Unit>;
   using series = arcsine_series<Real, Unit>;
   lane_mask<Real> steep;
-  value head, lost, cube, p;
+  value head, root_residual, quotient, cube, p;
 
   explicit acute_angle(const value& x) {
     const value half(Real(0.5)), size = xsimd::abs(x);
     steep = size <= half;
     const value rest = negative_multiply_add(half, size, half), root = xsimd::sqrt(rest);
-    head = xsimd::select(steep, size, root + root);
-    // The quotient is best for roots next to 1/2, where the cubic term takes most of the error.
-    constexpr Real factor = Real(1.05) * constants::unit;
-    if constexpr (Level == level::ha)
-      lost = xsimd::select(steep, value(Real(0)), residual(rest, root, root) * rough_quotient<factor>(root));
     const value z = xsimd::select(steep, size * size, rest);
+    head = xsimd::select(steep, size, root * value(Real(2 * Flat)));
     cube = head * z;
-    if constexpr (Level == level::ha)
+    if constexpr (Level == level::ha) {
+      // Best for roots next to 1/2, where the cubic term takes most of the error.
+      constexpr Real factor = Real(1.05 * Flat) * constants::unit;
+      root_residual = residual(rest, root, root);
+      quotient = rough_quotient<factor>(root);
       p = polynomial(z, series::ha);
-    else if constexpr (Level == level::la)
+    } else if constexpr (Level == level::la) {
       p = polynomial(z, series::la);
-    else
+    } else {
       p = polynomial(z, series::ep);
+    }
   }
 
-  // |turn + rest + this angle|, where `turn` consists of right angles and `rest` is what it lacks.
+  value if_flat(const value& y) const { return xsimd::select(steep, value(Real(0)), y); }
+  // What the head lacks of a flat angle, added to y.
+  value lost(const value& y) const {
+    if constexpr (Level == level::ha)
+      return multiply_add(root_residual, quotient, y);
+    else
+      return y;
+  }
+
+  // turn + rest + this angle, where `turn` consists of right angles and `rest` is small.
   value turned(const value& turn, const value& rest) const {
-    if constexpr (Level == level::ep) {
-      return xsimd::abs(multiply_add(cube, p, multiply_add(head, value(constants::unit), turn)));
-    } else if constexpr (Level == level::la && Unit == angle_unit::radians) {
-      return xsimd::abs(turn + (head + multiply_add(cube, p, rest)));
-    } else {
-      const auto sum = sum_in_unit<Unit>(turn, head);
-      value low = sum.low;
-      if constexpr (constants::right_low != 0) low += rest;
-      if constexpr (Level == level::ha) low += lost;
-      return xsimd::abs(sum.high + multiply_add(cube, p, low));
-    }
+    if constexpr (Level == level::ep)
+      return multiply_add(cube, p, multiply_add(head, value(constants::unit), turn));
+    if constexpr (Level == level::la && Unit == angle_unit::radians)
+      return turn + (head + multiply_add(cube, p, rest));
+    const auto sum = sum_in_unit<Unit>(turn, head);
+    return sum.high + multiply_add(cube, p, sum.low + rest);
   }
 };
 
@@ -61,12 +66,9 @@ struct arcsine : description<Real> {
   using constants = angles<Real, Unit>;
 
   static value fast(const value& x) {
-    const acute_angle<Real, Level, Unit> angle(x);
-    const auto unless_steep = [&](Real turn) {
-      return xsimd::select(angle.steep, value(Real(0)), value(turn));
-    };
-    return angle.turned(unless_steep(-constants::right_high), unless_steep(-constants::right_low)) |
-           sign_of(x);
+    const acute_angle<Real, Level, Unit, -1> angle(x);
+    const value turn = angle.if_flat(value(constants::right_high));
+    return angle.turned(turn, angle.if_flat(angle.lost(value(constants::right_low)))) | sign_of(x);
   }
   static constexpr bool may_vanish = Level == level::ha && Unit == angle_unit::half_turns;
   static lane_mask<Real> flagged(const value& x, const value&) {
@@ -85,9 +87,11 @@ struct arccosine : description<Real> {
   using constants = angles<Real, Unit>;
 
   static value fast(const value& x) {
-    const acute_angle<Real, Level, Unit> angle(x);
-    const value j = right_angles(angle.steep, x);
-    return angle.turned(j * value(constants::right_high), j * value(constants::right_low));
+    const acute_angle<Real, Level, Unit, 1> angle(x);
+    const value j = right_angles(angle.steep, x), lost = angle.if_flat(angle.lost(value(Real(0))));
+    const value turn = j * value(constants::right_high);
+    if constexpr (constants::right_low == 0) return xsimd::abs(angle.turned(turn, lost));
+    return xsimd::abs(angle.turned(turn, multiply_add(j, value(constants::right_low), lost)));
   }
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) <= value(Real(1))); }
 };

@@ -38,5 +38,9 @@ using arctangent_in_half_turns = arctangent_of_one<Real, Level, angle_unit::half
 TMK_TIER_CLOSE
 
 TMK_KERNELS(s, Atan, unary, LHE, arctangent_in_radians)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_KERNELS(d, Atan, unary, HHE, arctangent_in_radians)
+#else
+TMK_KERNELS(d, Atan, unary, LHE, arctangent_in_radians)
+#endif
 TMK_REAL_KERNELS(Atanpi, unary, LHE, arctangent_in_half_turns)

@@ -62,6 +62,15 @@ struct arctangent_series<float, angle_unit::radians> {
   // Relative error 2^-19.5.
   static constexpr float ep[] = {
       -0x1.544752p-2f};
+  // The same for |t| <= 1.
+  // Relative error 2^-25.8.
+  static constexpr float whole_la[] = {
+      -0x1.5554dcp-2f, 0x1.9978eep-3f, -0x1.230abp-3f, 0x1.b4dfdcp-4f,
+      -0x1.3553f4p-4f, 0x1.61f756p-5f, -0x1.0c23fep-6f, 0x1.7ec1c4p-9f};
+  // arctan(t) = t p(z), |t| <= 1. Relative error 2^-15.
+  static constexpr float whole_ep[] = {
+      0x1.fffc12p-1f, -0x1.53a956p-2f, 0x1.7b5204p-3f, -0x1.78871ep-4f,
+      0x1.86f8d6p-6f};
 };
 
 template <>
@@ -107,6 +116,10 @@ struct arctangent_series<float, angle_unit::half_turns> {
   // Relative error 2^-19.5.
   static constexpr float ep[] = {
       -0x1.b14192p-4f};
+  // arctan(t) = t p(z), |t| <= 1. Relative error 2^-15.
+  static constexpr float whole_ep[] = {
+      0x1.45f086p-2f, -0x1.b07856p-4f, 0x1.e2f692p-5f, -0x1.df6742p-6f,
+      0x1.f1ca04p-8f};
 };
 
 template <>

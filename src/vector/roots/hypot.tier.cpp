@@ -18,39 +18,29 @@ struct hypotenuse : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
 
-  // sqrt(s), and what it lacks of sqrt(s + s_low), from V4's estimate of 1 / sqrt(s) where that is faster.
-  static batch_pair<Real> root(const value& s, const value& s_low) {
-    if constexpr (this_tier < 2) {
-      const value r = xsimd::sqrt(s);
-      if constexpr (Level == level::ha)
-        return {r, (residual(s, r, r) + s_low) * rough_quotient<Real(0.5)>(r)};
-      return {r, s_low};
-    } else {
-      // Of zero, the estimate would be infinite.
-      const value estimate =
-          reciprocal_sqrt_estimate(maximum_or_second(s, value(std::numeric_limits<Real>::min())));
-      const value near = s * estimate, half(Real(0.5));
-      if constexpr (Level == level::ep && single) return {near, s_low};
-      const value e = negative_multiply_add(near, estimate, value(Real(1)));
-      if constexpr (Level == level::ep || (Level == level::la && single)) return {near, near * half * e};
-      const value more = near * e;
-      if constexpr (Level == level::la)
-        return {near, more * polynomial(e, Real(0.5), Real(0.375), Real(0.3125))};
-      const value r = single ? multiply_add(more, half, near)
-                             : multiply_add(more, polynomial(e, Real(0.5), Real(0.375), Real(0.3125)), near);
-      return {r, (negative_multiply_add(r, r, s) + s_low) * (half * estimate)};
-    }
+  // sqrt(s) as a sum: near y = s e with V4's estimate e of 1 / sqrt(s), and r = 1 - e y,
+  //   sqrt(s) = y (1 - r)^(-1/2) = y + y r (1/2 + 3 r / 8 + 5 r^2 / 16 + ...)
+  // The processor's root takes longer in double precision, and in single than what EP needs.
+  static constexpr bool estimates = this_tier == 2 && (Level == level::ep || (Level == level::la && !single));
+  static batch_pair<Real> root(const value& s) {
+    const value zero(Real(0));
+    if constexpr (!estimates) return {xsimd::sqrt(s), zero};
+    // Of zero, the estimate would be infinite.
+    const value e = reciprocal_sqrt_estimate(maximum_or_second(s, value(std::numeric_limits<Real>::min())));
+    const value y = s * e;
+    if constexpr (single) return {y, zero};
+    const value r = negative_multiply_add(e, y, value(Real(1)));
+    if constexpr (Level == level::ep) return {y, y * r * value(Real(0.5))};
+    return {y, y * r * polynomial(r, Real(0.5), Real(0.375), Real(0.3125))};
   }
   static batch_pair<Real> root_of_squares(const value& x, const value& y) {
-    if constexpr (Level == level::ha) {
-      const value a = xsimd::abs(x), b = xsimd::abs(y);
-      // Of a NaN and a number, one of these is the NaN.
-      const value larger = maximum_or_second(a, b), smaller = minimum_or_second(b, a);
-      const auto square = two_prod(larger, larger), sum = add_product(square.high, smaller, smaller);
-      return root(sum.high, sum.low + square.low);
-    } else {
-      return root(multiply_add(x, x, y * y), value(Real(0)));
-    }
+    if constexpr (Level != level::ha) return root(multiply_add(x, x, y * y));
+    const value a = xsimd::abs(x), b = xsimd::abs(y);
+    // Of a NaN and a number, one of these is the NaN.
+    const value larger = maximum_or_second(a, b), smaller = minimum_or_second(b, a);
+    const auto square = two_prod(larger, larger), s = add_product(square.high, smaller, smaller);
+    const value r = xsimd::sqrt(s.high), rest = residual(s.high, r, r) + (s.low + square.low);
+    return {r, rest * rough_quotient<Real(0.5)>(r)};
   }
   static value sum(const batch_pair<Real>& root) { return root.high + root.low; }
 
@@ -87,4 +77,8 @@ struct hypotenuse : description<Real> {
 TMK_TIER_CLOSE
 
 TMK_KERNELS(s, Hypot, binary, LHE, hypotenuse)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_KERNELS(d, Hypot, binary, HHE, hypotenuse)
+#else
+TMK_KERNELS(d, Hypot, binary, LHE, hypotenuse)
+#endif

@@ -15,12 +15,14 @@ template <class Real>
 constexpr auto rough_quotient_bits(double factor) {
   using bits = typename format<Real>::bits;
   bits exponent = 2 * format<Real>::bias - 1;
+  const bits sign = factor < 0 ? format<Real>::sign : 0;
+  factor = factor < 0 ? -factor : factor;
   for (; factor > 17.0 / 16; factor /= 2) ++exponent;
   for (; factor <= 17.0 / 32; factor *= 2) --exponent;
   double root = 4.5;  // b = sqrt(8 + 16 factor) - 4
   for (int i = 0; i < 5; ++i) root = (root + (8 + 16 * factor) / root) / 2;
   constexpr bits one = bits{1} << format<Real>::fraction_bits;
-  return exponent * one + static_cast<bits>((root - 4) * double(one));
+  return sign + exponent * one + static_cast<bits>((root - 4) * double(one));
 }
 
 // Factor / x for x >= 0 and below 2^126 or 2^1022. Zero gives a large number.
