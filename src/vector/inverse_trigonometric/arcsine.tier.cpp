@@ -28,9 +28,9 @@ struct acute_angle {
     head = xsimd::select(steep, size, root * value(Real(2 * Flat)));
     cube = head * z;
     if constexpr (Level == level::ha) {
-      // Best for roots next to 1/2, where the cubic term takes most of the error.
-      constexpr Real factor = Real(1.05 * Flat) * constants::unit;
       root_residual = residual(rest, root, root);
+      // The arcsine's slope over the sine is 1 to 1.05.
+      constexpr Real factor = Real(1.05 * Flat) * constants::unit;
       quotient = rough_quotient<factor>(root);
       p = polynomial(z, series::ha);
     } else if constexpr (Level == level::la) {
@@ -41,12 +41,10 @@ struct acute_angle {
   }
 
   value if_flat(const value& y) const { return xsimd::select(steep, value(Real(0)), y); }
-  // What the head lacks of a flat angle, added to y.
-  value lost(const value& y) const {
-    if constexpr (Level == level::ha)
-      return multiply_add(root_residual, quotient, y);
-    else
-      return y;
+  // y and what the head lacks of a flat angle.
+  value plus_lost(const value& y) const {
+    if constexpr (Level != level::ha) return y;
+    return multiply_add(root_residual, quotient, y);
   }
 
   // turn + rest + this angle, where `turn` consists of right angles and `rest` is small.
@@ -68,7 +66,7 @@ struct arcsine : description<Real> {
   static value fast(const value& x) {
     const acute_angle<Real, Level, Unit, -1> angle(x);
     const value turn = angle.if_flat(value(constants::right_high));
-    return angle.turned(turn, angle.if_flat(angle.lost(value(constants::right_low)))) | sign_of(x);
+    return angle.turned(turn, angle.if_flat(angle.plus_lost(value(constants::right_low)))) | sign_of(x);
   }
   static constexpr bool may_vanish = Level == level::ha && Unit == angle_unit::half_turns;
   static lane_mask<Real> flagged(const value& x, const value&) {
@@ -88,7 +86,7 @@ struct arccosine : description<Real> {
 
   static value fast(const value& x) {
     const acute_angle<Real, Level, Unit, 1> angle(x);
-    const value j = right_angles(angle.steep, x), lost = angle.if_flat(angle.lost(value(Real(0))));
+    const value j = right_angles(angle.steep, x), lost = angle.if_flat(angle.plus_lost(value(Real(0))));
     const value turn = j * value(constants::right_high);
     if constexpr (constants::right_low == 0) return xsimd::abs(angle.turned(turn, lost));
     return xsimd::abs(angle.turned(turn, multiply_add(j, value(constants::right_low), lost)));
