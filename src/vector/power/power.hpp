@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// x^y = e^(y ln x) on every tier: what the power functions share.
+//   Double: ln x, y ln x and the exponent as pairs. EP: in one word.
+//   Single: in double; EP in single.
+// The fast lane serves |x| > 0 normal and results that are normal numbers; a patch by registers finishes what
+// else is common: negative x, zeros, infinities and NaN, subnormal x.
+#pragma once
+
+#include "vector/power/pair_exp.hpp"
+#include "vector/power/pair_log.hpp"
+#include "vector/power/short_power.hpp"
+#include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// Of positive normal x, times 2^exponent where that is given. NaN where the result is no normal number, or
+// nearly none.
+template <class Real, level Level>
+struct power_of_positive;
+
+template <level Level>
+struct power_of_positive<double, Level> {
+  template <class... Value>
+  static f64 of(const f64& x, const f64& y, const Value&... exponent) {
+    if constexpr (Level == level::ep) return short_power(1021.5, x, y, exponent...);
+    const auto product = multiply_loose(pair_log(x, exponent...), y);
+    const auto z = fast_two_sum(product.high, product.low);
+    return within(z.high, 708.39, pair_exp(z));
+  }
+};
+template <level Level>
+struct power_of_positive<float, Level> {
+  template <class... Value>
+  static f32 of(const f32& x, const f32& y, const Value&... exponent) {
+    if constexpr (Level == level::ep) {
+      return short_power(125.9f, x, y, exponent...);
+    } else {
+      const auto xs = widen(x), ys = widen(y);
+      if constexpr (sizeof...(exponent) == 0)
+        return narrow({short_power(125.99, xs.low, ys.low), short_power(125.99, xs.high, ys.high)});
+      const f64 raise(double((0.0f + ... + exponent.get(0))));
+      return narrow(
+          {short_power(125.99, xs.low, ys.low, raise), short_power(125.99, xs.high, ys.high, raise)});
+    }
+  }
+};
+
+// Functions of the power family differ where x is negative, and where y ln x is undefined.
+enum class power_domain {
+  whole,     // integral powers of negative x; x^0 and 1^y are 1 whatever the other is
+  positive,  // as e^(y ln x) is defined
+};
+
+template <class Real, level Level, power_domain Domain>
+struct power : description<Real> {
+  using value = batch<Real>;
+  using mask = lane_mask<Real>;
+  using core = power_of_positive<Real, Level>;
+  static constexpr auto sse = sse_control::exact;  // comparisons with zero are to mean zero
+  static constexpr bool nan_in_nan_out = false;
+
+  static value fast(const value& x, const value& y) { return core::of(xsimd::abs(x), y); }
+  static mask flagged(const value& x, const value&, const value& r) {
+    return not_positive_normal(x) | xsimd::isnan(r);
+  }
+
+  static mask patch(const value& x, const value& y, value& r) {
+    const value zero(Real(0)), one(Real(1)), infinity(std::numeric_limits<Real>::infinity());
+    const value magnitude = xsimd::abs(x);
+    const mask nan = xsimd::isnan(x) | xsimd::isnan(y);
+    const mask x_extreme = (x == zero) | (magnitude == infinity), y_infinite = xsimd::abs(y) == infinity;
+    const mask negative = (xsimd::bitofsign(x) | one) < zero;
+
+    r = with_subnormals(magnitude, y, r);
+    const mask grows = ((magnitude > one) & (y > zero)) | ((magnitude < one) & (y < zero));
+    r = xsimd::select(x_extreme | y_infinite, xsimd::select(grows, infinity, zero), r);
+    mask undefined, settled;
+    if constexpr (Domain == power_domain::whole) {
+      const value half = y * value(Real(0.5));
+      const mask whole = round_to_zero(y) == y, odd = whole & (round_to_zero(half) != half);
+      r = xsimd::select(magnitude == one, one, r);
+      r = xsimd::select(odd, r | xsimd::bitofsign(x), r);
+      undefined = negative & !whole & !x_extreme;
+      settled = (y == zero) | (x == one);
+    } else {
+      undefined = ((x < zero) | (x_extreme & (y == zero)) | ((x == one) & y_infinite));
+      settled = mask(false);
+    }
+    const mask pole = (x == zero) & (y < zero) & !y_infinite;
+    const mask rare = xsimd::isnan(r) | undefined | pole;
+    r = xsimd::select(nan, xsimd::select(xsimd::isnan(x), x + x, y + y), r);
+    r = xsimd::select(settled, one, r);
+    return rare & !nan & !settled;
+  }
+
+ private:
+  // Subnormal x scaled: their powers are not in r yet.
+  static value with_subnormals(const value& magnitude, const value& y, const value& r) {
+    const mask subnormal =
+        (magnitude < value(std::numeric_limits<Real>::min())) & (magnitude > value(Real(0)));
+    if (lane_bits<Real>(subnormal) == 0) return r;
+    constexpr int up = format<Real>::fraction_bits + 1;
+    constexpr Real scale = Real(uint64_t{1} << up);
+    return xsimd::select(subnormal, core::of(magnitude * value(scale), y, value(Real(-up))), r);
+  }
+};
+
+template <class Real, level Level>
+using whole_power = power<Real, Level, power_domain::whole>;
+template <class Real, level Level>
+using positive_power = power<Real, Level, power_domain::positive>;
+
+}  // namespace
+TMK_TIER_CLOSE
