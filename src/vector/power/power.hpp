@@ -6,11 +6,21 @@
 // else is common: negative x, zeros, infinities and NaN, subnormal x.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+
 #include "vector/power/pair_exp.hpp"
 #include "vector/power/pair_log.hpp"
 #include "vector/power/short_power.hpp"
 #include "vector/toolbox/lane_tests.hpp"
 #include "vector/walk/kernel.hpp"
+
+extern "C" {
+int32_t tmk_vtm_reference_sPow(const float*, const float*, float*);
+int32_t tmk_vtm_reference_dPow(const double*, const double*, double*);
+int32_t tmk_vtm_reference_sPowr(const float*, const float*, float*);
+int32_t tmk_vtm_reference_dPowr(const double*, const double*, double*);
+}
 
 TMK_TIER_OPEN
 namespace {
@@ -53,6 +63,13 @@ enum class power_domain {
   positive,  // as e^(y ln x) is defined
 };
 
+inline int32_t reference_power(power_domain domain, const float* a, const float* b, float* r) {
+  return (domain == power_domain::whole ? tmk_vtm_reference_sPow : tmk_vtm_reference_sPowr)(a, b, r);
+}
+inline int32_t reference_power(power_domain domain, const double* a, const double* b, double* r) {
+  return (domain == power_domain::whole ? tmk_vtm_reference_dPow : tmk_vtm_reference_dPowr)(a, b, r);
+}
+
 template <class Real, level Level, power_domain Domain>
 struct power : description<Real> {
   using value = batch<Real>;
@@ -93,6 +110,39 @@ struct power : description<Real> {
     r = xsimd::select(nan, xsimd::select(xsimd::isnan(x), x + x, y + y), r);
     r = xsimd::select(settled, one, r);
     return rare & !nan & !settled;
+  }
+
+  // Results out of range are common enough to be spared the reference: those that the exponent of x decides,
+  // and singles whose rounding the doubles decide.
+  static int32_t rare(const Real* a, const Real* b, Real* r) {
+    using limits = std::numeric_limits<Real>;
+    const double x = *a, y = *b;
+    const bool whole = std::trunc(y) == y;
+    if (std::isfinite(x) && std::isfinite(y) &&
+        (x > 0 || (x < 0 && whole && Domain == power_domain::whole))) {
+      const Real sign = x < 0 && std::trunc(y / 2) != y / 2 ? Real(-1) : Real(1);
+      const double first = std::logb(x) * y, second = first + y;  // y log2 |x| is between them
+      if (std::min(first, second) >= limits::max_exponent) {
+        *r = sign * limits::infinity();
+        return VTM_STATUS_OVERFLOW;
+      }
+      if (std::max(first, second) < limits::min_exponent - limits::digits - 1) {
+        *r = sign * Real(0);
+        return VTM_STATUS_UNDERFLOW;
+      }
+      if constexpr (sizeof(Real) == 4) {
+        const double power = short_power(1000, f64(std::fabs(x)), f64(y)).get(0);
+        const double low = power * (1 - 0x1p-28), high = power * (1 + 0x1p-28);
+        const float nearest = static_cast<float>(low);
+        if (nearest == static_cast<float>(high) && (nearest < low || nearest > high)) {
+          *r = sign * nearest;
+          return std::isinf(nearest)       ? VTM_STATUS_OVERFLOW
+                 : nearest < limits::min() ? VTM_STATUS_UNDERFLOW
+                                           : VTM_STATUS_OK;
+        }
+      }
+    }
+    return reference_power(Domain, a, b, r);
   }
 
  private:
