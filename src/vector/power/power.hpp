@@ -47,12 +47,10 @@ struct power_of_positive<float, Level> {
     if constexpr (Level == level::ep) {
       return short_power(125.9f, x, y, exponent...);
     } else {
-      const auto xs = widen(x), ys = widen(y);
-      if constexpr (sizeof...(exponent) == 0)
-        return narrow({short_power(125.99, xs.low, ys.low), short_power(125.99, xs.high, ys.high)});
-      const f64 raise(double((0.0f + ... + exponent.get(0))));
-      return narrow(
-          {short_power(125.99, xs.low, ys.low, raise), short_power(125.99, xs.high, ys.high, raise)});
+      const auto raised = [&](const f64& xs, const f64& ys) {
+        return short_power(125.99, xs, ys, f64(double{exponent.get(0)})...);
+      };
+      return in_double(raised, x, y);
     }
   }
 };
@@ -155,6 +153,25 @@ struct power : description<Real> {
     constexpr Real scale = Real(uint64_t{1} << up);
     return xsimd::select(subnormal, core::of(magnitude * value(scale), y, value(Real(-up))), r);
   }
+};
+
+// The same with one exponent for all elements.
+template <class Real, level Level>
+struct power_to_scalar : description<Real> {
+  using value = batch<Real>;
+  using elementwise = power<Real, Level, power_domain::whole>;
+  static constexpr auto sse = elementwise::sse;
+  static constexpr bool nan_in_nan_out = false;
+
+  Real exponent;
+  explicit power_to_scalar(Real b) : exponent(b) {}
+
+  value fast(const value& x) const { return elementwise::fast(x, value(exponent)); }
+  lane_mask<Real> flagged(const value& x, const value& r) const {
+    return elementwise::flagged(x, value(exponent), r);
+  }
+  lane_mask<Real> patch(const value& x, value& r) const { return elementwise::patch(x, value(exponent), r); }
+  int32_t rare(const Real* a, Real* r) const { return elementwise::rare(a, &exponent, r); }
 };
 
 template <class Real, level Level>
