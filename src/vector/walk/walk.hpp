@@ -70,6 +70,7 @@ struct method {
     constexpr bool all_real = std::same_as<std::remove_cvref_t<decltype(x.last())>, batch<real>> &&
                               std::same_as<std::remove_cvref_t<decltype(y.last())>, batch<real>>;
     lane_mask<real> rare_lanes = flagged(x, y);
+    if (lane_bits<real>(rare_lanes) == 0) return rare_lanes;  // another register of the group is concerned
     if constexpr (requires { &Kernel::patch; }) {
       rare_lanes = rare_lanes & x.apply([&](const auto&... v) {
         if constexpr (Results::size == 1)
