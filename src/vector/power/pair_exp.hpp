@@ -15,11 +15,12 @@
 TMK_TIER_OPEN
 namespace {
 
+// The low part may reach 0.1.
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
 inline f64 pair_exp(const batch_pair<double>& x) {
   using namespace exp_data;
   const f64 shifter(0x1.8p+52);
-  const f64 shifted = x.high * f64(double_inverse_step_64) + shifter;
+  const f64 shifted = (x.high + x.low) * f64(double_inverse_step_64) + shifter;
   const f64 k = shifted - shifter;
   const f64 r = (x.high - k * f64(double_step_high_64)) + (x.low - k * f64(double_step_low_64));
   const f64 p = r + (r * r) * polynomial(r, double_c2, double_c3, double_c4, double_c5);
@@ -30,11 +31,16 @@ inline f64 pair_exp(const batch_pair<double>& x) {
 #else
 inline f64 pair_exp(const batch_pair<double>& x) {
   using constants = exp_series<double, exp_base::e>;
-  auto argument = reduce<exp_base::e>(x.high);
-  const f64 low = negative_multiply_add(argument.k, f64(constants::step_low), x.low);
-  argument.reduced = argument.r + low;
-  const f64 rest = beyond_linear<exp_base::e, false>(argument, constants::ha) + low;
-  return multiply_add(argument.power, argument.r + rest, argument.power);
+  const f64 shifted = multiply_add(x.high + x.low, f64(constants::rate), f64(shifter<double>));
+  const f64 k = shifted - f64(shifter<double>);
+  const f64 r = negative_multiply_add(k, f64(constants::step), x.high);
+  const f64 low = negative_multiply_add(k, f64(constants::step_low), x.low);
+  const auto j = table_index<double, 8, 0>(bits_as<uint64_t>(shifted));
+  const f64 power = raise_exponent<3>(lane_table<double, 8>(lowered_powers<double>.entry)[j], shifted);
+  const f64 reduced = r + low;
+  const f64 correction = lane_table<double, 8>(eighth_powers<double>::correction).leading(j);
+  const f64 rest = multiply_add(reduced * reduced, polynomial(reduced, constants::ha), correction);
+  return multiply_add(power, r + (rest + low), power);
 }
 #endif
 

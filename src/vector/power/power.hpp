@@ -32,19 +32,20 @@ struct power_of_positive;
 
 template <level Level>
 struct power_of_positive<double, Level> {
+  static constexpr bool by_double = false;
   template <class... Value>
   static f64 of(const f64& x, const f64& y, const Value&... exponent) {
     if constexpr (Level == level::ep) return short_power(1021.5, x, y, exponent...);
-    const auto product = multiply_loose(pair_log(x, exponent...), y);
-    const auto z = fast_two_sum(product.high, product.low);
-    return within(z.high, 708.39, pair_exp(z));
+    const auto z = multiply_loose(pair_log(x, exponent...), y);
+    return within(z.high + z.low, 708.39, pair_exp(z));
   }
 };
 template <level Level>
 struct power_of_positive<float, Level> {
+  static constexpr bool by_double = Level != level::ep;
   template <class... Value>
   static f32 of(const f32& x, const f32& y, const Value&... exponent) {
-    if constexpr (Level == level::ep) {
+    if constexpr (!by_double) {
       return short_power(125.9f, x, y, exponent...);
     } else {
       const auto raised = [&](const f64& xs, const f64& ys) {
@@ -75,6 +76,8 @@ struct power : description<Real> {
   using core = power_of_positive<Real, Level>;
   static constexpr auto sse = sse_control::exact;  // comparisons with zero are to mean zero
   static constexpr bool nan_in_nan_out = false;
+  // Four chains of operations at a time: singles in double make two of a register.
+  static constexpr int group = (core::by_double ? 2 : 4) * lanes<Real>;
 
   static value fast(const value& x, const value& y) { return core::of(xsimd::abs(x), y); }
   static mask flagged(const value& x, const value&, const value& r) {
@@ -144,14 +147,15 @@ struct power : description<Real> {
   }
 
  private:
-  // Subnormal x scaled: their powers are not in r yet.
+  // Subnormal x = fraction 2^-up, whose powers are not in r yet. Processors take long to multiply by them.
   static value with_subnormals(const value& magnitude, const value& y, const value& r) {
-    const mask subnormal =
-        (magnitude < value(std::numeric_limits<Real>::min())) & (magnitude > value(Real(0)));
+    using bits = typename format<Real>::bits;
+    constexpr int up = format<Real>::bias - 1;
+    const value one(Real(1)), least(std::numeric_limits<Real>::min());
+    const mask subnormal = (magnitude < least) & (magnitude > value(Real(0)));
     if (lane_bits<Real>(subnormal) == 0) return r;
-    constexpr int up = format<Real>::fraction_bits + 1;
-    constexpr Real scale = Real(uint64_t{1} << up);
-    return xsimd::select(subnormal, core::of(magnitude * value(scale), y, value(Real(-up))), r);
+    const value fraction = bits_as<Real>(bits_as<bits>(magnitude) | bits_as<bits>(one)) - one;
+    return xsimd::select(subnormal, core::of(fraction, y, value(Real(-up))), r);
   }
 };
 
@@ -162,6 +166,7 @@ struct power_to_scalar : description<Real> {
   using elementwise = power<Real, Level, power_domain::whole>;
   static constexpr auto sse = elementwise::sse;
   static constexpr bool nan_in_nan_out = false;
+  static constexpr int group = elementwise::group;
 
   Real exponent;
   explicit power_to_scalar(Real b) : exponent(b) {}
