@@ -7,13 +7,41 @@ namespace tmk::pair_log_data {
 inline constexpr double ln2_high = 0x1.62e42fefa38p-1;
 inline constexpr double ln2_low = 0x1.ef35793c7673p-45;
 
-// 32 cells from the double below; |f| <= 2.116e-2.
+// 32 cells from the double below; |f| <= 2.54e-2.
 inline constexpr double lower_end_32 = 0x1.6aaaaaaaaaaabp-1;
 inline constexpr double reciprocal_32[] = {
-    0x1.64p0, 0x1.6p0,   0x1.58p0,  0x1.5p0,  0x1.48p0,  0x1.44p0,  0x1.3cp0,  0x1.38p0,
-    0x1.3p0,  0x1.2cp0,  0x1.24p0,  0x1.2p0,  0x1.1cp0,  0x1.18p0,  0x1.1p0,   0x1.0cp0,
-    0x1.08p0, 0x1.04p0,  0x1p0,     0x1.fp-1, 0x1.e4p-1, 0x1.d8p-1, 0x1.c8p-1, 0x1.bcp-1,
-    0x1.bp-1, 0x1.a8p-1, 0x1.9cp-1, 0x1.9p-1, 0x1.88p-1, 0x1.8p-1,  0x1.78p-1, 0x1.6cp-1,
+    0x1.64p0,
+    0x1.6p0,
+    0x1.58p0,
+    0x1.5p0,
+    0x1.48p0,
+    0x1.44p0,
+    0x1.3cp0,
+    0x1.38p0,
+    0x1.3p0,
+    0x1.2cp0,
+    0x1.24p0,
+    0x1.2p0,
+    0x1.1cp0,
+    0x1.18p0,
+    0x1.1p0,
+    0x1.0cp0,
+    0x1.08p0,
+    0x1.04p0,
+    0x1p0,
+    0x1.f8p-1,
+    0x1.e4p-1,
+    0x1.d8p-1,
+    0x1.c8p-1,
+    0x1.bcp-1,
+    0x1.bp-1,
+    0x1.a8p-1,
+    0x1.9cp-1,
+    0x1.9p-1,
+    0x1.88p-1,
+    0x1.8p-1,
+    0x1.78p-1,
+    0x1.6cp-1,
 };
 inline constexpr double high_32[] = {
     -0x1.51aad872ep-2,
@@ -35,7 +63,7 @@ inline constexpr double high_32[] = {
     -0x1.f829b0e78p-6,
     -0x1.fc0a8b0fcp-7,
     0x0p0,
-    0x1.0415d89e78p-5,
+    0x1.020565893p-6,
     0x1.ccb73cddd8p-5,
     0x1.4d3115d208p-4,
     0x1.da72763844p-4,
@@ -69,7 +97,7 @@ inline constexpr double low_32[] = {
     -0x1.980267c7e09e4p-45,
     -0x1.f1e7cf6d3a69cp-50,
     0x0p0,
-    -0x1.dddc7f461c516p-44,
+    0x1.611d27c8e8417p-44,
     0x1.965c36e09f5fep-44,
     -0x1.53a2582f4e1efp-48,
     0x1.a89401fa71733p-46,
@@ -83,14 +111,20 @@ inline constexpr double low_32[] = {
     0x1.83b54b606bd5cp-46,
     -0x1.a0b2a08a465dcp-47,
 };
-// Relative error 2^-69.7.
+// Relative error 2^-68.6.
 inline constexpr double series_32[] = {
-    0x1.5555555555555p-2,  -0x1.ffffffffffffcp-3, 0x1.999999999e71dp-3,
-    -0x1.5555555573649p-3, 0x1.2492488c84e2ep-3,  -0x1.fffff8857e284p-4,
-    0x1.c72a3e925eb29p-4,  -0x1.99f13fe8aa0dap-4, 0x1.3f117030f3a6fp-4,
+    0x1.5555555555555p-2,
+    -0x1.fffffffffffeep-3,
+    0x1.999999999cf42p-3,
+    -0x1.55555555b0edcp-3,
+    0x1.249248dbc8e1dp-3,
+    -0x1.fffff0573eb4dp-4,
+    0x1.c720ff4dac248p-4,
+    -0x1.9a184ecf545a2p-4,
+    0x1.686b4aa936a07p-4,
 };
 
-// 128 cells from the double below; |f| <= 5.64e-3.
+// 128 cells from the double below; |f| <= 6.47e-3.
 inline constexpr double lower_end_128 = 0x1.68aaaaaaaaaabp-1;
 struct alignas(32) log_cell {
   double reciprocal, high, low, unused;
@@ -172,9 +206,9 @@ inline constexpr log_cell cells_128[] = {
     {0x1.02p0, -0x1.fe02a6b1p-8, -0x1.9e23f0dda40e4p-46, 0x0p0},
     {0x1.01p0, -0x1.ff00aa2bp-9, -0x1.0bc04a086b56ap-45, 0x0p0},
     {0x1p0, 0x0p0, 0x0p0, 0x0p0},
-    {0x1.fcp-1, 0x1.010157588p-7, 0x1.bce251998b506p-44, 0x0p0},
-    {0x1.f8p-1, 0x1.020565893p-6, 0x1.611d27c8e8417p-44, 0x0p0},
-    {0x1.f4p-1, 0x1.8492528c9p-6, -0x1.aa0ba325a0c34p-45, 0x0p0},
+    {0x1.fep-1, 0x1.008055958p-8, 0x1.166afcb31c67bp-45, 0x0p0},
+    {0x1.fap-1, 0x1.82448a388p-7, 0x1.4554412c584ep-44, 0x0p0},
+    {0x1.f6p-1, 0x1.432a92598p-6, 0x1.98139928637fep-47, 0x0p0},
     {0x1.f2p-1, 0x1.c63d2ec15p-6, -0x1.5439ce030a687p-44, 0x0p0},
     {0x1.eep-1, 0x1.252f32f8dp-5, 0x1.83e9ae021b67bp-45, 0x0p0},
     {0x1.eap-1, 0x1.67c94f2d48p-5, 0x1.dac20827cca0cp-44, 0x0p0},
@@ -225,10 +259,14 @@ inline constexpr log_cell cells_128[] = {
     {0x1.6ep-1, 0x1.57bf753c8dp-2, 0x1.fadedee5d40efp-46, 0x0p0},
     {0x1.6cp-1, 0x1.5d5bddf596p-2, -0x1.a0b2a08a465dcp-47, 0x0p0},
 };
-// Relative error 2^-67.9.
+// Relative error 2^-66.3.
 inline constexpr double series_128[] = {
-    0x1.5555555555557p-2,  -0x1.000000000000bp-2, 0x1.9999999783c9dp-3,
-    -0x1.555555512e423p-3, 0x1.249507a58f3edp-3,  -0x1.000357efbea7p-3,
+    0x1.555555555555ap-2,
+    -0x1.0000000000019p-2,
+    0x1.99999995d2a86p-3,
+    -0x1.5555554e26c2bp-3,
+    0x1.2495f2978710fp-3,
+    -0x1.000465d25f3ebp-3,
 };
 
 }  // namespace tmk::pair_log_data
