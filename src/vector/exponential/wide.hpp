@@ -5,42 +5,14 @@
 // fused operation gives it exactly, and what `step` itself lacks comes as a second part.
 #pragma once
 
-#include <limits>
 #include <type_traits>
 
+#include "vector/exponential/eighth_powers.hpp"
 #include "vector/exponential/exp_rare.hpp"
-#include "vector/exponential/wide_data.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
-
-template <class Real>
-using integer = std::make_signed_t<typename format<Real>::bits>;
-
-// x rounded to an integer is in the low bits of x + shifter.
-template <class Real>
-constexpr Real shifter = Real(1.5) / std::numeric_limits<Real>::epsilon();
-
-// Adds n to the exponent of a, where n = k 2^-LogN for LogN fraction bits that a lacks.
-template <int LogN, class Real>
-batch<Real> raise_exponent(const batch<Real>& a, const batch<Real>& shifted_k) {
-  using bits = integer<Real>;
-  return bits_as<Real>(bits_as<bits>(a) + (bits_as<bits>(shifted_k) << (format<Real>::fraction_bits - LogN)));
-}
-
-// 2^(j/8) less j/8 in the exponent field and below: adding k in eighths to the exponent gives 2^(k/8).
-template <class Real>
-struct lowered_eighth_powers {
-  Real entry[8];
-  constexpr lowered_eighth_powers() : entry{} {
-    for (typename format<Real>::bits j = 0; j < 8; ++j)
-      entry[j] =
-          from_bits<Real>(to_bits(eighth_powers<Real>::value[j]) - (j << (format<Real>::fraction_bits - 3)));
-  }
-};
-template <class Real>
-constexpr lowered_eighth_powers<Real> lowered_powers;
 
 // x = k step + r: power is 2^(k/8), nearest; r is exact for the step as rounded, `reduced` nearest for the
 // true step.

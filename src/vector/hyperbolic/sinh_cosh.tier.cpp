@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Hyperbolic sine and cosine: the sums of even_and_odd.hpp.
+#include "vector/hyperbolic/even_and_odd.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real>
+struct hyperbolic : description<Real> {
+  using value = batch<Real>;
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    return !(xsimd::abs(x) < value(hyperbolic_end<Real>));
+  }
+};
+
+template <class Real, level Level>
+struct hyperbolic_sine : hyperbolic<Real> {
+  using value = batch<Real>;
+  static value fast(const value& x) {
+    const hyperbolic_argument<Real, Level> arg(xsimd::abs(x));
+    value y;
+    if constexpr (Level == level::ha) {
+      const auto sum = sinh_pair(arg);
+      y = sum.high + sum.low;
+    } else {
+      const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
+      const value curved = multiply_add(b * arg.r, arg.odd(), a * arg.even());
+      y = multiply_add(curved, arg.squared, multiply_add(b, arg.r, a));
+    }
+    return y | (x & value(Real(-0.0)));
+  }
+};
+
+template <class Real, level Level>
+struct hyperbolic_cosine : hyperbolic<Real> {
+  using value = batch<Real>;
+  static value fast(const value& x) {
+    const hyperbolic_argument<Real, Level> arg(xsimd::abs(x));
+    if constexpr (Level == level::ha) {
+      const auto sum = cosh_pair(arg);
+      return sum.high + sum.low;
+    } else {
+      const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
+      const value sine = multiply_add(arg.squared * arg.r, arg.odd(), arg.r);
+      return b + multiply_add(b * arg.squared, arg.even(), a * sine);
+    }
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(s, Sinh, unary, LHE, hyperbolic_sine)
+TMK_KERNELS(d, Sinh, unary, LHL, hyperbolic_sine)
+TMK_KERNELS(s, Cosh, unary, LHE, hyperbolic_cosine)
+TMK_KERNELS(d, Cosh, unary, HHH, hyperbolic_cosine)
