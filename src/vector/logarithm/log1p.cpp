@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // log(1 + x) on the baseline: 1 + x = u + c exactly, with u its rounded sum, and
-//   log(1 + x) = log(u) + c / u,
-// where c / u goes into t of the table's identity in log_reduction.hpp. Single works in double, where u is
-// exact to what single can see.
+//   log(1 + x) = log(u + c).
+// Single works in double, where u is exact to what single can see.
 #include <cmath>
 
-#include "vector/logarithm/log1p_data.hpp"
-#include "vector/logarithm/log_reduction.hpp"
+#include "vector/logarithm/log_of_pair.hpp"
 
 TMK_TIER_OPEN
 namespace {
-
-using namespace log1p_data;
 
 // Maximum error 0.508 ulp at 0x1.16db5d480fb3ep-48: got 0x1.16db5d480fb34p-48,
 // want 0x1.16db5d480fb3481f6ab7p-48 (5,000,000 samples).
@@ -22,16 +18,7 @@ struct double_log1p : description<double> {
 
   static f64 fast(const f64& x) {
     const auto [u, c] = two_sum(f64(1.0), x);
-    const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
-    const f64 k = exponent(u, 0);
-    // 2^-k, or 0 where k is 1023: c is below 2^-1000 u there.
-    const u64 scale = u64(0x7FE0000000000000) - (bits_as<uint64_t>(u) & u64(0x7FF0000000000000));
-    const auto [th, tl] = split_product(mantissa(u), reciprocal);
-    const f64 correction = (c * bits_as<double>(scale)) * reciprocal;
-    const f64 t = th + (tl + correction);
-    const f64 p = (t * t) * polynomial(t, double_polynomial);
-    const f64 low = k * f64(log_256_data::ln2.low) + log_low;
-    return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
+    return log_of_pair<level::ha>(u, c);
   }
   // Good: 2^-48 <= |x|, -1 < x < infinity. Below, c is no longer small compared with u - 1, nor its sum with
   // p exact enough.
@@ -54,14 +41,7 @@ struct single_log1p : description<float> {
   static constexpr int group = 8;
 
   static f32 fast(const f32& x) {
-    return in_double(log1p_in_double, x);
-  }
-  static f64 log1p_in_double(const f64& x) {
-    const f64 u = f64(1.0) + x;
-    const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
-    const f64 t = mantissa(u) * reciprocal - f64(1.0);
-    const f64 p = (t * t) * polynomial(t, single_polynomial);
-    return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
+    return in_double([](const f64& v) { return log_for_single(f64(1.0) + v); }, x);
   }
   // Good: 2^-25 <= |x|, -1 < x < infinity.
   static lane_mask<float> flagged(const f32& x, const f32&) {

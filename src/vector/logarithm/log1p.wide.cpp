@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // log(1 + x) on the wide tiers.
-//   u + c = 1 + x exactly; with u = 2^k m, log(1 + x) = log((m + 2^-k c) 2^k)
-#include "vector/logarithm/wide.hpp"
+//   u + c = 1 + x exactly, log(1 + x) = log(u + c)
+#include "vector/logarithm/log_of_pair.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -16,12 +16,7 @@ struct wide_log1p : description<Real> {
   static value fast(const value& x) {
     const value one(Real(1));
     const value_pair<value> u = two_sum(one, x);
-    const log_argument<Real> argument = split_for_log(u.high);
-    // m / u = 2^-k
-    using unsigned_bits = typename format<Real>::bits;
-    const value scale = bits_as<Real>(bits_as<unsigned_bits>(argument.m) - bits_as<unsigned_bits>(u.high) +
-                                      batch<unsigned_bits>(to_bits(Real(1))));
-    const value y = log_of<Real, log_base::e, level::ha>(argument, u.low * scale);
+    const value y = log_of_pair<level::ha>(u.high, u.low);
     return y | (x & value(Real(-0.0)));  // a zero keeps its sign
   }
   // Good: -1 < x < largest.

@@ -103,7 +103,7 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
   const auto cell = table_index<Real, 4, format<Real>::fraction_bits - 2>(x.position);
   const lane_table<Real, 4> reciprocal(constants::reciprocal);
   const value r = reciprocal.short_entry(cell);
-  const value f = xsimd::fms(x.m, r, value(Real(1)));
+  value f = xsimd::fms(x.m, r, value(Real(1)));
   if constexpr (Level == level::ha) {
     const lane_table<Real, 4> high_table(constants::high), low_table(constants::low);
     const value high = xsimd::fma(x.k, value(constants::two[0]), high_table.short_entry(cell));
@@ -115,6 +115,7 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
       return sum_of_log<Real, Base>(high, low + xsimd::fnma(f_low, f_high, f_low), f_high);
     }
   } else {
+    if constexpr (sizeof...(m_low) != 0) f = xsimd::fma((m_low, ...), r, f);
     static constexpr rounded_table<Real> table(constants::high, constants::low);
     const lane_table<Real, 4> logarithm(table.entries);
     // In single, what log 2 lacks in its last place would count |k| times.

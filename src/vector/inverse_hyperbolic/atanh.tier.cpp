@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+// Inverse hyperbolic tangent: atanh(x) = log((1 + x) / (1 - x)) / 2, the quotient in two parts. On the
+// baseline single works in double, where one part is enough.
+#include "vector/logarithm/log_of_pair.hpp"
+#include "vector/toolbox/pair.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real, level Level>
+struct inverse_tanh : description<Real> {
+  using value = batch<Real>;
+  static constexpr auto sse = sse_control::nearest;
+  static constexpr Real filler = Real(0.5);
+  static constexpr Real tiny = sizeof(Real) == 4 ? Real(0x1p-14) : Real(0x1p-28);  // x is the result below
+
+  static value twice_of_magnitude(const value& a) {
+    if constexpr (is_baseline && sizeof(Real) == 4) {
+      return in_double([](const auto& v) { return log_for_single((f64(1.0) + v) / (f64(1.0) - v)); }, a);
+    } else {
+      const value one(Real(1));
+      const auto above = fast_two_sum(one, a), below = fast_two_sum(one, -a);
+      const value reciprocal = one / below.high;
+      const value quotient = above.high * reciprocal;
+      const value rest =
+          residual(above.high, quotient, below.high) + negative_multiply_add(quotient, below.low, above.low);
+      return log_of_pair<Level>(quotient, rest * reciprocal);
+    }
+  }
+  static value fast(const value& x) {
+    const value a = xsimd::abs(x);
+    const value y = xsimd::select(a < value(tiny), a, twice_of_magnitude(a) * value(Real(0.5)));
+    return y | (x & value(Real(-0.0)));
+  }
+  static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(Real(1))); }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_REAL_KERNELS(Atanh, unary, LHE, inverse_tanh)

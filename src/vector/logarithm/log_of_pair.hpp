@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// log(u + c) for a positive normal u and a c within half a unit of its last place, or a few: c goes into the
+// reduced argument, where it is as good as a longer u.
+#pragma once
+
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
+#include "vector/logarithm/log1p_data.hpp"
+#include "vector/logarithm/log_reduction.hpp"
+#else
+#include "vector/logarithm/wide.hpp"
+#endif
+
+TMK_TIER_OPEN
+namespace {
+
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
+// c / u goes into t of the table's identity in log_reduction.hpp.
+template <level Level>
+f64 log_of_pair(const f64& u, const f64& c) {
+  const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
+  const f64 k = exponent(u, 0);
+  // 2^-k, or 0 where k is 1023: c is below 2^-1000 u there.
+  const u64 scale = u64(0x7FE0000000000000) - (bits_as<uint64_t>(u) & u64(0x7FF0000000000000));
+  const auto [th, tl] = split_product(mantissa(u), reciprocal);
+  const f64 correction = (c * bits_as<double>(scale)) * reciprocal;
+  const f64 t = th + (tl + correction);
+  const f64 p = (t * t) * polynomial(t, log1p_data::double_polynomial);
+  const f64 low = k * f64(log_256_data::ln2.low) + log_low;
+  return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
+}
+
+// The same of a u that stands alone, to what single can see.
+inline f64 log_for_single(const f64& u) {
+  const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
+  const f64 t = mantissa(u) * reciprocal - f64(1.0);
+  const f64 p = (t * t) * polynomial(t, log1p_data::single_polynomial);
+  return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
+}
+#else
+// u = 2^k m: log((m + 2^-k c) 2^k), for k < bias.
+template <level Level, class Real>
+batch<Real> log_of_pair(const batch<Real>& u, const batch<Real>& c) {
+  using bits = typename format<Real>::bits;
+  const log_argument<Real> argument = split_for_log(u);
+  const batch<Real> scale =
+      bits_as<Real>(bits_as<bits>(argument.m) - bits_as<bits>(u) + batch<bits>(to_bits(Real(1))));
+  return log_of<Real, log_base::e, Level>(argument, c * scale);
+}
+#endif
+
+}  // namespace
+TMK_TIER_CLOSE
