@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// Hyperbolic tangent. With 2 |x| = k step + r, f = 2^(-k/N) and p = e^r - 1,
+//   tanh |x| = (1 - e^(-2|x|)) / (1 + e^(-2|x|)) = ((1 - f) + p) / ((1 + f) + p)
+// Around x = 0 1 - f is zero and p alone the numerator. HA has N = 8, keeps both sums in two parts and
+// divides what the quotient left once more; the levels below take N = 1, with no table.
+#include "simd/tables.hpp"
+#include "vector/exponential/eighth_powers.hpp"
+#include "vector/hyperbolic/series_data.hpp"
+#include "vector/toolbox/pair.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real, level Level>
+struct hyperbolic_tangent : description<Real> {
+  using value = batch<Real>;
+  using data = hyperbolic_data::series<Real>;
+  static constexpr int steps = Level == level::ha ? 8 : 1;
+  static constexpr Real saturated = sizeof(Real) == 4 ? Real(10) : Real(20);  // 1 from here on
+
+  static value fast(const value& x) {
+    const value a = minimum_or_second(value(saturated), xsimd::abs(x)), twice = a + a;
+    const value shifted =
+        negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
+    const value k = shifted - value(shifter<Real>);  // negative
+    const value r = multiply_add(k, value(data::log2_high / steps), twice),
+                r_low = k * value(data::log2_low / steps);
+    value y;
+    if constexpr (Level == level::ha)
+      y = by_pairs(shifted, r, r_low);
+    else
+      y = by_words(shifted, r, r_low);
+    return y | (x & value(Real(-0.0)));
+  }
+
+  static value by_pairs(const value& shifted, const value& r, const value& r_low) {
+    using series = exp_series<Real, exp_base::e>;
+    const value one(Real(1));
+    const lane_table<Real, 8> powers(lowered_powers<Real>.entry),
+        corrections(eighth_powers<Real>::correction);
+    const auto j = table_index<Real, 8, 0>(bits_as<typename format<Real>::bits>(shifted));
+    const value f = raise_exponent<3>(powers[j], shifted), f_low = f * corrections.leading(j);
+    const value reduced = r + r_low;
+    const value curved = multiply_add(reduced * reduced, polynomial(reduced, series::minus_one), r_low);
+    const auto part = [&](const value& f, const value& f_low) {
+      const auto base = fast_two_sum(one, f), sum = fast_two_sum(base.high, r);
+      return batch_pair<Real>{sum.high, ((base.low + f_low) + sum.low) + curved};
+    };
+    const auto above = part(-f, -f_low), below = part(f, f_low);
+    const value reciprocal = one / (below.high + below.low);
+    const value quotient = (above.high + above.low) * reciprocal;
+    const value rest =
+        residual(above.high, quotient, below.high) + negative_multiply_add(quotient, below.low, above.low);
+    return multiply_add(rest, reciprocal, quotient);
+  }
+
+  static value by_words(const value& shifted, const value& r, const value& r_low) {
+    const value one(Real(1));
+    const value f = raise_exponent<0>(one, shifted);
+    const value reduced = r + r_low;
+    value growth;
+    if constexpr (Level == level::la)
+      growth = polynomial(reduced, data::la_growth);
+    else
+      growth = polynomial(reduced, data::ep_growth);
+    const value curved = multiply_add(reduced * reduced, growth, r_low);
+    return (((one - f) + r) + curved) / (((one + f) + r) + curved);
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(s, Tanh, unary, LHE, hyperbolic_tangent)
+TMK_KERNELS(d, Tanh, unary, LHL, hyperbolic_tangent)
