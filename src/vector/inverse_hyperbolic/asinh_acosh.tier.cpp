@@ -1,80 +1,104 @@
 // SPDX-License-Identifier: Apache-2.0
 // Inverse hyperbolic sine and cosine:
 //   asinh(x) = log(x + sqrt(x^2 + 1)),   acosh(x) = log(x + sqrt(x^2 - 1))
-// with the logarithm's argument in two parts. From `limit` on the root is x. On the baseline single works in
-// double, where one part is enough.
-#include "vector/inverse_hyperbolic/root_pair.hpp"
+// The logarithm's argument has two parts, since what counts around 1 is its distance from 1; from `limit` on
+// it is 2 x. Where x is small the first two terms of the series are closer. EP takes one part. On the
+// baseline one part in double is enough for single.
+#include "vector/inverse_hyperbolic/coarse_log.hpp"
 #include "vector/logarithm/log_of_pair.hpp"
+#include "vector/toolbox/near.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
 namespace {
 
-template <class Real>
-constexpr bool by_double = is_baseline && sizeof(Real) == 4;
-
-// From here on x^2 is nothing to ...
-template <class Real>
-constexpr Real limit = sizeof(Real) == 4 ? Real(0x1p12) : Real(0x1p27);
-
-template <class Real>
+template <class Real, level Level>
 struct inverse_hyperbolic : description<Real> {
+  using value = batch<Real>;
+  static constexpr bool single = sizeof(Real) == 4;
   static constexpr auto sse = sse_control::nearest;
-  // 2 x is a number of which log_of_pair takes the reciprocal's exponent.
-  static constexpr Real end = sizeof(Real) == 4 ? Real(0x1p125) : Real(0x1p1021);
+  static constexpr bool by_double = is_baseline && single && Level != level::ep;
+
+  static constexpr Real limit = single ? Real(0x1p12) : Real(0x1p26);   // sqrt(x^2 +- 1) = x
+  static constexpr Real end = single ? Real(0x1p125) : Real(0x1p1021);  // 2 x is in the logarithm's range
+  static value limited(const value& x) { return minimum_or_second(value(limit), x); }
+
+  // log(high + low), or log(2 x) beyond the limit
+  static value log_of_sum(const value& x, const batch_pair<Real>& sum) {
+    const auto large = x > value(limit);
+    const value high = xsimd::select(large, x + x, sum.high);
+    if constexpr (Level == level::ep)
+      return coarse_log(high);
+    else
+      return log_of_pair<Level>(high, xsimd::select(large, value(Real(0)), sum.low));
+  }
 };
 
-// log(x + root), for 0 <= x < end; `large` where both are x.
-template <level Level, class Real>
-batch<Real> log_of_sum(const batch<Real>& x, const batch_pair<Real>& sum) {
-  using value = batch<Real>;
-  const auto large = x > value(limit<Real>);
-  return log_of_pair<Level>(xsimd::select(large, x + x, sum.high),
-                            xsimd::select(large, value(Real(0)), sum.low));
-}
-
 template <class Real, level Level>
-struct inverse_sinh : inverse_hyperbolic<Real> {
+struct inverse_sinh : inverse_hyperbolic<Real, Level> {
+  using base = inverse_hyperbolic<Real, Level>;
   using value = batch<Real>;
-  static constexpr Real tiny = sizeof(Real) == 4 ? Real(0x1p-13) : Real(0x1p-28);  // x is the result below
+  // The next term of the series is below 2^-56 or 2^-27; 2^-14 for EP.
+  static constexpr Real small = Level == level::ep ? Real(0x1p-3)
+                                : base::single     ? Real(0x1p-7)
+                                                   : Real(0x1p-15);
 
   static value of_magnitude(const value& a) {
-    if constexpr (by_double<Real>) {
+    const value one(Real(1)), c = base::limited(a);
+    if constexpr (Level == level::ep) {
+      return base::log_of_sum(a, {c + near_root<Real>(multiply_add(c, c, one)).root, one});
+    } else if constexpr (base::by_double) {
       return in_double([](const auto& v) { return log_for_single(v + xsimd::sqrt(v * v + f64(1.0))); }, a);
     } else {
-      const value c = minimum_or_second(value(limit<Real>), a);
-      const auto root = square_root(square_plus_one(c));
+      const auto square = square_plus_one(c);
+      const auto root = near_root<Real>(square.high).pair(square);
       const auto sum = fast_two_sum(root.high, c);
-      return log_of_sum<Level>(a, {sum.high, sum.low + root.low});
+      return base::log_of_sum(a, {sum.high, sum.low + root.low});
     }
   }
+  // 1 - high is exact: a multiple of high's last place.
+  static batch_pair<Real> square_plus_one(const value& c) {
+    const value one(Real(1));
+    if constexpr (is_baseline) {
+      const auto square = two_prod(c, c), sum = two_sum(square.high, one);
+      return {sum.high, sum.low + square.low};
+    } else {
+      const value high = multiply_add(c, c, one);
+      return {high, multiply_add(c, c, one - high)};
+    }
+  }
+
   static value fast(const value& x) {
     const value a = xsimd::abs(x);
-    return xsimd::select(a < value(tiny), a, of_magnitude(a)) | (x & value(Real(-0.0)));
+    const value series = negative_multiply_add(a * a, a * value(Real(1.0 / 6)), a);
+    return xsimd::select(a < value(small), series, of_magnitude(a)) | (x & value(Real(-0.0)));
   }
-  static lane_mask<Real> flagged(const value& x, const value&) {
-    return !(xsimd::abs(x) < value(inverse_sinh::end));
-  }
+  static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(base::end)); }
 };
 
 template <class Real, level Level>
-struct inverse_cosh : inverse_hyperbolic<Real> {
+struct inverse_cosh : inverse_hyperbolic<Real, Level> {
+  using base = inverse_hyperbolic<Real, Level>;
   using value = batch<Real>;
   static constexpr Real filler = Real(1.5);
 
   static value fast(const value& x) {
-    if constexpr (by_double<Real>) {
+    const value one(Real(1)), c = base::limited(x);
+    if constexpr (Level == level::ep) {
+      const value t = c - one;
+      return base::log_of_sum(x, {c + near_root<Real>(multiply_add(t, t, t + t)).root, one});
+    } else if constexpr (base::by_double) {
       return in_double([](const auto& v) { return log_for_single(v + xsimd::sqrt(v * v - f64(1.0))); }, x);
     } else {
-      const value c = minimum_or_second(value(limit<Real>), x);
-      const auto root = square_root_or_zero(square_minus_one(c));
+      const auto square = two_prod(c, c), less = fast_two_sum(square.high, -one);
+      const auto root = near_root<Real>(less.high).pair({less.high, less.low + square.low});
       const auto sum = fast_two_sum(c, root.high);
-      return log_of_sum<Level>(x, {sum.high, sum.low + root.low});
+      return base::log_of_sum(x, {sum.high, sum.low + root.low});
     }
   }
   // Good: 1 <= x < end.
   static lane_mask<Real> flagged(const value& x, const value&) {
-    return !((x >= value(Real(1))) & (x < value(inverse_cosh::end)));
+    return !((x >= value(Real(1))) & (x < value(base::end)));
   }
 };
 

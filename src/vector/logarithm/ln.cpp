@@ -70,11 +70,7 @@ template <>
 struct single_ln<level::ep> : positive_logarithm<float, single_ln<level::ep>> {
   static constexpr int group = 16;
 
-  static f32 formula(const f32& x, int k0) {
-    const auto [k, f] = reduce_about_one(x, k0);
-    const f32 p = polynomial(f, -0.5f, 0x1.54e2bep-2f, -0x1.11d1fcp-2f, 0x1.c25262p-3f);
-    return k * f32(0x1.62e43p-1f) + (f + (f * f) * p);
-  }
+  static f32 formula(const f32& x, int k0) { return coarse_ln(x, k0); }
 };
 
 // Maximum error 0.5002 ulp at 0x1.001e8c3bb0a53p+0: got 0x1.e8a6940588f6ap-12,

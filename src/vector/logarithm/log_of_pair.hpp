@@ -26,6 +26,7 @@ f64 log_of_pair(const f64& u, const f64& c) {
   const f64 t = th + (tl + correction);
   const f64 p = (t * t) * polynomial(t, log1p_data::double_polynomial);
   const f64 low = k * f64(log_256_data::ln2.low) + log_low;
+  if constexpr (Level == level::la) return ((k * f64(log_256_data::ln2.high) + log_high) + t) + (low + p);
   return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
 }
 

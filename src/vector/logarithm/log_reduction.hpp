@@ -109,6 +109,13 @@ inline about_one reduce_about_one(const f32& x, int k0) {
   return {xsimd::to_float((i >> 23) + i32(k0)), m - f32(1.0f)};
 }
 
+// log(x 2^k0) to 12 bits: the series in f.
+inline f32 coarse_ln(const f32& x, int k0) {
+  const auto [k, f] = reduce_about_one(x, k0);
+  const f32 p = polynomial(f, -0.5f, 0x1.54e2bep-2f, -0x1.11d1fcp-2f, 0x1.c25262p-3f);
+  return k * f32(0x1.62e43p-1f) + (f + (f * f) * p);
+}
+
 // high + tail + rest, correct to little more than half a unit: high + tail keeps its rounding error.
 template <class Value>
 Value sum_of_three(const Value& high, const Value& tail, const Value& rest) {

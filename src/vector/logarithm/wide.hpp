@@ -103,19 +103,21 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
   const auto cell = table_index<Real, 4, format<Real>::fraction_bits - 2>(x.position);
   const lane_table<Real, 4> reciprocal(constants::reciprocal);
   const value r = reciprocal.short_entry(cell);
-  value f = xsimd::fms(x.m, r, value(Real(1)));
-  if constexpr (Level == level::ha) {
+  const value f = xsimd::fms(x.m, r, value(Real(1)));
+  if constexpr (Level == level::ha || sizeof...(m_low) != 0) {
     const lane_table<Real, 4> high_table(constants::high), low_table(constants::low);
     const value high = xsimd::fma(x.k, value(constants::two[0]), high_table.short_entry(cell));
     const value low = xsimd::fma(x.k, value(constants::two[1]), low_table[cell]);
     if constexpr (sizeof...(m_low) == 0) {
       return sum_of_log<Real, Base>(high, low, f);
+    } else if constexpr (Level != level::ha) {
+      const value g = xsimd::fma((m_low, ...), r, f);
+      return high + (g + xsimd::fma(g * g, polynomial(g, constants::la), low));
     } else {
       const auto [f_high, f_low] = fast_two_sum(f, (m_low, ...) * r);
       return sum_of_log<Real, Base>(high, low + xsimd::fnma(f_low, f_high, f_low), f_high);
     }
   } else {
-    if constexpr (sizeof...(m_low) != 0) f = xsimd::fma((m_low, ...), r, f);
     static constexpr rounded_table<Real> table(constants::high, constants::low);
     const lane_table<Real, 4> logarithm(table.entries);
     // In single, what log 2 lacks in its last place would count |k| times.
