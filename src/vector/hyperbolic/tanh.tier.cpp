@@ -6,7 +6,8 @@
 #include "simd/tables.hpp"
 #include "vector/exponential/eighth_powers.hpp"
 #include "vector/hyperbolic/series_data.hpp"
-#include "vector/toolbox/pair.hpp"
+#include "vector/hyperbolic/tanh_data.hpp"
+#include "vector/toolbox/near.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -24,8 +25,8 @@ struct hyperbolic_tangent : description<Real> {
     const value shifted =
         negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
     const value k = shifted - value(shifter<Real>);  // negative
-    const value r = multiply_add(k, value(data::log2_high / steps), twice),
-                r_low = k * value(data::log2_low / steps);
+    const value r = multiply_add(k, value(data::log2_high / steps), twice);
+    const value r_low = k * value(data::log2_low / steps);
     value y;
     if constexpr (Level == level::ha)
       y = by_pairs(shifted, r, r_low);
@@ -59,13 +60,28 @@ struct hyperbolic_tangent : description<Real> {
     const value one(Real(1));
     const value f = raise_exponent<0>(one, shifted);
     const value reduced = r + r_low;
-    value growth;
+    const value curved = multiply_add(reduced * reduced, polynomial(reduced, data::la_growth), r_low);
+    // For small x the divisor is little above 2, where its last place counts most: what it loses goes to the
+    // dividend, by a divisor of about 2.2.
+    const value growing = r + curved, base = one + f, divisor = base + growing, above = (one - f) + r;
+    const value lost = growing - (divisor - base);
+    return (above + negative_multiply_add(lost, above * value(Real(0.45)), curved)) / divisor;
+  }
+};
+
+// Single below HA: a quotient of polynomials.
+template <level Level>
+requires(Level != level::ha) struct hyperbolic_tangent<float, Level> : description<float> {
+  static f32 fast(const f32& x) {
+    const f32 a = minimum_or_second(f32(tanh_data::saturated), xsimd::abs(x)), z = a * a, one(1.0f);
+    f32 y;
     if constexpr (Level == level::la)
-      growth = polynomial(reduced, data::la_growth);
+      y = multiply_add(a * z, polynomial(z, tanh_data::la_p), a) /
+          multiply_add(z, polynomial(z, tanh_data::la_q), one);
     else
-      growth = polynomial(reduced, data::ep_growth);
-    const value curved = multiply_add(reduced * reduced, growth, r_low);
-    return (((one - f) + r) + curved) / (((one + f) + r) + curved);
+      y = multiply_add(a * z, polynomial(z, tanh_data::ep_p), a) *
+          near_reciprocal(multiply_add(z, polynomial(z, tanh_data::ep_q), one));
+    return y | (x & f32(-0.0f));
   }
 };
 
