@@ -29,6 +29,10 @@ struct series<float> {
   // Relative error 2^-13.3.
   static constexpr float ep_even[] = {
       0x1.021fb4p-1f};
+  // Relative error 2^-26.1.
+  static constexpr float la_growth[] = {
+      0x1.fffffep-2f, 0x1.5554bp-3f, 0x1.555718p-5f, 0x1.1227b8p-7f,
+      0x1.6b7186p-10f};
 };
 
 template <>

@@ -61,27 +61,27 @@ struct hyperbolic_tangent : description<Real> {
     const value f = raise_exponent<0>(one, shifted);
     const value reduced = r + r_low;
     const value curved = multiply_add(reduced * reduced, polynomial(reduced, data::la_growth), r_low);
-    // For small x the divisor is little above 2, where its last place counts most: what it loses goes to the
-    // dividend, by a divisor of about 2.2.
     const value growing = r + curved, base = one + f, divisor = base + growing, above = (one - f) + r;
-    const value lost = growing - (divisor - base);
-    return (above + negative_multiply_add(lost, above * value(Real(0.45)), curved)) / divisor;
+    value tail = curved;
+    // For small x the divisor is little above 2, where its last place counts most: in double what it loses
+    // goes to the dividend, by a divisor of about 2.2.
+    if constexpr (sizeof(Real) == 8) {
+      const value lost = growing - (divisor - base);
+      tail = negative_multiply_add(lost, above * value(Real(0.45)), curved);
+    }
+    const value y = (above + tail) / divisor;
+    return minimum_or_second(one, y);
   }
 };
 
-// Single below HA: a quotient of polynomials.
-template <level Level>
-requires(Level != level::ha) struct hyperbolic_tangent<float, Level> : description<float> {
+// 11 bits are had by a quotient of polynomials.
+template <>
+struct hyperbolic_tangent<float, level::ep> : description<float> {
   static f32 fast(const f32& x) {
-    const f32 a = minimum_or_second(f32(tanh_data::saturated), xsimd::abs(x)), z = a * a, one(1.0f);
-    f32 y;
-    if constexpr (Level == level::la)
-      y = multiply_add(a * z, polynomial(z, tanh_data::la_p), a) /
-          multiply_add(z, polynomial(z, tanh_data::la_q), one);
-    else
-      y = multiply_add(a * z, polynomial(z, tanh_data::ep_p), a) *
-          near_reciprocal(multiply_add(z, polynomial(z, tanh_data::ep_q), one));
-    return y | (x & f32(-0.0f));
+    const f32 a = minimum_or_second(f32(tanh_data::saturated), xsimd::abs(x)), z = a * a;
+    const f32 above = multiply_add(a * z, polynomial(z, tanh_data::p), a);
+    const f32 below = multiply_add(z, polynomial(z, tanh_data::q), f32(1.0f));
+    return (above * near_reciprocal(below)) | (x & f32(-0.0f));
   }
 };
 
