@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Hyperbolic sine and cosine: the sums of even_and_odd.hpp.
 #include "vector/hyperbolic/even_and_odd.hpp"
+#include "vector/toolbox/odd.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -17,17 +18,17 @@ template <class Real, level Level>
 struct hyperbolic_sine : hyperbolic<Real> {
   using value = batch<Real>;
   static value fast(const value& x) {
-    const hyperbolic_argument<Real, Level> arg(xsimd::abs(x));
-    value y;
-    if constexpr (Level == level::ha) {
-      const auto sum = sinh_pair(arg);
-      y = sum.high + sum.low;
-    } else {
-      const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
-      const value curved = multiply_add(b * arg.r, arg.odd(), a * arg.even());
-      y = multiply_add(curved, arg.squared, multiply_add(b, arg.r, a));
-    }
-    return y | (x & value(Real(-0.0)));
+    return odd_function(x, [](const value& magnitude) {
+      const hyperbolic_argument<Real, Level> arg(magnitude);
+      if constexpr (Level == level::ha) {
+        const auto sum = sinh_pair(arg);
+        return sum.high + sum.low;
+      } else {
+        const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
+        const value curved = multiply_add(b * arg.r, arg.odd(), a * arg.even());
+        return multiply_add(curved, arg.squared, multiply_add(b, arg.r, a));
+      }
+    });
   }
 };
 
@@ -35,7 +36,7 @@ template <class Real, level Level>
 struct hyperbolic_cosine : hyperbolic<Real> {
   using value = batch<Real>;
   static value fast(const value& x) {
-    const hyperbolic_argument<Real, Level> arg(xsimd::abs(x));
+    const hyperbolic_argument<Real, Level> arg(maximum_or_second(value(tiny<Real>), xsimd::abs(x)));
     if constexpr (Level == level::ha) {
       const auto sum = cosh_pair(arg);
       return sum.high + sum.low;

@@ -8,6 +8,7 @@
 #include "vector/hyperbolic/series_data.hpp"
 #include "vector/hyperbolic/tanh_data.hpp"
 #include "vector/toolbox/near.hpp"
+#include "vector/toolbox/odd.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -21,18 +22,18 @@ struct hyperbolic_tangent : description<Real> {
   static constexpr Real saturated = sizeof(Real) == 4 ? Real(10) : Real(20);  // 1 from here on
 
   static value fast(const value& x) {
-    const value a = minimum_or_second(value(saturated), xsimd::abs(x)), twice = a + a;
-    const value shifted =
-        negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
-    const value k = shifted - value(shifter<Real>);  // negative
-    const value r = multiply_add(k, value(data::log2_high / steps), twice);
-    const value r_low = k * value(data::log2_low / steps);
-    value y;
-    if constexpr (Level == level::ha)
-      y = by_pairs(shifted, r, r_low);
-    else
-      y = by_words(shifted, r, r_low);
-    return y | (x & value(Real(-0.0)));
+    return odd_function(x, [](const value& magnitude) {
+      const value a = minimum_or_second(value(saturated), magnitude), twice = a + a;
+      const value shifted =
+          negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
+      const value k = shifted - value(shifter<Real>);  // negative
+      const value r = multiply_add(k, value(data::log2_high / steps), twice);
+      const value r_low = k * value(data::log2_low / steps);
+      if constexpr (Level == level::ha)
+        return by_pairs(shifted, r, r_low);
+      else
+        return by_words(shifted, r, r_low);
+    });
   }
 
   static value by_pairs(const value& shifted, const value& r, const value& r_low) {
@@ -78,10 +79,12 @@ struct hyperbolic_tangent : description<Real> {
 template <>
 struct hyperbolic_tangent<float, level::ep> : description<float> {
   static f32 fast(const f32& x) {
-    const f32 a = minimum_or_second(f32(tanh_data::saturated), xsimd::abs(x)), z = a * a;
-    const f32 above = multiply_add(a * z, polynomial(z, tanh_data::p), a);
-    const f32 below = multiply_add(z, polynomial(z, tanh_data::q), f32(1.0f));
-    return (above * near_reciprocal(below)) | (x & f32(-0.0f));
+    return odd_function(x, [](const f32& magnitude) {
+      const f32 a = minimum_or_second(f32(tanh_data::saturated), magnitude), z = a * a;
+      const f32 above = multiply_add(a * z, polynomial(z, tanh_data::p), a);
+      const f32 below = multiply_add(z, polynomial(z, tanh_data::q), f32(1.0f));
+      return above * near_reciprocal(below);
+    });
   }
 };
 

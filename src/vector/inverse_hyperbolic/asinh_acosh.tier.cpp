@@ -2,11 +2,11 @@
 // Inverse hyperbolic sine and cosine:
 //   asinh(x) = log(x + sqrt(x^2 + 1)),   acosh(x) = log(x + sqrt(x^2 - 1))
 // The logarithm's argument has two parts, since what counts around 1 is its distance from 1; from `limit` on
-// it is 2 x. Where x is small the first two terms of the series are closer. EP takes one part. On the
-// baseline one part in double is enough for single.
+// it is 2 x. EP takes one part. On the baseline one part in double is enough for single.
 #include "vector/inverse_hyperbolic/coarse_log.hpp"
 #include "vector/logarithm/log_of_pair.hpp"
 #include "vector/toolbox/near.hpp"
+#include "vector/toolbox/odd.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -38,10 +38,8 @@ template <class Real, level Level>
 struct inverse_sinh : inverse_hyperbolic<Real, Level> {
   using base = inverse_hyperbolic<Real, Level>;
   using value = batch<Real>;
-  // The next term of the series is below 2^-56 or 2^-27; 2^-14 for EP.
-  static constexpr Real small = Level == level::ep ? Real(0x1p-3)
-                                : base::single     ? Real(0x1p-7)
-                                                   : Real(0x1p-15);
+  // EP has the first two terms of the series below.
+  static constexpr Real small = Real(0x1p-3);
 
   static value of_magnitude(const value& a) {
     const value one(Real(1)), c = base::limited(a);
@@ -51,7 +49,7 @@ struct inverse_sinh : inverse_hyperbolic<Real, Level> {
       return in_double([](const auto& v) { return log_for_single(v + xsimd::sqrt(v * v + f64(1.0))); }, a);
     } else {
       const auto square = square_plus_one(c);
-      const auto root = near_root<Real>(square.high).pair(square);
+      const auto root = near_root<Real>(square.high).refined().pair(square);
       const auto sum = fast_two_sum(root.high, c);
       return base::log_of_sum(a, {sum.high, sum.low + root.low});
     }
@@ -69,9 +67,11 @@ struct inverse_sinh : inverse_hyperbolic<Real, Level> {
   }
 
   static value fast(const value& x) {
-    const value a = xsimd::abs(x);
-    const value series = negative_multiply_add(a * a, a * value(Real(1.0 / 6)), a);
-    return xsimd::select(a < value(small), series, of_magnitude(a)) | (x & value(Real(-0.0)));
+    return odd_function(x, [](const value& a) {
+      const value y = of_magnitude(a);
+      if constexpr (Level != level::ep) return y;
+      return xsimd::select(a < value(small), negative_multiply_add(a * a, a * value(Real(1.0 / 6)), a), y);
+    });
   }
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(base::end)); }
 };

@@ -5,6 +5,7 @@
 #include "vector/inverse_hyperbolic/coarse_log.hpp"
 #include "vector/logarithm/log_of_pair.hpp"
 #include "vector/toolbox/near.hpp"
+#include "vector/toolbox/odd.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -16,9 +17,8 @@ struct inverse_tanh : description<Real> {
   static constexpr bool single = sizeof(Real) == 4;
   static constexpr auto sse = sse_control::nearest;
   static constexpr Real filler = Real(0.5);
-  // x is the result below; EP has the next term of the series there.
-  static constexpr Real small =
-      Level == level::ep ? (single ? Real(0x1p-3) : Real(0x1p-8)) : (single ? Real(0x1p-14) : Real(0x1p-28));
+  // EP has the first two terms of the series below.
+  static constexpr Real small = single ? Real(0x1p-3) : Real(0x1p-8);
 
   static value twice_of_magnitude(const value& a) {
     if constexpr (is_baseline && single && Level != level::ep) {
@@ -37,10 +37,11 @@ struct inverse_tanh : description<Real> {
     }
   }
   static value fast(const value& x) {
-    const value a = xsimd::abs(x);
-    const value tiny = Level == level::ep ? multiply_add(a * a, a * value(Real(1.0 / 3)), a) : a;
-    const value y = xsimd::select(a < value(small), tiny, twice_of_magnitude(a) * value(Real(0.5)));
-    return y | (x & value(Real(-0.0)));
+    return odd_function(x, [](const value& a) {
+      const value y = twice_of_magnitude(a) * value(Real(0.5));
+      if constexpr (Level != level::ep) return y;
+      return xsimd::select(a < value(small), multiply_add(a * a, a * value(Real(1.0 / 3)), a), y);
+    });
   }
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(Real(1))); }
 };

@@ -45,6 +45,16 @@ struct near_root {
 #endif
   }
 
+  // With a reciprocal to all bits but a few.
+  near_root refined() const {
+    near_root better = *this;
+#if TMK_TIER_NUMBER(TMK_TIER) == 2
+    const batch<Real> e = negative_multiply_add(root, half_reciprocal, batch<Real>(Real(0.5)));
+    better.half_reciprocal = multiply_add(half_reciprocal, e, half_reciprocal);
+#endif
+    return better;
+  }
+
   // sqrt(x + x_low) as a pair, x that of above.
   batch_pair<Real> pair(const batch_pair<Real>& x) const {
     return {root, (residual(x.high, root, root) + x.low) * half_reciprocal};
