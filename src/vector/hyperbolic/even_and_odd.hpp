@@ -15,7 +15,8 @@
 TMK_TIER_OPEN
 namespace {
 
-// E / 2 and 1 / (2 E), r and r^2. For HA E and 1 / E lack what is in `lost`, r lacks r_low.
+// E / 2 and 1 / (2 E), which for HA lack what is in `lost`; r + r_low is near `reduced`, whose square is
+// `squared`.
 template <class Real, level Level>
 struct hyperbolic_argument {
   using value = batch<Real>;
@@ -24,23 +25,14 @@ struct hyperbolic_argument {
   // Beyond, 1 / E is nothing to E; what it lacks should be no subnormal number.
   static constexpr Real last_falling = steps * (sizeof(Real) == 4 ? 30 : 60);
 
-  value growing, falling, r, r_low, squared;
+  value growing, falling, r, r_low, reduced, squared;
   batch_pair<Real> lost;
 
   explicit hyperbolic_argument(const value& x) {
     const value shifted = multiply_add(x, value(Real(0x1.71547652b82fep0 * steps)), value(shifter<Real>));
     const value k = shifted - value(shifter<Real>);
     const value opposite = value(shifter<Real>) - minimum_or_second(value(last_falling), k);
-    if constexpr (Level == level::ep) {
-      r = negative_multiply_add(k, value(Real(0x1.62e42fefa39efp-1)), x);
-    } else {
-      const value far = negative_multiply_add(k, value(data::log2_high / steps), x);
-      r_low = k * value(-data::log2_low / steps);
-      const auto sum = fast_two_sum(far, r_low);
-      r = sum.high;
-      r_low = sum.low;
-    }
-    squared = r * r;
+    reduce(x, k);
     if constexpr (Level == level::ha) {
       using bits = typename format<Real>::bits;
       const lane_table<Real, 8> powers(lowered_halves<Real>.entry);
@@ -54,6 +46,26 @@ struct hyperbolic_argument {
       growing = raise_exponent<0>(value(Real(0.5)), shifted);
       falling = raise_exponent<0>(value(Real(0.5)), opposite);
     }
+  }
+
+  // Without a fused operation the step has two parts, the first so short that its products are exact. Fused,
+  // the product of the nearest step is exact, and so is the difference.
+  void reduce(const value& x, const value& k) {
+    using constants = exp_series<Real, exp_base::e>;
+    constexpr Real step = constants::step * (8 / steps), rest = constants::step_low * (8 / steps);
+    if constexpr (Level == level::ep) {
+      r = reduced = negative_multiply_add(k, value(step), x);
+    } else if constexpr (is_baseline) {
+      const auto sum =
+          fast_two_sum(x - k * value(data::log2_high / steps), k * value(-data::log2_low / steps));
+      r = reduced = sum.high;
+      r_low = sum.low;
+    } else {
+      r = negative_multiply_add(k, value(step), x);
+      r_low = k * value(-rest);
+      reduced = negative_multiply_add(k, value(rest), r);
+    }
+    squared = reduced * reduced;
   }
 
   // (sinh(r) - r) / r^3 and (cosh(r) - 1) / r^2
@@ -80,7 +92,7 @@ batch_pair<Real> sinh_pair(const hyperbolic_argument<Real, level::ha>& x) {
   const auto b_low = sizeof(Real) == 4 ? b.low + (x.lost.high + x.lost.low) : b.low;
   const auto lost = multiply_add(b_low, x.r, a.low) + (x.lost.high - x.lost.low);
   const auto low = lost + (sum.low + slope.low);
-  const auto curved = multiply_add(x.squared * x.r, x.odd(), x.r_low);  // sinh(r) - r
+  const auto curved = multiply_add(x.squared * x.reduced, x.odd(), x.r_low);  // sinh(r) - r
   return {sum.high, multiply_add(b.high, curved, multiply_add(a.high * x.squared, x.even(), low))};
 }
 
@@ -89,7 +101,7 @@ batch_pair<Real> cosh_pair(const hyperbolic_argument<Real, level::ha>& x) {
   const auto b = fast_two_sum(x.growing, x.falling);
   const auto a = x.growing - x.falling;
   const auto low = b.low + (x.lost.high + x.lost.low);
-  const auto curved = multiply_add(x.squared * x.r, x.odd(), x.r_low);
+  const auto curved = multiply_add(x.squared * x.reduced, x.odd(), x.r_low);
   const auto even = multiply_add(b.high * x.squared, x.even(), low);
   return {b.high, multiply_add(a, x.r, multiply_add(a, curved, even))};
 }

@@ -25,8 +25,8 @@ struct hyperbolic_sine : hyperbolic<Real> {
         return sum.high + sum.low;
       } else {
         const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
-        const value curved = multiply_add(b * arg.r, arg.odd(), a * arg.even());
-        return multiply_add(curved, arg.squared, multiply_add(b, arg.r, a));
+        const value curved = multiply_add(b * arg.reduced, arg.odd(), a * arg.even());
+        return multiply_add(curved, arg.squared, multiply_add(b, arg.reduced, a));
       }
     });
   }
@@ -42,7 +42,7 @@ struct hyperbolic_cosine : hyperbolic<Real> {
       return sum.high + sum.low;
     } else {
       const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
-      const value sine = multiply_add(arg.squared * arg.r, arg.odd(), arg.r);
+      const value sine = multiply_add(arg.squared * arg.reduced, arg.odd(), arg.reduced);
       return b + multiply_add(b * arg.squared, arg.even(), a * sine);
     }
   }
@@ -54,4 +54,8 @@ TMK_TIER_CLOSE
 TMK_KERNELS(s, Sinh, unary, LHE, hyperbolic_sine)
 TMK_KERNELS(d, Sinh, unary, LHL, hyperbolic_sine)
 TMK_KERNELS(s, Cosh, unary, LHE, hyperbolic_cosine)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_KERNELS(d, Cosh, unary, HHH, hyperbolic_cosine)
+#else
+TMK_KERNELS(d, Cosh, unary, LHL, hyperbolic_cosine)
+#endif
