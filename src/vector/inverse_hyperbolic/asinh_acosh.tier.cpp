@@ -34,6 +34,18 @@ struct inverse_hyperbolic : description<Real> {
   }
 };
 
+// Maximum errors in ulp (W7), by tmk-accuracy Asinh --search thorough:
+//   single LA: 0.5002 at -0x1.ff553ep-9: got -0x1.ff54e8p-9, want -0x1.ff54e9p-9
+//   single HA: 0.5002 at -0x1.ff553ep-9: got -0x1.ff54e8p-9, want -0x1.ff54e9p-9
+//   single EP: 1475 at 0x1.cc0058p-3: got 0x1.c82c7cp-3, want 0x1.c8380226p-3
+//   double LA, EP: 1.999 at 0x1.ffe55ce87e04p-9: got 0x1.ffe507a09fe58p-9, want 0x1.ffe507a09fe56p-9
+//   double HA: 0.5138 at -0x1.1089bdb9a094cp+26: got -0x1.2c70f223ca9dap+4, want -0x1.2c70f223ca9da84p+4
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Asinh --search thorough:
+//   single LA: 1.499 at -0x1.ff5422p-9: got -0x1.ff53dp-9, want -0x1.ff53cd01p-9
+//   single HA: 0.5703 at 0x1.ba485cp-12: got 0x1.ba485ap-12, want 0x1.ba485b24p-12
+//   single EP: 381 at 0x1.00a468p-3: got 0x1.fff056p-4, want 0x1.fff34fc8p-4
+//   double LA, EP: 1.792 at 0x1.fe610180c9a46p-5: got 0x1.fe0ca0b828df2p-5, want 0x1.fe0ca0b828df035p-5
+//   double HA: 0.5212 at -0x1.4dde480a823edp-25: got -0x1.4dde480a823ebp-25, want -0x1.4dde480a823eb85p-25
 template <class Real, level Level>
 struct inverse_sinh : inverse_hyperbolic<Real, Level> {
   using base = inverse_hyperbolic<Real, Level>;
@@ -76,6 +88,20 @@ struct inverse_sinh : inverse_hyperbolic<Real, Level> {
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(base::end)); }
 };
 
+// Maximum errors in ulp (W7), by tmk-accuracy Acosh --search thorough:
+//   single LA: 0.5000 at 0x1.4913c2p+0: got 0x1.7a345p-1, want 0x1.7a3451p-1
+//   single HA: 0.5000 at 0x1.4913c2p+0: got 0x1.7a345p-1, want 0x1.7a3451p-1
+//   single EP: 1471 at 0x1.065ac6p+0: got 0x1.c755dcp-3, want 0x1.c7615a2ep-3
+//   double LA: 1.999 at 0x1.00007ffb7725ap+0: got 0x1.fff6d8e27eebcp-9, want 0x1.fff6d8e27eebep-9
+//   double HA: 0.5184 at 0x1.0000002d41dap+0: got 0x1.3071f15da0589p-13, want 0x1.3071f15da05887bp-13
+//   double EP: 2.5e+07 at 0x1.0000000000001p+0: got 0x1.6a09e67ffffffp-26, want 0x1.6a09e667f3bcc72p-26
+// Maximum errors in ulp (V3, V4), by tmk-accuracy Acosh --search thorough:
+//   single LA: 1.462 at 0x1.007fa4p+0: got 0x1.ff32ap-5, want 0x1.ff32a2ecp-5
+//   single HA: 0.5179 at 0x1.00118p+0: got 0x1.7a9ee6p-6, want 0x1.7a9ee4f7p-6
+//   single EP: 1070 at 0x1.014202p+0: got 0x1.95e7eep-4, want 0x1.95df92f2p-4
+//   double LA: 1.803 at 0x1.007e2107d1497p+0: got 0x1.fc29ad2af8fe6p-5, want 0x1.fc29ad2af8fe432p-5
+//   double HA: 0.5440 at 0x1.0000002d83b6dp+0: got 0x1.314f2847e67b1p-13, want 0x1.314f2847e67b075p-13
+//   double EP: 2.5e+07 at 0x1.0000000000001p+0: got 0x1.6a09e67fffffdp-26, want 0x1.6a09e667f3bcc72p-26
 template <class Real, level Level>
 struct inverse_cosh : inverse_hyperbolic<Real, Level> {
   using base = inverse_hyperbolic<Real, Level>;
