@@ -78,7 +78,8 @@ int32_t first_difference(const known_power<Real>& k, int32_t i, int32_t n, const
     if (k.exponent == Real(-1))
       return lane_bits<Real>(
           magnitude_outside<Real, to_bits(least_inverted), to_bits(1 / least_inverted)>(x));
-    return lane_bits<Real>(outside<Real, typename format<Real>::bits{1}, format<Real>::infinity>(bits_as<typename tested<Real>::bits>(x)));
+    return lane_bits<Real>(outside<Real, typename format<Real>::bits{1}, format<Real>::infinity>(
+        bits_as<typename tested<Real>::bits>(x)));
   };
   while (i < n) {
     const int32_t end = std::min(i + lanes<Real>, n);
