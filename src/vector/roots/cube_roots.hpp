@@ -119,16 +119,17 @@ struct cube_root_of_positive {
   }
 };
 
-// Maximum errors in ulp (W7; V3 and V4), by tmk-accuracy --search thorough:
+// Maximum errors in ulp (W7; V3 and V4), by tmk-accuracy --search thorough; singles: all of three octaves,
+// too, after which the errors repeat but for the estimate's last bits:
 //   cbrt      single LA 1.673; 1.282 at 0x1.cc2e22p-16: got 0x1.ee1bdap-6, want 0x1.ee1bdc9p-6
 //             single HA 0.7034 at 0x1.67fe82p+5: got 0x1.c747a8p+1, want 0x1.c747a698p+1
-//                       0.5427 at 0x1.b47bb4p+5: got 0x1.e57a4p+1, want 0x1.e57a4116p+1
+//                       0.5436 at 0x1.d47c66p+2
 //             double LA 1.557; 0.9932 at -0x1.fd5f903d7040cp+926: got -0x1.ff1f7856b2067p+308,
 //                       want -0x1.ff1f7856b2067fep+308
 //             double HA 0.5086; 0.5030 at 0x1.fbc8p-1060: got 0x1.fe9701b5bad38p-354,
 //                       want 0x1.fe9701b5bad377fp-354
-//   inv_cbrt  single LA 1.293; 1.130    single HA 0.5395; 0.5240    double 0.5013; 0.5006
-//   pow2o3    single LA 1.691; 1.432    single HA 0.6020; 0.5409
+//   inv_cbrt  single LA 1.293; 1.140    single HA 0.5432; 0.5240    double 0.5013; 0.5006
+//   pow2o3    single LA 1.702; 1.474    single HA 0.6020; 0.5409
 //             double LA 1.370; 1.159    double HA 0.5029; 0.5010
 // EP: 11.8 bits (single cbrt), 13.4 bits (other singles), 26.9 bits (double).
 template <class Real, level Level, cube_root Root>
