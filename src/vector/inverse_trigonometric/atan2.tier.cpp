@@ -30,6 +30,13 @@ struct angle_of_vector : description<Real> {
   // Scales vectors into the range. Where the smaller part stays below it, it still matters next to the
   // positive half of the x axis: the slow path has the quotients that vanish.
   static lane_mask<Real> patch(const value& y, const value& x, value& r) {
+    const pack<value, value> arguments{y, x};
+    pack<value> quieted{r};
+    const auto nan = answer_nans(arguments, quieted);
+    if (lane_bits<Real>(flagged(y, x, r) & !nan) == 0) {
+      r = quieted.first;
+      return lane_mask<Real>(false);
+    }
     const value zero(Real(0)), one(Real(1)), infinity(std::numeric_limits<Real>::infinity());
     const value height = xsimd::abs(y), width = xsimd::abs(x), d = maximum_or_second(height, width);
     constexpr Real up = single ? Real(0x1p96) : Real(0x1p600), down = single ? Real(0x1p-80) : Real(0x1p-600);
@@ -41,9 +48,9 @@ struct angle_of_vector : description<Real> {
     };
     const value scaled_y = scaled(y, height), scaled_x = scaled(x, width);
     pack<value> result{fast(scaled_y, scaled_x)};
-    const auto nan = answer_nans(pack<value, value>{y, x}, result);
+    answer_nans(arguments, result);
     r = result.first;
-    return (height != zero) & (xsimd::abs(scaled_y) < value(least)) & (d != infinity) & (x > zero) & (!nan);
+    return (height != zero) & (xsimd::abs(scaled_y) < value(least)) & (d != infinity) & (x > zero) & !nan;
   }
 };
 

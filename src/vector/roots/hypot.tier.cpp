@@ -61,15 +61,21 @@ struct hypotenuse : description<Real> {
     const value infinity(std::numeric_limits<Real>::infinity());
     const value a = xsimd::abs(x), b = xsimd::abs(y), larger = maximum_or_second(a, b);
     const auto infinite = (a == infinity) | (b == infinity);
+    pack<value> result{r};
+    const auto nan = answer_nans(pack<value, value>{x, y}, result);
+    const value quieted = xsimd::select(infinite, infinity, result.first);
+    const auto known = nan | infinite;
+    if (lane_bits<Real>(flagged(x, y, r) & !known) == 0) {
+      r = quieted;
+      return lane_mask<Real>(false);
+    }
     const auto is_large = larger >= value(end / 2), is_small = larger < value(least);
     const auto scaled = [&](Real factor) { return root_of_squares(a * value(factor), b * value(factor)); };
     const auto small = scaled(scale);
     r = xsimd::select(is_small, scaled_back<scale>(small.high, small.low), r);
     r = xsimd::select(is_large, sum(scaled(1 / scale)) * value(scale), r);
-    pack<value> result{r};
-    const auto nan = answer_nans(pack<value, value>{x, y}, result);
-    r = xsimd::select(infinite, infinity, result.first);
-    return (r > value(std::numeric_limits<Real>::max() * Real(0.998))) & (!infinite) & (!nan);
+    r = xsimd::select(known, quieted, r);
+    return (r > value(std::numeric_limits<Real>::max() * Real(0.998))) & !known;
   }
 };
 
