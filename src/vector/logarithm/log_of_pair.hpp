@@ -3,6 +3,8 @@
 // reduced argument, where it is as good as a longer u.
 #pragma once
 
+#include "platform/tier.hpp"
+
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
 #include "vector/logarithm/log1p_data.hpp"
 #include "vector/logarithm/log_reduction.hpp"
