@@ -106,6 +106,47 @@ using arccosine_in_half_turns = arccosine<Real, Level, angle_unit::half_turns>;
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp, by tmk-accuracy Asin --search brief --samples 500000:
+//   single LA (W7): 1.620 at -0x1.0bc104p-1: got -0x1.19c31p-1, want -0x1.19c3133dp-1
+//   single HA (W7): 0.6133 at 0x1.0045d8p-1: got 0x1.0c65ccp-1, want 0x1.0c65cd3ap-1
+//   single EP (all tiers): 661 at 0x1.00001p-1: got 0x1.0c1a6p-1, want 0x1.0c1535fcp-1
+//   single LA (V3, V4): 1.644 at 0x1.00376cp-1: got 0x1.0c5528p-1, want 0x1.0c5524b6p-1
+//   single HA (V3, V4): 0.5894 at -0x1.10c7fap-1: got -0x1.1fae5cp-1, want -0x1.1fae5d2ep-1
+//   double LA, EP (W7): 1.727 at -0x1.0000967cd4b12p-1
+//   double HA (W7): 0.6304 at -0x1.0ab0dae74bc6p-1: got -0x1.188402aba46acp-1, want -0x1.188402aba46ab5fp-1
+//   double LA, EP (V3, V4): 1.722 at 0x1.00039bb7360eep-1
+//   double HA (V3, V4): 0.6100 at 0x1.00039bb7251a1p-1: got 0x1.0c194e22b46ap-1, want 0x1.0c194e22b469f64p-1
+// Maximum errors in ulp, by tmk-accuracy Acos --search brief --samples 500000:
+//   single LA (all tiers): 1.119 at 0x1.3674ecp-1: got 0x1.d6b124p-1, want 0x1.d6b1263dp-1
+//   single HA (W7): 0.5903 at 0x1.199dc2p-1: got 0x1.fa0eccp-1, want 0x1.fa0ecad2p-1
+//   single EP (all tiers): 613 at 0x1.c15866p-1: got 0x1.ffe29cp-2, want 0x1.ffe765e9p-2
+//   single HA (V3, V4): 0.5747 at 0x1.36b00ep-1: got 0x1.d666c4p-1, want 0x1.d666c526p-1
+//   double LA, EP (all tiers): 1.177 at 0x1.3905d92e50647p-1
+//   double HA (W7): 0.6040 at 0x1.3905d67a9e0b3p-1: got 0x1.d375096b3fc0ep-1, want 0x1.d375096b3fc0e9bp-1
+//   double HA (V3, V4): 0.5888 at 0x1.163f894941194p-1: got 0x1.fe148fc2a3fccp-1, want 0x1.fe148fc2a3fcb69p-1
+// Maximum errors in ulp, by tmk-accuracy Asinpi --search brief --samples 500000:
+//   single LA (W7): 1.827 at 0x1.25f06ap-124: got 0x1.76413ep-126, want 0x1.764141a8p-126
+//   single HA (W7): 0.6221 at -0x1.000fb6p-1: got -0x1.556c7p-3, want -0x1.556c6ec1p-3
+//   single EP (W7): 845 at 0x1.000076p-1: got 0x1.555c9cp-3, want 0x1.555602d2p-3
+//   single LA (V3, V4): 1.285 at 0x1.38c65ep-1: got 0x1.ac6a9p-3, want 0x1.ac6a8d6ep-3
+//   single HA (V3, V4): 0.6041 at -0x1.320304p-1: got -0x1.a19bc4p-3, want -0x1.a19bc2cbp-3
+//   single EP (V3, V4): 844 at 0x1.00001ap-1: got 0x1.555c14p-3, want 0x1.55557b8fp-3
+//   double LA (W7): 1.932 at 0x1.4bfe33397001p-1020
+//   double HA (W7): 0.6201 at 0x1.000072734418ep-1: got 0x1.5555fd9977b1p-3, want 0x1.5555fd9977b0f61p-3
+//   double EP (W7): 5.8e+07 at -0x1.0000000000225p-1: got -0x1.5555558cd8376p-3, want -0x1.555555555587c7bp-3
+//   double LA (V3, V4): 1.392 at -0x1.0000012c7e996p-1
+//   double HA (V3, V4): 0.6066 at -0x1.0000012edec4dp-1
+//   double EP (V3, V4): 5.8e+07 at 0x1.00000000006bap-1
+// Maximum errors in ulp, by tmk-accuracy Acospi --search brief --samples 500000:
+//   single LA (all tiers): 1.246 at 0x1.82e82ap-1: got 0x1.d186bcp-3, want 0x1.d186b982p-3
+//   single HA (W7): 0.5659 at 0x1.6a65fp-1: got 0x1.ff5a3p-3, want 0x1.ff5a3122p-3
+//   single EP (all tiers): 599 at 0x1.d90beap-1: got 0x1.ffd8ep-4, want 0x1.ffdd8da9p-4
+//   single HA (V3, V4): 0.5689 at 0x1.6a5f18p-1: got 0x1.ff6688p-3, want 0x1.ff6686ddp-3
+//   double LA (W7): 1.307 at 0x1.6ed7b3e2ea712p-1: got 0x1.f74a9ecd2bb4ap-3, want 0x1.f74a9ecd2bb4b4ep-3
+//   double HA (W7): 0.5718 at 0x1.70038375aecc2p-1: got 0x1.f5267cae28758p-3, want 0x1.f5267cae287576ep-3
+//   double EP (all tiers): 4.1e+07 at 0x1.f6297cff9ddb6p-1
+//   double LA (V3, V4): 1.306 at 0x1.6efbcd23e1bffp-1: got 0x1.f708b87561caap-3, want 0x1.f708b87561cab4ep-3
+//   double HA (V3, V4): 0.5626 at 0x1.6f2062138bf0cp-1: got 0x1.f6c5e956c9722p-3, want 0x1.f6c5e956c97217p-3
 TMK_KERNELS(s, Asin, unary, LHE, arcsine_in_radians)
 TMK_KERNELS(d, Asin, unary, LHL, arcsine_in_radians)
 TMK_KERNELS(s, Acos, unary, LHE, arccosine_in_radians)
