@@ -68,9 +68,12 @@ struct radians {
   }
   template <int N>
   batch<Real> rest_in_one(const batch<Real>& k, const batch<Real>& offset) const {
-    const auto& parts = pi_parts<Real>();
-    const batch<Real> second = multiply_add(k, batch<Real>(parts[1] / N), offset);
-    return less_parts<N, 2>(k, less_part<N>(x, k, parts[0]) - second);
+    const batch<Real> r = less_part<N>(x, k, pi_parts<Real>()[0]);
+    if constexpr (is_baseline) return less_parts<N, 1>(k, r - offset);
+    const batch<Real> second(pi_parts<Real>()[1] / N), third(pi_parts<Real>()[2] / N);
+    const batch<Real> taken = multiply_add(k, second, offset),
+                      missing = multiply_add(k, second, offset - taken);
+    return (r - taken) - multiply_add(k, third, missing);
   }
   // r is a multiple of the last places of what is taken from it, so that Dekker's sum is exact where r is the
   // smaller.

@@ -65,7 +65,7 @@ struct of_angle : description<Real> {
     lane_mask<Real> rest = xsimd::isinf(x);
     if constexpr (has_tiny) rest = rest | patch_tiny(x, patched.first);
     if constexpr (exact_unit && Formula::has_poles)
-      rest = rest | (!(xsimd::abs(patched.first) < value(infinity)) & !nan);
+      rest = rest | !((xsimd::abs(patched.first) < value(infinity)) | nan);
     if constexpr (patched.size == 1)
       y = patched.first;
     else
