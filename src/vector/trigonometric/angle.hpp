@@ -94,13 +94,16 @@ struct radians {
   static batch<Real> less_part(const batch<Real>& r, const batch<Real>& k, Real part) {
     return negative_multiply_add(k, batch<Real>(part / N), r);
   }
+  // Less the parts from `First` on.
   template <int N, int First>
-  static batch<Real> less_parts(const batch<Real>& k, batch<Real> r) {
-    const auto& parts = pi_parts<Real>();
-    if constexpr (OfSingles && First == 1) return less_part<N>(r, k, parts[1] + parts[2]);
-#pragma GCC unroll 4
-    for (int i = First; i < static_cast<int>(std::size(parts)); ++i) r = less_part<N>(r, k, parts[i]);
-    return r;
+  static batch<Real> less_parts(const batch<Real>& k, const batch<Real>& r) {
+    constexpr const auto& parts = pi_parts<Real>();
+    if constexpr (First == std::size(pi_parts<Real>()))
+      return r;
+    else if constexpr (OfSingles && First == 1)
+      return less_part<N>(r, k, parts[1] + parts[2]);
+    else
+      return less_parts<N, First + 1>(k, less_part<N>(r, k, parts[First]));
   }
 };
 
