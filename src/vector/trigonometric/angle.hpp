@@ -84,15 +84,22 @@ struct radians {
     const batch<Real> product = k * second;
     auto [high, low] = fast_two_sum(r, -(product + offset));
     if constexpr (!is_baseline) low = low - multiply_subtract(k, second, product);
-    const batch<Real> rest = negative_multiply_add(k, batch<Real>(parts[2] / N), low);
-    // Short parts leave much to the last one.
-    return is_baseline ? two_sum(high, rest) : batch_pair<Real>{high, rest};
+    low = negative_multiply_add(k, batch<Real>(parts[2] / N), low);
+    if constexpr (!is_baseline) return {high, low};
+    // Short parts leave much to the later ones.
+    const auto sum = two_sum(high, low);
+    return {sum.high, sum.low - k * batch<Real>(parts[3] / N)};
   }
 
  private:
   template <int N>
   static batch<Real> less_part(const batch<Real>& r, const batch<Real>& k, Real part) {
     return negative_multiply_add(k, batch<Real>(part / N), r);
+  }
+  // Less an exact product and one that is small compared with it, with one rounding that counts.
+  static batch<Real> less_two(const batch<Real>& r, const batch<Real>& product, const batch<Real>& small) {
+    const auto [high, low] = fast_two_sum(r, -product);
+    return high + (low - small);
   }
   // Less the parts from `First` on.
   template <int N, int First>
@@ -102,6 +109,8 @@ struct radians {
       return r;
     else if constexpr (OfSingles && First == 1)
       return less_part<N>(r, k, parts[1] + parts[2]);
+    else if constexpr (is_baseline && First + 2 == std::size(pi_parts<Real>()))
+      return less_two(r, k * batch<Real>(parts[First] / N), k * batch<Real>(parts[First + 1] / N));
     else
       return less_parts<N, First + 1>(k, less_part<N>(r, k, parts[First]));
   }
@@ -168,7 +177,11 @@ struct half_turn_pair {
   }
   template <int N>
   f64 rest_in_one(const f64& k, const f64& offset = f64(0)) const {
-    return multiply_subtract((high - k * f64(1.0 / N)) + low, f64(trigonometric_data::double_pi[0]), offset);
+    using trigonometric_data::double_pi;
+    const f64 turns = high - k * f64(1.0 / N);
+    const f64 small =
+        multiply_add(turns, f64(double_pi[1]), multiply_subtract(low, f64(double_pi[0]), offset));
+    return multiply_add(turns, f64(double_pi[0]), small);
   }
   template <int N>
   batch_pair<double> rest(const f64& k, const f64& offset) const {

@@ -35,9 +35,10 @@ struct of_angle : description<Real> {
   static constexpr bool has_tiny = Level == level::ha && !in_doubles && exact_unit && Formula::odd;
   static constexpr Real tiny = single ? Real(0x1p-100) : Real(0x1p-960),
                         infinity = std::numeric_limits<Real>::infinity();
-  static constexpr Real limit = exact_unit
-                                    ? (single && !in_doubles ? Real(0x1p18) : Real(0x1p40))
-                                    : (is_baseline && single && !in_doubles ? Real(0x1p13) : Real(0x1p20));
+  static constexpr Real limit = exact_unit ? (single && !in_doubles ? Real(0x1p18) : Real(0x1p40))
+                                           : (!single || in_doubles ? Real(0x1p20)
+                                              : is_baseline         ? Real(0x1p13)
+                                                                    : Real(0x1p17));
   template <class R>
   using angle = std::conditional_t<exact_unit, exact_angle<R, Unit>, radians<R>>;
 

@@ -5,7 +5,7 @@ namespace tmk::trigonometric_data {
 
 // pi in parts: whole ones for fused products, and such whose products with a number of steps are exact.
 constexpr double double_pi[] = {0x1.921fb54442d18p1, 0x1.1a62633145c07p-53, -0x1.f1976b7ed8fbcp-109};
-constexpr double double_pi_exact[] = {0x1.921fb548p1, -0x1.de973dc8p-30, -0x1.9d9cceba3f91fp-61};
+constexpr double double_pi_exact[] = {0x1.921fb548p1, -0x1.de973dc8p-30, -0x1.9d9cceb8p-61, -0x1.1fc8f8cbb5bf7p-92};
 constexpr float float_pi[] = {0x1.921fb6p1f, -0x1.777a5cp-24f, -0x1.ee59dap-49f};
 constexpr float float_pi_exact[] = {0x1.92p1f, 0x1.fb4p-11f, 0x1.444p-23f, 0x1.68c234p-38f};
 constexpr double double_degree[] = {0x1.1df46a2529d39p-6, 0x1.5c1d8becdd291p-62};
@@ -20,8 +20,8 @@ constexpr float float_point_cosine[] = {0x1p0f, 0x1.d90636p-1f, 0x1.699662p-1f, 
 constexpr float float_point_offset[] = {0x0p0f, 0x1.60a276p-17f, 0x1.46875cp-10f, -0x1.60a276p-17f, 0x0p0f, 0x1.60a276p-17f, -0x1.46875cp-10f, -0x1.60a276p-17f};
 
 // Up to pi/16.
-// Relative error 2^-57.3.
-constexpr double point_sine_double[] = {-0x1.55555555554b8p-3, 0x1.111111107ad4dp-7, -0x1.a019f67b2fe4ep-13, 0x1.718ad45e3b7ecp-19};
+// Relative error 2^-65.9.
+constexpr double point_sine_double[] = {-0x1.5555555555555p-3, 0x1.1111111110cc3p-7, -0x1.a01a019b5de1ep-13, 0x1.71de16a41470ap-19, -0x1.ad8826c51710bp-26};
 // Relative error 2^-66.8.
 constexpr double point_cosine_double[] = {-0x1p-1, 0x1.55555555554e1p-5, -0x1.6c16c16b75288p-10, 0x1.a019f7ec9c146p-16, -0x1.27a69dfa709aep-22};
 // Relative error 2^-31.
@@ -30,8 +30,8 @@ constexpr double point_sine_double_ep[] = {-0x1.5555432ecbd1ap-3, 0x1.10b4ec984a
 constexpr double point_cosine_double_ep[] = {-0x1.ffffc05130029p-2, 0x1.54b3f36862db4p-5};
 // Relative error 2^-30.9.
 constexpr float point_sine_single[] = {-0x1.555544p-3f, 0x1.10b664p-7f};
-// Relative error 2^-28.1.
-constexpr float point_cosine_single[] = {-0x1.ffffcp-2f, 0x1.54b3aap-5f};
+// Relative error 2^-39.3.
+constexpr float point_cosine_single[] = {-0x1p-1f, 0x1.555548p-5f, -0x1.6bab9ap-10f};
 // Relative error 2^-18.8.
 constexpr float point_sine_single_ep[] = {-0x1.54c57p-3f};
 // Relative error 2^-16.4.
