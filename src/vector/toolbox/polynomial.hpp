@@ -48,8 +48,8 @@ template <int First = 0, class Value, class C, int Size>
   }
 }
 
-// The same by Horner's rule on every tier: one product less on the wide ones, for formulas whose registers are
-// many enough to wait for each other.
+// The same by Horner's rule on every tier: one product less on the wide ones, for formulas whose registers
+// are many enough to wait for each other.
 template <class Value, class C, int Size>
 [[gnu::always_inline]] inline Value polynomial_in_turn(const Value& x, const C (&c)[Size]) {
   Value p(c[Size - 1]);
