@@ -68,7 +68,7 @@ inline int32_t reference_power(power_domain domain, const double* a, const doubl
   return (domain == power_domain::whole ? tmk_vtm_reference_dPow : tmk_vtm_reference_dPowr)(a, b, r);
 }
 
-// Maximum errors in ulp, by tmk-accuracy Pow and Powr, and for x beside 1 with results at the ends of the
+// Maximum errors in ulp, by tmk-accuracy Pow and Powr, and for x close to 1 with results at the ends of the
 // range:
 //   single LA, HA (W7): 0.5207 at (0x1.000014p+0, 0x1.d56ca8p+25): got 0x1.c35a32p+105, want
 //   0x1.c35a330bp+105 single LA, HA (V3): 0.5116 at (0x1.fffd62p-1, -0x1.04824p+22): got 0x1.f0448ap+122,

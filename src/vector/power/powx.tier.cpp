@@ -30,7 +30,7 @@ struct differences {
   static bool of_cube_root(bits x) { return (x & format<Real>::sign) != 0; }
 };
 
-// The functions of one precision that stand for exponents, in EP alone those of thirds: to half the bits, a
+// The functions of one precision that are powers themselves, in EP alone those of thirds: to half the bits, a
 // third is what it is rounded to.
 template <class Real>
 struct known_power {

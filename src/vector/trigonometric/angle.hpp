@@ -55,7 +55,8 @@ constexpr const auto& pi_parts() {
 // The values of singles, in double precision, have two parts of pi.
 template <class Real, bool OfSingles = false>
 struct radians {
-  static constexpr bool has_zeros = false;  // of sine and cosine beside the sine of 0
+  static constexpr bool has_zeros = false;       // of sine and cosine, other than the sine of 0
+  static constexpr bool has_tiny_rests = false;  // x itself apart, which is not to be tiny
   batch<Real> x;
 
   template <int N, bool Half = false>
@@ -132,7 +133,7 @@ constexpr const auto& unit_parts() {
 // Half turns and degrees: what is left of x is exact.
 template <class Real, angle_unit Unit>
 struct exact_angle {
-  static constexpr bool has_zeros = true, degrees = Unit == angle_unit::degrees;
+  static constexpr bool has_zeros = true, has_tiny_rests = true, degrees = Unit == angle_unit::degrees;
   static constexpr int half_turn = degrees ? 180 : 1;
   batch<Real> x;
 
@@ -168,7 +169,7 @@ struct exact_angle {
 
 // high + low half turns; low is small compared with high, or high with a step.
 struct half_turn_pair {
-  static constexpr bool has_zeros = false;
+  static constexpr bool has_zeros = false, has_tiny_rests = false;
   f64 high, low;
 
   template <int N, bool Half = false>

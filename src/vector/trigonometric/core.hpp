@@ -23,6 +23,20 @@ batch<Real> sign_of(const bits_batch<Real>& b) {
   return bits_as<Real>((b << (sizeof(Real) * 8 - 1 - Bit)) & batch<bits>(format<Real>::sign));
 }
 
+// Below this r^2 is nothing to 1. Arithmetic on subnormal numbers may take a hundred times as long, so that
+// none is computed from such r.
+template <class Real>
+constexpr Real negligible = sizeof(Real) == 4 ? Real(0x1p-14) : Real(0x1p-28);
+
+// r^2, or 0 where it is negligible.
+template <class Angle, class Real>
+batch<Real> square_of_rest(const batch<Real>& r) {
+  if constexpr (!Angle::has_tiny_rests) return r * r;
+  const batch<Real> counted =
+      xsimd::select(xsimd::abs(r) < batch<Real>(negligible<Real>), batch<Real>(Real(0)), r);
+  return counted * counted;
+}
+
 template <class Real>
 struct accurate_angles;
 template <>
@@ -67,7 +81,7 @@ struct by_point_paired {
   template <class Angle, int Sines, int Cosines>
   by_point_paired(const Angle& angle, const Real (&s)[Sines], const Real (&c)[Cosines])
       : at(angle), r(angle.template rest<8>(at.k.number, at.offset)) {
-    const batch<Real> z = r.high * r.high;
+    const batch<Real> z = square_of_rest<Angle>(r.high);
     cosine_less_one = z * polynomial_in_turn(z, c);
     sine_less_r = multiply_add(r.high * z, polynomial_in_turn(z, s), r.low);
   }
@@ -90,7 +104,7 @@ struct by_point {
 
   template <class Angle, int Sines, int Cosines>
   by_point(const Angle& angle, const Real (&s)[Sines], const Real (&c)[Cosines]) : at(angle) {
-    const batch<Real> r = angle.template rest_in_one<8>(at.k.number, at.offset), z = r * r;
+    const batch<Real> r = angle.template rest_in_one<8>(at.k.number, at.offset), z = square_of_rest<Angle>(r);
     cosine_less_one = z * polynomial_in_turn(z, c);
     sine_of_rest = multiply_add(r * z, polynomial_in_turn(z, s), r);
   }
@@ -102,9 +116,9 @@ struct by_point {
 };
 
 // x + x^3 (c[0] + c[1] x^2 + ...)
-template <class Value, class C, int Size>
+template <class Angle, class Value, class C, int Size>
 Value odd_series(const Value& x, const C (&c)[Size]) {
-  const Value z = x * x;
+  const Value z = square_of_rest<Angle>(x);
   return multiply_add(x * z, polynomial_in_turn(z, c), x);
 }
 
@@ -112,7 +126,7 @@ Value odd_series(const Value& x, const C (&c)[Size]) {
 template <bool Cosine, class Angle, class C, int Size>
 auto line(const Angle& angle, const C (&c)[Size]) {
   const auto k = angle.template nearest<1, Cosine>();
-  return odd_series(angle.template rest_in_one<1>(k.number), c) ^ sign_of<0, C>(k.bits);
+  return odd_series<Angle>(angle.template rest_in_one<1>(k.number), c) ^ sign_of<0, C>(k.bits);
 }
 
 template <class Real>

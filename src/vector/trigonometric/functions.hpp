@@ -6,6 +6,7 @@
 // rounding; so are large angles of singles at all levels, which are brought below two half turns first.
 #pragma once
 
+#include "vector/toolbox/scaled_back.hpp"
 #include "vector/trigonometric/core.hpp"
 #include "vector/trigonometric/large.hpp"
 
@@ -40,14 +41,14 @@ struct of_angle : description<Real> {
                                               : is_baseline         ? Real(0x1.8p11)
                                                                     : Real(0x1p17));
   template <class R>
-  using angle = std::conditional_t<exact_unit, exact_angle<R, Unit>, radians<R>>;
+  using angle = std::conditional_t<exact_unit, exact_angle<R, Unit>, radians<R, in_doubles>>;
 
   static auto fast(const value& x) {
     const auto of = [](const auto& v, auto in) { return Formula::template of<Real, Level>(in, v); };
     if constexpr (in_doubles)
       return with_zeros(x, by_halves(x, [&](const f64& v) { return of(v, angle<double>{v}); }));
     else
-      return with_zeros(x, of(x, angle<Real>{x}));
+      return with_zeros(x, of(x, angle<Real>{zero_if_apart(x)}));
   }
   static lane_mask<Real> flagged(const value& x, const value& y, const value& = value()) {
     const value magnitude = xsimd::abs(x);
@@ -57,14 +58,18 @@ struct of_angle : description<Real> {
     return flags;
   }
   static lane_mask<Real> patch(const value& x, typename Formula::template results<value>& y) {
-    const auto is_large = xsimd::abs(x) >= value(limit), nan = xsimd::isnan(x);
-    const auto large = as_pack(with_zeros(x, beyond(x)));
+    const value magnitude = xsimd::abs(x);
+    const auto nan = xsimd::isnan(x), is_large = (magnitude >= value(limit)) & (magnitude < value(infinity));
     auto patched = as_pack(y);
-    large.zip(patched, [&](const value& there, value& here) {
-      here = xsimd::select(nan, x + x, xsimd::select(is_large, there, here));
-    });
+    if (lane_bits<Real>(is_large) != 0) {
+      const auto large = as_pack(with_zeros(x, beyond(x)));
+      large.zip(patched,
+                [&](const value& there, value& here) { here = xsimd::select(is_large, there, here); });
+    }
+    const value quieted = x + x;
+    patched.zip(patched, [&](const value&, value& here) { here = xsimd::select(nan, quieted, here); });
     lane_mask<Real> rest = xsimd::isinf(x);
-    if constexpr (has_tiny) rest = rest | patch_tiny(x, patched.first);
+    if constexpr (has_tiny) patch_tiny(x, patched.first);
     if constexpr (exact_unit && Formula::has_poles)
       rest = rest | !((xsimd::abs(patched.first) < value(infinity)) | nan);
     if constexpr (patched.size == 1)
@@ -75,6 +80,15 @@ struct of_angle : description<Real> {
   }
 
  private:
+  // Lanes whose results are not the formula's, which is spared subnormal numbers: radians so small that they
+  // are their own sine, and what patch_tiny is for.
+  static constexpr bool has_apart = !exact_unit || has_tiny;
+  static lane_mask<Real> apart(const value& x) {
+    return xsimd::abs(x) < value(exact_unit ? tiny : negligible<Real>);
+  }
+  static value zero_if_apart(const value& x) {
+    return has_apart ? xsimd::select(apart(x), value(Real(0)), x) : x;
+  }
   // Zeros with the sign of x. Radians have none but 0.
   static value with_zeros(const value& x, const value& y) {
     if constexpr (!Formula::odd || (Formula::has_poles && exact_unit))
@@ -82,7 +96,7 @@ struct of_angle : description<Real> {
     else if constexpr (exact_unit)
       return zero_signed_as(x, y);
     else
-      return xsimd::select(x == value(Real(0)), x, y);
+      return xsimd::select(apart(x), x, y);
   }
   static pack<value, value> with_zeros(const value& x, const pack<value, value>& y) {
     return {with_zeros(x, y.first), y.second};
@@ -110,15 +124,12 @@ struct of_angle : description<Real> {
   static lane_mask<Real> is_tiny(const value& x) {
     return (xsimd::abs(x) < value(tiny)) & (x != value(Real(0)));
   }
-  // Scaled up and down; what comes out below the normal numbers would be rounded twice.
-  static lane_mask<Real> patch_tiny(const value& x, value& y) {
+  static void patch_tiny(const value& x, value& y) {
     constexpr const auto& unit = unit_parts<Real, Unit == angle_unit::degrees>();
-    const auto flags = is_tiny(x);
-    const value scaled =
-        multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, x * value(Real(0x1p64))).high *
-        value(Real(0x1p-64));
-    y = xsimd::select(flags, scaled, y);
-    return flags & (xsimd::abs(scaled) < value(std::numeric_limits<Real>::min()));
+    constexpr Real scale = Real(0x1p100);
+    const auto product =
+        multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, xsimd::abs(x) * value(scale));
+    y = xsimd::select(is_tiny(x), scaled_back<scale>(product.high, product.low) | signs(x), y);
   }
 };
 
