@@ -4,12 +4,12 @@
 namespace tmk::pair_log_data {
 
 // ln 2; products of the first part with 11 bits are exact.
-inline constexpr double ln2_high = 0x1.62e42fefa38p-1;
-inline constexpr double ln2_low = 0x1.ef35793c7673p-45;
+constexpr double ln2_high = 0x1.62e42fefa38p-1;
+constexpr double ln2_low = 0x1.ef35793c7673p-45;
 
 // 32 cells from the double below; |f| <= 2.54e-2.
-inline constexpr double lower_end_32 = 0x1.6aaaaaaaaaaabp-1;
-inline constexpr double reciprocal_32[] = {
+constexpr double lower_end_32 = 0x1.6aaaaaaaaaaabp-1;
+constexpr double reciprocal_32[] = {
     0x1.64p0,
     0x1.6p0,
     0x1.58p0,
@@ -43,7 +43,7 @@ inline constexpr double reciprocal_32[] = {
     0x1.78p-1,
     0x1.6cp-1,
 };
-inline constexpr double high_32[] = {
+constexpr double high_32[] = {
     -0x1.51aad872ep-2,
     -0x1.4618bc21c6p-2,
     -0x1.2e8e2bae12p-2,
@@ -77,7 +77,7 @@ inline constexpr double high_32[] = {
     0x1.3c25277333p-2,
     0x1.5d5bddf596p-2,
 };
-inline constexpr double low_32[] = {
+constexpr double low_32[] = {
     0x1.f4bd8db0a7cc1p-44,
     0x1.3d82f484c84ccp-46,
     0x1.67b1e99b72bd8p-45,
@@ -112,7 +112,7 @@ inline constexpr double low_32[] = {
     -0x1.a0b2a08a465dcp-47,
 };
 // Relative error 2^-68.6.
-inline constexpr double series_32[] = {
+constexpr double series_32[] = {
     0x1.5555555555555p-2,
     -0x1.fffffffffffeep-3,
     0x1.999999999cf42p-3,
@@ -125,11 +125,11 @@ inline constexpr double series_32[] = {
 };
 
 // 128 cells from the double below; |f| <= 6.47e-3.
-inline constexpr double lower_end_128 = 0x1.68aaaaaaaaaabp-1;
+constexpr double lower_end_128 = 0x1.68aaaaaaaaaabp-1;
 struct alignas(32) log_cell {
   double reciprocal, high, low, unused;
 };
-inline constexpr log_cell cells_128[] = {
+constexpr log_cell cells_128[] = {
     {0x1.6ap0, -0x1.62c82f2b9cp-2, -0x1.e54bdbd7c8a98p-44, 0x0p0},
     {0x1.68p0, -0x1.5d1bdbf581p-2, 0x1.8d6bdc9c7c238p-44, 0x0p0},
     {0x1.66p0, -0x1.5767717456p-2, 0x1.64ead9524d7cap-44, 0x0p0},
@@ -260,7 +260,7 @@ inline constexpr log_cell cells_128[] = {
     {0x1.6cp-1, 0x1.5d5bddf596p-2, -0x1.a0b2a08a465dcp-47, 0x0p0},
 };
 // Relative error 2^-66.3.
-inline constexpr double series_128[] = {
+constexpr double series_128[] = {
     0x1.555555555555ap-2,
     -0x1.0000000000019p-2,
     0x1.99999995d2a86p-3,

@@ -4,8 +4,8 @@
 namespace tmk::short_power_data {
 
 // 16 cells from the number below; |f| <= 3.001e-2.
-inline constexpr double few_lower_end = 0x1.6555555555555p-1;
-inline constexpr double few_reciprocal[] = {
+constexpr double few_lower_end = 0x1.6555555555555p-1;
+constexpr double few_reciprocal[] = {
     0x1.66cp0,
     0x1.57cp0,
     0x1.4ap0,
@@ -23,7 +23,7 @@ inline constexpr double few_reciprocal[] = {
     0x1.89p-1,
     0x1.77p-1,
 };
-inline constexpr double few_logarithm[] = {
+constexpr double few_logarithm[] = {
     -0x1.f284e140a49dp-2,
     -0x1.b36bcc39a3cbp-2,
     -0x1.771d2ba7efb3cp-2,
@@ -42,7 +42,7 @@ inline constexpr double few_logarithm[] = {
     0x1.cc0908e19b7bdp-2,
 };
 // Relative error 2^-38.2.
-inline constexpr double few_log2_series[] = {
+constexpr double few_log2_series[] = {
     0x1.71547652bd5d7p0,
     -0x1.71547652d4abdp-1,
     0x1.ec709772afd36p-2,
@@ -52,11 +52,11 @@ inline constexpr double few_log2_series[] = {
 };
 
 // 128 cells from the number below; |f| <= 4.31e-3.
-inline constexpr double many_lower_end = 0x1.68aaaaaaaaaabp-1;
+constexpr double many_lower_end = 0x1.68aaaaaaaaaabp-1;
 struct alignas(16) log2_row {
   double reciprocal, logarithm;
 };
-inline constexpr log2_row many_rows[] = {
+constexpr log2_row many_rows[] = {
     {0x1.6a8p0, -0x1.00f0cdb224e65p-1},
     {0x1.688p0, -0x1.f9b53e2dc34c4p-2},
     {0x1.668p0, -0x1.f17d3d01407afp-2},
@@ -187,7 +187,7 @@ inline constexpr log2_row many_rows[] = {
     {0x1.6c8p-1, 0x1.f5fd8a9063e35p-2},
 };
 // Relative error 2^-36.8.
-inline constexpr double many_log2_series[] = {
+constexpr double many_log2_series[] = {
     0x1.71547652aa86fp0,
     -0x1.715476528619bp-1,
     0x1.ec720524ea635p-2,
@@ -196,7 +196,7 @@ inline constexpr double many_log2_series[] = {
 
 // Steps of 1 / 8.
 // Relative error 2^-33.5.
-inline constexpr double exp2_series_8[] = {
+constexpr double exp2_series_8[] = {
     0x1.62e42fb9b551p-1,
     0x1.ebfbe06a27451p-3,
     0x1.c6be27d71e741p-5,
@@ -205,7 +205,7 @@ inline constexpr double exp2_series_8[] = {
 
 // Steps of 1 / 16.
 // Relative error 2^-29.2.
-inline constexpr double exp2_series_16[] = {
+constexpr double exp2_series_16[] = {
     0x1.62e43001bc49fp-1,
     0x1.ebfff4532d9d7p-3,
     0x1.c6ac6aa3135cap-5,
@@ -213,13 +213,13 @@ inline constexpr double exp2_series_16[] = {
 
 // Steps of 1 / 128.
 // Relative error 2^-30.2.
-inline constexpr double exp2_series_128[] = {
+constexpr double exp2_series_128[] = {
     0x1.62e4453e11037p-1,
     0x1.ebfbdff30dd5cp-3,
 };
 
 // 2^(j/16).
-inline constexpr double sixteenth_powers[] = {
+constexpr double sixteenth_powers[] = {
     0x1p0,
     0x1.0b5586cf9890fp0,
     0x1.172b83c7d517bp0,
@@ -239,8 +239,8 @@ inline constexpr double sixteenth_powers[] = {
 };
 
 // 8 cells from the number below; |f| <= 5.701e-2.
-inline constexpr float single_lower_end = 0x1.6aaaaap-1f;
-inline constexpr float single_reciprocal[] = {
+constexpr float single_lower_end = 0x1.6aaaaap-1f;
+constexpr float single_reciprocal[] = {
     0x1.5a4p0f,
     0x1.3f4p0f,
     0x1.28p0f,
@@ -250,7 +250,7 @@ inline constexpr float single_reciprocal[] = {
     0x1.a08p-1f,
     0x1.7ap-1f,
 };
-inline constexpr float single_logarithm[] = {
+constexpr float single_logarithm[] = {
     -0x1.be2058p-2f,
     -0x1.463016p-2f,
     -0x1.acf5e2p-3f,
@@ -261,7 +261,7 @@ inline constexpr float single_logarithm[] = {
     0x1.c04386p-2f,
 };
 // Relative error 2^-21.8.
-inline constexpr float single_log2_series[] = {
+constexpr float single_log2_series[] = {
     0x1.71547p0f,
     -0x1.71545ep-1f,
     0x1.ed6668p-2f,
@@ -270,7 +270,7 @@ inline constexpr float single_log2_series[] = {
 
 // Steps of 1.
 // Relative error 2^-13.3.
-inline constexpr float single_exp2_series[] = {
+constexpr float single_exp2_series[] = {
     0x1.62f5fap-1f,
     0x1.f00c4cp-3f,
     0x1.c2a254p-5f,

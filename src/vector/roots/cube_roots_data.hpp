@@ -5,13 +5,13 @@ namespace tmk::cube_root_data {
 
 // x^(-1/3) is within a few percent where the bits of x, divided by -3, are added to this;
 // 1 - x t^3 is from -0.10208117961883544921875 to 0.10198032855987548828125.
-inline constexpr float single_estimate = 0x1.5287dap30f;
-inline constexpr unsigned long long double_estimate = 6142603646958695350;
+constexpr float single_estimate = 0x1.5287dap30f;
+constexpr unsigned long long double_estimate = 6142603646958695350;
 
 // In one step: LA and EP in single, EP in double. By the number of thirds.
 
 // Relative error 2^-26.8.
-inline constexpr float single_la_1[] = {
+constexpr float single_la_1[] = {
     0x1.555556p-2f,
     0x1.c71a6ep-3f,
     0x1.61f464p-3f,
@@ -20,7 +20,7 @@ inline constexpr float single_la_1[] = {
 };
 
 // Relative error 2^-24.9.
-inline constexpr float single_la_2[] = {
+constexpr float single_la_2[] = {
     0x1.555556p-1f,
     0x1.1c6ff6p-1f,
     0x1.f9a598p-2f,
@@ -29,19 +29,19 @@ inline constexpr float single_la_2[] = {
 };
 
 // Relative error 2^-13.3.
-inline constexpr float single_ep_1[] = {
+constexpr float single_ep_1[] = {
     0x1.5643e8p-2f,
     0x1.ca398ep-3f,
 };
 
 // Relative error 2^-11.8.
-inline constexpr float single_ep_2[] = {
+constexpr float single_ep_2[] = {
     0x1.56aa8p-1f,
     0x1.1ee4dp-1f,
 };
 
 // Relative error 2^-26.8.
-inline constexpr double double_ep_1[] = {
+constexpr double double_ep_1[] = {
     0x1.555555d34b34ap-2,
     0x1.c71a6d49f5238p-3,
     0x1.61f4ea83e5a27p-3,
@@ -52,13 +52,13 @@ inline constexpr double double_ep_1[] = {
 // The first of two steps.
 
 // Relative error 2^-13.3.
-inline constexpr float single_first[] = {
+constexpr float single_first[] = {
     0x1.5643e8p-2f,
     0x1.ca398ep-3f,
 };
 
 // Relative error 2^-17.9.
-inline constexpr double double_first[] = {
+constexpr double double_first[] = {
     0x1.55546cce0ee0bp-2,
     0x1.c9717a07e4fe3p-3,
     0x1.655a406b48ad6p-3,
@@ -68,14 +68,14 @@ inline constexpr double double_first[] = {
 // LA in double cuts nothing.
 
 // Relative error 2^-29.
-inline constexpr float single_second_1[] = {
+constexpr float single_second_1[] = {
     0x1.555558p-2f,
     0x1.c7045cp-3f,
     0x1.6cd2a6p-3f,
 };
 
 // Relative error 2^-33.3.
-inline constexpr float single_second_2[] = {
+constexpr float single_second_2[] = {
     0x1.555556p-1f,
     0x1.1c7126p-1f,
     0x1.f9dbf2p-2f,
@@ -83,7 +83,7 @@ inline constexpr float single_second_2[] = {
 };
 
 // Relative error 2^-32.5.
-inline constexpr float single_baseline_second_1[] = {
+constexpr float single_baseline_second_1[] = {
     0x1.555556p-2f,
     0x1.c71b44p-3f,
     0x1.6241bap-3f,
@@ -92,7 +92,7 @@ inline constexpr float single_baseline_second_1[] = {
 };
 
 // Relative error 2^-30.4.
-inline constexpr float single_baseline_second_2[] = {
+constexpr float single_baseline_second_2[] = {
     0x1.555556p-1f,
     0x1.1c70fep-1f,
     0x1.fa1bd8p-2f,
@@ -101,21 +101,21 @@ inline constexpr float single_baseline_second_2[] = {
 };
 
 // Relative error 2^-62.5.
-inline constexpr double double_second_1[] = {
+constexpr double double_second_1[] = {
     0x1.555555555552dp-2,
     0x1.c71c71c4dbf21p-3,
     0x1.61ff08720337ap-3,
 };
 
 // Relative error 2^-60.9.
-inline constexpr double double_second_2[] = {
+constexpr double double_second_2[] = {
     0x1.5555555555515p-1,
     0x1.1c71c71aabe56p-1,
     0x1.f9b6407df7903p-2,
 };
 
 // Relative error 2^-61.5.
-inline constexpr double double_baseline_second_1[] = {
+constexpr double double_baseline_second_1[] = {
     0x1.5555555555553p-2,
     0x1.c71c71c7873bcp-3,
     0x1.61f9a217e765cp-3,
@@ -123,7 +123,7 @@ inline constexpr double double_baseline_second_1[] = {
 };
 
 // Relative error 2^-59.8.
-inline constexpr double double_baseline_second_2[] = {
+constexpr double double_baseline_second_2[] = {
     0x1.5555555555551p-1,
     0x1.1c71c71ccd04fp-1,
     0x1.f9adbfd42487ep-2,
@@ -131,14 +131,14 @@ inline constexpr double double_baseline_second_2[] = {
 };
 
 // Relative error 2^-68.2.
-inline constexpr double double_la_second_1[] = {
+constexpr double double_la_second_1[] = {
     0x1.5555555555555p-2,
     0x1.c71c71c82633dp-3,
     0x1.61f9b9abc505ap-3,
 };
 
 // Relative error 2^-66.6.
-inline constexpr double double_la_second_2[] = {
+constexpr double double_la_second_2[] = {
     0x1.5555555555555p-1,
     0x1.1c71c71d42967p-1,
     0x1.f9addf9991659p-2,
