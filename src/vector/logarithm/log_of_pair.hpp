@@ -32,7 +32,7 @@ f64 log_of_pair(const f64& u, const f64& c) {
   return sum_of_three((k * f64(log_256_data::ln2.high) + log_high) + th, tl, correction + (low + p));
 }
 
-// The same of a u that stands alone, to what single can see.
+// The same of a u without a second part, to what single can see.
 inline f64 log_for_single(const f64& u) {
   const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
   const f64 t = mantissa(u) * reciprocal - f64(1.0);
