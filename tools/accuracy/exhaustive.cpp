@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <memory>
 
 #include "filters.hpp"
 
@@ -34,6 +35,49 @@ double units_per_one(double y) {
   const int exponent = static_cast<int>(std::bit_cast<std::uint64_t>(y) >> 52 & 0x7ff) - 1023;
   const int ulp_exponent = std::max(exponent, -126) - 23;
   return std::bit_cast<double>(static_cast<std::uint64_t>(1023 - ulp_exponent) << 52);
+}
+
+// What the filter's values of a block of arguments say, once for all kernels.
+struct known_block {
+  double y[block_size];
+  double units[block_size];          // ulp of a float per one
+  double per_magnitude[block_size];  // 1 / |y|, 0 where the result is subnormal
+  double doubt[block_size];  // ulp; infinite where the filter does not settle how the result is rounded
+  float rounded[block_size];
+
+  void set(std::int64_t i, double value) {
+    const double magnitude = std::abs(value);
+    y[i] = value;
+    units[i] = magnitude < beyond_floats ? units_per_one(value) : 0;
+    per_magnitude[i] = magnitude >= smallest_normal ? 1 / magnitude : 0;
+    rounded[i] = static_cast<float>(value);
+    const double own_doubt = magnitude * trust * units[i] + underflow_doubt;
+    const double to_midpoint = std::abs(std::abs(value - rounded[i]) * units[i] - 0.5);
+    doubt[i] = to_midpoint > own_doubt ? own_doubt : HUGE_VAL;  // infinite for specials too
+  }
+};
+
+// Counts a block of results if all of them are settled and none is worse than the worst so far.
+bool settle_block(tally& t, const known_block& known, const float* got) {
+  std::int64_t open = 0, correctly_rounded = 0;
+  double error_sum = 0, worst_relative = 0;
+  const double worst = t.worst.error;
+#pragma omp simd reduction(+ : open, correctly_rounded, error_sum) reduction(max : worst_relative)
+  for (std::int64_t i = 0; i < block_size; ++i) {
+    const double distance = std::abs(got[i] - known.y[i]);
+    const double error = distance * known.units[i];
+    open += error + known.doubt[i] <= worst ? 0 : 1;
+    error_sum += error;
+    correctly_rounded += got[i] == known.rounded[i] ? 1 : 0;
+    const double relative = distance * known.per_magnitude[i];
+    worst_relative = relative > worst_relative ? relative : worst_relative;
+  }
+  if (open != 0) return false;
+  t.count += block_size;
+  t.error_sum += error_sum;
+  t.correctly_rounded += correctly_rounded;
+  t.worst_relative = std::max(t.worst_relative, worst_relative);
+  return true;
 }
 
 // Counts the result if the filter's value y settles it and it is no worse than the worst so far.
@@ -77,39 +121,36 @@ bool holds(const exact_value& exact, double y) {
 
 bool measure_exhaustively(measurement& m, int threads) {
   const vector_function& f = *m.function;
-  const filter* own_filter = f.letter == 's' && f.shape == call_shape::unary ? find_filter(f.stem) : nullptr;
-  if (own_filter == nullptr) {
-    std::fprintf(stderr,
-                 "%s: no exhaustive measurement (one single argument and a double-precision filter)\n",
-                 std::string(f.name).c_str());
-    return false;
-  }
+  const bool fits = f.letter == 's' && f.shape == call_shape::unary && f.vectorized;
+  const filter* own_filter = fits ? find_filter(f.stem) : nullptr;
+  if (own_filter == nullptr) return false;
   const oracle exact(f.name);
 
   // The worst of a sample to begin with: a low mark would send whole binades to multiple precision.
-  std::vector<measurement> sampled{m};
-  measure(sampled, 1 << 16, 1, threads, [](const measurement&) {});
+  measurement sampled = m;
+  measure(sampled, 1 << 16, 1, threads);
 
   std::atomic<std::uint64_t> broken_at = ~std::uint64_t{0};
   constexpr std::int64_t tasks = all_arguments / task_size;
   std::vector<std::vector<tally>> parts(tasks);
   run_parallel(tasks, threads, [&](std::int64_t task) {
     std::vector<tally> tallies(m.kernels.size());
-    for (std::size_t k = 0; k < tallies.size(); ++k) tallies[k].worst = sampled[0].kernels[k].errors.worst;
+    for (std::size_t k = 0; k < tallies.size(); ++k) tallies[k].worst = sampled.kernels[k].errors.worst;
     float x[block_size], got[block_size];
-    double y[block_size];
+    const auto known = std::make_unique<known_block>();
     for (std::int64_t begin = task * task_size; begin < (task + 1) * task_size; begin += block_size) {
       if (broken_at != ~std::uint64_t{0}) return;
       for (std::int64_t i = 0; i < block_size; ++i) {
         x[i] = std::bit_cast<float>(static_cast<std::uint32_t>(begin + i));
-        y[i] = own_filter->in_double(x[i]);
-        if ((begin + i) % check_every == 0 && !holds(exact(x[i]), y[i])) broken_at = begin + i;
+        known->set(i, own_filter->in_double(x[i], 0));
+        if ((begin + i) % check_every == 0 && !holds(exact(x[i]), known->y[i])) broken_at = begin + i;
       }
       for (std::size_t k = 0; k < tallies.size(); ++k) {
         reinterpret_cast<void (*)(std::int32_t, const float*, float*)>(m.kernels[k].address)(block_size, x,
                                                                                              got);
+        if (settle_block(tallies[k], *known, got)) continue;
         for (std::int64_t i = 0; i < block_size; ++i)
-          if (!settle(tallies[k], y[i], got[i]))
+          if (!settle(tallies[k], known->y[i], got[i]))
             tallies[k].add(arguments{x[i]}, exact(arguments{x[i]}), {got[i], 0}, smallest_normal);
       }
     }

@@ -6,8 +6,9 @@
 
 namespace tmk::accuracy {
 
-// Measures every listed kernel. Returns false, having said why on stderr, for a function that is not of this
-// kind, or whose double-precision filter (see the source) failed its check.
+// Measures every listed kernel. Returns false for a function that is not of this kind or stands on its
+// reference kernel alone, and, having said so on stderr, where the double-precision filter (see the source)
+// failed its check.
 bool measure_exhaustively(measurement& m, int threads);
 
 }  // namespace tmk::accuracy

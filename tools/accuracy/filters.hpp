@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values of the functions of one real argument in the next wider format, which judge nearly every result at a
-// hundredth of the oracle's cost. What they find is confirmed by the oracle.
+// Values of functions of one or two real arguments in the next wider format, which judge nearly every result
+// at a hundredth of the oracle's cost. What they find is confirmed by the oracle.
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,8 @@ namespace tmk::accuracy {
 
 struct filter {
   std::string_view stem;
-  double (*in_double)(double);
-  long double (*in_extended)(long double);  // null where it would lose too many digits
+  double (*in_double)(double a, double b);                   // b counts for functions of two arguments only
+  long double (*in_extended)(long double a, long double b);  // null where it would lose too many digits
 };
 
 // Null for a function without a filter.

@@ -36,13 +36,14 @@ int main(int argc, char** argv) {
   std::int64_t samples = 0;
   std::uint64_t seed = 1;
   int threads = static_cast<int>(std::thread::hardware_concurrency());
-  bool exhaustive = false, markdown = false;
-  std::string effort_name = "auto", hard_inputs;
+  bool exhaustive = false;
+  std::string effort_name = "auto", hard_inputs, record_path;
 
   CLI::App app("Errors of the vector functions in ulp, against MPFR");
   app.add_option("function", function,
                  "one function (sExp) or all precisions of a stem (Exp); all by default");
-  app.add_option("--level", level, "one accuracy level")->check(CLI::IsMember({"LA", "HA", "EP"}));
+  auto* one_level =
+      app.add_option("--level", level, "one accuracy level")->check(CLI::IsMember({"LA", "HA", "EP"}));
   app.add_option("--tier", tier, "one tier")->check(CLI::IsMember({"W7", "V3", "V4"}));
   app.add_option("--samples", samples, "samples per function; 2^16 for all functions, 2^20 for one");
   app.add_option("--seed", seed, "seed of the samples");
@@ -54,17 +55,15 @@ int main(int argc, char** argv) {
   app.add_option("--inputs", hard_inputs, "a file of hard arguments to judge as well: function a [b] a line")
       ->check(CLI::ExistingFile);
   app.add_flag("--exhaustive", exhaustive,
-               "every number of the format: single-precision functions of one argument");
-  app.add_flag("--markdown", markdown, "print docs/accuracy.md");
+               "every number of the format, for single-precision functions of one argument that have "
+               "kernels of their own and a filter; the others are sampled");
+  app.add_option("--record", record_path, "put the figures into this file, as docs/accuracy.tsv has them")
+      ->excludes(one_level);
   CLI11_PARSE(app, argc, argv);
 
   const auto functions = functions_named(function);
   if (functions.empty()) {
     std::fprintf(stderr, "no function %s\n", function.c_str());
-    return 2;
-  }
-  if (exhaustive && markdown) {
-    std::fprintf(stderr, "the page is made of sampled errors\n");
     return 2;
   }
   if (samples <= 0) samples = function.empty() ? 1 << 16 : 1 << 20;
@@ -78,26 +77,21 @@ int main(int argc, char** argv) {
   if (!level.empty()) slots = {slot_of(level)};
   if (tiers.empty()) return 1;
 
-  // Lines as they are measured; the page, which takes the output, when all is known.
   auto all = list_kernels(functions, tiers, slots);
-  std::FILE* lines = markdown ? stderr : stdout;
-  print_heading(lines);
-  const auto show = [&](const measurement& m) {
-    print_lines(lines, m);
-    if (!function.empty()) print_source_comments(lines, m);
-    std::fflush(lines);
-  };
-  if (exhaustive) {
-    for (measurement& m : all)
-      if (measure_exhaustively(m, threads)) show(m);
-  } else {
-    measure(all, samples, seed, threads, [](const measurement&) {});
-    if (!hard_inputs.empty() && !judge_listed(all, hard_inputs)) return 2;
-    for (measurement& m : all) {
+  print_heading(stdout);
+  for (measurement& m : all) {
+    if (!exhaustive || !measure_exhaustively(m, threads)) {
+      measure(m, samples, seed, threads);
+      if (!hard_inputs.empty() && !judge_listed(m, hard_inputs)) return 2;
       const bool far = effort_name == "thorough" || (effort_name == "auto" && m.function->vectorized);
       if (effort_name != "none") climb(m, far ? thorough : brief, seed, threads);
-      show(m);
+    }
+    print_lines(stdout, m);
+    if (!function.empty()) print_source_comments(stdout, m);
+    std::fflush(stdout);
+    if (!record_path.empty() && !record(record_path, m, tiers)) {
+      std::fprintf(stderr, "%s: cannot be written\n", record_path.c_str());
+      return 1;
     }
   }
-  if (markdown) print_markdown(stdout, all, tiers, samples);
 }

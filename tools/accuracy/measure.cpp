@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "oracle/batch.hpp"
@@ -100,38 +99,18 @@ void judge_arguments(measurement& m, std::size_t kernel, std::span<const argumen
   m.function->is_single() ? judge_in<float>(m, kernel, inputs) : judge_in<double>(m, kernel, inputs);
 }
 
-void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
-             const std::function<void(const measurement&)>& done) {
-  struct task {
-    std::size_t function, batch;
-  };
-  std::vector<task> tasks;
+void measure(measurement& m, std::int64_t samples, std::uint64_t seed, int threads) {
+  const std::int64_t own_samples = m.function->is_complex() ? samples / samples_per_complex_sample : samples;
+  const std::int64_t batches = (own_samples + batch<float>::size - 1) / batch<float>::size;
   // Merged in the order of batches, so that the outcome does not depend on which thread was faster.
-  std::vector<std::vector<std::vector<tally>>> parts(all.size());
-  std::vector<std::size_t> missing(all.size());
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    const auto own_samples = all[i].function->is_complex() ? samples / samples_per_complex_sample : samples;
-    missing[i] =
-        static_cast<std::size_t>(own_samples / batch<float>::size + (own_samples % batch<float>::size != 0));
-    parts[i].resize(missing[i]);
-    for (std::size_t k = 0; k < missing[i]; ++k) tasks.push_back({i, k});
-  }
-  std::mutex lock;
-  run_parallel(static_cast<std::int64_t>(tasks.size()), threads, [&](std::int64_t index) {
-    const auto [function, batch_index] = tasks[index];
-    measurement& m = all[function];
-    const std::uint64_t batch_seed = seed + batch_index;
-    auto part =
+  std::vector<std::vector<tally>> parts(static_cast<std::size_t>(batches));
+  run_parallel(batches, threads, [&](std::int64_t i) {
+    const std::uint64_t batch_seed = seed + static_cast<std::uint64_t>(i);
+    parts[static_cast<std::size_t>(i)] =
         m.function->is_single() ? measure_batch<float>(m, batch_seed) : measure_batch<double>(m, batch_seed);
-    const std::scoped_lock guard(lock);
-    auto& own_parts = parts[function];
-    own_parts[batch_index] = std::move(part);
-    if (--missing[function] != 0) return;
-    for (const auto& tallies : own_parts)
-      for (std::size_t k = 0; k < tallies.size(); ++k) m.kernels[k].errors.merge(tallies[k]);
-    own_parts.clear();
-    done(m);
   });
+  for (const auto& tallies : parts)
+    for (std::size_t k = 0; k < tallies.size(); ++k) m.kernels[k].errors.merge(tallies[k]);
 }
 
 }  // namespace tmk::accuracy

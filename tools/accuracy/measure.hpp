@@ -53,10 +53,8 @@ std::vector<measurement> list_kernels(const std::vector<vector_function>& functi
 // Exact complex values cost a hundred times what real ones do, so they are drawn more sparingly.
 constexpr std::int64_t samples_per_complex_sample = 8;
 
-// Measures every listed kernel over as many samples (complex functions: an eighth of them); `done` hears of
-// each function that is complete.
-void measure(std::vector<measurement>& all, std::int64_t samples, std::uint64_t seed, int threads,
-             const std::function<void(const measurement&)>& done);
+// Measures the function's kernels over as many samples (a complex function's over an eighth of them).
+void measure(measurement& m, std::int64_t samples, std::uint64_t seed, int threads);
 
 // Judges a kernel at these arguments: its worst error may rise, its means do not change.
 void judge_arguments(measurement& m, std::size_t kernel, std::span<const arguments> inputs);

@@ -3,9 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <map>
-
-#include "search.hpp"
 
 namespace tmk::accuracy {
 namespace {
@@ -116,21 +115,16 @@ std::string levels_in(const measured_kernel& kernel, int tier) {
   return levels;
 }
 
-// A slot's cell: its own figures, or whose kernel it shares.
-std::string cell(const measurement& m, int tier, int slot) {
-  for (const measured_kernel& kernel : m.kernels) {
-    const auto is_this = [=](const kernel_use& use) { return use.tier == tier && use.slot == slot; };
-    if (std::ranges::none_of(kernel.uses, is_this)) continue;
-    // A kernel's own level is HA where HA is among its slots, otherwise the first.
-    const auto own = [](const kernel_use& use) { return use.slot == TMK_SLOT_HA; };
-    const auto home = std::ranges::find_if(kernel.uses, own);
-    const kernel_use& owner = home == kernel.uses.end() ? kernel.uses.front() : *home;
-    if (owner.tier != tier) return "= " + use_text(owner);
-    if (owner.slot != slot) return "= " + std::string(level_names[owner.slot]);
-    const std::string error = error_text(kernel.errors.worst.error);
-    return slot == TMK_SLOT_HA ? error : error + text(" (%.1f)", correct_bits(kernel.errors, *m.function));
-  }
-  return "";
+// The record's line of a kernel: see record().
+std::string record_line(const vector_function& f, const measured_kernel& kernel) {
+  const tally& t = kernel.errors;
+  const auto count = static_cast<double>(t.count);
+  std::string uses;
+  for (const kernel_use& use : kernel.uses) uses += (uses.empty() ? "" : ",") + use_text(use);
+  return name_of(f) + "\t" + uses + "\t" + error_text(t.worst.error) +
+         text("\t%.1f\t%.4f\t%.3f\t", correct_bits(t, f), t.error_sum / count,
+              100 * static_cast<double>(t.correctly_rounded) / count) +
+         (t.count >> 32 ? "all" : std::to_string(t.count)) + "\t" + argument_text(f, t.worst.where);
 }
 
 }  // namespace
@@ -171,69 +165,36 @@ void print_source_comments(std::FILE* out, const measurement& m) {
   }
 }
 
-void print_markdown(std::FILE* out, const std::vector<measurement>& all, const std::vector<int>& tiers,
-                    std::int64_t samples) {
-  std::fprintf(out, R"(<!-- Made by `./dev accuracy --markdown --samples %lld`: do not edit. -->
-# Accuracy
+bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers) {
+  // By function, in the order of the list, and tier.
+  std::map<std::pair<std::size_t, int>, std::vector<std::string>> rows;
+  const auto functions = tools::functions_with_value();
+  const auto number_of = [&](std::string_view name) {
+    return static_cast<std::size_t>(std::ranges::find(functions, name, &vector_function::name) -
+                                    functions.begin());
+  };
+  const auto file = [&](const std::string& line) {
+    const auto tab = line.find('\t');
+    const auto is_named = [&](int tier) { return line.compare(tab + 1, 2, tmk_tier_name(tier)) == 0; };
+    const auto tier = std::ranges::find_if(tools::all_tiers, is_named);
+    if (tier != std::end(tools::all_tiers)) rows[{number_of(line.substr(0, tab)), *tier}].push_back(line);
+  };
+  std::string heading, line;
+  std::ifstream old(path);
+  std::getline(old, heading);
+  while (std::getline(old, line)) file(line);
+  old.close();
+  for (int tier : tiers) rows[{number_of(m.function->name), tier}].clear();
+  for (const measured_kernel& kernel : m.kernels) file(record_line(*m.function, kernel));
 
-Measured against MPFR and MPC, over %lld seeded samples per function (%lld per complex function):
-drawn over the binades of the domain, evenly over its usual part, and around its bounds, zeros, poles and the
-arguments known to be hard. Maxima are those of a search that climbs: %lld further samples (%lld of functions with
-one kernel for all levels), judged by a wider format where there is one, then six rounds of neighbours of the worst.
-Means and shares are those of the seeded samples.
-
-The unit is the spacing of the result's format at the exact value (2^(max(e, e_min) - p) for
-2^(e-1) <= |y| < 2^e), so 0.5 is a correctly rounded result; subnormal results are included, with the spacing
-of the subnormals. An infinity is right where rounding the exact value gives it, a NaN where the function has
-no value; `inf` in a table means that a number met a special. A complex result is judged by its worse part,
-and the sign of a zero does not count.
-
-)",
-               static_cast<long long>(samples), static_cast<long long>(samples),
-               static_cast<long long>(samples / samples_per_complex_sample),
-               static_cast<long long>(thorough.samples), static_cast<long long>(brief.samples));
-  for (int tier : tools::all_tiers)
-    if (std::ranges::find(tiers, tier) == tiers.end())
-      std::fprintf(out, "The tier %s was not measured: the processor of this run does not have it.\n\n",
-                   tmk_tier_name(tier));
-
-  std::fprintf(out, "## Functions with kernels of their own per level\n\n");
-  std::fprintf(
-      out,
-      "Maximum error in ulp; in brackets the correct bits, -log2 of the largest relative error of a normal\n"
-      "result. `= HA`: the slot holds that kernel. Below HA, and on W7 at HA too, roots and reciprocals "
-      "begin with\n"
-      "estimates of the processor, which differ between makers: another processor than this run's has other "
-      "errors.\n\n"
-      "| function |");
-  for (int tier : tiers)
-    for (std::string_view level : level_names)
-      std::fprintf(out, " %s %.*s |", tmk_tier_name(tier), static_cast<int>(level.size()), level.data());
-  std::fprintf(out, "\n|---|");
-  for (std::size_t i = 0; i < tiers.size() * std::size(level_names); ++i) std::fprintf(out, "---|");
-  std::fprintf(out, "\n");
-  for (const measurement& m : all) {
-    if (!m.function->vectorized) continue;
-    std::fprintf(out, "| `%s` |", name_of(*m.function).c_str());
-    for (int tier : tiers)
-      for (int slot = 0; slot < 3; ++slot) std::fprintf(out, " %s |", cell(m, tier, slot).c_str());
-    std::fprintf(out, "\n");
-  }
-
-  std::fprintf(
-      out,
-      "\n## Functions on the extended-precision kernel\n\n"
-      "One kernel serves all levels and tiers.\n\n"
-      "| function | max ulp | mean ulp | correctly rounded | worst argument |\n|---|---|---|---|---|\n");
-  for (const measurement& m : all) {
-    if (m.function->vectorized) continue;
-    const tally& t = m.kernels.front().errors;
-    const auto count = static_cast<double>(t.count);
-    std::fprintf(out, "| `%s` | %s | %.4f | %.3f%% | `%s` |\n", name_of(*m.function).c_str(),
-                 error_text(t.worst.error).c_str(), t.error_sum / count,
-                 100 * static_cast<double>(t.correctly_rounded) / count,
-                 argument_text(*m.function, t.worst.where).c_str());
-  }
+  // A run that is cut short leaves the old record or the new one.
+  const std::string next = path + ".new";
+  std::ofstream out(next);
+  out << "function\tkernel's slots\tmax ulp\tbits\tmean ulp\t% correctly rounded\targuments\tworst at\n";
+  for (const auto& [place, lines] : rows)
+    for (const std::string& row : lines) out << row << "\n";
+  out.close();
+  return out && std::rename(next.c_str(), path.c_str()) == 0;
 }
 
 }  // namespace tmk::accuracy

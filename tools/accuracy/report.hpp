@@ -19,8 +19,8 @@ void print_lines(std::FILE* out, const measurement& m);
 // The comments above the kernels in their sources.
 void print_source_comments(std::FILE* out, const measurement& m);
 
-// docs/accuracy.md.
-void print_markdown(std::FILE* out, const std::vector<measurement>& all, const std::vector<int>& tiers,
-                    std::int64_t samples);
+// Puts these figures into the record, a table of tab-separated lines that docs/accuracy.md is made from, in
+// the place of what it had of the function on these tiers. Returns false if the file cannot be written.
+bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers);
 
 }  // namespace tmk::accuracy

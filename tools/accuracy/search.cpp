@@ -73,8 +73,8 @@ class judge {
  public:
   explicit judge(const measurement& m) : function_(*m.function), exact_(m.function->name) {
     // The extended-precision kernels are the same formulas as the filters, which cannot judge them.
-    const bool filtered =
-        function_.vectorized && function_.shape == call_shape::unary && !function_.is_complex();
+    const bool one_result = function_.shape == call_shape::unary || function_.shape == call_shape::binary;
+    const bool filtered = function_.vectorized && one_result && !function_.is_complex();
     const filter* f = filtered ? find_filter(function_.stem) : nullptr;
     if (f != nullptr) value_ = pick<Real>(*f);
   }
@@ -87,7 +87,7 @@ class judge {
     std::vector<wide> y(inputs.size());
     std::vector<exact_result> exact(has_filter() ? 0 : inputs.size());
     for (std::size_t i = 0; i < inputs.size(); ++i)
-      has_filter() ? void(y[i] = value_(static_cast<wide>(inputs[i].a.real())))
+      has_filter() ? void(y[i] = value_(wide(inputs[i].a.real()), wide(inputs[i].b.real())))
                    : void(exact[i] = exact_(inputs[i]));
     for (std::size_t k = 0; k < m.kernels.size(); ++k) {
       sample.run(m.kernels[k].address);
@@ -104,7 +104,7 @@ class judge {
  private:
   using wide = std::conditional_t<sizeof(Real) == 4, double, long double>;
   template <class T>
-  static wide (*pick(const filter& f))(wide) {
+  static wide (*pick(const filter& f))(wide, wide) {
     if constexpr (sizeof(T) == 4)
       return f.in_double;
     else
@@ -113,7 +113,7 @@ class judge {
 
   const vector_function& function_;
   oracle exact_;
-  wide (*value_)(wide) = nullptr;
+  wide (*value_)(wide, wide) = nullptr;
 };
 
 // An argument near x: half the time within 64 numbers, else at a distance whose logarithm is drawn evenly.
@@ -160,6 +160,9 @@ void climb_in(measurement& m, const effort& full, std::uint64_t seed, int thread
   const vector_function& f = *m.function;
   effort e = full;
   if (!judge.has_filter()) e = {full.samples / 32, full.worst / 2, full.neighbours / 4, full.rounds};
+  // Pairs of singles cannot all be tried; tried they are quickly.
+  else if (f.is_single() && f.shape == call_shape::binary)
+    e.samples *= 10;
   const auto size = static_cast<std::int64_t>(batch<Real>::size);
   std::vector<hall_of_fame> halls(m.kernels.size(), hall_of_fame(static_cast<std::size_t>(e.worst)));
   for (std::size_t k = 0; k < halls.size(); ++k)
@@ -198,7 +201,7 @@ void climb(measurement& m, const effort& effort, std::uint64_t seed, int threads
                           : climb_in<double>(m, effort, seed, threads);
 }
 
-bool judge_listed(std::vector<measurement>& all, const std::string& path) {
+bool judge_listed(measurement& m, const std::string& path) {
   std::ifstream file(path);
   std::string line;
   if (!file) std::fprintf(stderr, "%s: cannot be read\n", path.c_str());
@@ -214,9 +217,8 @@ bool judge_listed(std::vector<measurement>& all, const std::string& path) {
       values.push_back(std::strtod(word.c_str(), &end));
       sound &= *end == '\0';
     }
-    const auto own = std::ranges::find(all, name, [](const measurement& m) { return m.function->name; });
-    if (own == all.end()) continue;  // a function that was not asked for
-    const vector_function& f = *own->function;
+    if (name != m.function->name) continue;
+    const vector_function& f = *m.function;
     const bool complex = f.is_complex() && f.shape != call_shape::real_argument;
     const bool two = f.shape == call_shape::binary || f.shape == call_shape::scalar_exponent;
     if (!sound || values.size() != (two ? 2u : 1u) * (complex ? 2u : 1u)) {
@@ -227,7 +229,7 @@ bool judge_listed(std::vector<measurement>& all, const std::string& path) {
     values.resize(4);
     const arguments x =
         complex ? arguments{{values[0], values[1]}, {values[2], values[3]}} : arguments{values[0], values[1]};
-    for (std::size_t k = 0; k < own->kernels.size(); ++k) judge_arguments(*own, k, std::span(&x, 1));
+    for (std::size_t k = 0; k < m.kernels.size(); ++k) judge_arguments(m, k, std::span(&x, 1));
   }
   return file.eof();
 }
