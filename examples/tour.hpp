@@ -3,6 +3,7 @@
 #pragma once
 
 void vector_math_page();
+void elementary_page();
 void random_page();
 void statistics_page();
 void splines_page();

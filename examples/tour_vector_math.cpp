@@ -2,7 +2,6 @@
 // The tour's page of vector math: on real measurements, its accuracy levels measured, and a bad element
 // repaired.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -10,37 +9,12 @@
 #include <vector>
 
 #include "csv.hpp"
+#include "measured.hpp"
 #include "tour.hpp"
 
 namespace {
 
 const std::string data = TMK_DATA_DIR;
-
-// Total error in units in the last place, against the C library's 64-bit extended precision.
-double worst_ulp(const std::vector<double>& x, const std::vector<double>& y,
-                 long double (*exact)(long double)) {
-  double worst = 0;
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    const long double right = exact(x[i]);
-    int exponent;
-    std::frexp(right, &exponent);
-    worst = std::max(worst, static_cast<double>(std::fabs(std::ldexp(y[i] - right, 53 - exponent))));
-  }
-  return worst;
-}
-
-// The best of many runs over an array that stays in the cache.
-template <class Function>
-double nanoseconds_per_element(std::size_t n, Function function) {
-  double best = 1e9;
-  for (int run = 0; run < 300; ++run) {
-    const auto start = std::chrono::steady_clock::now();
-    function();
-    const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-    best = std::min(best, time.count());
-  }
-  return best / static_cast<double>(n);
-}
 
 template <class Function>
 void show_levels(const char* name, Function function, long double (*exact)(long double),
@@ -54,7 +28,7 @@ void show_levels(const char* name, Function function, long double (*exact)(long 
   std::vector<double> y(x.size());
   for (const row& r : rows) {
     const double time = nanoseconds_per_element(x.size(), [&] { function(x, y, r.level); });
-    const double ulp = worst_ulp(x, y, exact);
+    const double ulp = worst_ulp(y, [&](std::size_t i) { return exact(x[i]); });
     std::printf("  %-5s %-5s %12.2f %9.1f %10.2f\n", name, r.text, ulp,
                 53 - std::log2(std::max(ulp, 0.5)) - 1, time);
   }
