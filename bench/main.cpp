@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "calls.hpp"
 #include "common/kernels.hpp"
 #include "oracle/domains.hpp"
 #include "oracle/oracle.hpp"
@@ -68,33 +69,6 @@ struct candidate {
   double error = 0;
 };
 
-template <class Real>
-std::function<void(const call&)> call_of(VtmKernel kernel, call_shape shape) {
-  switch (shape) {
-    case call_shape::binary:
-      return [=](const call& c) {
-        reinterpret_cast<void (*)(std::int32_t, const void*, const void*, void*)>(kernel)(c.n, c.a, c.b, c.r);
-      };
-    case call_shape::two_results:
-      return [=](const call& c) {
-        reinterpret_cast<void (*)(std::int32_t, const void*, void*, void*)>(kernel)(c.n, c.a, c.r, c.r2);
-      };
-    case call_shape::scalar_exponent:
-      return [=](const call& c) {
-        const Real exponent = *static_cast<const Real*>(c.b);
-        reinterpret_cast<void (*)(std::int32_t, const void*, Real, void*)>(kernel)(c.n, c.a, exponent, c.r);
-      };
-    default:
-      return [=](const call& c) {
-        reinterpret_cast<void (*)(std::int32_t, const void*, void*)>(kernel)(c.n, c.a, c.r);
-      };
-  }
-}
-
-bool is_timed(const tools::vector_function& f) {
-  return !f.is_complex() && f.shape <= call_shape::two_results;
-}
-
 using peer_source = peer_list (*)();
 constexpr peer_source peers_by_tier[] = {peers_W7, peers_V3, peers_V4};
 
@@ -112,9 +86,7 @@ std::vector<candidate> candidates_for(const tools::vector_function& f, const std
     std::string levels;
     for (const tools::kernel_use& use : kernel.uses)
       if (use.tier == tier) levels += (levels.empty() ? "" : "=") + std::string(tools::level_names[use.slot]);
-    const auto run =
-        f.is_single() ? call_of<float>(kernel.address, f.shape) : call_of<double>(kernel.address, f.shape);
-    all.push_back({levels, run, subject_kind::ours, tier});
+    all.push_back({levels, call_of(f, kernel.address), subject_kind::ours, tier});
   }
   for (int tier : tiers) {
     const peer_list peers = peers_by_tier[tier]();
