@@ -28,6 +28,11 @@ enum class sse_control {
   masks_only,  // rounding and flush as found
 };
 
+constexpr uint32_t sse_flush_bits = 0x8040;  // flush to zero, denormals are zero
+
+// Whether subnormal numbers are lost in the SSE unit as it is set now.
+inline bool subnormals_are_flushed() { return (_mm_getcsr() & sse_flush_bits) != 0; }
+
 class control_scope {
  public:
   explicit control_scope(control_class x87, sse_control sse = sse_control::by_mode) {
@@ -47,7 +52,6 @@ class control_scope {
   static constexpr uint32_t sticky = 0x3F;
   static constexpr uint32_t sse_masks = 0x1F80;
   static constexpr uint32_t sse_rounding = 0x6000;
-  static constexpr uint32_t sse_flush = 0x8040;  // flush to zero, denormals are zero
 
   void set_x87(control_class wanted_class) {
     struct field {
@@ -66,10 +70,10 @@ class control_scope {
     sse_ = _mm_getcsr();
     uint32_t wanted = sse_ | sse_masks;
     if (kind != sse_control::masks_only) wanted &= ~sse_rounding;
-    if (kind == sse_control::exact) wanted &= ~sse_flush;
+    if (kind == sse_control::exact) wanted &= ~sse_flush_bits;
     if (kind == sse_control::by_mode) {
       const bool flush = (tmk_vtm_kernel_GetMode() & VTM_DENORMALS_MASK) == VTM_DENORMALS_FLUSHED;
-      wanted = (wanted & ~sse_flush) | (flush ? sse_flush : 0u);
+      wanted = (wanted & ~sse_flush_bits) | (flush ? sse_flush_bits : 0u);
     }
     if (wanted == sse_) return;
     _mm_setcsr(wanted);

@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     print_lines(stdout, m);
     if (!function.empty()) print_source_comments(stdout, m);
     std::fflush(stdout);
-    if (!record_path.empty() && !record(record_path, m, tiers)) {
+    if (!record_path.empty() && !record(record_path, m, tiers, effort_name != "none")) {
       std::fprintf(stderr, "%s: cannot be written\n", record_path.c_str());
       return 1;
     }

@@ -116,7 +116,7 @@ std::string levels_in(const measured_kernel& kernel, int tier) {
 }
 
 // The record's line of a kernel: see record().
-std::string record_line(const vector_function& f, const measured_kernel& kernel) {
+std::string record_line(const vector_function& f, const measured_kernel& kernel, bool searched) {
   const tally& t = kernel.errors;
   const auto count = static_cast<double>(t.count);
   std::string uses;
@@ -124,7 +124,8 @@ std::string record_line(const vector_function& f, const measured_kernel& kernel)
   return name_of(f) + "\t" + uses + "\t" + error_text(t.worst.error) +
          text("\t%.1f\t%.4f\t%.3f\t", correct_bits(t, f), t.error_sum / count,
               100 * static_cast<double>(t.correctly_rounded) / count) +
-         (t.count >> 32 ? "all" : std::to_string(t.count)) + "\t" + argument_text(f, t.worst.where);
+         (t.count >> 32 ? "all" : std::to_string(t.count) + (searched ? " and search" : "")) + "\t" +
+         argument_text(f, t.worst.where);
 }
 
 }  // namespace
@@ -165,7 +166,7 @@ void print_source_comments(std::FILE* out, const measurement& m) {
   }
 }
 
-bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers) {
+bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers, bool searched) {
   // By function, in the order of the list, and tier.
   std::map<std::pair<std::size_t, int>, std::vector<std::string>> rows;
   const auto functions = tools::functions_with_value();
@@ -185,7 +186,7 @@ bool record(const std::string& path, const measurement& m, const std::vector<int
   while (std::getline(old, line)) file(line);
   old.close();
   for (int tier : tiers) rows[{number_of(m.function->name), tier}].clear();
-  for (const measured_kernel& kernel : m.kernels) file(record_line(*m.function, kernel));
+  for (const measured_kernel& kernel : m.kernels) file(record_line(*m.function, kernel, searched));
 
   // A run that is cut short leaves the old record or the new one.
   const std::string next = path + ".new";

@@ -20,7 +20,8 @@ void print_lines(std::FILE* out, const measurement& m);
 void print_source_comments(std::FILE* out, const measurement& m);
 
 // Puts these figures into the record, a table of tab-separated lines that docs/accuracy.md is made from, in
-// the place of what it had of the function on these tiers. Returns false if the file cannot be written.
-bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers);
+// the place of what it had of the function on these tiers. `searched`: the maxima are a search's, not the
+// samples' alone. Returns false if the file cannot be written.
+bool record(const std::string& path, const measurement& m, const std::vector<int>& tiers, bool searched);
 
 }  // namespace tmk::accuracy

@@ -2,10 +2,44 @@
 // Sums, products and quotients, rounded once by the processor. To the slow path go the results that may carry
 // a status: infinities and NaNs, and for products and quotients those below the normal numbers. An exact zero
 // carries none and stays fast: masks and sparse data are full of them.
+#include <cmath>
+#include <optional>
+#include <utility>
+
 #include "vector/arithmetic/exact.hpp"
+#include "vector/toolbox/pair.hpp"
 
 TMK_TIER_OPEN
 namespace {
+
+// Whether x is a number, zero included.
+template <class Real>
+bool is_number(Real x) {
+  return magnitude_bits(x) < format<Real>::infinity;
+}
+
+// The status of a product or quotient of numbers, rounded to r by the processor. Of a result below the normal
+// numbers `exact` says whether it was rounded.
+template <class Real, class Exact>
+int32_t status_of(Real r, Exact exact) {
+  constexpr auto smallest = typename format<Real>::bits{1} << format<Real>::fraction_bits;
+  const auto magnitude = magnitude_bits(r);
+  if (magnitude == format<Real>::infinity) return VTM_STATUS_OVERFLOW;
+  return magnitude >= smallest || exact() ? VTM_STATUS_OK : VTM_STATUS_UNDERFLOW;
+}
+
+// Whether x y = r, of doubles |x y| < 4, one factor below 2^-510: scaled, no part of a product that does not
+// vanish leaves the format.
+template <class Real>
+bool is_product(Real x, Real y, Real r) {
+  if constexpr (sizeof(Real) == 4) {
+    return static_cast<double>(x) * static_cast<double>(y) == static_cast<double>(r);
+  } else {
+    if (std::abs(x) > std::abs(y)) std::swap(x, y);
+    const auto p = two_prod(batch<Real>(x * 0x1p1000), batch<Real>(y));
+    return p.high.get(0) == r * 0x1p1000 && p.low.get(0) == 0;
+  }
+}
 
 // `flagged` says which results are looked at again, `patch` which of them are for the slow path.
 template <class Real>
@@ -41,6 +75,11 @@ struct product : memory_bound<Real> {
     const auto rest = without_special_arguments(x, y, r);
     return rest & (not_finite(r) | ((x != zero) & (y != zero)));
   }
+  static std::optional<int32_t> shortcut(const Real* a, const Real* b, Real* r) {
+    if (!is_number(*a) || !is_number(*b) || subnormals_are_flushed()) return std::nullopt;
+    *r = *a * *b;
+    return status_of(*r, [=] { return is_product(*a, *b, *r); });
+  }
 };
 
 template <class Real>
@@ -51,6 +90,7 @@ struct square : memory_bound<Real> {
   static lane_mask<Real> patch(const value& x, value& r) {
     return without_special_arguments(x, x, r) & (x != value(Real(0)));
   }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) { return product<Real>::shortcut(a, a, r); }
 };
 
 template <class Real>
@@ -61,6 +101,21 @@ struct quotient : memory_bound<Real> {
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
     const value zero(Real(0));
     return without_special_arguments(x, y, r) & ((x != zero) | (y == zero));
+  }
+  static std::optional<int32_t> shortcut(const Real* a, const Real* b, Real* r) {
+    if (!is_number(*a) || !is_number(*b) || subnormals_are_flushed()) return std::nullopt;
+    if (*b == 0) {
+      if (*a == 0) return std::nullopt;
+      *r = *a / *b;
+      return VTM_STATUS_SINGULARITY;
+    }
+    *r = *a / *b;
+    return status_of(*r, [=] {
+      if constexpr (sizeof(Real) == 4)
+        return is_product(*r, *b, *a);
+      else
+        return is_product(*r * Real(0x1p300), *b * Real(0x1p-300), *a);  // b may be too large to be split
+    });
   }
 };
 

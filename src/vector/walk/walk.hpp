@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <bit>
 #include <concepts>
+#include <optional>
 
 #include "vector/channel/error_channel.hpp"
 #include "vector/walk/description.hpp"
@@ -258,10 +259,10 @@ template <class Kernel, class Reference, class In, class Out, class... Scalars>
   const Kernel kernel{scalars...};
   const auto rare = [=](const auto*... a) {
     return [=](auto*... r) -> int32_t {
-      if constexpr (requires { kernel.rare(a..., r...); })
-        return kernel.rare(a..., r...);
-      else
-        return reference(a..., scalars..., r...);
+      if constexpr (requires { kernel.rare(a..., r...); }) return kernel.rare(a..., r...);
+      if constexpr (requires { kernel.shortcut(a..., r...); })
+        if (const std::optional<int32_t> status = kernel.shortcut(a..., r...)) return *status;
+      return reference(a..., scalars..., r...);
     };
   };
   const control_scope controls(Kernel::controls, Kernel::sse);
