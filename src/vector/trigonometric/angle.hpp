@@ -9,7 +9,6 @@
 // exact where products are fused; without fused products the parts are so short that the product is.
 #pragma once
 
-#include <iterator>
 #include <limits>
 
 #include "vector/toolbox/pair.hpp"
@@ -65,16 +64,30 @@ struct radians {
   }
   template <int N>
   batch<Real> rest_in_one(const batch<Real>& k) const {
-    return less_parts<N, 1>(k, less_part<N>(x, k, pi_parts<Real>()[0]));
+    constexpr const auto& parts = pi_parts<Real>();
+    const batch<Real> r = less_part<N>(x, k, parts[0]);
+    if constexpr (OfSingles) return less_part<N>(r, k, parts[1] + parts[2]);
+    const batch<Real> s = less_part<N>(r, k, parts[1]);
+    if constexpr (!is_baseline) return less_part<N>(s, k, parts[2]);
+    const auto [high, low] = fast_two_sum(s, -(k * batch<Real>(parts[2] / N)));
+    return high + (low - k * batch<Real>(parts[3] / N));
   }
+  // The offset comes with the smaller parts, so that one rounding counts.
   template <int N>
   batch<Real> rest_in_one(const batch<Real>& k, const batch<Real>& offset) const {
-    const batch<Real> r = less_part<N>(x, k, pi_parts<Real>()[0]);
-    if constexpr (is_baseline) return less_parts<N, 1>(k, r - offset);
-    const batch<Real> second(pi_parts<Real>()[1] / N), third(pi_parts<Real>()[2] / N);
-    const batch<Real> taken = multiply_add(k, second, offset),
-                      missing = multiply_add(k, second, offset - taken);
-    return (r - taken) - multiply_add(k, third, missing);
+    constexpr const auto& parts = pi_parts<Real>();
+    const batch<Real> r = less_part<N>(x, k, parts[0]), second(parts[1] / N), third(parts[2] / N);
+    if constexpr (OfSingles) {
+      return less_part<N>(r - offset, k, parts[1] + parts[2]);
+    } else if constexpr (is_baseline) {
+      const auto more = fast_two_sum(r, -(k * second));
+      const auto most = fast_two_sum(more.high, more.low - k * third);
+      return most.high + (most.low - multiply_add(k, batch<Real>(parts[3] / N), offset));
+    } else {
+      const batch<Real> taken = multiply_add(k, second, offset),
+                        missing = multiply_add(k, second, offset - taken);
+      return (r - taken) - multiply_add(k, third, missing);
+    }
   }
   // r is a multiple of the last places of what is taken from it, so that Dekker's sum is exact where r is the
   // smaller.
@@ -97,24 +110,6 @@ struct radians {
   static batch<Real> less_part(const batch<Real>& r, const batch<Real>& k, Real part) {
     return negative_multiply_add(k, batch<Real>(part / N), r);
   }
-  // Less an exact product and one that is small compared with it, with one rounding that counts.
-  static batch<Real> less_two(const batch<Real>& r, const batch<Real>& product, const batch<Real>& small) {
-    const auto [high, low] = fast_two_sum(r, -product);
-    return high + (low - small);
-  }
-  // Less the parts from `First` on.
-  template <int N, int First>
-  static batch<Real> less_parts(const batch<Real>& k, const batch<Real>& r) {
-    constexpr const auto& parts = pi_parts<Real>();
-    if constexpr (First == std::size(pi_parts<Real>()))
-      return r;
-    else if constexpr (OfSingles && First == 1)
-      return less_part<N>(r, k, parts[1] + parts[2]);
-    else if constexpr (is_baseline && First + 2 == std::size(pi_parts<Real>()))
-      return less_two(r, k * batch<Real>(parts[First] / N), k * batch<Real>(parts[First + 1] / N));
-    else
-      return less_parts<N, First + 1>(k, less_part<N>(r, k, parts[First]));
-  }
 };
 
 template <class Real, bool Degrees>
@@ -128,6 +123,20 @@ constexpr const auto& unit_parts() {
     return double_degree;
   else
     return double_pi;
+}
+
+// x y + z in two parts, for a small z. Where it is larger than the product, the angle is far from the zeros
+// of sine and cosine, so that the last bits that are lost do not count.
+template <class Real>
+batch_pair<Real> product_and(const batch<Real>& x, const batch<Real>& y, const batch<Real>& z) {
+  if constexpr (is_baseline) {
+    const auto product = two_prod(x, y);
+    const auto sum = fast_two_sum(product.high, z);
+    return {sum.high, sum.low + product.low};
+  } else {
+    const batch<Real> sum = multiply_add(x, y, z);
+    return {sum, multiply_subtract(x, y, sum) + z};
+  }
 }
 
 // Half turns and degrees: what is left of x is exact.
@@ -151,12 +160,8 @@ struct exact_angle {
   }
   template <int N>
   batch_pair<Real> rest(const batch<Real>& k, const batch<Real>& offset) const {
-    const batch<Real> r = remainder<N>(k), first(unit[0]);
-    const auto product = two_prod(r, first);
-    const auto [high, low] = fast_two_sum(product.high, -offset);
-    // An offset larger than the product takes its last bits, which do not count then: such an angle is far
-    // from the zeros of sine and cosine.
-    return {high, low + multiply_add(r, batch<Real>(unit[1]), product.low)};
+    const batch<Real> r = remainder<N>(k);
+    return product_and(r, batch<Real>(unit[0]), multiply_subtract(r, batch<Real>(unit[1]), offset));
   }
 
  private:
@@ -188,10 +193,9 @@ struct half_turn_pair {
   batch_pair<double> rest(const f64& k, const f64& offset) const {
     using trigonometric_data::double_pi;
     const auto turns = two_sum(high - k * f64(1.0 / N), low);
-    const auto product = two_prod(turns.high, f64(double_pi[0]));
-    const auto sum = fast_two_sum(product.high, -offset);
-    const f64 small = multiply_add(turns.high, f64(double_pi[1]), turns.low * f64(double_pi[0]));
-    return {sum.high, sum.low + (product.low + small)};
+    const f64 small =
+        multiply_add(turns.high, f64(double_pi[1]), multiply_subtract(turns.low, f64(double_pi[0]), offset));
+    return product_and(turns.high, f64(double_pi[0]), small);
   }
 };
 

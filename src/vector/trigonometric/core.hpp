@@ -26,14 +26,13 @@ batch<Real> sign_of(const bits_batch<Real>& b) {
 // Below this r^2 is nothing to 1. Arithmetic on subnormal numbers may take a hundred times as long, so that
 // none is computed from such r.
 template <class Real>
-constexpr Real negligible = sizeof(Real) == 4 ? Real(0x1p-14) : Real(0x1p-28);
+constexpr Real negligible = sizeof(Real) == 4 ? Real(0x1p-15) : Real(0x1p-30);
 
-// r^2, or 0 where it is negligible.
+// r^2, or what is nothing to 1.
 template <class Angle, class Real>
 batch<Real> square_of_rest(const batch<Real>& r) {
   if constexpr (!Angle::has_tiny_rests) return r * r;
-  const batch<Real> counted =
-      xsimd::select(xsimd::abs(r) < batch<Real>(negligible<Real>), batch<Real>(Real(0)), r);
+  const batch<Real> counted = maximum_or_second(xsimd::abs(r), batch<Real>(negligible<Real>));
   return counted * counted;
 }
 
@@ -70,49 +69,58 @@ struct point {
   batch<Real> sign() const { return sign_of<3, Real>(k.bits); }
 };
 
-// Sine and cosine but for the point's sign, to half a unit: the lower part is small, but not below half a
-// unit.
+// base + slope r, for |slope r| no more than |base|, or base 0: exactly; but for half a unit of the product
+// on the baseline.
 template <class Real>
-struct by_point_paired {
-  point<Real> at;
-  batch_pair<Real> r;
-  batch<Real> cosine_less_one, sine_less_r;  // of r.high; of r
-
-  template <class Angle, int Sines, int Cosines>
-  by_point_paired(const Angle& angle, const Real (&s)[Sines], const Real (&c)[Cosines])
-      : at(angle), r(angle.template rest<8>(at.k.number, at.offset)) {
-    const batch<Real> z = square_of_rest<Angle>(r.high);
-    cosine_less_one = z * polynomial_in_turn(z, c);
-    sine_less_r = multiply_add(r.high * z, polynomial_in_turn(z, s), r.low);
-  }
-  // base + slope r + ...: |base| is at least |slope r|, or 0.
-  batch_pair<Real> along(const batch<Real>& base, const batch<Real>& slope) const {
-    const auto product = two_prod(slope, r.high);
-    const auto [high, low] = fast_two_sum(base, product.high);
-    const auto rest = multiply_add(slope, sine_less_r, multiply_add(base, cosine_less_one, product.low));
-    return {high, low + rest};
-  }
-  batch_pair<Real> sine() const { return along(at.sine, at.cosine); }
-  batch_pair<Real> cosine() const { return along(at.cosine, -at.sine); }
-};
-
-// The same to a unit.
+batch_pair<Real> along(const batch<Real>& base, const batch<Real>& slope, const batch<Real>& r) {
+  if constexpr (!is_baseline) return add_product(base, slope, r);
+  const auto product = two_prod(slope, r);
+  const auto [high, low] = fast_two_sum(base, product.high);
+  return {high, low + product.low};
+}
 template <class Real>
+batch_pair<Real> nearly_along(const batch<Real>& base, const batch<Real>& slope, const batch<Real>& r) {
+  if constexpr (is_baseline) return fast_two_sum(base, slope * r);
+  return add_product(base, slope, r);
+}
+
+// Sine and cosine but for the point's sign: in two parts to half a unit of their sum where `Exact`, else to
+// little more; or in one, which is rounded two or three times more. The lower part may be large, but is below
+// the higher one.
+template <class Real, bool Exact>
 struct by_point {
   point<Real> at;
-  batch<Real> cosine_less_one, sine_of_rest;
+  batch<Real> r, r_low, z, sine_series, cosine_series;  // r^2; (sin(r) - r) / r^3; (cos(r) - 1) / r^2
 
   template <class Angle, int Sines, int Cosines>
   by_point(const Angle& angle, const Real (&s)[Sines], const Real (&c)[Cosines]) : at(angle) {
-    const batch<Real> r = angle.template rest_in_one<8>(at.k.number, at.offset), z = square_of_rest<Angle>(r);
-    cosine_less_one = z * polynomial_in_turn(z, c);
-    sine_of_rest = multiply_add(r * z, polynomial_in_turn(z, s), r);
+    if constexpr (Exact) {
+      const auto rest = angle.template rest<8>(at.k.number, at.offset);
+      r = rest.high, r_low = rest.low;
+    } else {
+      r = angle.template rest_in_one<8>(at.k.number, at.offset);
+    }
+    z = square_of_rest<Angle>(r);
+    sine_series = polynomial_in_turn(z, s), cosine_series = polynomial_in_turn(z, c);
   }
-  batch<Real> along(const batch<Real>& base, const batch<Real>& slope) const {
-    return base + multiply_add(slope, sine_of_rest, base * cosine_less_one);
+  batch_pair<Real> sine() const { return pair(at.sine, at.cosine); }
+  batch_pair<Real> cosine() const { return pair(at.cosine, -at.sine); }
+  batch<Real> sine_in_one() const { return in_one(at.sine, at.cosine); }
+  batch<Real> cosine_in_one() const { return in_one(at.cosine, -at.sine); }
+
+ private:
+  // The smallest terms first.
+  batch_pair<Real> pair(const batch<Real>& base, const batch<Real>& slope) const {
+    const auto line = Exact ? along(base, slope, r) : nearly_along(base, slope, r);
+    const batch<Real> cube = r * z,
+                      sine_less_r = Exact ? multiply_add(cube, sine_series, r_low) : cube * sine_series,
+                      small = multiply_add(slope, sine_less_r, line.low);
+    return {line.high, multiply_add(base * z, cosine_series, small)};
   }
-  batch<Real> sine() const { return along(at.sine, at.cosine); }
-  batch<Real> cosine() const { return along(at.cosine, -at.sine); }
+  batch<Real> in_one(const batch<Real>& base, const batch<Real>& slope) const {
+    const batch<Real> sine = multiply_add(r * z, sine_series, r);
+    return base + multiply_add(slope, sine, base * (z * cosine_series));
+  }
 };
 
 // x + x^3 (c[0] + c[1] x^2 + ...)

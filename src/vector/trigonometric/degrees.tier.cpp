@@ -17,4 +17,8 @@ TMK_TIER_CLOSE
 
 TMK_REAL_KERNELS(Sind, unary, LHE, degree_sine)
 TMK_REAL_KERNELS(Cosd, unary, LHE, degree_cosine)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_REAL_KERNELS(Tand, unary, LHE, degree_tangent)
+#else
+TMK_REAL_KERNELS(Tand, unary, HHE, degree_tangent)
+#endif

@@ -29,12 +29,13 @@ template <class Formula, class Real, level Level, angle_unit Unit>
 struct of_angle : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4, exact_unit = Unit != angle_unit::radians;
-  static constexpr bool in_doubles = is_baseline && single && Level == level::ha;
+  static constexpr bool in_doubles =
+      is_baseline && single && (Level == level::ha || (Formula::has_poles && Level == level::la));
   // pi times a subnormal number may be normal.
   static constexpr auto sse = exact_unit ? sse_control::exact : sse_control::by_mode;
-  // The rest of a tiny angle in an exact unit has no second part.
-  static constexpr bool has_tiny = Level == level::ha && !in_doubles && exact_unit && Formula::odd;
-  static constexpr Real tiny = single ? Real(0x1p-100) : Real(0x1p-960),
+  // Where pi times the argument, or what is left of it, may be subnormal.
+  static constexpr bool has_tiny = !in_doubles && exact_unit && Formula::odd;
+  static constexpr Real tiny = single ? Real(0x1p-80) : Real(0x1p-900),
                         infinity = std::numeric_limits<Real>::infinity();
   static constexpr Real limit = exact_unit ? (single && !in_doubles ? Real(0x1p18) : Real(0x1p40))
                                            : (!single || in_doubles ? Real(0x1p20)
@@ -53,7 +54,7 @@ struct of_angle : description<Real> {
   static lane_mask<Real> flagged(const value& x, const value& y, const value& = value()) {
     const value magnitude = xsimd::abs(x);
     lane_mask<Real> flags = !(magnitude < value(limit));
-    if constexpr (has_tiny) flags = flags | is_tiny(x);
+    if constexpr (has_tiny) flags = flags | (zero_if_apart(x) != x);
     if constexpr (exact_unit && Formula::has_poles) flags = flags | not_finite(y);
     return flags;
   }
@@ -66,10 +67,12 @@ struct of_angle : description<Real> {
       large.zip(patched,
                 [&](const value& there, value& here) { here = xsimd::select(is_large, there, here); });
     }
+    if constexpr (has_tiny)
+      if (const auto is_tiny = apart(x); lane_bits<Real>(is_tiny) != 0)
+        patched.first = xsimd::select(is_tiny, of_tiny(x), patched.first);
     const value quieted = x + x;
     patched.zip(patched, [&](const value&, value& here) { here = xsimd::select(nan, quieted, here); });
     lane_mask<Real> rest = xsimd::isinf(x);
-    if constexpr (has_tiny) patch_tiny(x, patched.first);
     if constexpr (exact_unit && Formula::has_poles)
       rest = rest | !((xsimd::abs(patched.first) < value(infinity)) | nan);
     if constexpr (patched.size == 1)
@@ -80,9 +83,8 @@ struct of_angle : description<Real> {
   }
 
  private:
-  // Lanes whose results are not the formula's, which is spared subnormal numbers: radians so small that they
-  // are their own sine, and what patch_tiny is for.
-  static constexpr bool has_apart = !exact_unit || has_tiny;
+  // Lanes that the formula is spared: radians that are their own sine, and tiny angles in other units.
+  static constexpr bool has_apart = !in_doubles || !exact_unit;
   static lane_mask<Real> apart(const value& x) {
     return xsimd::abs(x) < value(exact_unit ? tiny : negligible<Real>);
   }
@@ -121,15 +123,13 @@ struct of_angle : description<Real> {
     else
       return Formula::template of<Real, at>(half_turns_of(x), x);
   }
-  static lane_mask<Real> is_tiny(const value& x) {
-    return (xsimd::abs(x) < value(tiny)) & (x != value(Real(0)));
-  }
-  static void patch_tiny(const value& x, value& y) {
+  // Tiny angles, zero among them, are their own sine and tangent, but for the unit.
+  static value of_tiny(const value& x) {
     constexpr const auto& unit = unit_parts<Real, Unit == angle_unit::degrees>();
-    constexpr Real scale = Real(0x1p100);
-    const auto product =
-        multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, xsimd::abs(x) * value(scale));
-    y = xsimd::select(is_tiny(x), scaled_back<scale>(product.high, product.low) | signs(x), y);
+    constexpr Real scale = single ? Real(0x1p100) : Real(0x1p200);
+    const value scaled = scaled_up<scale>(xsimd::min(xsimd::abs(x), value(tiny)));
+    const auto product = multiply(batch_pair<Real>{value(unit[0]), value(unit[1])}, scaled);
+    return scaled_back<scale>(product.high, product.low) | signs(x);
   }
 };
 
@@ -157,22 +157,19 @@ struct series_of_singles : series<double, level::ep> {
 template <class Real, level Level, class Value>
 struct way {
   static constexpr bool widened = sizeof(Real) != sizeof(typename Value::value_type);
-  static constexpr bool paired = Level == level::ha && !widened;
+  static constexpr bool exact = Level == level::ha && !widened;
+  // Without fused products two results in one part each have too many roundings.
+  static constexpr bool needs_pairs = exact || (is_baseline && !widened && Level == level::la);
   using real = typename Value::value_type;
   using coefficients =
-      std::conditional_t<widened, series_of_singles, series<real, paired ? level::la : Level>>;
-  using near_point = std::conditional_t<paired, by_point_paired<real>, by_point<real>>;
+      std::conditional_t<widened, series_of_singles, series<real, exact ? level::la : Level>>;
 
   template <class Angle>
-  static near_point next_to(const Angle& angle) {
+  static by_point<real, exact> next_to(const Angle& angle) {
     return {angle, coefficients::sine, coefficients::cosine};
   }
 };
 
-template <class Real>
-batch<Real> sum(const batch<Real>& x) {
-  return x;
-}
 template <class Real>
 batch<Real> sum(const batch_pair<Real>& x) {
   return x.high + x.low;
@@ -188,7 +185,7 @@ struct sine_formula {
   static Value of(const Angle& angle, const Value&) {
     using how = way<Real, Level, Value>;
     Value y;
-    if constexpr (how::paired) {
+    if constexpr (how::exact) {
       const auto near = how::next_to(angle);
       y = (Cosine ? sum(near.cosine()) : sum(near.sine())) ^ near.at.sign();
     } else {
@@ -208,9 +205,11 @@ struct sine_and_cosine_formula {
 
   template <class Real, level Level, class Angle, class Value>
   static pack<Value, Value> of(const Angle& angle, const Value&) {
-    const auto near = way<Real, Level, Value>::next_to(angle);
+    using how = way<Real, Level, Value>;
+    const auto near = how::next_to(angle);
     const Value sign = near.at.sign();
-    return {sum(near.sine()) ^ sign, sum(near.cosine()) ^ sign};
+    if constexpr (how::needs_pairs) return {sum(near.sine()) ^ sign, sum(near.cosine()) ^ sign};
+    return {near.sine_in_one() ^ sign, near.cosine_in_one() ^ sign};
   }
 };
 
@@ -222,8 +221,14 @@ struct tangent_formula {
   // Both parts have the sign of the half turn.
   template <class Real, level Level, class Angle, class Value>
   static Value of(const Angle& angle, const Value& x) {
-    const auto near = way<Real, Level, Value>::next_to(angle);
-    const auto [y, over, under] = quotient(near.sine(), near.cosine());
+    using how = way<Real, Level, Value>;
+    const auto near = how::next_to(angle);
+    const auto [y, over, under] = [&] {
+      if constexpr (how::exact || (!how::widened && Level == level::la))
+        return quotient(near.sine(), near.cosine());
+      else
+        return quotient(near.sine_in_one(), near.cosine_in_one());
+    }();
     if constexpr (!Angle::has_zeros) return y;
     return xsimd::select(over == Value(0), signs(x ^ under ^ near.at.sign()), y);
   }
@@ -237,13 +242,22 @@ struct tangent_formula {
   static parts<batch<Real>> quotient(const batch<Real>& sine, const batch<Real>& cosine) {
     return {sine / cosine, sine, cosine};
   }
-  // The quotient and what it leaves of the sine, with one division.
+  // The quotient and what it leaves of the sine, with one division. Without fused products the quotient is
+  // cut to half its bits, so that its products with the parts of the divisor are exact.
   template <class Real>
   static parts<batch<Real>> quotient(const batch_pair<Real>& sine, const batch_pair<Real>& cosine) {
     const auto over = fast_two_sum(sine.high, sine.low), under = fast_two_sum(cosine.high, cosine.low);
-    const auto inverse = batch<Real>(Real(1)) / under.high, y = over.high * inverse;
-    const auto rest = residual(over.high, y, under.high) + negative_multiply_add(y, under.low, over.low);
-    return {multiply_add(rest, inverse, y), over.high, under.high};
+    const auto inverse = batch<Real>(Real(1)) / under.high;
+    batch<Real> y = over.high * inverse, left;
+    if constexpr (is_baseline) {
+      y = split(y).high;
+      const auto divisor = split(under.high);
+      left = (over.high - y * divisor.high) - y * divisor.low;
+    } else {
+      left = negative_multiply_add(y, under.high, over.high);
+    }
+    return {multiply_add(left + negative_multiply_add(y, under.low, over.low), inverse, y), over.high,
+            under.high};
   }
 };
 

@@ -17,4 +17,8 @@ TMK_TIER_CLOSE
 
 TMK_REAL_KERNELS(Sinpi, unary, LHE, half_turn_sine)
 TMK_REAL_KERNELS(Cospi, unary, LHE, half_turn_cosine)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_REAL_KERNELS(Tanpi, unary, LHE, half_turn_tangent)
+#else
+TMK_REAL_KERNELS(Tanpi, unary, HHE, half_turn_tangent)
+#endif

@@ -41,7 +41,7 @@ constexpr float point_cosine_single_ep[] = {-0x1.fe97fap-2f};
 // Relative error 2^-35.
 constexpr double line_single_ha[] = {-0x1.5555554503758p-3, 0x1.11110ba53711dp-7, -0x1.a017a30ea5b85p-13, 0x1.71696e16d84afp-19, -0x1.99c7de182dda7p-26};
 // Relative error 2^-61.1.
-constexpr double line_double_la[] = {-0x1.5555555555555p-3, 0x1.11111111110c2p-7, -0x1.a01a01a0144fcp-13, 0x1.71de3a52596a2p-19, -0x1.ae6454af86001p-26, 0x1.6123c2f1939c3p-33, -0x1.ae40bb5f3ffbap-41, 0x1.87e4248985b38p-49};
+constexpr double line_double_la[] = {-0x1.5555555555555p-3, 0x1.11111111110c2p-7, -0x1.a01a01a0144fcp-13, 0x1.71de3a5258fbap-19, -0x1.ae6454af7ccd3p-26, 0x1.6123c2f159b55p-33, -0x1.ae40bb5e32de9p-41, 0x1.87e4248ff6d67p-49};
 // Relative error 2^-27.1.
 constexpr double line_double_ep[] = {-0x1.55554a7c3b69ap-3, 0x1.110e9a8b708e1p-7, -0x1.9f650476b97e8p-13, 0x1.5d1c2e693b136p-19};
 // Relative error 2^-27.
