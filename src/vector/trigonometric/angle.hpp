@@ -183,6 +183,10 @@ struct half_turn_pair {
   }
   template <int N>
   f64 rest_in_one(const f64& k, const f64& offset = f64(0)) const {
+    if constexpr (is_baseline) {
+      const auto sum = rest<N>(k, offset);
+      return sum.high + sum.low;
+    }
     using trigonometric_data::double_pi;
     const f64 turns = high - k * f64(1.0 / N);
     const f64 small =

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The functions of angles: sine, cosine, both, and tangent, in each unit.
 //
-// Level HA goes by points, the others by lines or quadrants. On the baseline, which has no fused product,
-// singles at HA are computed in double precision, which leaves a few hundredths of a unit beyond the last
+// Level HA, the pair and the tangent go by points, the others by lines. On the baseline, which has no fused product,
+// singles at HA, and tangents at LA, are computed in double precision, which leaves a few hundredths of a unit beyond the last
 // rounding; so are large angles of singles at all levels, which are brought below two half turns first.
 #pragma once
 
@@ -262,22 +262,22 @@ struct tangent_formula {
 };
 
 // Maximum errors in ulp (LA, HA, EP on W7; on V3 and V4), by tmk-accuracy <function>, which climbs from the
-// worst of 2^20 samples over all numbers of the format. LA misses its aim of 2 units for tangents, and on W7
-// for the pair.
-//   Sin, Cos      single  1.95, 0.5005, 2477; 2.000, 0.5923, 2476
-//                 double  0.6577, 0.6577, 6.4e7; 2.133, 0.6442, 6.4e7
-//   SinCos        single  2.975, 0.5808, LA; 1.451, 0.6071, LA
-//                 double  2.770, 0.6400, 4.3e7; 1.472, 0.6325, 4.3e7
-//   Tan           single  4.015, 0.5381, LA; 3.151, 0.5551, LA
-//                 double  4.440, 0.6394, 2.0e7; 3.276, 0.6394, 2.0e7
-//   Sinpi, Cospi  single  2.007, 0.5005, 2476; 2.000, 0.5893, 2476
-//                 double  2.030, 0.6471, 6.4e7; 2.159, 0.6483, 6.4e7
-//   Tanpi         single  3.402, 0.5381, 154; 3.220, 0.5694, 154
-//                 double  4.346, 0.5965, 2.0e7; 3.471, 0.5818, 2.0e7
-//   Sind, Cosd    single  1.976, 0.5005, 2477; 2.000, 0.6065, 2476
-//                 double  1.977, 0.6352, 6.4e7; 2.183, 0.6341, 6.4e7
-//   Tand          single  3.504, 0.5380, 155; 3.274, 0.5559, 155
-//                 double  4.079, 0.6078, 2.0e7; 3.369, 0.5786, 2.0e7
+// worst of 2^16 samples over all numbers of the format. On the baseline LA misses its aim of 2 units by a
+// little in exact units. There the tangents of singles at LA are HA's, on the wide tiers all tangents at LA.
+//   Sin, Cos      single  1.907, 0.5005, 2477; 2.000, 0.5750, 2476
+//                 double  0.5972, 0.5972, 6.4e7; 1.909, 0.5798, 6.4e7
+//   SinCos        single  1.474, 0.5808, LA; 1.447, 0.5841, LA
+//                 double  1.526, 0.6050, 4.3e7; 1.478, 0.5882, 4.3e7
+//   Tan           single  HA, 0.5381, LA; HA, 0.5552, 155
+//                 double  1.584, 0.6394, 2.0e7; HA, 0.6394, 2.0e7
+//   Sinpi, Cospi  single  2.006, 0.5005, 2476; 2.000, 0.5737, 2476
+//                 double  2.055, 0.6115, 6.4e7; 1.927, 0.5890, 6.4e7
+//   Tanpi         single  HA, 0.5381, 154; HA, 0.5441, 154
+//                 double  2.310, 0.5906, 2.0e7; HA, 0.5656, 2.0e7
+//   Sind, Cosd    single  1.976, 0.5005, 2477; 2.000, 0.5787, 2476
+//                 double  2.091, 0.6245, 6.4e7; 1.933, 0.5913, 6.4e7
+//   Tand          single  HA, 0.5380, 155; HA, 0.5506, 155
+//                 double  2.133, 0.5895, 2.0e7; HA, 0.5638, 2.0e7
 template <class Real, level Level, angle_unit Unit>
 struct sine : of_angle<sine_formula<false>, Real, Level, Unit> {};
 template <class Real, level Level, angle_unit Unit>
