@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The functions of angles: sine, cosine, both, and tangent, in each unit.
 //
-// Level HA, the pair and the tangent go by points, the others by lines. On the baseline, which has no fused product,
-// singles at HA, and tangents at LA, are computed in double precision, which leaves a few hundredths of a unit beyond the last
-// rounding; so are large angles of singles at all levels, which are brought below two half turns first.
+// Level HA, the pair and the tangent go by points, the others by lines. On the baseline, which has no fused
+// product, singles at HA, and tangents at LA, are computed in double precision, which leaves a few hundredths
+// of a unit beyond the last rounding; so are large angles of singles at all levels, which are brought below
+// two half turns first.
 #pragma once
 
 #include "vector/toolbox/scaled_back.hpp"
