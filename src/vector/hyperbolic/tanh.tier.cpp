@@ -2,7 +2,9 @@
 // Hyperbolic tangent. With 2 |x| = k step + r, f = 2^(-k/N) and p = e^r - 1,
 //   tanh |x| = (1 - e^(-2|x|)) / (1 + e^(-2|x|)) = ((1 - f) + p) / ((1 + f) + p)
 // Around x = 0 1 - f is zero and p alone the numerator. HA has N = 8, keeps both sums in two parts and
-// divides what the quotient left once more; the levels below take N = 1, with no table.
+// divides what the quotient left once more; the levels below take N = 1, with no table. In single they take
+//   p = e^(-r) - 1,  tanh |x| = ((1 - f) - f p) / ((1 + f) + f p)
+// whose products are exact, and whose divisor is at most 2, next to which its last place counts least.
 #include "simd/tables.hpp"
 #include "vector/exponential/eighth_powers.hpp"
 #include "vector/hyperbolic/series_data.hpp"
@@ -30,8 +32,9 @@ template <class Real, level Level>
 struct hyperbolic_tangent : description<Real> {
   using value = batch<Real>;
   using data = hyperbolic_data::series<Real>;
+  static constexpr bool single = sizeof(Real) == 4;
   static constexpr int steps = Level == level::ha ? 8 : 1;
-  static constexpr Real saturated = sizeof(Real) == 4 ? Real(10) : Real(20);  // 1 from here on
+  static constexpr Real saturated = single ? Real(10) : Real(20);  // 1 from here on
 
   static value fast(const value& x) {
     return odd_function(x, [](const value& magnitude) {
@@ -39,12 +42,13 @@ struct hyperbolic_tangent : description<Real> {
       const value shifted =
           negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
       const value k = shifted - value(shifter<Real>);  // negative
-      const value r = multiply_add(k, value(data::log2_high / steps), twice);
-      const value r_low = k * value(data::log2_low / steps);
+      constexpr Real high = data::log2_high / steps, low = data::log2_low / steps;
       if constexpr (Level == level::ha)
-        return by_pairs(shifted, r, r_low);
+        return by_pairs(shifted, multiply_add(k, value(high), twice), k * value(low));
+      else if constexpr (single)
+        return by_words(shifted, negative_multiply_add(k, value(high), -twice), k * value(-low));
       else
-        return by_words(shifted, r, r_low);
+        return by_words(shifted, multiply_add(k, value(high), twice), k * value(low));
     });
   }
 
@@ -74,16 +78,16 @@ struct hyperbolic_tangent : description<Real> {
     const value f = raise_exponent<0>(one, shifted);
     const value reduced = r + r_low;
     const value curved = multiply_add(reduced * reduced, polynomial(reduced, data::la_growth), r_low);
-    const value growing = r + curved, base = one + f, divisor = base + growing, above = (one - f) + r;
-    value tail = curved;
-    // For small x the divisor is little above 2, where its last place counts most: in double what it loses
-    // goes to the dividend, by a divisor of about 2.2.
-    if constexpr (sizeof(Real) == 8) {
-      const value lost = growing - (divisor - base);
-      tail = negative_multiply_add(lost, above * value(Real(0.45)), curved);
+    const value growing = r + curved, base = one + f;
+    if constexpr (single) {
+      return negative_multiply_add(f, growing, one - f) / multiply_add(f, growing, base);
+    } else {
+      // For small x the divisor is little above 2, where its last place counts most: what it loses goes to
+      // the dividend, by a divisor of about 2.2.
+      const value divisor = base + growing, above = (one - f) + r, lost = growing - (divisor - base);
+      const value tail = negative_multiply_add(lost, above * value(Real(0.45)), curved);
+      return minimum_or_second(one, (above + tail) / divisor);
     }
-    const value y = (above + tail) / divisor;
-    return minimum_or_second(one, y);
   }
 };
 

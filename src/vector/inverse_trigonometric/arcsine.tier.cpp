@@ -18,7 +18,7 @@ struct acute_angle {
   using constants = angles<Real, Unit>;
   using series = arcsine_series<Real, Unit>;
   lane_mask<Real> steep;
-  value head, root_residual, quotient, cube, p;
+  value head, root_residual, quotient, cube, fifth, p;
 
   explicit acute_angle(const value& x) {
     const value half(Real(0.5)), size = xsimd::abs(x);
@@ -32,7 +32,8 @@ struct acute_angle {
       // The arcsine's slope over the sine is 1 to 1.05.
       constexpr Real factor = Real(1.05 * Flat) * constants::unit;
       quotient = rough_quotient<factor>(root);
-      p = polynomial(z, series::ha);
+      fifth = cube * z;
+      p = polynomial<1>(z, series::ha);
     } else if constexpr (Level == level::la) {
       p = polynomial(z, series::la);
     } else {
@@ -47,14 +48,21 @@ struct acute_angle {
     return multiply_add(root_residual, quotient, y);
   }
 
+  // rest + cube p
+  value tail(const value& rest) const {
+    if constexpr (Level == level::ha)
+      return multiply_add(cube, value(series::ha[0]), multiply_add(fifth, p, rest));
+    else
+      return multiply_add(cube, p, rest);
+  }
+
   // turn + rest + this angle, where `turn` consists of right angles and `rest` is small.
   value turned(const value& turn, const value& rest) const {
     if constexpr (Level == level::ep)
       return multiply_add(cube, p, multiply_add(head, value(constants::unit), turn));
-    if constexpr (Level == level::la && Unit == angle_unit::radians)
-      return turn + (head + multiply_add(cube, p, rest));
+    if constexpr (Level == level::la && Unit == angle_unit::radians) return turn + (head + tail(rest));
     const auto sum = sum_in_unit<Unit>(turn, head);
-    return sum.high + multiply_add(cube, p, sum.low + rest);
+    return sum.high + tail(sum.low + rest);
   }
 };
 

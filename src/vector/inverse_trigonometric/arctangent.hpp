@@ -82,10 +82,11 @@ struct arctangent_in_cells {
     const value t = negative_multiply_add(c, d, n) / multiply_add(c, n, d), z = t * t;
     const value p = polynomial(z, series::ha);
     if constexpr (Unit == angle_unit::radians) return base() + multiply_add(t * z, p, t);
-    // Around c = 1/8 the table's rounding counts twice.
+    // Around c = 1/8 the table's rounding counts twice. The first sum is to stay below the result for t > 0,
+    // lest a power of two between them make its rounding count twice.
     const lane_table<Real, 8> low(constants::arctan_error);
-    const value rest = multiply_add(t, value(constants::unit_low), low.leading(k));
-    return multiply_add(t, value(constants::unit), base()) + multiply_add(t * z, p, rest);
+    const value slope = multiply_add(z, p, value(constants::unit_rest));
+    return multiply_add(t, value(constants::unit_below), base()) + multiply_add(t, slope, low.leading(k));
   }
 
   // The quotient from an estimate of the reciprocal, where the processor has one.

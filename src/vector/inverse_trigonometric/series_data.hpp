@@ -9,7 +9,7 @@ namespace {
 enum class angle_unit { radians, half_turns };
 
 // The unit and the right angle as sums of two numbers; with the first words of arctan(k/8) and a few
-// multiples of the right angle, sums are exact.
+// multiples of the right angle, sums are exact. unit_below t < unit arctan(t) for 0 < t <= 0.079.
 template <class Real, angle_unit Unit>
 struct angles;
 
@@ -23,6 +23,8 @@ template <>
 struct angles<float, angle_unit::radians> {
   static constexpr float unit = 0x1p0f;
   static constexpr float unit_low = 0x0p0f;
+  static constexpr float unit_below = 0x1.feef54p-1f;
+  static constexpr float unit_rest = 0x1.10acp-9f;
   static constexpr float right = 0x1.921fb6p0f;
   static constexpr float right_high = 0x1.921fb4p0f;
   static constexpr float right_low = 0x1.4442d2p-24f;
@@ -77,6 +79,8 @@ template <>
 struct angles<float, angle_unit::half_turns> {
   static constexpr float unit = 0x1.45f306p-2f;
   static constexpr float unit_low = 0x1.b9391p-27f;
+  static constexpr float unit_below = 0x1.45457p-2f;
+  static constexpr float unit_rest = 0x1.5b2dbap-11f;
   static constexpr float right = 0x1p-1f;
   static constexpr float right_high = 0x1p-1f;
   static constexpr float right_low = 0x0p0f;
@@ -126,6 +130,8 @@ template <>
 struct angles<double, angle_unit::radians> {
   static constexpr double unit = 0x1p0;
   static constexpr double unit_low = 0x0p0;
+  static constexpr double unit_below = 0x1.feef5398bcb33p-1;
+  static constexpr double unit_rest = 0x1.10ac67434cdp-9;
   static constexpr double right = 0x1.921fb54442d18p0;
   static constexpr double right_high = 0x1.921fb54442d18p0;
   static constexpr double right_low = 0x1.1a62633145c07p-54;
@@ -176,6 +182,8 @@ template <>
 struct angles<double, angle_unit::half_turns> {
   static constexpr double unit = 0x1.45f306dc9c883p-2;
   static constexpr double unit_low = -0x1.6b01ec5417056p-56;
+  static constexpr double unit_below = 0x1.45456fff95cadp-2;
+  static constexpr double unit_rest = 0x1.5b2dba0d7ab4ap-11;
   static constexpr double right = 0x1p-1;
   static constexpr double right_high = 0x1p-1;
   static constexpr double right_low = 0x0p0;

@@ -104,7 +104,15 @@ batch_pair<double> pair_log(const f64& x, const Value&... exponent) {
     t = multiply_add(h, f, sum.high);
     rest = multiply_add(h, f, sum.high - t);
   }
-  return {t, multiply_add(f * f * f, polynomial(f, series), rest + (sum.low + low))};
+  rest = rest + (sum.low + low);
+  // The last words of powers above 10^300 are in those of the cubic term, where cells are wide.
+  if constexpr (few_cells) {
+    const f64 square = f * f;
+    rest = multiply_add(square * square, polynomial<1>(f, series), rest);
+    return {t, multiply_add(square * f, f64(series[0]), rest)};
+  } else {
+    return {t, multiply_add(f * f * f, polynomial(f, series), rest)};
+  }
 }
 
 // x y as a pair, where the low part of x may reach 2^-12 of the high one; that of the product then does.
