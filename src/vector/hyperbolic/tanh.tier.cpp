@@ -46,7 +46,7 @@ struct hyperbolic_tangent : description<Real> {
       if constexpr (Level == level::ha)
         return by_pairs(shifted, multiply_add(k, value(high), twice), k * value(low));
       else if constexpr (single)
-        return by_words(shifted, negative_multiply_add(k, value(high), -twice), k * value(-low));
+        return by_words(shifted, negative_multiply_add(k, value(high), a * value(Real(-2))), k * value(-low));
       else
         return by_words(shifted, multiply_add(k, value(high), twice), k * value(low));
     });

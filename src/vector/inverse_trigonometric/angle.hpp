@@ -40,26 +40,42 @@ batch_pair<Real> sum_in_unit(const batch<Real>& base, const batch<Real>& angle) 
   return {sum.high, sum.low + multiply_add(angle, batch<Real>(constants::unit_low), product.low)};
 }
 
-// Arguments so small that what a product with 1/pi leaves may be below the normal numbers.
+// Below, what products with 1/pi and cubes leave may be subnormal numbers, which take a hundred times as
+// long.
+template <class Real>
+constexpr Real least_in_half_turns = sizeof(Real) == 4 ? Real(0x1p-40) : Real(0x1p-300);
+
 template <class Real>
 lane_mask<Real> is_tiny(const batch<Real>& x) {
-  const batch<Real> size = xsimd::abs(x), bound(sizeof(Real) == 4 ? Real(0x1p-70) : Real(0x1p-900));
-  return (size < bound) & (size != batch<Real>(Real(0)));
+  const batch<Real> size = xsimd::abs(x);
+  return (size < batch<Real>(least_in_half_turns<Real>)) & (size != batch<Real>(Real(0)));
 }
 
 // x / pi for these.
 template <class Real>
 batch<Real> tiny_in_half_turns(const batch<Real>& x) {
   constexpr Real scale = sizeof(Real) == 4 ? Real(0x1p80) : Real(0x1p200);
-  const batch<Real> scaled = xsimd::abs(x) * batch<Real>(scale);
-  const auto pair = sum_in_unit<angle_unit::half_turns>(batch<Real>(Real(0)), scaled);
+  const auto pair =
+      sum_in_unit<angle_unit::half_turns>(batch<Real>(Real(0)), scaled_up<scale>(xsimd::abs(x)));
   return scaled_back<scale>(pair.high, pair.low) | sign_of(x);
+}
+
+// Odd functions of at most |x|, from what they are of magnitudes not below `least`. Zero is its own answer,
+// and so is all below where the slope is 1.
+template <class Real, class F>
+[[gnu::always_inline]] inline batch<Real> odd_contraction(const batch<Real>& x, const batch<Real>& least,
+                                                          const F& of_positive) {
+  const batch<Real> magnitude = xsimd::abs(x);
+  return minimum_or_second(magnitude, of_positive(maximum_or_second(least, magnitude))) | sign_of(x);
 }
 
 // What formulas do not give: NaNs, which they may alter, and tiny results in half turns.
 template <bool MayVanish, class Real>
 void settle(const batch<Real>& x, batch<Real>& y) {
-  if constexpr (MayVanish) y = xsimd::select(is_tiny(x), tiny_in_half_turns(x), y);
+  if constexpr (MayVanish) {
+    const auto vanishing = is_tiny(x);
+    if (lane_bits<Real>(vanishing) != 0) y = xsimd::select(vanishing, tiny_in_half_turns(x), y);
+  }
   pack<batch<Real>> result{y};
   answer_nans(pack<batch<Real>>{x}, result);
   y = result.first;

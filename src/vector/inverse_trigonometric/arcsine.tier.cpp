@@ -5,26 +5,31 @@
 // (1 - |x|) / 2 is exact. HA adds what the root leaves; the cubic term is below 1/20 of the result, and
 // alone is rounded more than once.
 #include "vector/inverse_trigonometric/angle.hpp"
-#include "vector/toolbox/lane_tests.hpp"
 
 TMK_TIER_OPEN
 namespace {
 
-// The acute angle of the unit vector (x, y) to the y axis where it is steep, |x| <= 1/2, or else to the x
-// axis, with the sign Flat: arcsin(head) + residual quotient, arcsin(head) = head + cube p.
+// The acute angle of the unit vector (x, y), x >= 0, to the y axis where it is steep, x <= 1/2, or else to
+// the x axis, with the sign Flat: arcsin(head) + residual quotient, arcsin(head) = head + cube p.
 template <class Real, level Level, angle_unit Unit, int Flat>
 struct acute_angle {
   using value = batch<Real>;
   using constants = angles<Real, Unit>;
   using series = arcsine_series<Real, Unit>;
   lane_mask<Real> steep;
-  value head, root_residual, quotient, cube, fifth, p;
+  value head, root_residual, quotient, cube, p;
 
-  explicit acute_angle(const value& x) {
-    const value half(Real(0.5)), size = xsimd::abs(x);
+  explicit acute_angle(const value& size) {
+    // In radians the square vanishes where the cubic term is nothing, and products take no subnormal numbers:
+    // these may need a hundred times as long. In half turns the caller has no such sines.
+    constexpr bool radians = Unit == angle_unit::radians;
+    constexpr Real negligible = sizeof(Real) == 4 ? Real(0x1p-20) : Real(0x1p-40);
+    const value half(Real(0.5)), limited = radians ? maximum_or_second(value(negligible), size) : size;
     steep = size <= half;
-    const value rest = negative_multiply_add(half, size, half), root = xsimd::sqrt(rest);
-    const value z = xsimd::select(steep, size * size, rest);
+    const value rest = negative_multiply_add(half, limited, half), root = xsimd::sqrt(rest);
+    const value square =
+        radians ? multiply_subtract(limited, limited, value(negligible * negligible)) : size * size;
+    const value z = xsimd::select(steep, square, rest);
     head = xsimd::select(steep, size, root * value(Real(2 * Flat)));
     cube = head * z;
     if constexpr (Level == level::ha) {
@@ -32,8 +37,7 @@ struct acute_angle {
       // The arcsine's slope over the sine is 1 to 1.05.
       constexpr Real factor = Real(1.05 * Flat) * constants::unit;
       quotient = rough_quotient<factor>(root);
-      fifth = cube * z;
-      p = polynomial<1>(z, series::ha);
+      p = leading_term_last ? z * polynomial<1>(z, series::ha) : polynomial(z, series::ha);
     } else if constexpr (Level == level::la) {
       p = polynomial(z, series::la);
     } else {
@@ -48,16 +52,17 @@ struct acute_angle {
     return multiply_add(root_residual, quotient, y);
   }
 
-  // rest + cube p
+  // Without the leading term p is rounded less.
+  static constexpr bool leading_term_last = Level == level::ha && !is_baseline;
   value tail(const value& rest) const {
-    if constexpr (Level == level::ha)
-      return multiply_add(cube, value(series::ha[0]), multiply_add(fifth, p, rest));
-    else
-      return multiply_add(cube, p, rest);
+    const value sum = multiply_add(cube, p, rest);
+    return leading_term_last ? multiply_add(cube, value(series::ha[0]), sum) : sum;
   }
 
   // turn + rest + this angle, where `turn` consists of right angles and `rest` is small.
   value turned(const value& turn, const value& rest) const {
+    if constexpr (Level == level::ep && Unit == angle_unit::radians)
+      return multiply_add(cube, p, turn + head);
     if constexpr (Level == level::ep)
       return multiply_add(cube, p, multiply_add(head, value(constants::unit), turn));
     if constexpr (Level == level::la && Unit == angle_unit::radians) return turn + (head + tail(rest));
@@ -71,12 +76,16 @@ struct arcsine : description<Real> {
   using value = batch<Real>;
   using constants = angles<Real, Unit>;
 
-  static value fast(const value& x) {
+  static value of_positive(const value& x) {
     const acute_angle<Real, Level, Unit, -1> angle(x);
     const value turn = angle.if_flat(value(constants::right_high));
-    return angle.turned(turn, angle.if_flat(angle.plus_lost(value(constants::right_low)))) | sign_of(x);
+    return angle.turned(turn, angle.if_flat(angle.plus_lost(value(constants::right_low))));
   }
-  static constexpr bool may_vanish = Level == level::ha && Unit == angle_unit::half_turns;
+  static value fast(const value& x) {
+    if constexpr (Unit == angle_unit::radians) return of_positive(xsimd::abs(x)) | sign_of(x);
+    return odd_contraction(x, value(least_in_half_turns<Real>), of_positive);
+  }
+  static constexpr bool may_vanish = Unit == angle_unit::half_turns;
   static lane_mask<Real> flagged(const value& x, const value&) {
     const auto inside = xsimd::abs(x) <= value(Real(1));
     return may_vanish ? (!inside) | is_tiny(x) : !inside;
@@ -93,7 +102,10 @@ struct arccosine : description<Real> {
   using constants = angles<Real, Unit>;
 
   static value fast(const value& x) {
-    const acute_angle<Real, Level, Unit, 1> angle(x);
+    // What is nothing next to a right angle.
+    const value least(sizeof(Real) == 4 ? Real(0x1p-30) : Real(0x1p-60)), size = xsimd::abs(x);
+    const acute_angle<Real, Level, Unit, 1> angle(
+        Unit == angle_unit::half_turns ? maximum_or_second(least, size) : size);
     const value j = right_angles(angle.steep, x), lost = angle.if_flat(angle.plus_lost(value(Real(0))));
     const value turn = j * value(constants::right_high);
     if constexpr (constants::right_low == 0) return xsimd::abs(angle.turned(turn, lost));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Arctangents of a number, in radians and in half turns: of |x| or of 1 / |x|, which is a right angle less.
 #include "vector/inverse_trigonometric/arctangent.hpp"
+#include "vector/toolbox/odd.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -10,14 +11,18 @@ struct arctangent_of_one : description<Real> {
   using value = batch<Real>;
 
   // The quotient takes infinity for a large number.
-  static value fast(const value& x) {
+  static value of_positive(const value& x) {
     constexpr Real large = sizeof(Real) == 4 ? Real(0x1p60) : Real(0x1p600);
-    const value one(Real(1)), size = minimum_or_second(value(large), xsimd::abs(x));
+    const value one(Real(1)), size = minimum_or_second(value(large), x);
     const value j = xsimd::select(size > one, value(Real(-1)), value(Real(0)));
     const value n = minimum_or_second(one, size), d = maximum_or_second(one, size);
-    return arctangent<Real, Level, Unit>(n, d, j) | sign_of(x);
+    return arctangent<Real, Level, Unit>(n, d, j);
   }
-  static constexpr bool may_vanish = Level == level::ha && Unit == angle_unit::half_turns;
+  static value fast(const value& x) {
+    constexpr Real least = Unit == angle_unit::radians ? tiny<Real> : least_in_half_turns<Real>;
+    return odd_contraction(x, value(least), of_positive);
+  }
+  static constexpr bool may_vanish = Unit == angle_unit::half_turns;
   // Products without fused operations take NaNs apart.
   static lane_mask<Real> flagged(const value& x, const value&) {
     const auto nan = is_baseline ? xsimd::isnan(x) : lane_mask<Real>(false);
