@@ -131,11 +131,11 @@ TMK_TIER_CLOSE
 //   single HA (W7): 0.6133 at 0x1.0045d8p-1: got 0x1.0c65ccp-1, want 0x1.0c65cd3ap-1
 //   single EP (all tiers): 661 at 0x1.00001p-1: got 0x1.0c1a6p-1, want 0x1.0c1535fcp-1
 //   single LA (V3, V4): 1.644 at 0x1.00376cp-1: got 0x1.0c5528p-1, want 0x1.0c5524b6p-1
-//   single HA (V3, V4): 0.5894 at -0x1.10c7fap-1: got -0x1.1fae5cp-1, want -0x1.1fae5d2ep-1
+//   single HA (V3, V4): 0.5796 at -0x1.0048e8p-1: got -0x1.0c6958p-1, want -0x1.0c6956d7p-1
 //   double LA, EP (W7): 1.727 at -0x1.0000967cd4b12p-1
-//   double HA (W7): 0.6304 at -0x1.0ab0dae74bc6p-1: got -0x1.188402aba46acp-1, want -0x1.188402aba46ab5fp-1
+//   double HA (W7): 0.6329 at 0x1.0002a41881381p-1: got 0x1.0c18303455c64p-1, want 0x1.0c18303455c635ep-1
 //   double LA, EP (V3, V4): 1.722 at 0x1.00039bb7360eep-1
-//   double HA (V3, V4): 0.6100 at 0x1.00039bb7251a1p-1: got 0x1.0c194e22b46ap-1, want 0x1.0c194e22b469f64p-1
+//   double HA (V3, V4): 0.5951 at 0x1.0002a41881354p-1: got 0x1.0c18303455c3p-1, want 0x1.0c18303455c2f68p-1
 // Maximum errors in ulp, by tmk-accuracy Acos --search brief --samples 500000:
 //   single LA (all tiers): 1.119 at 0x1.3674ecp-1: got 0x1.d6b124p-1, want 0x1.d6b1263dp-1
 //   single HA (W7): 0.5903 at 0x1.199dc2p-1: got 0x1.fa0eccp-1, want 0x1.fa0ecad2p-1
@@ -149,13 +149,13 @@ TMK_TIER_CLOSE
 //   single HA (W7): 0.6221 at -0x1.000fb6p-1: got -0x1.556c7p-3, want -0x1.556c6ec1p-3
 //   single EP (W7): 845 at 0x1.000076p-1: got 0x1.555c9cp-3, want 0x1.555602d2p-3
 //   single LA (V3, V4): 1.285 at 0x1.38c65ep-1: got 0x1.ac6a9p-3, want 0x1.ac6a8d6ep-3
-//   single HA (V3, V4): 0.6041 at -0x1.320304p-1: got -0x1.a19bc4p-3, want -0x1.a19bc2cbp-3
+//   single HA (V3, V4): 0.5910 at 0x1.3234c8p-1: got 0x1.a1eadp-3
 //   single EP (V3, V4): 844 at 0x1.00001ap-1: got 0x1.555c14p-3, want 0x1.55557b8fp-3
 //   double LA (W7): 1.932 at 0x1.4bfe33397001p-1020
 //   double HA (W7): 0.6201 at 0x1.000072734418ep-1: got 0x1.5555fd9977b1p-3, want 0x1.5555fd9977b0f61p-3
 //   double EP (W7): 5.8e+07 at -0x1.0000000000225p-1: got -0x1.5555558cd8376p-3, want -0x1.555555555587c7bp-3
 //   double LA (V3, V4): 1.392 at -0x1.0000012c7e996p-1
-//   double HA (V3, V4): 0.6066 at -0x1.0000012edec4dp-1
+//   double HA (V3, V4): 0.5951 at 0x1.433752df261bp-1: got 0x1.bd614a2097ee6p-3, want 0x1.bd614a2097ee698p-3
 //   double EP (V3, V4): 5.8e+07 at 0x1.00000000006bap-1
 // Maximum errors in ulp, by tmk-accuracy Acospi --search brief --samples 500000:
 //   single LA (all tiers): 1.246 at 0x1.82e82ap-1: got 0x1.d186bcp-3, want 0x1.d186b982p-3

@@ -53,16 +53,16 @@ TMK_TIER_CLOSE
 //   double LA (V3, V4): 1.599 at 0x1.1c14a39868b47p-4: got 0x1.1ba05e215f6d8p-4, want 0x1.1ba05e215f6d667p-4
 //   double HA (V3, V4): 0.5364 at 0x1.223c7cafb0a3ep-4: got 0x1.21c0820d252a9p-4, want 0x1.21c0820d252a989p-4
 // Maximum errors in ulp, by tmk-accuracy Atanpi --search brief --samples 500000:
-//   single LA (W7): 1.893 at -0x1.459e72p-4: got -0x1.9db884p-6, want -0x1.9db887c9p-6
+//   single LA (W7): 1.850 at 0x1.36e976p-4: got 0x1.8b1b9p-6, want 0x1.8b1b93b3p-6
 //   single HA (W7): 0.5175 at -0x1.57aef6p-5: got -0x1.b555bcp-7, want -0x1.b555baf7p-7
 //   single EP (W7, V3): 4600 at 0x1.921e4ep-12: got 0x1.ffda44p-14, want 0x1.fffe34ecp-14
-//   single LA (V3, V4): 1.712 at -0x1.24a88cp-4: got -0x1.73fdfcp-6, want -0x1.73fdf893p-6
+//   single LA (V3, V4): 1.686 at -0x1.14607ep-4: got -0x1.5f5c84p-6, want -0x1.5f5c875fp-6
 //   single HA (V3, V4): 0.5172 at -0x1.57789p-5: got -0x1.b51098p-7, want -0x1.b51096f7p-7
 //   single EP (V4): 505 at 0x1.921e98p-12: got 0x1.fffaa2p-14, want 0x1.fffe9324p-14
-//   double LA (W7): 1.867 at 0x1.49e2368d7563ap-4: got 0x1.a31dc4b88c0d9p-6, want 0x1.a31dc4b88c0dadep-6
+//   double LA (W7): 1.702 at 0x1.0000000019e26p+0: got 0x1.00000000107a6p-2, want 0x1.00000000107a7b4p-2
 //   double HA (W7): 0.5180 at -0x1.425476c0cbc09p-5: got -0x1.9a310e690d034p-7, want -0x1.9a310e690d03485p-7
 //   double EP (W7, V3): 9.2e+06 at -0x1.9234624162393p-6
-//   double LA (V3, V4): 1.772 at 0x1.1a869aacd76b6p-4: got 0x1.672776d8bddd7p-6, want 0x1.672776d8bddd8c6p-6
+//   double LA (V3, V4): 1.519 at -0x1.2effb84667aa8p+0
 //   double HA (V3, V4): 0.5175 at -0x1.425476cd555a2p-5
 //   double EP (V4): 9.8e+06 at -0x1.90bffffff35b5p-3: got -0x1.f7e244fdfe7e2p-5, want -0x1.f7e245075d43e5ep-5
 TMK_KERNELS(s, Atan, unary, LHE, arctangent_in_radians)

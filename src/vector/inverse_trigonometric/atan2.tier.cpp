@@ -71,12 +71,13 @@ TMK_TIER_CLOSE
 //   double HA (all tiers): 0.5375 at (-0x1.4edaa5aef3fb7p-2, 0x1.83f3eefad74a6p+2)
 //   double LA, EP (V3, V4): 1.401 at (-0x1.3fffffff321dbp+3, 0x1.3e39ff079c2a9p+3)
 // Maximum errors in ulp, by tmk-accuracy Atan2pi --search brief --samples 500000:
-//   single LA (W7): 2.048 at (0x1.3ffa9cp+3, 0x1.400158p+3): got 0x1.fff928p-3, want 0x1.fff923e8p-3
+//   single LA (W7): 1.831 at (0x1.47ef9ep-1, 0x1.0c9618p+3): got 0x1.8d346ep-6, want 0x1.8d346a56p-6
 //   single HA (all tiers): 0.5403 at (0x1.eddbbp+2, 0x1.8b15cap+7): got 0x1.973b28p-7, want 0x1.973b26ebp-7
 //   single EP (W7, V3): 5419 at (-0x1.ap-145, 0x1.094p-138): got -0x1.ff0178p-9, want -0x1.ff2bcd13p-9
-//   single LA (V3, V4): 1.621 at (0x1.5981dcp-2, 0x1.0c4e9cp+3): got 0x1.a38238p-7, want 0x1.a38234c2p-7
+//   single LA (V3, V4): 1.664 at (0x1.47ef8ep-1, 0x1.0c95cp+3): got 0x1.8d34dcp-6, want 0x1.8d34d8acp-6
 //   single EP (V4): 1143 at (0x1.b788p-135, 0x1.1804p-77): got 0x1.ff98d4p-60, want 0x1.ffa1c13bp-60
-//   double LA (all tiers): 2.056 at (-0x1.e03f8f25f02aep+985, 0x1.31b09259239bbp+991)
+//   double LA (W7): 1.899 at (-0x1.d14c370831a1p+0, 0x1.55f02d71f5ec6p+2)
+//   double LA (V3, V4): 1.597 at (0x1.f02d5a8c26c7p+1, 0x1.49ed2872f2f63p+346)
 //   double HA (all tiers): 0.5282 at (0x1.bf8feb41e5c2fp+2, 0x1.b012561fa5e0ep+247)
 //   double EP (W7, V3): 9.2e+06 at (-0x1.e0c07ce75beeap+985, 0x1.31fea5c48d676p+991)
 //   double EP (V4): 2.6e+07 at (0x1.8358b636180cep+2, 0x1.f144ff6503327p+453)

@@ -70,10 +70,14 @@ struct hypotenuse : description<Real> {
       return lane_mask<Real>(false);
     }
     const auto is_large = larger >= value(end / 2), is_small = larger < value(least);
-    const auto scaled = [&](Real factor) { return root_of_squares(a * value(factor), b * value(factor)); };
-    const auto small = scaled(scale);
+    const auto small = root_of_squares(scaled_up<scale>(a), scaled_up<scale>(b));
     r = xsimd::select(is_small, scaled_back<scale>(small.high, small.low), r);
-    r = xsimd::select(is_large, sum(scaled(1 / scale)) * value(scale), r);
+    if (lane_bits<Real>(is_large) != 0) {
+      const value down(1 / scale), least(1 / scale);  // below, nothing next to a large number
+      const auto large =
+          root_of_squares(maximum_or_second(least, a) * down, maximum_or_second(least, b) * down);
+      r = xsimd::select(is_large, sum(large) * value(scale), r);
+    }
     r = xsimd::select(known, quieted, r);
     return (r > value(std::numeric_limits<Real>::max() * Real(0.998))) & !known;
   }
