@@ -35,6 +35,7 @@ bool is_product(Real x, Real y, Real r) {
   if constexpr (sizeof(Real) == 4) {
     return static_cast<double>(x) * static_cast<double>(y) == static_cast<double>(r);
   } else {
+    if (r == 0) return x == 0 || y == 0;
     if (std::abs(x) > std::abs(y)) std::swap(x, y);
     const auto p = two_prod(batch<Real>(x * 0x1p1000), batch<Real>(y));
     return p.high.get(0) == r * 0x1p1000 && p.low.get(0) == 0;
