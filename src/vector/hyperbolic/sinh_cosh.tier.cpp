@@ -2,15 +2,22 @@
 // Hyperbolic sine and cosine: the sums of even_and_odd.hpp.
 #include "vector/hyperbolic/even_and_odd.hpp"
 #include "vector/toolbox/odd.hpp"
+#include "vector/toolbox/settled.hpp"
 
 TMK_TIER_OPEN
 namespace {
 
-template <class Real>
+template <class Real, bool Odd>
 struct hyperbolic : description<Real> {
   using value = batch<Real>;
   static lane_mask<Real> flagged(const value& x, const value&) {
     return !(xsimd::abs(x) < value(hyperbolic_end<Real>));
+  }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    const Real sign = Odd ? *a : Real(1);
+    if (std::isinf(*a)) return infinite(sign, VTM_STATUS_OK, r);
+    if (std::abs(*a) > hyperbolic_end<Real> + 1) return infinite(sign, VTM_STATUS_OVERFLOW, r);
+    return std::nullopt;
   }
 };
 
@@ -27,7 +34,7 @@ struct hyperbolic : description<Real> {
 //   double LA, EP: 1.934 at -0x1.25ff2614db017p+4: got -0x1.6c5c35c6ccdcep+25, want -0x1.6c5c35c6ccdcc11p+25
 //   double HA: 0.5764 at -0x1.122073c6fbf41p-3: got -0x1.12f23017fa8a4p-3, want -0x1.12f23017fa8a36cp-3
 template <class Real, level Level>
-struct hyperbolic_sine : hyperbolic<Real> {
+struct hyperbolic_sine : hyperbolic<Real, true> {
   using value = batch<Real>;
   static value fast(const value& x) {
     return odd_function(x, [](const value& magnitude) {
@@ -57,7 +64,7 @@ struct hyperbolic_sine : hyperbolic<Real> {
 //   double LA, EP: 1.682 at 0x1.25eb932badd4fp+4: got 0x1.6a9f86f848dcap+25, want 0x1.6a9f86f848dcbafp+25
 //   double HA: 0.5890 at 0x1.11d857add3ff2p+4: got 0x1.9da05a753df9p+23, want 0x1.9da05a753df8f69p+23
 template <class Real, level Level>
-struct hyperbolic_cosine : hyperbolic<Real> {
+struct hyperbolic_cosine : hyperbolic<Real, false> {
   using value = batch<Real>;
   static value fast(const value& x) {
     const hyperbolic_argument<Real, Level> arg(maximum_or_second(value(tiny<Real>), xsimd::abs(x)));

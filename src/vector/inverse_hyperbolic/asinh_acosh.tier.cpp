@@ -7,6 +7,7 @@
 #include "vector/logarithm/log_of_pair.hpp"
 #include "vector/toolbox/near.hpp"
 #include "vector/toolbox/odd.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -86,6 +87,9 @@ struct inverse_sinh : inverse_hyperbolic<Real, Level> {
     });
   }
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(base::end)); }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    return std::isinf(*a) ? std::optional(infinite(*a, VTM_STATUS_OK, r)) : std::nullopt;
+  }
 };
 
 // Maximum errors in ulp (W7), by tmk-accuracy Acosh --search thorough:
@@ -125,6 +129,10 @@ struct inverse_cosh : inverse_hyperbolic<Real, Level> {
   // Good: 1 <= x < end.
   static lane_mask<Real> flagged(const value& x, const value&) {
     return !((x >= value(Real(1))) & (x < value(base::end)));
+  }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    if (*a < 1) return undefined(r);
+    return std::isinf(*a) ? std::optional(infinite(*a, VTM_STATUS_OK, r)) : std::nullopt;
   }
 };
 

@@ -6,6 +6,7 @@
 #include "vector/logarithm/log_of_pair.hpp"
 #include "vector/toolbox/near.hpp"
 #include "vector/toolbox/odd.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -58,6 +59,10 @@ struct inverse_tanh : description<Real> {
     });
   }
   static lane_mask<Real> flagged(const value& x, const value&) { return !(xsimd::abs(x) < value(Real(1))); }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    if (std::abs(*a) > 1) return undefined(r);
+    return std::abs(*a) == 1 ? std::optional(infinite(*a, VTM_STATUS_SINGULARITY, r)) : std::nullopt;
+  }
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 // (1 - |x|) / 2 is exact. HA adds what the root leaves; the cubic term is below 1/20 of the result, and
 // alone is rounded more than once.
 #include "vector/inverse_trigonometric/angle.hpp"
+#include "vector/toolbox/settled.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -71,8 +72,15 @@ struct acute_angle {
   }
 };
 
+template <class Real>
+struct defined_to_one : description<Real> {
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    return std::abs(*a) > 1 ? std::optional(undefined(r)) : std::nullopt;
+  }
+};
+
 template <class Real, level Level, angle_unit Unit>
-struct arcsine : description<Real> {
+struct arcsine : defined_to_one<Real> {
   using value = batch<Real>;
   using constants = angles<Real, Unit>;
 
@@ -97,7 +105,7 @@ struct arcsine : description<Real> {
 };
 
 template <class Real, level Level, angle_unit Unit>
-struct arccosine : description<Real> {
+struct arccosine : defined_to_one<Real> {
   using value = batch<Real>;
   using constants = angles<Real, Unit>;
 

@@ -13,6 +13,7 @@
 #include "vector/power/pair_log.hpp"
 #include "vector/power/short_power.hpp"
 #include "vector/toolbox/lane_tests.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/walk/kernel.hpp"
 
 extern "C" {
@@ -129,10 +130,15 @@ struct power : description<Real> {
   static int32_t rare(const Real* a, const Real* b, Real* r) {
     using limits = std::numeric_limits<Real>;
     const double x = *a, y = *b;
-    const bool whole = std::trunc(y) == y;
+    const bool whole = std::trunc(y) == y, odd = whole && std::trunc(y / 2) != y / 2;
+    if (x == 0 && y < 0 && std::isfinite(y)) {
+      const bool negative = odd && Domain == power_domain::whole && std::signbit(x);
+      return infinite(negative ? Real(-1) : Real(1), VTM_STATUS_SINGULARITY, r);
+    }
+    if (x < 0 && !whole && std::isfinite(x) && std::isfinite(y)) return undefined(r);
     if (std::isfinite(x) && std::isfinite(y) &&
         (x > 0 || (x < 0 && whole && Domain == power_domain::whole))) {
-      const Real sign = x < 0 && std::trunc(y / 2) != y / 2 ? Real(-1) : Real(1);
+      const Real sign = x < 0 && odd ? Real(-1) : Real(1);
       const double first = std::logb(x) * y, second = first + y;  // y log2 |x| is between them
       if (std::min(first, second) >= limits::max_exponent) {
         *r = sign * limits::infinity();

@@ -9,6 +9,8 @@
 #include "vector/roots/cube_roots_data.hpp"
 #include "vector/toolbox/lane_tests.hpp"
 #include "vector/toolbox/pair.hpp"
+#include "vector/toolbox/scaled_back.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -156,11 +158,15 @@ struct cube_root_kernel : description<Real> {
     const value magnitude = xsimd::abs(x), infinity(std::numeric_limits<Real>::infinity());
     const mask subnormal = magnitude < value(std::numeric_limits<Real>::min());
     if (lane_bits<Real>(subnormal) != 0)
-      r = xsimd::select(subnormal, signed_as(x, positive::of(magnitude * value(up)) * value(down)), r);
+      r = xsimd::select(subnormal, signed_as(x, positive::of(scaled_up<up>(magnitude)) * value(down)), r);
     const value limit = Root == cube_root::minus_third ? value(Real(0)) : infinity;
     r = xsimd::select(magnitude == infinity, signed_as(x, limit), r);
     r = xsimd::select(xsimd::isnan(x), x + x, r);
     return Root == cube_root::minus_third ? x == value(Real(0)) : mask(false);
+  }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    const bool pole = Root == cube_root::minus_third && *a == 0;
+    return pole ? std::optional(infinite(*a, VTM_STATUS_SINGULARITY, r)) : std::nullopt;
   }
 
  private:

@@ -2,6 +2,7 @@
 // x^(3/2) = x sqrt(x). HA keeps what the root and the product lose: (s + s') x with s' = (x - s^2) / (2 s).
 #include "vector/toolbox/lane_tests.hpp"
 #include "vector/toolbox/pair.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -31,6 +32,34 @@ struct three_halves : description<Real> {
   static lane_mask<Real> flagged(const value& x, const value&) {
     return outside<Real, to_bits(least), to_bits(end)>(bits_as<typename tested<Real>::bits>(x)) &
            (x != value(Real(0)));
+  }
+  // What is left has a result that is no normal number, or none.
+  static lane_mask<Real> patch(const value& x, value& r) {
+    const auto inner = (x >= value(least)) & (x < value(end)), nan = xsimd::isnan(x);
+    r = xsimd::select(inner, r, xsimd::select(nan, x + x, outer(x)));
+    return not_normal(r) & !nan;
+  }
+  static std::optional<int32_t> shortcut(const Real* a, Real* r) {
+    constexpr Real vanishing = single ? Real(0x1p-101) : Real(0x1p-718), infinity_from = 2 * end;
+    if (*a < 0) return undefined(r);
+    if (std::isinf(*a)) return infinite(*a, VTM_STATUS_OK, r);
+    if (*a >= infinity_from) return infinite(*a, VTM_STATUS_OVERFLOW, r);
+    if (*a > vanishing) return std::nullopt;
+    *r = 0;
+    return VTM_STATUS_UNDERFLOW;
+  }
+
+ private:
+  // From where the result's residual leaves the format.
+  static value outer(const value& x) {
+    if constexpr (single) {
+      return in_double([](const auto& v) { return v * xsimd::sqrt(v); }, x);
+    } else {
+      constexpr Real up = Real(0x1p400), up_by_root = Real(0x1p600);
+      const auto is_small = x < value(Real(1));
+      return fast(x * xsimd::select(is_small, value(up), value(1 / up))) *
+             xsimd::select(is_small, value(1 / up_by_root), value(up_by_root));
+    }
   }
 };
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "vector/toolbox/scaled_back.hpp"
+#include "vector/toolbox/settled.hpp"
 #include "vector/trigonometric/core.hpp"
 #include "vector/trigonometric/large.hpp"
 
@@ -81,6 +82,11 @@ struct of_angle : description<Real> {
     else
       y = patched;
     return rest;
+  }
+  template <class... Results>
+  static std::optional<int32_t> shortcut(const Real* a, Results*... r) {
+    if (!std::isinf(*a)) return std::nullopt;
+    return (undefined(r) | ...);
   }
 
  private:
