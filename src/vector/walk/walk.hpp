@@ -169,7 +169,8 @@ template <class Method, class In, class Out, class Results, size_t Registers>
 }
 
 // Masked walk: whole groups, then one partly filled register at a time. On the baseline a partly filled
-// register leads up to the first 16-byte boundary of the first argument, too.
+// register leads up to the first 16-byte boundary of the first argument, too; elsewhere, where stores that
+// cross the cache's lines would count, up to the first boundary of the results.
 template <class Kernel, class Method, class In, class Out>
 [[gnu::flatten]] inline void walk_masked(const Method& method, int32_t n, const In& in, const Out& out,
                                          error_channel& errors) {
@@ -193,6 +194,13 @@ template <class Kernel, class Method, class In, class Out>
     if (head != 0 && n > 0) {
       partial(0, std::min(head, n));
       i = std::min(head, n);
+    }
+  } else if constexpr (Kernel::streams) {
+    constexpr int bytes = sizeof(*out.first);
+    const auto misaligned = reinterpret_cast<uintptr_t>(out.first) % sizeof(batch<real>);
+    if (misaligned != 0 && misaligned % bytes == 0 && n >= 2 * Kernel::group) {
+      i = static_cast<int>(sizeof(batch<real>) - misaligned) / bytes;
+      partial(0, i);
     }
   }
   const auto whole_groups = [&](auto put) {
