@@ -96,6 +96,51 @@ void expect_both_forms(const kernels<Element>& k) {
   expect_definition<Element, int64_t>(k, 2);
 }
 
+// By the dispatch records, on every tier: what is chosen moves, and nothing else is touched.
+template <class Element>
+void expect_masks(const VtmDispatchRecord& pack, const VtmDispatchRecord& unpack) {
+  const auto pack_mask = reinterpret_cast<decltype(kernels<Element>::pack_mask)>(pack.kernel[TMK_SLOT_HA]);
+  const auto unpack_mask =
+      reinterpret_cast<decltype(kernels<Element>::unpack_mask)>(unpack.kernel[TMK_SLOT_HA]);
+  std::mt19937 random(3);
+  for (size_t n = 0; n < 80; ++n)
+    for (const unsigned density : {0u, 8u, 15u, 16u}) {
+      std::vector<int32_t> mask(n);
+      std::vector<int64_t> wide_mask(n);
+      const auto spread = any_bits<Element>(n, 1), untouched = any_bits<Element>(n, 2);
+      auto want_packed = untouched, want_unpacked = untouched;
+      size_t chosen = 0;
+      for (size_t i = 0; i < n; ++i) {
+        mask[i] = random() % 16 < density ? 1 << random() % 32 : 0;
+        wide_mask[i] = mask[i] != 0 ? noise : 0;
+        if (mask[i] != 0) want_packed[chosen++] = spread[i];
+      }
+      const std::vector<Element> dense(want_packed.begin(), want_packed.begin() + static_cast<long>(chosen));
+      for (size_t i = 0, j = 0; i < n; ++i)
+        if (mask[i] != 0) want_unpacked[i] = dense[j++];
+      for (const int32_t narrow : {0, 1}) {
+        const void* const entries = narrow == 1 ? static_cast<const void*>(mask.data()) : wide_mask.data();
+        auto packed = untouched, unpacked = untouched;
+        pack_mask(static_cast<int64_t>(n), spread.data(), entries, packed.data(), narrow);
+        unpack_mask(static_cast<int64_t>(n), dense.data(), unpacked.data(), entries, narrow);
+        expect_same(packed, want_packed, "packed");
+        expect_same(unpacked, want_unpacked, "unpacked");
+      }
+    }
+}
+
+TEST(pack, masks_of_any_length_on_every_tier) {
+  for (const int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4}) {
+    if (tmk_select_tier(tier) != tier) continue;
+    SCOPED_TRACE(tmk_tier_name(tier));
+    expect_masks<float>(tmk_vtm_kernel_sPackM_ttab, tmk_vtm_kernel_sUnpackM_ttab);
+    expect_masks<double>(tmk_vtm_kernel_dPackM_ttab, tmk_vtm_kernel_dUnpackM_ttab);
+    expect_masks<tmk_complex8>(tmk_vtm_kernel_cPackM_ttab, tmk_vtm_kernel_cUnpackM_ttab);
+    expect_masks<tmk_complex16>(tmk_vtm_kernel_zPackM_ttab, tmk_vtm_kernel_zUnpackM_ttab);
+  }
+  tmk_select_tier(TMK_TIER_WIDEST);
+}
+
 TEST(pack, moves_what_the_definition_says) {
   expect_both_forms(KERNELS(s));
   expect_both_forms(KERNELS(d));
