@@ -52,7 +52,12 @@ struct linear_fraction<float> : memory_bound<float>, coefficients<float> {
   }
 };
 
-// Maximum error in ulp (all tiers), by tmk-accuracy LinearFrac:
+// Maximum errors in ulp, by tmk-accuracy LinearFrac, at (a, b, scalea, shifta, scaleb, shiftb):
+//   single (all tiers): 0.5000
+//   double (W7): 0.6682 at (0x1.ae0b421e6e4p-1032, -0x1.e9986102b9b6ap+224, -0x1.e3af2f4739p-5,
+//   -0x1.28cd8b747a8aep-794, 0x1.62be7aed6a5c4p+1, -0x1.a2cbb41c9ea83p+2)
+//   double (V3, V4): 0.5007 at (-0x1.755eff8f6196p+1, -0x1.66ffec0c1fa3fp+103, -0x1.fffffffffffffp+1023,
+//   -0x1.cb93bde297a48p+1, 0x1.303562e53b976p+2, 0x1.4ecb135a2dc3dp-644)
 template <>
 struct linear_fraction<double> : memory_bound<double>, coefficients<double> {
   using value = f64;
