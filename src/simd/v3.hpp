@@ -4,6 +4,7 @@
 #pragma once
 
 #include <bit>
+#include <limits>
 
 #include "simd/types.hpp"
 
@@ -132,6 +133,18 @@ batch<T> round_up(const batch<T>& x) {
 }
 inline f32 round_as_set(const f32& x) { return _mm256_round_ps(x, _MM_FROUND_CUR_DIRECTION); }
 inline f64 round_as_set(const f64& x) { return _mm256_round_pd(x, _MM_FROUND_CUR_DIRECTION); }
+
+// Lanes that hold an infinity or a NaN.
+inline lane_mask<float> not_finite(const f32& x) {
+  return _mm256_cmp_ps(xsimd::abs(x), f32(std::numeric_limits<float>::infinity()), _CMP_NLT_UQ);
+}
+inline lane_mask<double> not_finite(const f64& x) {
+  return _mm256_cmp_pd(xsimd::abs(x), f64(std::numeric_limits<double>::infinity()), _CMP_NLT_UQ);
+}
+
+// Lanes where one of two is a NaN.
+inline lane_mask<float> unordered(const f32& x, const f32& y) { return _mm256_cmp_ps(x, y, _CMP_UNORD_Q); }
+inline lane_mask<double> unordered(const f64& x, const f64& y) { return _mm256_cmp_pd(x, y, _CMP_UNORD_Q); }
 
 // The larger or smaller of two; the second one where they are equal or one is a NaN.
 inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm256_max_ps(x, y); }

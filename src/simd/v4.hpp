@@ -137,6 +137,14 @@ inline lane_mask<double> not_normal(const f64& x) {
   return lane_mask<double>(_mm512_fpclass_pd_mask(x, 0xBF));
 }
 
+// Lanes where one of two is a NaN.
+inline lane_mask<float> unordered(const f32& x, const f32& y) {
+  return lane_mask<float>(_mm512_cmp_ps_mask(x, y, _CMP_UNORD_Q));
+}
+inline lane_mask<double> unordered(const f64& x, const f64& y) {
+  return lane_mask<double>(_mm512_cmp_pd_mask(x, y, _CMP_UNORD_Q));
+}
+
 // The larger or smaller of two; the second one where they are equal or one is a NaN.
 inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm512_max_ps(x, y); }
 inline f64 maximum_or_second(const f64& x, const f64& y) { return _mm512_max_pd(x, y); }

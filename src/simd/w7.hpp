@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstring>
+#include <limits>
 
 #include "simd/types.hpp"
 
@@ -102,6 +103,18 @@ template <int Part>
 __m128d part_of(const f64& x) {
   return x;
 }
+
+// Lanes that hold an infinity or a NaN.
+inline lane_mask<float> not_finite(const f32& x) {
+  return _mm_cmpnlt_ps(xsimd::abs(x), f32(std::numeric_limits<float>::infinity()));
+}
+inline lane_mask<double> not_finite(const f64& x) {
+  return _mm_cmpnlt_pd(xsimd::abs(x), f64(std::numeric_limits<double>::infinity()));
+}
+
+// Lanes where one of two is a NaN.
+inline lane_mask<float> unordered(const f32& x, const f32& y) { return _mm_cmpunord_ps(x, y); }
+inline lane_mask<double> unordered(const f64& x, const f64& y) { return _mm_cmpunord_pd(x, y); }
 
 // The larger or smaller of two; the second one where they are equal or one is a NaN.
 inline f32 maximum_or_second(const f32& x, const f32& y) { return _mm_max_ps(x, y); }

@@ -17,9 +17,7 @@ struct extremum : exact<Real> {
   static value smaller(const value& x, const value& y) {
     return minimum_or_second(x, y) | minimum_or_second(y, x);
   }
-  static lane_mask<Real> flagged(const value& x, const value& y, const value&) {
-    return xsimd::isnan(x) | xsimd::isnan(y);
-  }
+  static lane_mask<Real> flagged(const value& x, const value& y, const value&) { return unordered(x, y); }
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
     const auto x_nan = xsimd::isnan(x), y_nan = xsimd::isnan(y);
     r = xsimd::select(x_nan, y, xsimd::select(y_nan, x, r));
@@ -40,12 +38,13 @@ struct minimum : extremum<Real> {
   static value fast(const value& x, const value& y) { return extremum<Real>::smaller(x, y); }
 };
 
+// Numbers of one magnitude differ in the sign alone, if at all.
 template <class Real>
 struct larger_magnitude : extremum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) {
     const value a = xsimd::abs(x), b = xsimd::abs(y);
-    return xsimd::select(a > b, x, xsimd::select(a < b, y, extremum<Real>::larger(x, y)));
+    return xsimd::select(a > b, x, xsimd::select(a < b, y, x & y));
   }
 };
 
@@ -54,7 +53,7 @@ struct smaller_magnitude : extremum<Real> {
   using value = batch<Real>;
   static value fast(const value& x, const value& y) {
     const value a = xsimd::abs(x), b = xsimd::abs(y);
-    return xsimd::select(a < b, x, xsimd::select(a > b, y, extremum<Real>::smaller(x, y)));
+    return xsimd::select(a < b, x, xsimd::select(a > b, y, x | y));
   }
 };
 

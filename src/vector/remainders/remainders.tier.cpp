@@ -2,9 +2,9 @@
 // x - q y with q the integer part of x / y (Fmod), or the integer nearest to it (Remainder): both exact.
 //
 // Where t = x / y, rounded, is below 2^precision, q is the integer nearest to t, give or take one: x - q y is
-// a number of the format, and one fused operation gives it. A larger t is an even integer. Cut to two bits
-// less than the format has, to be on the safe side of its error, it leaves a number of the format, too,
-// smaller by nearly that many bits, and with the same remainder.
+// a number of the format, and one fused operation gives it. A larger t, by the reciprocal of y, is wrong by
+// 1.5 ulp at most. Rounded to two bits less than the format has it is an even integer, and x - t y is a
+// number of the format again, smaller by nearly that many bits, and of the same remainder.
 //
 // The baseline, without a fused operation, works in double precision with quotients of 26 bits and with y in
 // two parts of 27 and 26 bits: products are exact, and so are the differences.
@@ -58,7 +58,8 @@ struct reduction {
   }
   // x less multiples of y until it is below `end`, which is at least y.
   static value reduce(value x, const value& y, const value& end) {
-    const value inverse = value(Real(1)) / y;
+    // On the baseline a little less, so that no product q y passes x, which may be the largest number.
+    const value inverse = value(is_baseline ? Real(1 - 0x1p-50) : Real(1)) / y;
     for (;;) {
       const mask far = xsimd::abs(x) >= end;
       if (lane_bits<Real>(far) == 0) return x;

@@ -62,6 +62,21 @@ struct inverse : description<Real> {
     else
       return magnitude_outside<Real, to_bits(least), to_bits(end) + (is_baseline && single)>(x);
   }
+  // Subnormal numbers by their integer fractions, x = m 2^-149 or m 2^-1074, which no flush control reaches.
+  static lane_mask<Real> patch(const value& x, value& r) {
+    using bits = typename format<Real>::bits;
+    constexpr Real integer = single ? Real(0x1p23) : Real(0x1p52);
+    constexpr Real half = single ? Real(0x1p75) : Real(0x1p537), other_half = single ? Real(0x1p74) : half;
+    const batch<bits> fraction = bits_as<bits>(x) & batch<bits>((bits{1} << format<Real>::fraction_bits) - 1);
+    const value m = bits_as<Real>(fraction | batch<bits>(to_bits(integer))) - value(integer);
+    const auto subnormal = (xsimd::abs(x) < value(std::numeric_limits<Real>::min())) & (m > value(Real(0)));
+    const value inverse = (value(half) / m) * value(other_half);
+    r = xsimd::select(subnormal, inverse | (x & value(Real(-0.0))), r);
+    pack result{r};
+    const auto nan = answer_nans(pack{x}, result);
+    r = result.first;
+    return !(subnormal | nan);
+  }
   static int32_t rare(const Real* a, Real* r) {
     if constexpr (is_baseline && single && !divides)
       if (std::fabs(*a) >= least && std::fabs(*a) <= end) {

@@ -63,11 +63,7 @@ lane_mask<Real> below_normal(const batch<Real>& x) {
 }
 
 #if TMK_TIER_NUMBER(TMK_TIER) < 2  // V4 has an instruction
-// Lanes that hold an infinity or a NaN; those, or a zero or a subnormal number.
-template <class Real>
-lane_mask<Real> not_finite(const batch<Real>& x) {
-  return !(xsimd::abs(x) < batch<Real>(std::numeric_limits<Real>::infinity()));
-}
+// Lanes that hold an infinity, a NaN, a zero or a subnormal number.
 template <class Real>
 lane_mask<Real> not_normal(const batch<Real>& x) {
   return not_positive_normal(xsimd::abs(x));
