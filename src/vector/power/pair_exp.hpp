@@ -29,7 +29,11 @@ inline f64 pair_exp(const batch_pair<double>& x) {
   return scale_power<6>(high + (low + high * p), n, 0);
 }
 #else
-inline f64 pair_exp(const batch_pair<double>& x) {
+// e^x as power (1 + growth), |growth| < 0.05.
+struct power_and_growth {
+  f64 power, growth;
+};
+inline power_and_growth pair_exp_in_two(const batch_pair<double>& x) {
   using constants = exp_series<double, exp_base::e>;
   const f64 shifted = multiply_add(x.high + x.low, f64(constants::rate), f64(shifter<double>));
   const f64 k = shifted - f64(shifter<double>);
@@ -40,7 +44,11 @@ inline f64 pair_exp(const batch_pair<double>& x) {
   const f64 reduced = r + low;
   const f64 correction = lane_table<double, 8>(eighth_powers<double>::correction).leading(j);
   const f64 rest = multiply_add(reduced * reduced, polynomial(reduced, constants::ha), correction);
-  return multiply_add(power, r + (rest + low), power);
+  return {power, r + (rest + low)};
+}
+inline f64 pair_exp(const batch_pair<double>& x) {
+  const auto [power, growth] = pair_exp_in_two(x);
+  return multiply_add(power, growth, power);
 }
 #endif
 
