@@ -153,7 +153,7 @@ int32_t store_result(Element& r, Function function) {
 #define TMK_REPORT_two_results a, a, r1, r2
 #define TMK_REPORT_linear_fraction TMK_REPORT_binary
 
-#define TMK_DEFINE_plain(letter, stem, shape, stage)                                                  \
+#define TMK_DEFINE_plain(letter, stem, shape, slots, stage)                                           \
   namespace {                                                                                         \
   int32_t letter##stem TMK_ROW_REFERENCE_PARAMETERS(letter, shape) { return TMK_BODY_##shape(stem); } \
   }                                                                                                   \
@@ -161,15 +161,22 @@ int32_t store_result(Element& r, Function function) {
     const extended_scope scope(#stem);                                                                \
     return letter##stem TMK_AT_##shape(0);                                                            \
   }                                                                                                   \
-  TMK_KERNEL_##stage(letter, stem, shape)
+  TMK_KERNEL_##stage(letter, stem, shape, slots)
 
-#define TMK_KERNEL_scalar(letter, stem, shape)                                                       \
+#define TMK_KERNEL_scalar(letter, stem, shape, slots)                                                \
   extern "C" void tmk_vtm_kernel_##letter##stem##_PXHAynn TMK_ROW_KERNEL_PARAMETERS(letter, shape) { \
     for_each_element("v" #letter #stem, n, TMK_REPORT_##shape,                                       \
                      [=](int32_t i) { return letter##stem TMK_AT_##shape(i); });                     \
   }
 #define TMK_KERNEL_wide TMK_KERNEL_scalar
-#define TMK_KERNEL_vectorized(letter, stem, shape)
+// Of the vectorized functions, those whose baseline has a kernel of level EP alone.
+#define TMK_KERNEL_vectorized(letter, stem, shape, slots) TMK_EXTENDED_##slots(letter, stem, shape, slots)
+#define TMK_EXTENDED_PPE TMK_KERNEL_scalar
+#define TMK_EXTENDED_LPL(letter, stem, shape, slots)
+#define TMK_EXTENDED_HHH TMK_EXTENDED_LPL
+#define TMK_EXTENDED_LHL TMK_EXTENDED_LPL
+#define TMK_EXTENDED_HHE TMK_EXTENDED_LPL
+#define TMK_EXTENDED_LHE TMK_EXTENDED_LPL
 
 #define TMK_DEFINE_unary TMK_DEFINE_plain
 #define TMK_DEFINE_binary TMK_DEFINE_plain
@@ -179,12 +186,13 @@ int32_t store_result(Element& r, Function function) {
 #define TMK_DEFINE_real_result TMK_DEFINE_plain
 #define TMK_DEFINE_real_argument TMK_DEFINE_plain
 // Gather and scatter move elements.
-#define TMK_DEFINE_pack_stride(letter, stem, shape, stage)
+#define TMK_DEFINE_pack_stride(letter, stem, shape, slots, stage)
 #define TMK_DEFINE_pack_mask TMK_DEFINE_pack_stride
 #define TMK_DEFINE_pack_index TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_stride TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_mask TMK_DEFINE_pack_stride
 #define TMK_DEFINE_unpack_index TMK_DEFINE_pack_stride
 
-#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) TMK_DEFINE_##shape(letter, stem, shape, stage)
+#define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
+  TMK_DEFINE_##shape(letter, stem, shape, slots, stage)
 #include "vector/registry/functions.def"
