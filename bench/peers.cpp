@@ -174,6 +174,11 @@ TMK_DECLARE(cbrt)
 TMK_DECLARE_BINARY(atan2)
 TMK_DECLARE_BINARY(hypot)
 TMK_DECLARE_BINARY(pow)
+// expint.cpp's.
+extern "C" float tmk_boost_expint1f(float x);
+extern "C" double tmk_boost_expint1(double x);
+extern "C" float tmk_boost_narrow_expint1f(float x);
+extern "C" double tmk_boost_narrow_expint1(double x);
 
 namespace tmk::bench {
 namespace {
@@ -409,6 +414,14 @@ const peer rows[] = {
     TMK_LOOP(Erfc, erfcf(x), erfc(x)),
     TMK_LIBMVEC(Erfc, erfc),
     TMK_SLEEF(Erfc, erfc, u15),
+    TMK_LOOP(TGamma, tgammaf(x), tgamma(x)),
+    TMK_SLEEF(TGamma, tgamma, u10),
+    TMK_LOOP(LGamma, lgammaf(x), lgamma(x)),
+    TMK_SLEEF(LGamma, lgamma, u10),
+    TMK_PEER(ExpInt1, "Boost", by_elements, (float x), tmk_boost_expint1f(x), (double x),
+             tmk_boost_expint1(x)),
+    TMK_PEER(ExpInt1, "Boost narrow", by_elements, (float x), tmk_boost_narrow_expint1f(x), (double x),
+             tmk_boost_narrow_expint1(x)),
 
     TMK_LOOP_BINARY(Add, x + y, x + y),
     TMK_EIGEN_BINARY(Add, x + y),
