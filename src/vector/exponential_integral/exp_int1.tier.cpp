@@ -51,10 +51,7 @@ inline f64 short_integral(const f64& x) {
   f64 c[12];
   series_at<rows_short>(reached, c);
   const f64 t = reached - c[0];
-  f64 g = c[11];
-#pragma GCC unroll 16
-  for (int j = 10; j > 0; --j) g = multiply_add(g, t, c[j]);
-  f64 y = short_exp2(reached * f64(-log2_e)) * g;
+  f64 y = short_exp2(reached * f64(-log2_e)) * polynomial<1>(t, c);
   const auto is_small = x < f64(0.5);
   if (lane_bits<double>(is_small) != 0) {
     const f64 sum = negative_multiply_add(short_log2(x), f64(ln2), f64(-euler_high));
@@ -70,12 +67,9 @@ inline f64 paired_integral(const f64& x) {
   f64 c[20];
   series_at<rows_ha>(reached, c);
   const f64 t = reached - c[0];
-  f64 beyond = c[19];
-#pragma GCC unroll 32
-  for (int j = 18; j > 3; --j) beyond = multiply_add(beyond, t, c[j]);
   const auto linear = two_prod(t, c[3]);
   const auto g = fast_two_sum(c[1], linear.high);
-  const f64 low = multiply_add(t * t, beyond, g.low + (linear.low + c[2]));
+  const f64 low = multiply_add(t * t, polynomial<4>(t, c), g.low + (linear.low + c[2]));
   const auto [power, growth] = pair_exp_in_two({-reached, f64(0.0)});
   // Larger for a while, lest the low part be a subnormal number.
   const f64 raised = bits_as<double>(bits_as<uint64_t>(power) + u64(uint64_t{64} << 52));

@@ -95,9 +95,7 @@ struct paired_gamma_parts {
   }
   pair64 factor() const {
     const f64 f = xsimd::select((small & !negative) | (negative & !small), a, f64(1.0));
-    pair64 y{f, f64(0.0)};
-    if (lane_bits<double>(negative) != 0) y = choose(negative, loose_product(paired_sine(a), f), y);
-    return y;
+    return choose(negative, loose_product(paired_sine(a), f), {f, f64(0.0)});
   }
 };
 
@@ -125,9 +123,8 @@ inline f64 paired_log_gamma(const f64& x) {
   using namespace gamma_data;
   const paired_gamma_parts parts(x, xsimd::abs(x));
   const auto factor = parts.factor();
-  auto product = loose_product(factor, parts.rising);
-  if (lane_bits<double>(parts.negative) != 0)
-    product = choose(parts.negative, loose_quotient(factor, parts.rising), product);
+  const auto product =
+      choose(parts.negative, loose_quotient(factor, parts.rising), loose_product(factor, parts.rising));
   const f64 sign = xsimd::bitofsign(x);
   const auto minus_log = pair_log(xsimd::abs(product.high));
   const auto sum = two_sum(parts.log.high ^ sign, -minus_log.high);

@@ -55,13 +55,11 @@ struct short_gamma_parts {
     log2 = short_stirling(xsimd::select(small, a + f64(small_gamma_end), a));
     rising = xsimd::select(small, short_rising(a), f64(1.0));
   }
-  bool has_negative() const { return lane_bits<double>(negative) != 0; }
 
   // a where it is small and not negative, or neither; times s where it is negative.
   f64 factor() const {
-    f64 f = xsimd::select((small & !negative) | (negative & !small), a, f64(1.0));
-    if (has_negative()) f = xsimd::select(negative, f * short_sine(a), f);
-    return f;
+    const f64 f = xsimd::select((small & !negative) | (negative & !small), a, f64(1.0));
+    return xsimd::select(negative, f * short_sine(a), f);
   }
 };
 
@@ -101,9 +99,7 @@ inline f64 short_log_gamma(const f64& x) {
   using namespace gamma_data;
   const short_gamma_parts parts(x, xsimd::abs(x));
   const f64 factor = parts.factor();
-  f64 product = factor * parts.rising;
-  if (parts.has_negative())
-    product = xsimd::select(parts.negative, factor * near_reciprocal(parts.rising), product);
+  const f64 product = factor * xsimd::select(parts.negative, near_reciprocal(parts.rising), parts.rising);
   const f64 y = (parts.log2 ^ xsimd::bitofsign(x)) - short_log2(xsimd::abs(product));
   return with_poles(product,
                     with_zeros(x, y * f64(ln2), one_short_slope, two_short_slope, 0, one_short, two_short));
