@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+// The error function, from a table of it. With r the nearest row's argument, s(r) = 2/sqrt(pi) exp(-r^2), d =
+// |x| - r and a = r d,
+//   erf(r + d) = erf(r) + s(r) d (1 + tail),   1 + tail = integral of exp(-2 a u) exp(-d^2 u^2) for u from 0
+//   to 1
+// whose series in a and d^2 have rational coefficients. |d| is up to 1/256 in double and 1/128 in single,
+// where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words.
+#include "simd/rows.hpp"
+#include "vector/error_functions/erf_data.hpp"
+#include "vector/toolbox/near.hpp"
+#include "vector/toolbox/odd.hpp"
+#include "vector/toolbox/pair.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+template <class Real>
+constexpr auto& erf_rows() {
+  if constexpr (sizeof(Real) == 4)
+    return erf_data::float_rows;
+  else
+    return erf_data::double_rows;
+}
+
+// The rows next to |x|: their arguments, and the first columns of each.
+template <class Real, int Columns>
+struct erf_row {
+  batch<Real> r, column[Columns];
+
+  explicit erf_row(const batch<Real>& magnitude) {
+    using value = batch<Real>;
+    using bits = typename format<Real>::bits;
+    constexpr int per_unit = erf_data::rows_per_unit<Real>, last = std::size(erf_rows<Real>()) - 1;
+    // The number of a row fills the low bits.
+    constexpr Real shifter = Real(1.5) / std::numeric_limits<Real>::epsilon() / per_unit;
+    static_assert(Columns == 2 || Columns == 4);
+    const value shifted = minimum_or_second(magnitude, value(Real(last) / per_unit)) + value(shifter);
+    r = shifted - value(shifter);
+    const auto number = (bits_as<bits>(shifted) & batch<bits>(1023)) << (Columns == 2 ? 1 : 0);
+    int32_t index[lanes<Real>];
+    if constexpr (sizeof(Real) == 8)
+      store_lower_words(reinterpret_cast<uint32_t*>(index), number);
+    else
+      store(index, bits_as<int32_t>(number));
+    load_columns<Columns>(&erf_rows<Real>()->value, index, column);
+  }
+};
+
+// 1 - a + 2/3 a^2 - d^2 / 3 + ...: without 1, by half as many terms where they are to serve half the bits.
+template <bool Short, class Real>
+batch<Real> erf_tail(const batch<Real>& a, const batch<Real>& d) {
+  using value = batch<Real>;
+  constexpr auto c = [](double x) { return value(static_cast<Real>(x)); };
+  const value d2 = d * d;
+  if constexpr (Short) {
+    return multiply_add(a, multiply_add(a, c(2.0 / 3), c(-1)), d2 * c(-1.0 / 3));
+  } else {
+    // 1/10, less what the next term, -d^2 / 42, is at most, about.
+    const value fourth = multiply_add(a, c(-1.0 / 6), c(1.0 / 10 - 0.8 / (1 << 16) / 42));
+    const value second =
+        multiply_add(a, multiply_add(a, multiply_add(a, c(2.0 / 9), c(-2.0 / 5)), c(1.0 / 2)), c(-1.0 / 3));
+    const value first = multiply_add(
+        a,
+        multiply_add(a, multiply_add(a, multiply_add(a, c(-2.0 / 45), c(2.0 / 15)), c(-1.0 / 3)), c(2.0 / 3)),
+        c(-1));
+    return multiply_add(a, first, d2 * multiply_add(d2, fourth, second));
+  }
+}
+
+template <class Real, level Level>
+struct error_function : description<Real> {
+  using value = batch<Real>;
+  static constexpr auto sse = sse_control::exact;  // results near the smallest normal number
+
+  static value fast(const value& x) {
+    constexpr bool paired = Level == level::ha, short_tail = sizeof(Real) == 4 || Level == level::ep;
+    const value magnitude = xsimd::abs(x);
+    const erf_row<Real, paired ? 4 : 2> row(magnitude);
+    constexpr Real last = Real(std::size(erf_rows<Real>()) - 1) / erf_data::rows_per_unit<Real>;
+    const value clamped = minimum_or_second(value(last), magnitude);  // a NaN is the second one
+    const value d = clamped - row.r;
+    const value tail = erf_tail<short_tail>(row.r * d, d);
+    value y;
+    if constexpr (paired) {
+      const auto sum = add_product(row.column[0], row.column[1], d);
+      const value low = multiply_add(row.column[3], d, row.column[2]);
+      y = sum.high + (sum.low + multiply_add(row.column[1] * d, tail, low));
+      y = xsimd::select(magnitude < value(tiny<Real> / 8), near_zero(clamped), y);
+    } else {
+      const value linear = row.column[1] * d;
+      y = row.column[0] + multiply_add(linear, tail, linear);
+    }
+    return y | (x & value(Real(-0.0)));
+  }
+
+  // 2/sqrt(pi) x: residuals of products with small x would underflow, and so would a second rounding of the
+  // smallest.
+  static value near_zero(const value& x) {
+    constexpr Real scale = is_baseline ? Real(0x1p30) : Real(1);
+    const value scaled = x * value(scale);
+    return multiply_add(scaled, value(Real(0.128379167095512573896)), scaled) * value(1 / scale);
+  }
+};
+
+// 11 bits are had by a quotient of polynomials.
+template <>
+struct error_function<float, level::ep> : description<float> {
+  static constexpr auto sse = sse_control::exact;
+
+  static f32 fast(const f32& x) {
+    const f32 magnitude = xsimd::abs(x), y = minimum_or_second(f32(erf_data::saturated), magnitude);
+    const f32 z = y * y;
+    return (y * polynomial(z, erf_data::p) * near_reciprocal(polynomial(z, erf_data::q))) | (x & f32(-0.0f));
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(s, Erf, unary, LHE, error_function)
+TMK_KERNELS(d, Erf, unary, LHE, error_function)
