@@ -7,8 +7,8 @@
 // where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words.
 #include "simd/rows.hpp"
 #include "vector/error_functions/erf_data.hpp"
+#include "vector/error_functions/near_zero.hpp"
 #include "vector/toolbox/near.hpp"
-#include "vector/toolbox/odd.hpp"
 #include "vector/toolbox/pair.hpp"
 #include "vector/walk/kernel.hpp"
 
@@ -86,20 +86,15 @@ struct error_function : description<Real> {
       const auto sum = add_product(row.column[0], row.column[1], d);
       const value low = multiply_add(row.column[3], d, row.column[2]);
       y = sum.high + (sum.low + multiply_add(row.column[1] * d, tail, low));
-      y = xsimd::select(magnitude < value(tiny<Real> / 8), near_zero(clamped), y);
+      y = xsimd::select(magnitude < value(linear_end<Real>),
+                        multiple_near_zero<Real>(clamped, 0.128379167095512573896), y);
     } else {
       const value linear = row.column[1] * d;
       y = row.column[0] + multiply_add(linear, tail, linear);
     }
-    return y | (x & value(Real(-0.0)));
-  }
-
-  // 2/sqrt(pi) x: residuals of products with small x would underflow, and so would a second rounding of the
-  // smallest.
-  static value near_zero(const value& x) {
-    constexpr Real scale = is_baseline ? Real(0x1p30) : Real(1);
-    const value scaled = x * value(scale);
-    return multiply_add(scaled, value(Real(0.128379167095512573896)), scaled) * value(1 / scale);
+    y = y | (x & value(Real(-0.0)));
+    // Split for exact products, a NaN loses its payload.
+    return is_baseline && paired ? xsimd::select(xsimd::isnan(x), x + x, y) : y;
   }
 };
 

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+// The complementary error function and the normal distribution, from their tails: for y >= 0
+//   erfc(y) = exp(-y^2) w(y),   cdfnorm(-y) = exp(-y^2/2) w(y),   erfc(-y) = 2 - erfc(y),   cdfnorm(y) = 1 -
+//   cdfnorm(-y)
+// with the w of each by cells. y^2 is in two words, the exponential by eighths of a power of two.
+#include <algorithm>
+#include <cmath>
+
+#include "vector/error_functions/cells.hpp"
+#include "vector/error_functions/tails_data.hpp"
+#include "vector/exponential/eighth_powers.hpp"
+#include "vector/hyperbolic/series_data.hpp"
+#include "vector/toolbox/pair.hpp"
+#include "vector/toolbox/scaled_back.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+enum class tail { erfc, normal };
+
+// scale: cells are numbered by y scale + 2. usual_end: beyond, results may be subnormal.
+template <class Real, tail Tail>
+struct tail_constants;
+template <>
+struct tail_constants<float, tail::erfc> {
+  static constexpr const auto &cells = tails_data::float_erfc, &ep = tails_data::float_erfc_ep;
+  static constexpr float scale = tails_data::float_erfc_scale, usual_end = 9.19f;
+};
+template <>
+struct tail_constants<float, tail::normal> {
+  static constexpr const auto &cells = tails_data::float_normal, &ep = tails_data::float_normal_ep;
+  static constexpr float scale = tails_data::float_normal_scale, usual_end = 12.9f;
+};
+template <>
+struct tail_constants<double, tail::erfc> {
+  static constexpr const auto &cells = tails_data::double_erfc, &ep = tails_data::double_erfc_ep;
+  static constexpr double scale = tails_data::double_erfc_scale, usual_end = 26.5;
+};
+template <>
+struct tail_constants<double, tail::normal> {
+  static constexpr const auto &cells = tails_data::double_normal, &ep = tails_data::double_normal_ep;
+  static constexpr double scale = tails_data::double_normal_scale, usual_end = 37.5;
+};
+
+// Where products have residuals, results are computed so many times as large: these are normal numbers, too.
+template <class Real, level Level>
+constexpr Real enlarged = Level != level::ha  ? Real(1)
+                          : sizeof(Real) == 4 ? Real(0x1p64)
+                                              : Real(0x1p128);
+template <class Real, level Level>
+constexpr lowered_eighth_powers<Real> enlarged_powers(enlarged<Real, Level>);
+
+// exp(-(z.high + z.low)) enlarged = power (1 + r + curved).
+template <class Real, level Level>
+struct falling_exponential {
+  using value = batch<Real>;
+  using series = exp_series<Real, exp_base::e>;
+  static constexpr int steps = Level == level::ep ? 1 : 8;
+  value power, r, curved;
+
+  explicit falling_exponential(const batch_pair<Real>& z) {
+    using data = hyperbolic_data::series<Real>;
+    const value shifted =
+        negative_multiply_add(z.high, value(Real(0x1.71547652b82fep0 * steps)), value(shifter<Real>));
+    const value k = value(shifter<Real>) - shifted;
+    r = multiply_subtract(k, value(data::log2_high / steps), z.high);
+    if constexpr (Level == level::ep) {
+      power = raise_exponent<0>(value(Real(1)), shifted);
+      r = multiply_add(k, value(data::log2_low), r);
+      curved = (r * r) * polynomial(r, series::ep);
+    } else {
+      const auto j = table_index<Real, 8, 0>(bits_as<typename format<Real>::bits>(shifted));
+      const lane_table<Real, 8> powers(enlarged_powers<Real, Level>.entry),
+          corrections(eighth_powers<Real>::correction);
+      power = raise_exponent<3>(powers[j], shifted);
+      const value low = multiply_subtract(k, value(data::log2_low / steps), z.low), reduced = r + low;
+      curved = multiply_add(reduced * reduced, polynomial(reduced, series::ha), low + corrections.leading(j));
+    }
+  }
+};
+
+template <class Real, level Level, tail Tail>
+struct gaussian_tail : description<Real> {
+  using value = batch<Real>;
+  using constants = tail_constants<Real, Tail>;
+  static constexpr int group = cell_group<Real>;
+  static constexpr auto sse = sse_control::exact;  // residuals may be subnormal numbers
+  static constexpr bool is_normal = Tail == tail::normal;
+
+  static value fast(const value& x) {
+    const value zero(Real(0));
+    const value toward = is_normal ? zero - x : x + zero;  // positive, or +0, where the tail is the result
+    const value y = minimum_or_second(value(constants::usual_end), xsimd::abs(x));
+    const auto opposite = toward & value(Real(-0.0));
+    const value whole =
+        xsimd::select(toward < zero, value(Real(is_normal ? 1 : 2) * enlarged<Real, Level>), zero);
+    const auto product = tail_of(y);
+    if constexpr (Level == level::ha) {
+      const auto sum = fast_two_sum(whole, product.high ^ opposite);
+      return (sum.high + (sum.low + (product.low ^ opposite))) * value(1 / enlarged<Real, Level>);
+    } else {
+      return whole + (product.high ^ opposite);
+    }
+  }
+
+  // The tail from y on, enlarged; in two words for HA.
+  static batch_pair<Real> tail_of(const value& y) {
+    constexpr auto& columns = []() -> auto& {
+      if constexpr (Level == level::ep)
+        return constants::ep;
+      else
+        return constants::cells;
+    }
+    ();
+    const value number = multiply_add(y, value(constants::scale), value(Real(2)));
+    const cells<columns, format<Real>::fraction_bits - 2> cell(bits_as<typename format<Real>::bits>(number));
+    const value t = y - cell.center(), rest = cell.rest(t), half = is_normal ? y * value(Real(0.5)) : y;
+    if constexpr (Level == level::ha) {
+      const falling_exponential<Real, Level> e(two_prod(half, y));
+      const auto line = add_product(cell.at_center(), cell.slope(), t);
+      const auto product = two_prod(e.power, line.high);
+      const value low = e.power * multiply_add(t, rest, line.low);
+      return {product.high, multiply_add(product.high + low, e.r + e.curved, product.low + low)};
+    } else {
+      const value slope = Level == level::ep ? multiply_add(rest, t, cell.slope()) : rest + cell.slope();
+      const value w = multiply_add(slope, t, cell.at_center());
+      const falling_exponential<Real, Level> e(Level == level::ep ? batch_pair<Real>{half * y, value(Real(0))}
+                                                                  : two_prod(half, y));
+      return {w * multiply_add(e.power, e.r + e.curved, e.power), value(Real(0))};
+    }
+  }
+
+  static lane_mask<Real> flagged(const value& x, const value&) {
+    return !((is_normal ? -x : x) < value(constants::usual_end));
+  }
+  static lane_mask<Real> patch(const value& x, value& y) {
+    const value infinity(std::numeric_limits<Real>::infinity());
+    const auto nan = xsimd::isnan(x), infinite = x == (is_normal ? -infinity : infinity);
+    y = xsimd::select(nan, x + x, xsimd::select(infinite, value(Real(0)), y));
+    return !(nan | infinite);
+  }
+
+  // Results that are subnormal numbers, or little more.
+  static int32_t rare(const Real* a, Real* r) {
+    const double y = std::min(std::fabs(double{*a}), is_normal ? 39.5 : 28.0);
+    const auto product = gaussian_tail<double, level::ha, Tail>::tail_of(f64(y));
+    if constexpr (sizeof(Real) == 8)
+      *r = scaled_back<enlarged<double, level::ha>>(product.high, product.low).get(0);
+    else
+      *r = static_cast<float>((product.high + product.low).get(0) / enlarged<double, level::ha>);
+    return *r < std::numeric_limits<Real>::min() ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+  }
+};
+
+template <class Real, level Level>
+using complementary_error_function = gaussian_tail<Real, Level, tail::erfc>;
+template <class Real, level Level>
+using normal_distribution = gaussian_tail<Real, Level, tail::normal>;
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(s, Erfc, unary, LHE, complementary_error_function)
+#if TMK_TIER_NUMBER(TMK_TIER) == 0
+TMK_KERNELS(d, Erfc, unary, HHH, complementary_error_function)
+#else
+TMK_KERNELS(d, Erfc, unary, LHE, complementary_error_function)
+#endif
+TMK_REAL_KERNELS(CdfNorm, unary, LHE, normal_distribution)
