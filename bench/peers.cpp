@@ -10,6 +10,7 @@
 #include <string.h>
 
 #include <Eigen/Core>
+#include <unsupported/Eigen/SpecialFunctions>
 #include <xsimd/xsimd.hpp>
 
 #if defined __AVX512F__
@@ -140,6 +141,12 @@ void by_memcpy(const tmk::bench::call& c) {
 }
 
 }  // namespace
+
+// Numbers, for which one compilation of the templates serves.
+float boost_erf_inv(float x);
+double boost_erf_inv(double x);
+float boost_erfc_inv(float x);
+double boost_erfc_inv(double x);
 
 // The vector functions of the C library have no header of their own.
 #define TMK_DECLARE(base)                            \
@@ -422,6 +429,11 @@ const peer rows[] = {
              tmk_boost_expint1(x)),
     TMK_PEER(ExpInt1, "Boost narrow", by_elements, (float x), tmk_boost_narrow_expint1f(x), (double x),
              tmk_boost_narrow_expint1(x)),
+    TMK_EIGEN(Erf, x.erf()),
+    TMK_LOOP(CdfNorm, 0.5f * erfcf(-0x1.6a09e6p-1f * x), 0.5 * erfc(-0x1.6a09e667f3bcdp-1 * x)),
+    TMK_EIGEN(CdfNormInv, x.ndtri()),
+    TMK_PEER(ErfInv, "Boost.Math", by_elements, (float x), boost_erf_inv(x), (double x), boost_erf_inv(x)),
+    TMK_PEER(ErfcInv, "Boost.Math", by_elements, (float x), boost_erfc_inv(x), (double x), boost_erfc_inv(x)),
 
     TMK_LOOP_BINARY(Add, x + y, x + y),
     TMK_EIGEN_BINARY(Add, x + y),
