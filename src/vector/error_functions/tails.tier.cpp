@@ -2,7 +2,8 @@
 // The complementary error function and the normal distribution, from their tails: for y >= 0
 //   erfc(y) = exp(-y^2) w(y),   cdfnorm(-y) = exp(-y^2/2) w(y),   erfc(-y) = 2 - erfc(y),   cdfnorm(y) = 1 -
 //   cdfnorm(-y)
-// with the w of each by cells. y^2 is in two words, the exponential by eighths of a power of two.
+// with the w of each by cells. y^2 is in two
+// words, the exponential by eighths of a power of two.
 #include <algorithm>
 #include <cmath>
 
@@ -25,21 +26,33 @@ struct tail_constants;
 template <>
 struct tail_constants<float, tail::erfc> {
   static constexpr const auto &cells = tails_data::float_erfc, &ep = tails_data::float_erfc_ep;
+  static constexpr const auto& quotient = tails_data::float_erfc_quotient;
+  static constexpr float first = 0.875f, second = tails_data::float_erfc_second,
+                         slope = tails_data::float_erfc_slope, offset = tails_data::float_erfc_offset;
   static constexpr float scale = tails_data::float_erfc_scale, usual_end = 9.19f;
 };
 template <>
 struct tail_constants<float, tail::normal> {
   static constexpr const auto &cells = tails_data::float_normal, &ep = tails_data::float_normal_ep;
+  static constexpr const auto& quotient = tails_data::float_normal_quotient;
+  static constexpr float first = 1.25f, second = tails_data::float_normal_second,
+                         slope = tails_data::float_normal_slope, offset = tails_data::float_normal_offset;
   static constexpr float scale = tails_data::float_normal_scale, usual_end = 12.9f;
 };
 template <>
 struct tail_constants<double, tail::erfc> {
   static constexpr const auto &cells = tails_data::double_erfc, &ep = tails_data::double_erfc_ep;
+  static constexpr const auto& quotient = tails_data::double_erfc_quotient;
+  static constexpr double first = 0.875, second = tails_data::double_erfc_second,
+                          slope = tails_data::double_erfc_slope, offset = tails_data::double_erfc_offset;
   static constexpr double scale = tails_data::double_erfc_scale, usual_end = 26.5;
 };
 template <>
 struct tail_constants<double, tail::normal> {
   static constexpr const auto &cells = tails_data::double_normal, &ep = tails_data::double_normal_ep;
+  static constexpr const auto& quotient = tails_data::double_normal_quotient;
+  static constexpr double first = 1.25, second = tails_data::double_normal_second,
+                          slope = tails_data::double_normal_slope, offset = tails_data::double_normal_offset;
   static constexpr double scale = tails_data::double_normal_scale, usual_end = 37.5;
 };
 
@@ -106,6 +119,23 @@ struct gaussian_tail : description<Real> {
 
   // The tail from y on, enlarged; in two words for HA.
   static batch_pair<Real> tail_of(const value& y) {
+    const value half = is_normal ? y * value(Real(0.5)) : y;
+    const auto w = scaled_tail(y);
+    if constexpr (Level == level::ha) {
+      const falling_exponential<Real, Level> e(two_prod(half, y));
+      const auto product = two_prod(e.power, w.high);
+      const value low = e.power * w.low;
+      return {product.high, multiply_add(product.high + low, e.r + e.curved, product.low + low)};
+    } else {
+      const falling_exponential<Real, Level> e(Level == level::ep ? batch_pair<Real>{half * y, value(Real(0))}
+                                                                  : two_prod(half, y));
+      return {w.high * multiply_add(e.power, e.r + e.curved, e.power), value(Real(0))};
+    }
+  }
+
+  // The w of y.
+  static batch_pair<Real> scaled_tail(const value& y) {
+    if constexpr (Level == level::ep && this_tier != 2) return {by_quotient(y), value(Real(0))};
     constexpr auto& columns = []() -> auto& {
       if constexpr (Level == level::ep)
         return constants::ep;
@@ -115,20 +145,23 @@ struct gaussian_tail : description<Real> {
     ();
     const value number = multiply_add(y, value(constants::scale), value(Real(2)));
     const cells<columns, format<Real>::fraction_bits - 2> cell(bits_as<typename format<Real>::bits>(number));
-    const value t = y - cell.center(), rest = cell.rest(t), half = is_normal ? y * value(Real(0.5)) : y;
+    const value t = y - cell.center(), rest = cell.rest(t);
     if constexpr (Level == level::ha) {
-      const falling_exponential<Real, Level> e(two_prod(half, y));
       const auto line = add_product(cell.at_center(), cell.slope(), t);
-      const auto product = two_prod(e.power, line.high);
-      const value low = e.power * multiply_add(t, rest, line.low);
-      return {product.high, multiply_add(product.high + low, e.r + e.curved, product.low + low)};
+      return {line.high, multiply_add(t, rest, line.low)};
     } else {
       const value slope = Level == level::ep ? multiply_add(rest, t, cell.slope()) : rest + cell.slope();
-      const value w = multiply_add(slope, t, cell.at_center());
-      const falling_exponential<Real, Level> e(Level == level::ep ? batch_pair<Real>{half * y, value(Real(0))}
-                                                                  : two_prod(half, y));
-      return {w * multiply_add(e.power, e.r + e.curved, e.power), value(Real(0))};
+      return {multiply_add(slope, t, cell.at_center()), value(Real(0))};
     }
+  }
+
+  // w as p(v) / (y + first), with p nearly constant and v from 1 / (y + second), to half the bits: where
+  // registers hold no tables, half as many instructions.
+  static value by_quotient(const value& y) {
+    const value first = y + value(constants::first), second = y + value(constants::second);
+    const value both = value(Real(1)) / (first * second);
+    const value v = multiply_add(both * first, value(constants::slope), value(constants::offset));
+    return polynomial(v, constants::quotient) * (both * second);
   }
 
   static lane_mask<Real> flagged(const value& x, const value&) {

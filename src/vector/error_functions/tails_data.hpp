@@ -121,4 +121,20 @@ constexpr double double_normal_ep[][16] = {
     {-0x1.b07438ada8925p-10, -0x1.63d7c34209368p-12, -0x1.59bf9c8946e25p-14, -0x1.843a91acfa90ap-16, -0x1.2aa77e25be74ap-18, -0x1.65e342b5e5d8cp-21, -0x1.2326d3c1308c5p-23, -0x1.2a8db9680d6b5p-25, -0x1.b83796b550e0ap-28, -0x1.0e053806b2617p-30, -0x1.d2408ce62723cp-33, -0x1.ff79b8d09291ep-35, -0x1.9dbf7702ab1f3p-37, -0x1.1a97401984dfcp-39, -0x1.096d3c01bfb69p-41, -0x1.37241799095f7p-43},
 };
 
+constexpr float float_erfc_slope = 0x1.f20f36p2f, float_erfc_offset = -0x1.981448p0f, float_erfc_second = 0x1.8p1f;
+// Relative error 2^-13.1.
+constexpr float float_erfc_quotient[] = {0x1.7b2072p-1f, 0x1.58762ap-3f, 0x1.ee2054p-6f, -0x1.988f26p-6f, -0x1.cb2628p-6f, -0x1.62497cp-7f};
+
+constexpr float float_normal_slope = 0x1.7aa11ep3f, float_normal_offset = -0x1.a11e6ep0f, float_normal_second = 0x1.2p2f;
+// Relative error 2^-12.4.
+constexpr float float_normal_quotient[] = {0x1.0b8598p-1f, 0x1.ebf3d4p-4f, 0x1.bb5bb2p-6f, -0x1.cd91bep-7f, -0x1.5a252ap-6f, -0x1.33503p-7f};
+
+constexpr double double_erfc_slope = 0x1.f96f96f96f97p2, double_erfc_offset = -0x1.41a41a41a41a5p0, double_erfc_second = 0x1.cp1;
+// Relative error 2^-30.7.
+constexpr double double_erfc_quotient[] = {0x1.66cab270413b3p-1, 0x1.666c7002903e2p-3, 0x1.0e478c6803d79p-4, -0x1.b1ffcc5655dc2p-10, -0x1.a26b89ea3f8b7p-6, -0x1.74ab355c2ecdap-6, -0x1.8ea8cdf8d690bp-7, -0x1.11ecfe8994b92p-8, -0x1.689ca249d87e4p-11, 0x1.0607e49b236c7p-13, 0x1.706b4b30904d1p-14, 0x1.cb2a775d7835fp-19, -0x1.78c31385385d6p-18};
+
+constexpr double double_normal_slope = 0x1.697366227caf1p3, double_normal_offset = -0x1.42523d03fab1bp0, double_normal_second = 0x1.4p2;
+// Relative error 2^-30.4.
+constexpr double double_normal_quotient[] = {0x1.fc11557298b9ap-2, 0x1.0089370ea584dp-3, 0x1.8ec5da680bf6p-5, 0x1.02c9cf6228dd3p-11, -0x1.1a259f50eaaddp-6, -0x1.0584260844cd8p-6, -0x1.20607440cff09p-7, -0x1.9dde33f6ced02p-9, -0x1.32bd44e7f004p-11, 0x1.164107490fdf7p-14, 0x1.0fe97651511cfp-14, 0x1.43c1f878a1b78p-18, -0x1.f9261d9bda8a7p-19};
+
 }  // namespace tmk::tails_data
