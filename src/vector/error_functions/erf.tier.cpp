@@ -4,8 +4,10 @@
 //   erf(r + d) = erf(r) + s(r) d (1 + tail),   1 + tail = integral of exp(-2 a u) exp(-d^2 u^2) for u from 0
 //   to 1
 // whose series in a and d^2 have rational coefficients. |d| is up to 1/256 in double and 1/128 in single,
-// where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words.
+// where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words. V4 has
+// cells for single.
 #include "simd/rows.hpp"
+#include "vector/error_functions/cells.hpp"
 #include "vector/error_functions/erf_data.hpp"
 #include "vector/error_functions/near_zero.hpp"
 #include "vector/toolbox/near.hpp"
@@ -73,8 +75,17 @@ struct error_function : description<Real> {
   using value = batch<Real>;
   static constexpr auto sse = sse_control::exact;  // results near the smallest normal number
 
+  static constexpr bool paired = Level == level::ha;
+
   static value fast(const value& x) {
-    constexpr bool paired = Level == level::ha, short_tail = sizeof(Real) == 4 || Level == level::ep;
+    if constexpr (this_tier == 2 && sizeof(Real) == 4)
+      return by_cells(x);
+    else
+      return by_rows(x);
+  }
+
+  static value by_rows(const value& x) {
+    constexpr bool short_tail = sizeof(Real) == 4 || Level == level::ep;
     const value magnitude = xsimd::abs(x);
     const erf_row<Real, paired ? 4 : 2> row(magnitude);
     constexpr Real last = Real(std::size(erf_rows<Real>()) - 1) / erf_data::rows_per_unit<Real>;
@@ -95,6 +106,26 @@ struct error_function : description<Real> {
     y = y | (x & value(Real(-0.0)));
     // Split for exact products, a NaN loses its payload.
     return is_baseline && paired ? xsimd::select(xsimd::isnan(x), x + x, y) : y;
+  }
+
+  // Where registers hold a few coefficients of all cells.
+  static value by_cells(const value& x) {
+    const value magnitude = xsimd::abs(x);
+    // A quarter's number fills the low bits. A NaN is the second one.
+    const value number = minimum_or_second(value(Real(3.75)), magnitude) + value(Real(0x1.8p21));
+    const cells<erf_data::float_cells, 0> cell(bits_as<typename format<Real>::bits>(number));
+    const value t = minimum_or_second(value(Real(3.9375)), magnitude) - cell.center(), rest = cell.rest(t);
+    value y;
+    if constexpr (paired) {
+      const auto line = add_product(cell.at_center(), cell.slope(), t);
+      y = line.high + multiply_add(t, rest, line.low);
+      y = xsimd::select(
+          magnitude < value(linear_end<Real>),
+          multiple_near_zero<Real>(minimum_or_second(value(Real(1)), magnitude), 0.128379167095512573896), y);
+    } else {
+      y = multiply_add(rest + cell.slope(), t, cell.at_center());
+    }
+    return y | (x & value(Real(-0.0)));
   }
 };
 
