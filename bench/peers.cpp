@@ -13,6 +13,8 @@
 #include <unsupported/Eigen/SpecialFunctions>
 #include <xsimd/xsimd.hpp>
 
+#include "boost_peers.hpp"
+
 #if defined __AVX512F__
 #define TMK_VECTOR_BYTES 64
 #define TMK_SLEEF_single(base, error) Sleef_##base##f16_##error##avx512f
@@ -142,12 +144,6 @@ void by_memcpy(const tmk::bench::call& c) {
 
 }  // namespace
 
-// Numbers, for which one compilation of the templates serves.
-float boost_erf_inv(float x);
-double boost_erf_inv(double x);
-float boost_erfc_inv(float x);
-double boost_erfc_inv(double x);
-
 // The vector functions of the C library have no header of their own.
 #define TMK_DECLARE(base)                            \
   extern "C" f32 TMK_LIBMVEC_single(v, base)(f32 x); \
@@ -181,11 +177,6 @@ TMK_DECLARE(cbrt)
 TMK_DECLARE_BINARY(atan2)
 TMK_DECLARE_BINARY(hypot)
 TMK_DECLARE_BINARY(pow)
-// expint.cpp's.
-extern "C" float tmk_boost_expint1f(float x);
-extern "C" double tmk_boost_expint1(double x);
-extern "C" float tmk_boost_narrow_expint1f(float x);
-extern "C" double tmk_boost_narrow_expint1(double x);
 
 namespace tmk::bench {
 namespace {
@@ -425,10 +416,9 @@ const peer rows[] = {
     TMK_SLEEF(TGamma, tgamma, u10),
     TMK_LOOP(LGamma, lgammaf(x), lgamma(x)),
     TMK_SLEEF(LGamma, lgamma, u10),
-    TMK_PEER(ExpInt1, "Boost", by_elements, (float x), tmk_boost_expint1f(x), (double x),
-             tmk_boost_expint1(x)),
-    TMK_PEER(ExpInt1, "Boost narrow", by_elements, (float x), tmk_boost_narrow_expint1f(x), (double x),
-             tmk_boost_narrow_expint1(x)),
+    TMK_PEER(ExpInt1, "Boost.Math", by_elements, (float x), boost_expint1(x), (double x), boost_expint1(x)),
+    TMK_PEER(ExpInt1, "Boost.Math narrow", by_elements, (float x), boost_narrow_expint1(x), (double x),
+             boost_narrow_expint1(x)),
     TMK_EIGEN(Erf, x.erf()),
     TMK_LOOP(CdfNorm, 0.5f * erfcf(-0x1.6a09e6p-1f * x), 0.5 * erfc(-0x1.6a09e667f3bcdp-1 * x)),
     TMK_EIGEN(CdfNormInv, x.ndtri()),
