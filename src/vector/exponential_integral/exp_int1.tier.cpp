@@ -4,6 +4,8 @@
 //   x < 1/2:  -gamma - ln x + x + x^2 p(x)
 // Doubles at HA add what the leading sums and products lose. All else is the short form, to about 2^-30, in
 // double precision; of it the baseline has level EP alone.
+#include <cmath>
+
 #include "simd/rows.hpp"
 #include "vector/exponential_integral/exp_int1_data.hpp"
 #include "vector/power/pair_exp.hpp"
@@ -11,6 +13,11 @@
 #include "vector/power/short_power.hpp"
 #include "vector/toolbox/lane_tests.hpp"
 #include "vector/walk/kernel.hpp"
+
+extern "C" {
+int32_t tmk_vtm_reference_sExpInt1(const float*, float*);
+int32_t tmk_vtm_reference_dExpInt1(const double*, double*);
+}
 
 TMK_TIER_OPEN
 namespace {
@@ -89,12 +96,16 @@ inline f64 paired_integral(const f64& x) {
 }
 #endif
 
+inline int32_t reference_integral(const float* a, float* r) { return tmk_vtm_reference_sExpInt1(a, r); }
+inline int32_t reference_integral(const double* a, double* r) { return tmk_vtm_reference_dExpInt1(a, r); }
+
 template <class Real, level Level>
 struct exponential_integral : description<Real> {
   using value = batch<Real>;
   static constexpr int group = 2 * lanes<Real>;
   // Results are normal numbers up to here.
   static constexpr Real last = sizeof(Real) == 4 ? Real(82.875) : Real(701.75);
+  static constexpr Real vanished = sizeof(Real) == 4 ? Real(105) : Real(747);
 
   static value fast(const value& x) {
     if constexpr (sizeof(Real) == 4)
@@ -106,6 +117,12 @@ struct exponential_integral : description<Real> {
   }
   static lane_mask<Real> flagged(const value& x, const value&) {
     return not_positive_normal<Real, to_bits(last)>(x);
+  }
+  // What vanishes is spared the reference, whose exponential takes long there.
+  static int32_t rare(const Real* a, Real* r) {
+    if (!(*a > vanished)) return reference_integral(a, r);
+    *r = 0;
+    return std::isinf(*a) ? VTM_STATUS_OK : VTM_STATUS_UNDERFLOW;
   }
 };
 

@@ -6,11 +6,14 @@
 
 #include "vector/gamma/paired_gamma.hpp"
 #include "vector/toolbox/lane_tests.hpp"
+#include "vector/toolbox/scaled_back.hpp"
 #include "vector/walk/kernel.hpp"
 
 extern "C" {
 int32_t tmk_vtm_reference_sTGamma(const float*, float*);
 int32_t tmk_vtm_reference_dTGamma(const double*, double*);
+int32_t tmk_vtm_reference_sLGamma(const float*, float*);
+int32_t tmk_vtm_reference_dLGamma(const double*, double*);
 }
 
 TMK_TIER_OPEN
@@ -18,6 +21,15 @@ namespace {
 
 inline int32_t reference_gamma(const float* a, float* r) { return tmk_vtm_reference_sTGamma(a, r); }
 inline int32_t reference_gamma(const double* a, double* r) { return tmk_vtm_reference_dTGamma(a, r); }
+inline int32_t reference_log_gamma(const float* a, float* r) { return tmk_vtm_reference_sLGamma(a, r); }
+inline int32_t reference_log_gamma(const double* a, double* r) { return tmk_vtm_reference_dLGamma(a, r); }
+
+template <class Real>
+bool is_subnormal(Real x) {
+  using bits = typename format<Real>::bits;
+  const bits magnitude = to_bits(x) & ~format<Real>::sign;
+  return magnitude != 0 && magnitude < to_bits(std::numeric_limits<Real>::min());
+}
 
 template <class Real, level Level>
 struct gamma_function : description<Real> {
@@ -47,18 +59,24 @@ struct gamma_function : description<Real> {
     y = xsimd::select(nan, x + x, y);
     return rest & !nan;
   }
-  // What vanishes or overflows for its size alone; an integer has a pole.
   static int32_t rare(const Real* a, Real* r) {
+    using limits = std::numeric_limits<Real>;
     const Real x = *a, whole = std::floor(x);
-    if (x < vanished && whole != x) {
-      *r = std::fmod(whole, Real(2)) == 0 ? Real(0) : Real(-0.0);
-      return VTM_STATUS_UNDERFLOW;
-    }
-    if (x > infinite && std::isfinite(x)) {
-      *r = std::numeric_limits<Real>::infinity();
-      return VTM_STATUS_OVERFLOW;
-    }
-    return reference_gamma(a, r);
+    const auto answer = [&](Real y, int32_t status) {
+      *r = y;
+      return status;
+    };
+    // Subnormal numbers may compare equal to zero.
+    if (is_subnormal(x)) return reference_gamma(a, r);
+    if (x == 0) return answer(1 / x, VTM_STATUS_SINGULARITY);
+    if (x < 0 && whole == x) return answer(limits::quiet_NaN(), VTM_STATUS_DOMAIN);
+    if (x > infinite) return answer(limits::infinity(), std::isinf(x) ? VTM_STATUS_OK : VTM_STATUS_OVERFLOW);
+    if (x < vanished)
+      return answer(std::fmod(whole, Real(2)) == 0 ? Real(0) : Real(-0.0), VTM_STATUS_UNDERFLOW);
+    const Real y = extreme(x), magnitude = std::fabs(y);
+    return answer(y, std::isinf(y)               ? VTM_STATUS_OVERFLOW
+                     : magnitude < limits::min() ? VTM_STATUS_UNDERFLOW
+                                                 : VTM_STATUS_OK);
   }
 
  private:
@@ -69,6 +87,17 @@ struct gamma_function : description<Real> {
     } else {
       const auto [high, low, scale] = paired_gamma(x, magnitude);
       return (high + low) * scale;
+    }
+  }
+  // Where results leave the normal numbers, or EP's powers of two their range.
+  static Real extreme(Real x) {
+    if constexpr (single) {
+      return static_cast<float>(of(f64(x)).get(0));
+    } else {
+      const auto [high, low, scale] = paired_gamma(f64(x), f64(std::fabs(x)));
+      if (x > 0) return ((high + low) * scale).get(0);
+      const f64 sign = xsimd::bitofsign(high);
+      return (scaled_back<0x1p400>(high ^ sign, low ^ sign) ^ sign).get(0);
     }
   }
 };
@@ -94,6 +123,13 @@ struct log_gamma : description<Real> {
     const auto exposed =
         (x < value(Real(0))) & ((xsimd::abs(y) < value(near_zero)) | (x < value(Real(-0x1p51))));
     return not_normal(x) | not_finite(y) | exposed;
+  }
+  static int32_t rare(const Real* a, Real* r) {
+    const Real x = *a;
+    if (is_subnormal(x) || (x != 0 && !std::isinf(x) && (x > 0 || std::floor(x) != x)))
+      return reference_log_gamma(a, r);
+    *r = std::numeric_limits<Real>::infinity();
+    return std::isinf(x) ? VTM_STATUS_OK : VTM_STATUS_SINGULARITY;
   }
 };
 
