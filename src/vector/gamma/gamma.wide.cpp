@@ -31,6 +31,11 @@ bool is_subnormal(Real x) {
   return magnitude != 0 && magnitude < to_bits(std::numeric_limits<Real>::min());
 }
 
+// Maximum errors in ulp, by tmk-accuracy TGamma --samples 60000 --search brief:
+//   single (V3): 0.5014 at 0x1.05f87p-124: got 0x1.f454ccp+123, want 0x1.f454caffp+123
+//   single (V4): 0.5261 at 0x1.8f91a8p+3: got 0x1.f8d5aep+26, want 0x1.f8d5acf3p+26
+//   double LA, HA: 0.5913 at -0x1.35c80be77e69p+6: got 0x1.f20c521746b8dp-378, want 0x1.f20c521746b8c69p-378
+//   double EP: 33.4 bits (V3), 29.2 bits (V4)
 template <class Real, level Level>
 struct gamma_function : description<Real> {
   using value = batch<Real>;
@@ -102,12 +107,17 @@ struct gamma_function : description<Real> {
   }
 };
 
+// Maximum errors in ulp, by tmk-accuracy LGamma --samples 60000 --search brief:
+//   single (V3): 0.5247 at -0x1.3a64b4p+1: got 0x1.4940c4p-10, want 0x1.4940c2f3p-10
+//   single (V4): 0.5263 at -0x1.3a6a14p+1: got 0x1.07c558p-10, want 0x1.07c556f3p-10
+//   double LA, HA: 0.6533 at -0x1.3b6eabdcecc93p+1: got -0x1.619c5c70c3b61p-7, want -0x1.619c5c70c3b61a7p-7
+//   double EP: 28 bits
 template <class Real, level Level>
 struct log_gamma : description<Real> {
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
   static constexpr int group = 2 * lanes<Real>;
-  // The sums' errors are too much for smaller logarithms, but next to 1 and 2.
+  // The sums' errors are too much for smaller logarithms next to negative zeros: these are rare elements.
   static constexpr Real near_zero = single || Level == level::ep ? Real(0x1p-10) : Real(0x1p-7);
 
   static value fast(const value& x) {
