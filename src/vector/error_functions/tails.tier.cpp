@@ -93,6 +93,46 @@ struct falling_exponential {
   }
 };
 
+// Maximum errors in ulp (W7), by tmk-accuracy Erfc --search brief:
+//   single LA: 1.931 at 0x1.d784c2p+2: got 0x1.f5ce62p-83, want 0x1.f5ce65ddp-83
+//   single HA: 0.6532 at 0x1.d47736p+2: got 0x1.fcccf8p-82, want 0x1.fcccf94ep-82
+//   single EP: 3345 at 0x1.e05232p+1: got 0x1.df264cp-24, want 0x1.df0c2a63p-24
+//   double LA, HA, EP: 0.7965 at 0x1.c73ffee57d0cdp-2: got 0x1.0f1de945275e6p-1, want 0x1.0f1de945275e6ccp-1
+// Maximum errors in ulp (V3), by tmk-accuracy Erfc --search brief:
+//   single LA: 1.868 at 0x1.000ceap-1: got 0x1.eaeb66p-2, want 0x1.eaeb6243p-2
+//   single HA: 0.6247 at 0x1.d788a4p+2: got 0x1.f40a88p-83, want 0x1.f40a894p-83
+//   single EP: 3345 at 0x1.e05232p+1: got 0x1.df264cp-24, want 0x1.df0c2a63p-24
+//   double LA: 1.992 at 0x1.4c6cf9afd4cf8p+1: got 0x1.f71553d0f11eep-13, want 0x1.f71553d0f11ec02p-13
+//   double HA: 0.6990 at 0x1.d073b44ca52e7p-2: got 0x1.0adf948ff7c9ap-1, want 0x1.0adf948ff7c9ab3p-1
+//   double EP: 3.2e+07 at 0x1.86c5c3b4bf25cp+4: got 0x1.fffff4ffb3a11p-867, want 0x1.fffff4e0da4fd1bp-867
+// Maximum errors in ulp (V4), by tmk-accuracy Erfc --search brief:
+//   single LA: 1.868 at 0x1.000ceap-1: got 0x1.eaeb66p-2, want 0x1.eaeb6243p-2
+//   single HA: 0.6247 at 0x1.d788a4p+2: got 0x1.f40a88p-83, want 0x1.f40a894p-83
+//   single EP: 2269 at 0x1.cb5bbp+2: got 0x1.fe543p-79, want 0x1.fe427578p-79
+//   double LA: 1.992 at 0x1.4c6cf9afd4cf8p+1: got 0x1.f71553d0f11eep-13, want 0x1.f71553d0f11ec02p-13
+//   double HA: 0.6990 at 0x1.d073b44ca52e7p-2: got 0x1.0adf948ff7c9ap-1, want 0x1.0adf948ff7c9ab3p-1
+//   double EP: 4.4e+07 at 0x1.4c969e9e4183p+1: got 0x1.f38e297439f5dp-13, want 0x1.f38e299e0a67951p-13
+// Maximum errors in ulp (W7), by tmk-accuracy CdfNorm --search brief:
+//   single LA: 1.939 at -0x1.aa273ap+2: got 0x1.e62fc6p-37, want 0x1.e62fc21fp-37
+//   single HA: 0.6483 at -0x1.46f89ep+3: got 0x1.fe8798p-81, want 0x1.fe8796b4p-81
+//   single EP: 4130 at -0x1.5bde7ep+2: got 0x1.d59fe6p-26, want 0x1.d57fa19p-26
+//   double LA: 1.934 at -0x1.887e87f3c5187p+4: got 0x1.f6d320bbdc97p-441, want 0x1.f6d320bbdc971efp-441
+//   double HA: 0.6734 at -0x1.4b512d48b04d6p+4: got 0x1.fc7a36f4c153ep-316, want 0x1.fc7a36f4c153d54p-316
+//   double EP: 3.3e+07 at -0x1.13d6154076d87p+5: got 0x1.fff7103d9aaa6p-865, want 0x1.fff7101de33ec44p-865
+// Maximum errors in ulp (V3), by tmk-accuracy CdfNorm --search brief:
+//   single LA: 1.916 at -0x1.8c5202p+0: got 0x1.f20a58p-5, want 0x1.f20a542bp-5
+//   single HA: 0.6208 at -0x1.736aeep+3: got 0x1.ee059cp-103, want 0x1.ee059d3ep-103
+//   single EP: 4130 at -0x1.5bdfd2p+2: got 0x1.d56944p-26, want 0x1.d548ff69p-26
+//   double LA: 1.934 at -0x1.887e87f3c5187p+4: got 0x1.f6d320bbdc97p-441, want 0x1.f6d320bbdc971efp-441
+//   double HA: 0.6422 at -0x1.4b512d55e47f6p+4: got 0x1.fc7a14ef6ff7ep-316, want 0x1.fc7a14ef6ff7d5cp-316
+//   double EP: 3.3e+07 at -0x1.13d6154076d87p+5: got 0x1.fff7103d9aaa8p-865, want 0x1.fff7101de33ec44p-865
+// Maximum errors in ulp (V4), by tmk-accuracy CdfNorm --search brief:
+//   single LA: 1.916 at -0x1.8c5202p+0: got 0x1.f20a58p-5, want 0x1.f20a542bp-5
+//   single HA: 0.6208 at -0x1.736aeep+3: got 0x1.ee059cp-103, want 0x1.ee059d3ep-103
+//   single EP: 2267 at -0x1.44d174p+3: got 0x1.fdda7cp-80, want 0x1.fdc8c662p-80
+//   double LA: 1.934 at -0x1.887e87f3c5187p+4: got 0x1.f6d320bbdc97p-441, want 0x1.f6d320bbdc971efp-441
+//   double HA: 0.6422 at -0x1.4b512d55e47f6p+4: got 0x1.fc7a14ef6ff7ep-316, want 0x1.fc7a14ef6ff7d5cp-316
+//   double EP: 4.4e+07 at -0x1.d6585d04f9272p+1: got 0x1.f3a4d8ce55d88p-14, want 0x1.f3a4d8f81c267e4p-14
 template <class Real, level Level, tail Tail>
 struct gaussian_tail : description<Real> {
   using value = batch<Real>;
