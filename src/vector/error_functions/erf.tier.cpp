@@ -111,7 +111,8 @@ struct error_function : description<Real> {
     const erf_row<Real, paired ? 4 : 2> row(magnitude);
     constexpr Real last = Real(std::size(erf_rows<Real>()) - 1) / erf_data::rows_per_unit<Real>;
     const value clamped = minimum_or_second(value(last), magnitude);  // a NaN is the second one
-    const value d = clamped - row.r;
+    // Squares of the smallest x would be subnormal numbers or less, which take long.
+    const value counted = maximum_or_second(value(linear_end<Real>), clamped), d = counted - row.r;
     const value tail = erf_tail<short_tail>(row.r * d, d);
     value y;
     if constexpr (paired) {
@@ -121,7 +122,7 @@ struct error_function : description<Real> {
       y = xsimd::select(magnitude < value(linear_end<Real>),
                         multiple_near_zero<Real>(clamped, 0.128379167095512573896), y);
     } else {
-      const value linear = row.column[1] * d;
+      const value linear = row.column[1] * (clamped - row.r);
       y = row.column[0] + multiply_add(linear, tail, linear);
     }
     y = y | (x & value(Real(-0.0)));
@@ -135,16 +136,16 @@ struct error_function : description<Real> {
     // A quarter's number fills the low bits. A NaN is the second one.
     const value number = minimum_or_second(value(Real(3.75)), magnitude) + value(Real(0x1.8p21));
     const cells<erf_data::float_cells, 0> cell(bits_as<typename format<Real>::bits>(number));
-    const value t = minimum_or_second(value(Real(3.9375)), magnitude) - cell.center(), rest = cell.rest(t);
+    const value clamped = minimum_or_second(value(Real(3.9375)), magnitude);
+    const value t = maximum_or_second(value(linear_end<Real>), clamped) - cell.center(), rest = cell.rest(t);
     value y;
     if constexpr (paired) {
       const auto line = add_product(cell.at_center(), cell.slope(), t);
       y = line.high + multiply_add(t, rest, line.low);
-      y = xsimd::select(
-          magnitude < value(linear_end<Real>),
-          multiple_near_zero<Real>(minimum_or_second(value(Real(1)), magnitude), 0.128379167095512573896), y);
+      y = xsimd::select(magnitude < value(linear_end<Real>),
+                        multiple_near_zero<Real>(clamped, 0.128379167095512573896), y);
     } else {
-      y = multiply_add(rest + cell.slope(), t, cell.at_center());
+      y = multiply_add(rest + cell.slope(), clamped - cell.center(), cell.at_center());
     }
     return y | (x & value(Real(-0.0)));
   }

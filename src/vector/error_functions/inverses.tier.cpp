@@ -130,11 +130,14 @@ struct inverse : description<Real> {
     const value m = smaller(x);
     const cells<columns, format<Real>::fraction_bits - 1> cell(bits_as<typename format<Real>::bits>(m) -
                                                                bits(1));
-    value t;
-    if constexpr (Function == inverted::erf)
-      t = (value(whole) - cell.center()) - xsimd::abs(x);
-    else
-      t = m - cell.center();
+    value t, exact;  // apart where x is so small that its square is no normal number
+    if constexpr (Function == inverted::erf) {
+      const value center = value(whole) - cell.center(), magnitude = xsimd::abs(x);
+      exact = center - magnitude;
+      t = center - maximum_or_second(value(linear_end<Real>), magnitude);
+    } else {
+      t = exact = m - cell.center();
+    }
     const value rest = cell.rest(t);
     value g;
     if constexpr (Level == level::ha) {
@@ -145,7 +148,7 @@ struct inverse : description<Real> {
                           multiple_near_zero<Real>(xsimd::abs(x), -0.11377307454724198672), g);
     } else {
       const value slope = Level == level::ep ? multiply_add(rest, t, cell.slope()) : rest + cell.slope();
-      g = multiply_add(slope, t, cell.at_center());
+      g = multiply_add(slope, exact, cell.at_center());
     }
     return with_sign(x, g);
   }
@@ -158,12 +161,15 @@ struct inverse : description<Real> {
       constexpr bool is_normal = Function == inverted::normal;
       return far_inverse<is_normal>(is_normal ? m + m : m);
     };
-    value g;
-    if constexpr (sizeof(Real) == 4)
-      g = in_double(of_doubles, m);
-    else
-      g = of_doubles(m);
-    y = xsimd::select(nan, x + x, xsimd::select(far, with_sign(x, g), y));
+    y = xsimd::select(nan, x + x, y);
+    if (lane_bits<Real>(far) != 0) {
+      value g;
+      if constexpr (sizeof(Real) == 4)
+        g = in_double(of_doubles, m);
+      else
+        g = of_doubles(m);
+      y = xsimd::select(far, with_sign(x, g), y);
+    }
     return !(nan | far);
   }
 };
