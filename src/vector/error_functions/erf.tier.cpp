@@ -70,27 +70,27 @@ batch<Real> erf_tail(const batch<Real>& a, const batch<Real>& d) {
   }
 }
 
-// Maximum errors in ulp (W7), by tmk-accuracy Erf --search brief:
-//   single LA: 1.867 at -0x1.c36ed2p-10: got -0x1.fd6314p-10, want -0x1.fd631044p-10
-//   single HA: 0.7377 at -0x1.d5bbep-128: got -0x1.0904d8p-127, want -0x1.0904daf3p-127
+// Maximum errors in ulp (W7), by tmk-accuracy Erf:
+//   single LA: 1.958 at -0x1.c5c148p-8: got -0x1.ffffe4p-8, want -0x1.ffffe015p-8
+//   single HA: 0.7380 at -0x1.d199p-128: got -0x1.06af7p-127, want -0x1.06af72f4p-127
 //   single EP: 4254 at -0x1.c5bbd4p+2: got -0x1.ffdec4p-1, want -0x1p+0
 //   double LA: 1.869 at 0x1.00e1a5639b491p-8: got 0x1.21dbb0fdf16d4p-8, want 0x1.21dbb0fdf16d5dep-8
 //   double HA: 0.7609 at 0x1.e9db312d58054p-1024: got 0x1.145f2cbacdf1cp-1023, want 0x1.145f2cbacdf1a7ap-1023
-//   double EP: 1.2e+06 at 0x1.c00000038bd23p-6: got 0x1.f9634dea3c498p-6, want 0x1.f9634deb557ea39p-6
-// Maximum errors in ulp (V3), by tmk-accuracy Erf --search brief:
-//   single LA: 1.867 at -0x1.c36ed2p-10: got -0x1.fd6314p-10, want -0x1.fd631044p-10
+//   double EP: 1.2e+06 at 0x1.c000000077b5ap-6: got 0x1.f9634de6c3a9cp-6, want 0x1.f9634de7dcdee39p-6
+// Maximum errors in ulp (V3), by tmk-accuracy Erf:
+//   single LA: 1.958 at -0x1.c5c148p-8: got -0x1.ffffe4p-8, want -0x1.ffffe015p-8
 //   single HA: 0.5310 at -0x1.018e3ep-7: got -0x1.229d4ap-7, want -0x1.229d4b1p-7
 //   single EP: 4254 at -0x1.c5bbd4p+2: got -0x1.ffdec4p-1, want -0x1p+0
 //   double LA: 1.869 at 0x1.00e1a5639b491p-8: got 0x1.21dbb0fdf16d4p-8, want 0x1.21dbb0fdf16d5dep-8
-//   double HA: 0.5991 at -0x1.c599fb29f196cp-777: got -0x1.ffd59fd3c31aep-777, want -0x1.ffd59fd3c31ad67p-777
-//   double EP: 1.2e+06 at 0x1.c00000038bd23p-6: got 0x1.f9634dea3c498p-6, want 0x1.f9634deb557ea39p-6
-// Maximum errors in ulp (V4), by tmk-accuracy Erf --search brief:
-//   single LA: 1.378 at -0x1.c795p-4: got -0x1.fff50ap-4, want -0x1.fff50cc1p-4
+//   double HA: 0.5991 at 0x1.c5793ea24bf3ep-414: got 0x1.ffb0af6970f76p-414, want 0x1.ffb0af6970f7567p-414
+//   double EP: 1.2e+06 at 0x1.c000000077b5ap-6: got 0x1.f9634de6c3a9cp-6, want 0x1.f9634de7dcdee39p-6
+// Maximum errors in ulp (V4), by tmk-accuracy Erf:
+//   single LA: 1.400 at 0x1.c5a9ap-81: got 0x1.ffe744p-81, want 0x1.ffe746cdp-81
 //   single HA: 0.5630 at 0x1.074afap-3: got 0x1.27772cp-3, want 0x1.27772aep-3
 //   single EP: 4254 at -0x1.c5bbd4p+2: got -0x1.ffdec4p-1, want -0x1p+0
 //   double LA: 1.869 at 0x1.00e1a5639b491p-8: got 0x1.21dbb0fdf16d4p-8, want 0x1.21dbb0fdf16d5dep-8
-//   double HA: 0.5991 at -0x1.c599fb29f196cp-777: got -0x1.ffd59fd3c31aep-777, want -0x1.ffd59fd3c31ad67p-777
-//   double EP: 1.2e+06 at 0x1.c00000038bd23p-6: got 0x1.f9634dea3c498p-6, want 0x1.f9634deb557ea39p-6
+//   double HA: 0.5991 at 0x1.c5793ea24bf3ep-414: got 0x1.ffb0af6970f76p-414, want 0x1.ffb0af6970f7567p-414
+//   double EP: 1.2e+06 at 0x1.c000000077b5ap-6: got 0x1.f9634de6c3a9cp-6, want 0x1.f9634de7dcdee39p-6
 template <class Real, level Level>
 struct error_function : description<Real> {
   using value = batch<Real>;

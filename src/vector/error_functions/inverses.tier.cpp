@@ -58,30 +58,30 @@ f64 far_inverse(const f64& m) {
 //   single LA: 1.087 at 0x1.06680ap-2: got 0x1.d966cp-3, want 0x1.d966bdd4p-3
 //   single HA: 0.7469 at 0x1.0fc64cp-126: got 0x1.e1b538p-127, want 0x1.e1b53afdp-127
 //   single EP: 950 at 0x1.000022p-2: got 0x1.cd693cp-3, want 0x1.cd70a784p-3
-//   double LA: 1.134 at 0x1.09f5911ce0172p-2: got 0x1.e00c9981593eap-3, want 0x1.e00c9981593eb22p-3
-//   double HA: 0.6938 at 0x1.09c1c4b639265p-2: got 0x1.dfab9ba6b6282p-3, want 0x1.dfab9ba6b6282b2p-3
-//   double EP: 2.5e+07 at -0x1.09f620b0c1dffp-2: got -0x1.e00da67513d44p-3, want -0x1.e00da65d11d1293p-3
+//   double LA: 1.133 at 0x1.09e1a19a1729p-2: got 0x1.dfe74505752f8p-3, want 0x1.dfe74505752f922p-3
+//   double HA: 0.6981 at 0x1.09e04c3d2153dp-2: got 0x1.dfe4c5d1ce4fep-3, want 0x1.dfe4c5d1ce4feb3p-3
+//   double EP: 2.5e+07 at -0x1.09f5fed2e75efp-2: got -0x1.e00d670a38888p-3, want -0x1.e00d66f23685694p-3
 // Maximum errors in ulp (V3, V4), by tmk-accuracy ErfInv --search brief:
 //   single LA: 1.067 at -0x1.20778ap-5: got -0x1.ff75e2p-6, want -0x1.ff75dfdep-6
-//   single HA: 0.6078 at -0x1.06b234p-2: got -0x1.d9f16cp-3, want -0x1.d9f16ac9p-3
+//   single HA: 0.6127 at 0x1.07d6p-2: got 0x1.dc1334p-3, want 0x1.dc1332c6p-3
 //   single EP: 949 at 0x1.000044p-2: got 0x1.cd697cp-3, want 0x1.cd70e6ebp-3
 //   double LA: 1.038 at 0x1.196608deeeffcp-3: got 0x1.f541d07ee33c1p-4, want 0x1.f541d07ee33c20ap-4
-//   double HA: 0.6882 at 0x1.09c1c4b639207p-2: got 0x1.dfab9ba6b61d2p-3, want 0x1.dfab9ba6b61d2bp-3
-//   double EP: 2.5e+07 at -0x1.09f61e53bdb07p-2: got -0x1.e00da208253b2p-3, want -0x1.e00da1f023380d7p-3
+//   double HA: 0.6871 at 0x1.09e1d640d7315p-2: got 0x1.dfe7a79c6c356p-3, want 0x1.dfe7a79c6c356bp-3
+//   double EP: 2.5e+07 at -0x1.09f5fed2e75a7p-2: got -0x1.e00d670a38801p-3, want -0x1.e00d66f2367cfc1p-3
 // Maximum errors in ulp (W7), by tmk-accuracy ErfcInv --search brief:
-//   single LA: 1.089 at 0x1.42b9f8p+0: got -0x1.e1d27p-3, want -0x1.e1d26dd2p-3
+//   single LA: 1.081 at 0x1.4203fap+0: got -0x1.dc7f8cp-3, want -0x1.dc7f89d6p-3
 //   single HA: 0.6289 at 0x1.41fda4p+0: got -0x1.dc502p-3, want -0x1.dc501ebep-3
 //   single EP: 950 at 0x1.7fffeep-1: got 0x1.cd694p-3, want 0x1.cd70ab3fp-3
-//   double LA: 1.132 at 0x1.427d7d5e538e7p+0: got -0x1.e00d55700c266p-3, want -0x1.e00d55700c26722p-3
-//   double HA: 0.6911 at 0x1.7b592e0641615p-1: got 0x1.ded230ea6e724p-3, want 0x1.ded230ea6e724b1p-3
-//   double EP: 2.5e+07 at 0x1.427d7d5e53857p+0: got -0x1.e00d55880de62p-3, want -0x1.e00d55700be3089p-3
+//   double LA: 1.143 at 0x1.427fc79c6b1e7p+0: got -0x1.e01e7c93e007p-3, want -0x1.e01e7c93e007125p-3
+//   double HA: 0.6905 at 0x1.42675f4cabda8p+0: got -0x1.df67ae3c58f86p-3, want -0x1.df67ae3c58f86b1p-3
+//   double EP: 2.5e+07 at 0x1.7b04ffa87d548p-1: got 0x1.e00d6a85c7cd2p-3, want 0x1.e00d6a6dc5ca08ap-3
 // Maximum errors in ulp (V3, V4), by tmk-accuracy ErfcInv --search brief:
 //   single LA: 1.050 at 0x1.047d1ep+0: got -0x1.fd3af2p-7, want -0x1.fd3af41ap-7
 //   single HA: 0.6127 at 0x1.41f58p+0: got -0x1.dc1334p-3, want -0x1.dc1332c6p-3
 //   single EP: 949 at 0x1.7fffdep-1: got 0x1.cd697cp-3, want 0x1.cd70e6ebp-3
 //   double LA: 1.037 at 0x1.23885af57fc08p+0: got -0x1.fa687c0c6612dp-4, want -0x1.fa687c0c6612bf7p-4
-//   double HA: 0.6810 at 0x1.7b592e063f154p-1: got 0x1.ded230ea770cp-3, want 0x1.ded230ea770c0aep-3
-//   double EP: 2.5e+07 at 0x1.427d7d5e46062p+0: got -0x1.e00d5587a8ccfp-3, want -0x1.e00d556fa6c9dc7p-3
+//   double HA: 0.6801 at 0x1.425af4e79648cp+0: got -0x1.df0ab3c23ce1ap-3, want -0x1.df0ab3c23ce1aaep-3
+//   double EP: 2.5e+07 at 0x1.7b04ff8d54987p-1: got 0x1.e00d6aeb7eae7p-3, want 0x1.e00d6ad37cab5c3p-3
 // Maximum errors in ulp (W7), by tmk-accuracy CdfNormInv --search brief:
 //   single LA: 1.284 at 0x1.032af8p-1: got 0x1.fc383ap-7, want 0x1.fc383c91p-7
 //   single HA: 0.5714 at 0x1.42bbacp-1: got 0x1.54bc2p-2, want 0x1.54bc1edbp-2
