@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The error function, from a table of it. With r the nearest row's argument, s(r) = 2/sqrt(pi) exp(-r^2), d =
-// |x| - r and a = r d,
-//   erf(r + d) = erf(r) + s(r) d (1 + tail),   1 + tail = integral of exp(-2 a u) exp(-d^2 u^2) for u from 0
-//   to 1
+// The error function, from a table of it. With r the nearest row's argument, s(r) = 2/sqrt(pi) exp(-r^2),
+// d = |x| - r and a = r d,
+//   erf(r + d) = erf(r) + s(r) d (1 + tail)
+//   1 + tail = integral of exp(-2 a u) exp(-d^2 u^2) for u from 0 to 1
 // whose series in a and d^2 have rational coefficients. |d| is up to 1/256 in double and 1/128 in single,
 // where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words. V4 has
 // cells for single.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The complementary error function and the normal distribution, from their tails: for y >= 0
-//   erfc(y) = exp(-y^2) w(y),   cdfnorm(-y) = exp(-y^2/2) w(y),   erfc(-y) = 2 - erfc(y),   cdfnorm(y) = 1 -
-//   cdfnorm(-y)
-// with the w of each by cells. y^2 is in two
-// words, the exponential by eighths of a power of two.
+//   erfc(y) = exp(-y^2) w(y),        erfc(-y) = 2 - erfc(y)
+//   cdfnorm(-y) = exp(-y^2/2) w(y),  cdfnorm(y) = 1 - cdfnorm(-y)
+// with the w of each by cells. y^2 is in two words, the exponential by eighths of a power of two.
 #include <algorithm>
 #include <cmath>
 
