@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Kernels of every shape behind one signature.
+// Kernels of every shape under one signature.
 #pragma once
 
 #include <cstdint>

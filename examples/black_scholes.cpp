@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A million European call options: the formula of Black and Scholes over whole arrays, on all cores, beside a
-// plain loop over the C library, and the errors of both against long double.
+// A million European call options: the formula of Black and Scholes over whole arrays, on all cores, compared
+// with a plain loop over the C library, and the errors of both against long double.
 //
 //   C = S N(d1) - K exp(-r T) N(d2),   d1 = (ln(S / K) + (r + v^2 / 2) T) / (v sqrt T),   d2 = d1 - v sqrt T
 //

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tour's page of elementary functions: errors and times of a sine and a power beside the C library's, and
+// The tour's page of elementary functions: errors and times of a sine and a power and the C library's, and
 // arguments that are easy to get wrong.
 #include <cmath>
 #include <cstdio>
@@ -59,8 +59,7 @@ void elementary_page() {
   std::puts("Elementary functions\n");
   std::puts(
       "1. A thousand sines of angles between -100 and 100, and as many powers x^y with x between 0 and 100,");
-  std::puts(
-      "   y between -10 and 10: largest error and time of an element, beside a loop over the C library.");
+  std::puts("   y between -10 and 10: largest error and time of an element, compared with the C library.");
   const std::vector<double> angles = drawn(-100, 100, 1), x = drawn(0, 100, 2), y = drawn(-10, 10, 3);
   compare(
       "sin, the C library", [&](auto& r, tmk::accuracy level) { tmk::sin(angles, r, level); },

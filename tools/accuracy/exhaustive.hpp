@@ -6,7 +6,7 @@
 
 namespace tmk::accuracy {
 
-// Measures every listed kernel. Returns false for a function that is not of this kind or stands on its
+// Measures every listed kernel. Returns false for a function that is not of this kind or has only its
 // reference kernel alone, and, having said so on stderr, where the double-precision filter (see the source)
 // failed its check.
 bool measure_exhaustively(measurement& m, int threads);

@@ -128,7 +128,7 @@ struct log_gamma : description<Real> {
     else
       return paired_log_gamma(x);
   }
-  // Halves of a turn are not told apart from 2^51 on.
+  // Halves of a turn are not distinguished from 2^51 on.
   static lane_mask<Real> flagged(const value& x, const value& y) {
     const auto exposed =
         (x < value(Real(0))) & ((xsimd::abs(y) < value(near_zero)) | (x < value(Real(-0x1p51))));
