@@ -11,6 +11,7 @@ struct filter {
   std::string_view stem;
   double (*in_double)(double a, double b);                   // b counts for functions of two arguments only
   long double (*in_extended)(long double a, long double b);  // null where it would lose too many digits
+  bool is_exact = false;  // in_double has no error at all where a and b are singles
 };
 
 // Null for a function without a filter.
