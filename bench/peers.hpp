@@ -6,8 +6,9 @@
 
 namespace tmk::bench {
 
-// The arrays of one call; the element type is float or double, as the function's name says. A function uses
-// those that it has: a and r, b for a second argument, r2 for a second result. A scalar exponent is b[0].
+// The arrays of one call; the element type is float, double or a complex number of them, as the function's
+// name says. A function uses those that it has: a and r, b for a second argument, r2 for a second result. A
+// scalar exponent is b[0]; masks and indices of gather and scatter are b.
 struct call {
   std::int32_t n;
   const void *a, *b;
@@ -30,8 +31,12 @@ struct peer_list {
 inline constexpr const char* copy_name = "copy";
 
 // Peers in the instruction set of a tier, to be run only where the processor has it.
-peer_list peers_W7();
-peer_list peers_V3();
-peer_list peers_V4();
+#define TMK_DECLARE_PEERS(tier)     \
+  peer_list real_peers_##tier();    \
+  peer_list complex_peers_##tier(); \
+  peer_list gather_peers_##tier();
+TMK_DECLARE_PEERS(W7)
+TMK_DECLARE_PEERS(V3)
+TMK_DECLARE_PEERS(V4)
 
 }  // namespace tmk::bench

@@ -125,7 +125,7 @@ int main(int argc, char** argv) {
   _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
   std::vector<group> groups;
   for (const tools::vector_function& f : tools::functions_with_value()) {
-    if (!is_timed(f) || !f.vectorized) continue;
+    if (f.is_complex() || f.shape > call_shape::two_results || !f.vectorized) continue;
     for (int argument = 0; argument <= (f.shape == call_shape::binary ? 1 : 0); ++argument)
       for (int tier : tools::available_tiers())
         for (int slot : {TMK_SLOT_LA, TMK_SLOT_HA}) groups.push_back(group_of(f, argument, tier, slot));

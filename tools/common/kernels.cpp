@@ -3,8 +3,8 @@
 
 namespace tmk::tools {
 
-std::vector<vector_function> functions_with_value() {
-  std::vector<vector_function> all = {
+std::vector<vector_function> all_functions() {
+  return {
 #define TMK_FUNCTION(letter, stem, shape, slots, wide, stage) \
   {#letter #stem,                                             \
    #stem,                                                     \
@@ -14,8 +14,12 @@ std::vector<vector_function> functions_with_value() {
    &tmk_vtm_kernel_##letter##stem##_ttab},
 #include "vector/registry/functions.def"
   };
-  std::erase_if(all, [](const vector_function& f) { return !f.has_value(); });
-  return all;
+}
+
+std::vector<vector_function> functions_with_value() {
+  auto functions = all_functions();
+  std::erase_if(functions, [](const vector_function& f) { return !f.has_value(); });
+  return functions;
 }
 
 }  // namespace tmk::tools

@@ -42,8 +42,9 @@ struct vector_function {
   bool has_value() const { return shape < call_shape::pack_stride; }
 };
 
-// A function of its own unit: what walks over the list is not compiled anew when a row changes.
-std::vector<vector_function> functions_with_value();
+// In a unit of their own: what walks over the list is not compiled anew when a row changes.
+std::vector<vector_function> all_functions();
+std::vector<vector_function> functions_with_value();  // all but gather and scatter
 
 inline constexpr std::string_view level_names[] = {"LA", "HA", "EP"};  // in slot order
 inline constexpr int all_tiers[] = {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4};
