@@ -6,9 +6,11 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <random>
 #include <span>
 #include <type_traits>
+#include <vector>
 
 #include "oracle/domains.hpp"
 #include "oracle/oracle.hpp"
@@ -18,6 +20,23 @@ namespace tmk::accuracy {
 
 using tools::call_shape;
 using tools::vector_function;
+
+// Error of a result in ulp: of its worse part, or of its modulus where that is what the function promises.
+inline double result_error(const vector_function& f, const exact_result& exact,
+                           const std::array<double, 2>& got) {
+  return f.promises_modulus() ? modulus_ulp_error(exact, got)
+                              : std::max(ulp_error(exact[0], got[0]), ulp_error(exact[1], got[1]));
+}
+
+// The arguments that a line of numbers lists; nothing if there are too many or too few.
+inline std::optional<arguments> listed_arguments(const vector_function& f, std::vector<double> values) {
+  const bool is_complex = f.is_complex() && f.shape != call_shape::real_argument;
+  const bool has_two = f.shape == call_shape::binary || f.shape == call_shape::scalar_exponent;
+  if (values.size() != (has_two ? 2u : 1u) * (is_complex ? 2u : 1u)) return std::nullopt;
+  values.resize(4);
+  return is_complex ? arguments{{values[0], values[1]}, {values[2], values[3]}}
+                    : arguments{values[0], values[1]};
+}
 
 template <class Real>
 using bits_of = std::conditional_t<sizeof(Real) == sizeof(float), std::int32_t, std::int64_t>;

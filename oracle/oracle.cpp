@@ -92,6 +92,47 @@ double relative_error(const exact_value& exact, double got) {
   return error / units;
 }
 
+namespace {
+
+// In units of 2^unit, large enough that squares of larger numbers of units do not count and small enough that
+// none overflows. Infinite where a part is a special that is wrong.
+struct plane {
+  double distance, modulus;
+};
+plane in_units(const exact_result& exact, const std::array<double, 2>& got, int unit) {
+  std::array<double, 2> error{}, size{};
+  for (const std::size_t part : {0, 1}) {
+    const exact_value& e = exact[part];
+    error[part] = std::ldexp(ulp_error(e, got[part]), e.ulp_exponent - unit);
+    size[part] = std::ldexp(e.rounded, -unit);
+  }
+  return {std::hypot(error[0], error[1]), std::hypot(size[0], size[1])};
+}
+
+bool is_special(const exact_result& exact, const std::array<double, 2>& got) {
+  return !std::isfinite(exact[0].rounded) || !std::isfinite(exact[1].rounded) || !std::isfinite(got[0]) ||
+         !std::isfinite(got[1]);
+}
+
+// ulp exponent of the larger part.
+int larger_unit(const exact_result& exact) {
+  return std::abs(exact[0].rounded) >= std::abs(exact[1].rounded) ? exact[0].ulp_exponent
+                                                                  : exact[1].ulp_exponent;
+}
+
+}  // namespace
+
+double modulus_ulp_error(const exact_result& exact, const std::array<double, 2>& got) {
+  if (is_special(exact, got)) return std::max(ulp_error(exact[0], got[0]), ulp_error(exact[1], got[1]));
+  return in_units(exact, got, larger_unit(exact)).distance;
+}
+
+double modulus_relative_error(const exact_result& exact, const std::array<double, 2>& got) {
+  const double error = modulus_ulp_error(exact, got);
+  if (error == 0 || std::isinf(error)) return error;
+  return is_special(exact, got) ? 0 : error / in_units(exact, got, larger_unit(exact)).modulus;
+}
+
 oracle::oracle(std::string_view name) {
   const bool complex = name.starts_with('c') || name.starts_with('z');
   format_ = name.starts_with('s') || name.starts_with('c') ? &single_format : &double_format;

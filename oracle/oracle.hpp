@@ -46,6 +46,11 @@ struct arguments {
 // (integral, fraction). Results that are one real number leave the second part zero.
 using exact_result = std::array<exact_value, 2>;
 
+// A complex result may be judged as a whole: |got - exact| in units of the spacing at |exact|, and relative
+// to it.
+double modulus_ulp_error(const exact_result& exact, const std::array<double, 2>& got);
+double modulus_relative_error(const exact_result& exact, const std::array<double, 2>& got);
+
 struct evaluation;
 
 // The oracle of one function, looked up by its name ("sExp"). Thread-safe.

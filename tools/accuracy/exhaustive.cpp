@@ -172,7 +172,7 @@ bool measure_exhaustively(measurement& m, int threads) {
         if (settle_block(tallies[k], *known, got)) continue;
         for (std::int64_t i = 0; i < block_size; ++i)
           if (!settle(tallies[k], y[i], own_filter->is_exact, got[i]))
-            tallies[k].add(arguments{x[i]}, exact(arguments{x[i]}), {got[i], 0}, smallest_normal);
+            tallies[k].add(f, arguments{x[i]}, exact(arguments{x[i]}), {got[i], 0});
       }
     }
     parts[task] = std::move(tallies);

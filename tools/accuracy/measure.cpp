@@ -12,19 +12,26 @@
 
 namespace tmk::accuracy {
 
-void tally::add(const arguments& x, const exact_result& exact, const std::array<double, 2>& got,
-                double smallest_normal) {
-  const double error = std::max(ulp_error(exact[0], got[0]), ulp_error(exact[1], got[1]));
+void tally::add(const vector_function& f, const arguments& x, const exact_result& exact,
+                const std::array<double, 2>& got) {
+  const double error = result_error(f, exact, got);
   ++count;
   if (std::isfinite(error)) error_sum += error;
   if (error > worst.error) worst = {error, x, got, exact};
+  const double smallest_normal =
+      f.is_single() ? double{std::numeric_limits<float>::min()} : std::numeric_limits<double>::min();
+  const auto is_normal = [&](const exact_value& e) {
+    return std::isfinite(e.rounded) && std::abs(e.rounded) >= smallest_normal;
+  };
   bool all_rounded = true;
-  for (int part = 0; part < 2; ++part) {
+  for (const std::size_t part : {0, 1}) {
     const double rounded = exact[part].rounded;
     all_rounded &= got[part] == rounded || (std::isnan(got[part]) && std::isnan(rounded));
-    if (std::isfinite(rounded) && std::abs(rounded) >= smallest_normal)
+    if (is_normal(exact[part]) && !f.has_complex_result())
       worst_relative = std::max(worst_relative, relative_error(exact[part], got[part]));
   }
+  if (f.has_complex_result() && std::ranges::any_of(exact, is_normal))
+    worst_relative = std::max(worst_relative, modulus_relative_error(exact, got));
   correctly_rounded += all_rounded;
 }
 
@@ -72,7 +79,7 @@ std::vector<tally> measure_batch(const measurement& m, std::uint64_t seed) {
   for (std::size_t k = 0; k < m.kernels.size(); ++k) {
     sample->run(m.kernels[k].address);
     for (std::int32_t i = 0; i < batch<Real>::size; ++i)
-      tallies[k].add(sample->inputs()[i], values[i], sample->result(i), std::numeric_limits<Real>::min());
+      tallies[k].add(f, sample->inputs()[i], values[i], sample->result(i));
   }
   return tallies;
 }
@@ -85,8 +92,8 @@ void judge_in(measurement& m, std::size_t kernel, std::span<const arguments> inp
     const auto sample = std::make_unique<batch<Real>>(*m.function, inputs.subspan(begin));
     sample->run(m.kernels[kernel].address);
     for (std::size_t i = 0; i < sample->inputs().size(); ++i)
-      found.add(sample->inputs()[i], exact(sample->inputs()[i]), sample->result(static_cast<std::int32_t>(i)),
-                std::numeric_limits<Real>::min());
+      found.add(*m.function, sample->inputs()[i], exact(sample->inputs()[i]),
+                sample->result(static_cast<std::int32_t>(i)));
   }
   tally& all = m.kernels[kernel].errors;
   if (found.worst.error > all.worst.error) all.worst = found.worst;

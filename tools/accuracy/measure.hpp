@@ -16,7 +16,7 @@ namespace tmk::accuracy {
 
 using tools::vector_function;
 
-// What became of one result, judged by its worse part.
+// What became of one result.
 struct finding {
   double error = -1;  // ulp; infinite for a special where a number belongs, or the reverse
   arguments where{};
@@ -27,12 +27,12 @@ struct finding {
 struct tally {
   finding worst;
   double error_sum = 0;       // of finite errors
-  double worst_relative = 0;  // where the exact value is a normal number
+  double worst_relative = 0;  // where the exact value is a normal number; of the modulus, if complex
   std::int64_t count = 0;
   std::int64_t correctly_rounded = 0;
 
-  void add(const arguments& x, const exact_result& exact, const std::array<double, 2>& got,
-           double smallest_normal);
+  void add(const vector_function& f, const arguments& x, const exact_result& exact,
+           const std::array<double, 2>& got);
   void merge(const tally& later);
 };
 

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <sstream>
 #include <unordered_set>
 
@@ -93,9 +94,8 @@ class judge {
       sample.run(m.kernels[k].address);
       for (std::size_t i = 0; i < inputs.size(); ++i) {
         const auto got = sample.result(static_cast<std::int32_t>(i));
-        const double error = has_filter()
-                                 ? estimated_error(y[i], static_cast<Real>(got[0]))
-                                 : std::max(ulp_error(exact[i][0], got[0]), ulp_error(exact[i][1], got[1]));
+        const double error = has_filter() ? estimated_error(y[i], static_cast<Real>(got[0]))
+                                          : result_error(function_, exact[i], got);
         if (std::isfinite(error)) halls[k].offer(error, inputs[i]);
       }
     }
@@ -218,18 +218,13 @@ bool judge_listed(measurement& m, const std::string& path) {
       sound &= *end == '\0';
     }
     if (name != m.function->name) continue;
-    const vector_function& f = *m.function;
-    const bool complex = f.is_complex() && f.shape != call_shape::real_argument;
-    const bool two = f.shape == call_shape::binary || f.shape == call_shape::scalar_exponent;
-    if (!sound || values.size() != (two ? 2u : 1u) * (complex ? 2u : 1u)) {
+    const std::optional<arguments> x = listed_arguments(*m.function, values);
+    if (!sound || !x) {
       std::fprintf(stderr, "%s:%d: want a function and its arguments: %s\n", path.c_str(), number,
                    line.c_str());
       return false;
     }
-    values.resize(4);
-    const arguments x =
-        complex ? arguments{{values[0], values[1]}, {values[2], values[3]}} : arguments{values[0], values[1]};
-    for (std::size_t k = 0; k < m.kernels.size(); ++k) judge_arguments(m, k, std::span(&x, 1));
+    for (std::size_t k = 0; k < m.kernels.size(); ++k) judge_arguments(m, k, std::span(&*x, 1));
   }
   return file.eof();
 }
