@@ -124,7 +124,9 @@ class batch {
         draw_second(find_domain(f.letter, f.stem, 1));
     const auto draw = [&](const sampler<Real>& one_part) {
       const double re = one_part(generate);
-      return std::complex<double>(re, has_complex_argument() ? one_part(generate) : 0);
+      if (!has_complex_argument()) return std::complex<double>(re, 0);
+      if (generate() % 8 == 0) return near(std::polar(1.0, re), generate);  // near the unit circle
+      return std::complex<double>(re, one_part(generate));
     };
     arguments scalars;
     scalars.b = exponent(generate, draw(draw_second));
@@ -134,6 +136,8 @@ class batch {
       inputs_[i] = scalars;
       inputs_[i].a = draw(draw_first);
       if (f.shape != call_shape::scalar_exponent) inputs_[i].b = draw(draw_second);
+      if (f.shape == call_shape::binary && f.is_complex() && generate() % 4 == 0)
+        inputs_[i].b = cancelling(inputs_[i].a, generate);
       store(a_, i, inputs_[i].a, has_complex_argument());
       store(b_, i, inputs_[i].b, has_complex_argument());
     }
@@ -185,6 +189,27 @@ class batch {
   static std::complex<double> exponent(Generator& generate, std::complex<double> drawn) {
     constexpr double special[] = {-1, -0.5, -1.0f / 3, 0.5, 2.0f / 3, 1.5, 2, 3};
     return generate() % 2 ? drawn : special[generate() % std::size(special)];
+  }
+
+  // Complex numbers at distances from z whose logarithms are drawn evenly, up to half the digits.
+  template <class Generator>
+  static std::complex<double> near(std::complex<double> z, Generator& generate) {
+    const auto part = [&](double x) -> double {
+      const auto distance = static_cast<bits_of<Real>>(
+          generate() % ((std::uint64_t{1} << generate() % (std::numeric_limits<Real>::digits / 2)) + 1));
+      return at_place<Real>(place_of(static_cast<Real>(x)) + (generate() % 2 ? distance : -distance));
+    };
+    return {part(z.real()), part(z.imag())};
+  }
+
+  // b near a multiple of a, its conjugate, i a or i conj(a): a part of the product or of the quotient nearly
+  // vanishes.
+  template <class Generator>
+  static std::complex<double> cancelling(std::complex<double> a, Generator& generate) {
+    const auto mirrored = generate() % 2 ? a : std::conj(a);
+    const auto turned = generate() % 2 ? mirrored : std::complex<double>(-mirrored.imag(), mirrored.real());
+    const double size = 1 + 0.125 * static_cast<double>(generate() % 8);
+    return std::abs(a) > 0x1p100 || !(std::abs(a) > 0x1p-100) ? turned : near(size * turned, generate);
   }
 
   static void store(Real* array, std::int32_t i, std::complex<double> x, bool complex) {
