@@ -5,6 +5,7 @@
 void vector_math_page();
 void elementary_page();
 void black_scholes_page();
+void spectrum_page();
 void random_page();
 void statistics_page();
 void splines_page();
