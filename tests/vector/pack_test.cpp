@@ -130,10 +130,31 @@ void expect_masks(const VtmDispatchRecord& pack, const VtmDispatchRecord& unpack
     }
 }
 
-TEST(pack, masks_of_any_length_on_every_tier) {
+// Nothing is read past the last element of the stride.
+template <class Element>
+void expect_strides(const VtmDispatchRecord& pack) {
+  const auto pack_stride =
+      reinterpret_cast<decltype(kernels<Element>::pack_stride)>(pack.kernel[TMK_SLOT_HA]);
+  for (const int64_t inc : {1, 2, 3})
+    for (int64_t n = 1; n < 80; ++n) {
+      const auto spread = any_bits<Element>(static_cast<size_t>((n - 1) * inc + 1), 1);
+      auto packed = any_bits<Element>(static_cast<size_t>(n) + 1, 2), want = packed;
+      for (int64_t i = 0; i < n; ++i)
+        std::memcpy(&want[static_cast<size_t>(i)], &spread[static_cast<size_t>(i * inc)], sizeof(Element));
+      for (const int32_t narrow : {0, 1}) {
+        pack_stride(n, spread.data(), inc, packed.data(), narrow);
+        expect_same(packed, want, "packed by a stride");
+      }
+    }
+}
+
+TEST(pack, masks_and_strides_of_any_length_on_every_tier) {
   for (const int tier : {TMK_TIER_W7, TMK_TIER_V3, TMK_TIER_V4}) {
     if (tmk_select_tier(tier) != tier) continue;
     SCOPED_TRACE(tmk_tier_name(tier));
+    expect_strides<float>(tmk_vtm_kernel_sPackI_ttab);
+    expect_strides<double>(tmk_vtm_kernel_dPackI_ttab);
+    expect_strides<tmk_complex8>(tmk_vtm_kernel_cPackI_ttab);
     expect_masks<float>(tmk_vtm_kernel_sPackM_ttab, tmk_vtm_kernel_sUnpackM_ttab);
     expect_masks<double>(tmk_vtm_kernel_dPackM_ttab, tmk_vtm_kernel_dUnpackM_ttab);
     expect_masks<tmk_complex8>(tmk_vtm_kernel_cPackM_ttab, tmk_vtm_kernel_cUnpackM_ttab);

@@ -40,6 +40,14 @@ struct scatter {
   void all(int64_t count) const { move_all(dense, spread, count); }
 };
 
+template <class Integer, class Move>
+void along_stride(int64_t n, int64_t inc, Move move) {
+  const Integer count = static_cast<Integer>(n), stride = static_cast<Integer>(inc);
+  if (stride == 1) return move.all(count);
+#pragma GCC unroll 8
+  for (Integer i = 0; i < count; ++i) move(i, int64_t{i} * stride);
+}
+
 // The places of a block first, without a branch that a random mask would mislead; then the moves, which touch
 // no other element.
 template <class Integer, class Move>

@@ -11,14 +11,6 @@
 TMK_TIER_OPEN
 namespace {
 
-template <class Integer, class Move>
-void along_stride(int64_t n, int64_t inc, Move move) {
-  const Integer count = static_cast<Integer>(n), stride = static_cast<Integer>(inc);
-  if (stride == 1) return move.all(count);
-#pragma GCC unroll 8
-  for (Integer i = 0; i < count; ++i) move(i, int64_t{i} * stride);
-}
-
 // Wide entries, too, are indices of 32 bits.
 template <class Integer, class Move>
 void at_indices(int64_t n, const void* index, Move move) {
