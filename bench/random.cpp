@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // tmk-bench-random: raw words, uniforms and variates compared with what a program would otherwise take, in
 // one process.
+#include "tmk/random.hpp"
+
 #include <gsl/gsl_randist.h>
 #include <gsl/gsl_rng.h>
 
@@ -11,6 +13,7 @@
 #include <boost/random/uniform_real_distribution.hpp>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -137,6 +140,21 @@ std::vector<group> all_groups() {
       {"MRG32K3A words", VTS_BRNG_MRG32K3A, {serial("serial form", mrg32k3a_serial())}},
   };
   for (const auto& g : generators) groups.push_back(drawn(g.name, n, g.brng, words, g.peers));
+  // One word at a time, as the standard's distributions and std::shuffle take them.
+  const struct {
+    const char* name;
+    tmk::generator id;
+  } singly[] = {{"MT19937 words, one by one", tmk::generator::mt19937},
+                {"PHILOX4X32X10 words, one by one", tmk::generator::philox4x32x10}};
+  for (const auto& g : singly)
+    groups.push_back({g.name, n, [=] {
+                        auto all = by_tier([g = std::make_shared<tmk::stream>(g.id, 7)] {
+                          auto* const words = reinterpret_cast<uint32_t*>(room());
+                          for (int32_t i = 0; i < n; ++i) words[i] = (*g)();
+                        });
+                        all.push_back(std_words);
+                        return all;
+                      }});
 
   const struct {
     const char* name;

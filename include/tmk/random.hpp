@@ -116,19 +116,37 @@ class stream {
   using result_type = std::uint32_t;
   static constexpr result_type min() { return 0; }
   static constexpr result_type max() { return UINT32_MAX; }
-  result_type operator()();
+  /// The next word. Words come from a block that was drawn ahead; whatever else is asked of the stream finds
+  /// it just after the last word that was taken.
+  result_type operator()() {
+    return ahead_ != nullptr && ahead_->taken < block_words ? ahead_->words[ahead_->taken++] : next_block();
+  }
 
-  /// For the C interface.
+  /// For the C interface. What it draws follows the last word taken; after another word, ask again.
   [[nodiscard]] VtsStream* handle() const;
 
  private:
   struct release {
     void operator()(VtsStream* p) const;
   };
+  using handle_owner = std::unique_ptr<VtsStream, release>;
+  static constexpr unsigned block_words = 256, singles_first = 8;
+  // Words of the stream that are drawn already, from a copy: the handle stands before the first of them. The
+  // first few after any other use are drawn one by one, since a program that mixes the two wants no copies.
+  struct block_ahead {
+    unsigned singles = 0, taken = block_words;
+    handle_owner after{};
+    result_type words[block_words];
+  };
+
   explicit stream(VtsStream* p) : handle_(p) {}
   stream(generator g, std::uint64_t seed, bool negative, int set);
-  VtsStream* require(const char* function) const;
-  std::unique_ptr<VtsStream, release> handle_;
+  VtsStream* require(const char* function) const;  // where it stands is of no account
+  VtsStream* settled(const char* function) const;  // just after the last word taken
+  static void pass_over_taken(VtsStream* handle, const block_ahead* ahead);
+  result_type next_block();
+  handle_owner handle_;
+  mutable std::unique_ptr<block_ahead> ahead_;
 };
 
 /// `parts` streams that share the elements of g: part k gives k, k + parts, ... Throws as stream::leapfrog,

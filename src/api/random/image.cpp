@@ -174,7 +174,9 @@ void write_file(bytes image, const source& to) {
 }  // namespace
 
 std::vector<std::byte> stream::save() const {
-  VtsStream* const handle = require("stream::save");
+  require("stream::save");
+  const stream now(*this);  // after the words taken
+  VtsStream* const handle = now.handle();
   const auto content = static_cast<std::size_t>(__vtsGetStreamSize(handle));
   std::vector<std::byte> image;
   image.reserve(header_bytes + content + hash_bytes);

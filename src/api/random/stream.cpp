@@ -93,6 +93,38 @@ void detail::check_status(const char* function, VtsStreamHandle g, int32_t statu
   if (status < 0) check_status(function, "g", hexadecimal(__vtsGetStreamStateBrng(g)), status);
 }
 
+namespace {
+
+// Words of generators whose elements do not hold 32 random bits are made of the upper halves of two.
+void draw_words(VtsStream* handle, std::span<std::uint32_t> words) {
+  if (words.empty()) return;
+  int32_t status = _vtsiRngUniformBits32(0, handle, static_cast<int32_t>(words.size()), words.data());
+  if (status == VTS_STATUS_NO_FIXED_WIDTH_BITS) {
+    constexpr std::size_t longest = 64;
+    const auto bits = [](double x) { return x < 0xFFFF ? static_cast<std::uint32_t>(x) : 0xFFFFu; };
+    status = VTS_STATUS_OK;
+    for (auto rest = words; !rest.empty() && status >= 0;) {
+      const auto now = rest.first(std::min(longest, rest.size()));
+      double halves[2 * longest];
+      status = _vtsdRngUniform(0, handle, static_cast<int32_t>(2 * now.size()), halves, 0, 0x1p16);
+      for (std::size_t i = 0; i < now.size(); ++i)
+        now[i] = bits(halves[2 * i]) << 16 | bits(halves[2 * i + 1]);
+      rest = rest.subspan(now.size());
+    }
+  }
+  detail::check_status("stream::operator()", handle, status);
+}
+
+VtsStreamHandle copied(VtsStreamHandle handle) {
+  VtsStreamHandle copy = nullptr;
+  const int32_t status = __vtsCopyStream(&copy, handle);
+  if (status < 0) __vtsDeleteStream(&copy);
+  detail::check_status("stream", handle, status);
+  return copy;
+}
+
+}  // namespace
+
 void stream::release::operator()(VtsStream* p) const { __vtsDeleteStream(&p); }
 
 VtsStream* stream::require(const char* function) const {
@@ -100,7 +132,7 @@ VtsStream* stream::require(const char* function) const {
   return handle_.get();
 }
 
-VtsStream* stream::handle() const { return require("stream::handle"); }
+VtsStream* stream::handle() const { return settled("stream::handle"); }
 
 stream::stream(generator g, std::span<const std::uint32_t> seeds, int set) {
   detail::check_data("stream", {"seeds", {seeds.data(), seeds.size()}, sizeof(std::uint32_t)});
@@ -133,11 +165,10 @@ stream stream::niederreiter(int dimensions) {
   return stream(generator::niederreiter, dimensions);
 }
 
+// Reads the other alone, so that several threads may copy one stream.
 stream::stream(const stream& other) {
-  VtsStreamHandle handle = nullptr;
-  const int32_t status = __vtsCopyStream(&handle, other.require("stream"));
-  handle_.reset(handle);
-  detail::check_status("stream", other.handle(), status);
+  handle_.reset(copied(other.require("stream")));
+  pass_over_taken(handle_.get(), other.ahead_.get());
 }
 stream& stream::operator=(const stream& other) { return *this = stream(other); }
 
@@ -147,13 +178,13 @@ generator stream::kind() const {
 int stream::set() const { return __vtsGetStreamStateBrng(require("stream::set")) & 0xFFFFF; }
 
 void stream::skip(std::int64_t count) {
-  VtsStream* const handle = require("stream::skip");
+  VtsStream* const handle = settled("stream::skip");
   detail::refuse_below("stream::skip", "count", count, 0);
   detail::check_status("stream::skip", handle, __vtsSkipAheadStream(handle, count));
 }
 
 void stream::leapfrog(int k, int parts) {
-  VtsStream* const handle = require("stream::leapfrog");
+  VtsStream* const handle = settled("stream::leapfrog");
   detail::refuse_below("stream::leapfrog", "parts", parts, 1);
   detail::refuse_unless_in("stream::leapfrog", "k", k, 0, parts - 1);
   if (kind() == generator::mcg59 && parts % 2 == 0)
@@ -173,18 +204,36 @@ std::vector<stream> leapfrog(const stream& g, int parts) {
   return result;
 }
 
-stream::result_type stream::operator()() {
+void stream::pass_over_taken(VtsStream* handle, const block_ahead* ahead) {
+  if (ahead == nullptr || ahead->after == nullptr) return;
+  result_type unused[block_words];
+  draw_words(handle, {unused, ahead->taken});
+}
+
+VtsStream* stream::settled(const char* function) const {
+  VtsStream* const handle = require(function);
+  pass_over_taken(handle, ahead_.get());
+  ahead_ = nullptr;
+  return handle;
+}
+
+stream::result_type stream::next_block() {
   VtsStream* const handle = require("stream::operator()");
-  result_type word;
-  int32_t status = _vtsiRngUniformBits32(0, handle, 1, &word);
-  if (status == VTS_STATUS_NO_FIXED_WIDTH_BITS) {
-    double half[2];
-    status = _vtsdRngUniform(0, handle, 2, half, 0, 0x1p16);
-    const auto bits = [](double x) { return x < 0xFFFF ? static_cast<result_type>(x) : 0xFFFFu; };
-    word = bits(half[0]) << 16 | bits(half[1]);
+  if (ahead_ == nullptr) ahead_ = std::make_unique<block_ahead>();
+  block_ahead& b = *ahead_;
+  if (b.singles < singles_first) {
+    result_type word;
+    draw_words(handle, {&word, 1});
+    ++b.singles;
+    return word;
   }
-  detail::check_status("stream::operator()", handle, status);
-  return word;
+  if (b.after == nullptr)
+    b.after.reset(copied(handle));
+  else
+    draw_words(handle, b.words);
+  draw_words(b.after.get(), b.words);
+  b.taken = 1;
+  return b.words[0];
 }
 
 }  // namespace tmk

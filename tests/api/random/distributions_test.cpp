@@ -73,6 +73,29 @@ TEST(random, streams_are_values) {
   EXPECT_EQ(g(), moved());
 }
 
+// Words come from a block that is drawn ahead. Another stream draws each by itself: its handle is asked for
+// before.
+TEST(random, words_taken_leave_the_stream_just_after_them) {
+  for (const generator id : every) {
+    stream g(id, 5), plain(id, 5);
+    for (const int count : {1, 7, 8, 9, 100, 263, 264, 265, 700}) {
+      for (int i = 0; i < count; ++i) {
+        static_cast<void>(plain.handle());
+        ASSERT_EQ(g(), plain()) << static_cast<int>(id) << " word " << i << " of " << count;
+      }
+      const stream copy = g;
+      stream loaded = stream::load(g.save()), moved = std::move(g);
+      g = copy;
+      std::vector<float> x(3), want(3);
+      uniform(plain, want);
+      for (stream* one : {&g, &loaded, &moved}) {
+        uniform(*one, x);
+        ASSERT_EQ(x, want) << static_cast<int>(id) << " after " << count;
+      }
+    }
+  }
+}
+
 TEST(random, parts_of_a_leapfrog_interleave) {
   const stream g(generator::mcg59, 7);
   stream whole = g;
