@@ -16,9 +16,11 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <tmk/error.hpp>
+#include <tmk/seed_sequence.hpp>
 #include <tmk/uniform.hpp>
 #include <utility>
 #include <variant>
@@ -70,6 +72,9 @@ class stream {
   requires(!std::same_as<Seed, bool> && sizeof(Seed) <= 8) stream(generator g, Seed seed, int set = 0)
       : stream(g, static_cast<std::uint64_t>(seed), std::cmp_less(seed, 0), set) {}
 
+  /// The same from a sequence, which may be somebody's child.
+  stream(generator g, const seed_sequence& seeds, int set = 0);
+
   /// The words as they are; none is the generator's own default.
   stream(generator g, const raw_seed& seeds, int set = 0);
 
@@ -97,6 +102,12 @@ class stream {
   /// generators, for parts below 1, for k outside 0 to parts - 1, and for an even number of parts of mcg59,
   /// whose modulus is a power of two: every second element has a shorter period and fails statistical tests.
   void leapfrog(int k, int parts);
+
+  /// Streams of the same generator and set, whose seeds are the next `count` children of this one's:
+  /// unrelated to it and to one another, as deep as wanted. They do not depend on what was drawn. Throws
+  /// tmk::error for a negative count and for streams without a seed sequence: loaded, raw or quasi-random
+  /// ones.
+  [[nodiscard]] std::vector<stream> spawn(int count);
 
   /// The state, with what distributions keep, to be continued elsewhere or later. The image does not depend
   /// on the machine, and ends with a hash. A file is written under another name in the same folder and then
@@ -147,7 +158,32 @@ class stream {
   result_type next_block();
   handle_owner handle_;
   mutable std::unique_ptr<block_ahead> ahead_;
+  std::optional<seed_sequence> seeds_;
+  std::uint32_t spawned_ = 0;
 };
+
+/// A stream of the generator that is the best choice where nothing speaks for another: philox4x32x10, fast on
+/// every tier, of period 2^130, each of whose 2^64 keys is a stream of its own. Seeds as for tmk::stream.
+template <std::integral Seed>
+[[nodiscard]] stream random(Seed seed) {
+  return stream(generator::philox4x32x10, seed);
+}
+[[nodiscard]] inline stream random(const seed_sequence& seeds) { return {generator::philox4x32x10, seeds}; }
+/// Seeded by the system's entropy.
+[[nodiscard]] inline stream random() { return random(seed_sequence::of_system()); }
+
+/// `parts` streams for as many threads or machines, by the safest way that the generator has:
+///   wh, mt2203            sets 0 to parts - 1, at most 273 and 6024;
+///   mt19937, sfmt19937, mrg32k3a   of one sequence, 2^62 elements apart;
+///   mcg31m1, mcg59        of one sequence, at an odd distance, about the period divided by parts;
+///   philox4x32x10, ars5, r250, hardware   seeds that are children of one.
+/// docs/parallel-streams.md tells how many are safe. Throws tmk::error for parts below 1 or above the count
+/// of sets, and for sobol and niederreiter.
+[[nodiscard]] std::vector<stream> streams(generator g, const seed_sequence& seeds, int parts);
+template <std::integral Seed>
+[[nodiscard]] std::vector<stream> streams(generator g, Seed seed, int parts) {
+  return streams(g, seed_sequence(seed), parts);
+}
 
 /// `parts` streams that share the elements of g: part k gives k, k + parts, ... Throws as stream::leapfrog,
 /// and for sobol and niederreiter.

@@ -15,7 +15,7 @@ using key_words = std::array<uint32_t, 4>;
 
 std::vector<uint32_t> kinds(VtsStreamHandle stream) {
   std::vector<uint32_t> ids;
-  for (const VtsChunk* chunk = tmk::random::first_chunk(stream); chunk != nullptr; chunk = chunk->next)
+  for (const VtsChunk* chunk = tmk::rng::first_chunk(stream); chunk != nullptr; chunk = chunk->next)
     ids.push_back(chunk->chunkId);
   return ids;
 }
@@ -49,11 +49,11 @@ TEST(chunks, deletion_by_kind_keeps_the_last_other_chunk) {
   for (const auto& c : cases) {
     owned_stream stream(VTS_BRNG_MCG59, {1});
     for (const uint32_t id : c.added) add(stream, id);
-    VtsChunk* head = tmk::random::first_chunk(stream);
+    VtsChunk* head = tmk::rng::first_chunk(stream);
     EXPECT_EQ(__vtsDeleteChunksById(stream, 60), 0);
     EXPECT_EQ(kinds(stream), c.left);
-    if (c.added.back() != 60 && head != tmk::random::first_chunk(stream)) {
-      EXPECT_EQ(head->next, tmk::random::first_chunk(stream));
+    if (c.added.back() != 60 && head != tmk::rng::first_chunk(stream)) {
+      EXPECT_EQ(head->next, tmk::rng::first_chunk(stream));
       tmk_serv_deallocate(head->data);
       tmk_serv_deallocate(head);
     }
@@ -89,7 +89,7 @@ TEST(shared_blobs, a_full_table_makes_chunks_private) {
     owned_stream stream(VTS_BRNG_MCG59, {1});
     for (uint32_t i = before; i < 127; ++i) add(stream, 50, {i, 1, 1, 1});
     add(stream, 51, {127, 1, 1, 1});
-    const VtsChunk& head = *tmk::random::first_chunk(stream);
+    const VtsChunk& head = *tmk::rng::first_chunk(stream);
     EXPECT_TRUE(std::all_of(head.key, head.key + 4, [](uint32_t word) { return word == 0; }));
     EXPECT_EQ(_GlobRODataTableCount, 127u);
 
@@ -128,7 +128,7 @@ TEST(shared_blobs, threads_share_and_let_go) {
       VtsStreamHandle stream, copy;
       const int32_t row = 3;
       if (__vtsAllocateStream(&stream, __RegBrngsNew, VTS_BRNG_MCG59, row, 0) != 0) ++wrong;
-      std::memset(&tmk::random::state_of<char>(stream), 0, 16);
+      std::memset(&tmk::rng::state_of<char>(stream), 0, 16);
       void* blob = new_blob(64, static_cast<int>(id));
       if (__vtsAddChunk(stream, id, key.data(), blob, 64) != 0) ++wrong;
       if (__vtsSearchChunk(stream, id) != blob) tmk_serv_deallocate(blob);

@@ -21,7 +21,7 @@ double mcg59_wide_single(const uint32_t* x, double a, double b) {
 
 template <int Set>
 double wh_value(const uint32_t* x, double a, double b) {
-  const auto& m = tmk::random::wh_moduli[Set];
+  const auto& m = tmk::rng::wh_moduli[Set];
   const double s = ((x[0] * (1.0 / m[0]) + x[1] * (1.0 / m[1])) + x[2] * (1.0 / m[2])) + x[3] * (1.0 / m[3]);
   return (s - std::floor(s)) * (b - a) + a;
 }
@@ -33,7 +33,7 @@ plain_generator plain_wh(int32_t id) {
           [x = std::array<uint64_t, 4>{9, 16000000, 3, 1}](uint32_t* r) mutable {
             for (int j = 0; j < 4; ++j) {
               r[j] = static_cast<uint32_t>(x[j]);
-              x[j] = x[j] * tmk::random::wh_multipliers[Set][j] % tmk::random::wh_moduli[Set][j];
+              x[j] = x[j] * tmk::rng::wh_multipliers[Set][j] % tmk::rng::wh_moduli[Set][j];
             }
           },
           wh_value<Set>,

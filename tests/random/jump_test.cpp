@@ -56,24 +56,24 @@ TEST(skip_ahead, equals_generation_where_methods_change) {
 TEST(skip_ahead, both_methods_evaluate_the_polynomial) {
   constexpr int32_t exponents[] = {0, 2, 5};
   static constexpr auto at = [](VtsStreamHandle block) -> uint32_t& {
-    return tmk::random::state_of<uint32_t>(block);
+    return tmk::rng::state_of<uint32_t>(block);
   };
-  const tmk::random::zero_state zero = [](VtsStreamHandle block) { at(block) = 0; };
-  const tmk::random::combine_states add = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
+  const tmk::rng::zero_state zero = [](VtsStreamHandle block) { at(block) = 0; };
+  const tmk::rng::combine_states add = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
     at(to) ^= at(from);
   };
-  const tmk::random::combine_states copy = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
+  const tmk::rng::combine_states copy = [](VtsStreamHandle to, VtsStreamHandle from, int32_t) {
     at(to) = at(from);
   };
-  const tmk::random::step_state step = [](VtsStreamHandle block) {
+  const tmk::rng::step_state step = [](VtsStreamHandle block) {
     at(block) = at(block) << 1 ^ (at(block) & 16 ? 0b100101 : 0);
   };
-  const tmk::random::absorb_skip none = [](VtsStreamHandle, uint64_t*, int32_t*) -> int32_t { return 1; };
-  constexpr auto bytes = static_cast<int32_t>(sizeof(tmk::random::stream_header) + sizeof(uint32_t));
+  const tmk::rng::absorb_skip none = [](VtsStreamHandle, uint64_t*, int32_t*) -> int32_t { return 1; };
+  constexpr auto bytes = static_cast<int32_t>(sizeof(tmk::rng::stream_header) + sizeof(uint32_t));
   for (const auto method : {__vts_SkipAheadHorner, __vts_SkipAheadSWin})
     for (const uint64_t n : {uint64_t{0}, uint64_t{1}, uint64_t{6}, uint64_t{30}, ~uint64_t{0}}) {
       struct {
-        tmk::random::stream_header header;
+        tmk::rng::stream_header header;
         uint32_t state = 11;
       } got, wanted;
       const auto handle = [](auto& block) { return reinterpret_cast<VtsStreamHandle>(&block); };

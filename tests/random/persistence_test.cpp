@@ -186,7 +186,7 @@ TEST(persistence, older_images_load) {
     if (c.status < 0) continue;
     EXPECT_EQ(__vtsGetNumChunks(loaded), c.chunks) << c.what;
     if (c.chunks > 0) {
-      EXPECT_EQ(tmk::random::first_chunk(loaded)->key[3], c.key_word) << c.what;
+      EXPECT_EQ(tmk::rng::first_chunk(loaded)->key[3], c.key_word) << c.what;
       EXPECT_EQ(std::memcmp(__vtsSearchChunk(loaded, 50), "abc", 3), 0) << c.what;
     }
     EXPECT_EQ(draw_bytes(loaded, 5), draw_bytes(plain, 5)) << c.what;

@@ -86,7 +86,7 @@ TEST(stream, a_refused_seed_leaves_a_stream_to_delete) {
 
 TEST(stream, jumps_ask_the_generator) {
   owned_stream stream(counting_id(), {7});
-  const auto& s = tmk::random::state_of<counting_state>(stream);
+  const auto& s = tmk::rng::state_of<counting_state>(stream);
   EXPECT_EQ(__vtsLeapfrogStream(stream, 3, 0), 0);
   EXPECT_EQ(s.method, VTS_INIT_LEAPFROG);
   EXPECT_EQ(s.n, 0);

@@ -45,13 +45,13 @@ struct counting_state {
 };
 
 inline VtsBrngProperties counting_record() {
-  return {sizeof(tmk::random::stream_header) + sizeof(counting_state),
+  return {sizeof(tmk::rng::stream_header) + sizeof(counting_state),
           1,
           1,
           4,
           32,
           [](int32_t method, VtsStreamHandle stream, int32_t n, const uint32_t* params) -> int32_t {
-            auto& s = tmk::random::state_of<counting_state>(stream);
+            auto& s = tmk::rng::state_of<counting_state>(stream);
             s = {method == VTS_INIT_SEED ? params[0] : s.next, method, n, {params[0], 0}};
             if (method == VTS_INIT_SKIPAHEAD) s.params[1] = params[1];
             return params[0] == 13 ? VTS_STATUS_BAD_ARGUMENT : VTS_STATUS_OK;
@@ -60,7 +60,7 @@ inline VtsBrngProperties counting_record() {
           [](VtsStreamHandle, int32_t, double*, double, double) -> int32_t { return VTS_STATUS_OK; },
           [](VtsStreamHandle stream, int32_t n, void* r) -> int32_t {
             for (int32_t i = 0; i < n; ++i)
-              static_cast<uint32_t*>(r)[i] = tmk::random::state_of<counting_state>(stream).next++;
+              static_cast<uint32_t*>(r)[i] = tmk::rng::state_of<counting_state>(stream).next++;
             return VTS_STATUS_OK;
           }};
 }

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Seeds by hashing: the algorithm of NumPy's SeedSequence, after M. E. O'Neill's seed_seq_fe (2015). A pool
-// of four words takes every word of the seed, then the stream's identifier as a spawn key, each through a
-// multiplicative hash whose constant moves on; the generator's words come out of the pool by another one.
-//   words = numpy.random.SeedSequence(seed, spawn_key=(identifier,)).generate_state(n)
+// of four words takes every word of the entropy, then those of the spawn key, each through a multiplicative
+// hash whose constant moves on; the words come out of the pool by another one. A stream's identifier is the
+// last word of its key:
+//   words = numpy.random.SeedSequence(entropy, spawn_key=(*key, identifier)).generate_state(n)
 #include "api/random/seed.hpp"
 
 #include <tmk/abi/vts.h>
 
 #include <array>
+#include <random>
+
+#include "api/call/refuse.hpp"
 
 namespace tmk::detail {
 
@@ -69,17 +73,56 @@ std::size_t words_of(std::int32_t id) {
 
 }  // namespace
 
-std::vector<std::uint32_t> expand_seed(std::span<const std::uint32_t> seed, std::int32_t id) {
-  std::vector<std::uint32_t> entropy(seed.begin(), seed.end());
-  if (entropy.size() < entropy_pool().size()) entropy.resize(entropy_pool().size());
-  entropy.push_back(static_cast<std::uint32_t>(id));
-  const entropy_pool pool = pool_of(entropy);
-
-  std::vector<std::uint32_t> words(words_of(id));
-  hash next{0x8b51f9dd, 0x58f38ded};
-  for (std::size_t i = 0; i < words.size(); ++i) words[i] = next(pool[i % pool.size()]);
+std::vector<std::uint32_t> expand_seed(const seed_sequence& seeds, std::int32_t id) {
+  std::vector<std::uint32_t> words = seeds.child(static_cast<std::uint32_t>(id)).words(words_of(id));
   if (id == VTS_BRNG_MCG59) words[0] |= 1;  // even ones have a shorter period
   return words;
 }
 
 }  // namespace tmk::detail
+
+namespace tmk {
+
+seed_sequence::seed_sequence(std::span<const std::uint32_t> entropy, std::span<const std::uint32_t> spawn_key)
+    : entropy_(entropy.begin(), entropy.end()), spawn_key_(spawn_key.begin(), spawn_key.end()) {}
+
+seed_sequence::seed_sequence(std::uint64_t seed, bool negative) {
+  if (negative) detail::refuse_below("seed_sequence", "seed", static_cast<std::int64_t>(seed), 0);
+  entropy_.push_back(static_cast<std::uint32_t>(seed));
+  if (seed >> 32 != 0) entropy_.push_back(static_cast<std::uint32_t>(seed >> 32));
+}
+
+seed_sequence seed_sequence::of_text(std::string_view text) {
+  std::vector<std::uint32_t> words(text.size() / 4 + (text.size() % 4 != 0), 0);
+  for (std::size_t i = 0; i < text.size(); ++i)
+    words[i / 4] |= std::uint32_t{static_cast<unsigned char>(text[i])} << 8 * (i % 4);
+  words.push_back(static_cast<std::uint32_t>(text.size()));
+  return seed_sequence(words);
+}
+
+seed_sequence seed_sequence::of_system() {
+  std::random_device source;
+  std::uint32_t words[4];
+  for (std::uint32_t& word : words) word = source();
+  return seed_sequence(words);
+}
+
+seed_sequence seed_sequence::child(std::uint32_t k) const {
+  seed_sequence own = *this;
+  own.spawn_key_.push_back(k);
+  return own;
+}
+
+std::vector<std::uint32_t> seed_sequence::words(std::size_t count) const {
+  std::vector<std::uint32_t> all = entropy_;
+  if (!spawn_key_.empty() && all.size() < detail::entropy_pool().size())
+    all.resize(detail::entropy_pool().size());
+  all.insert(all.end(), spawn_key_.begin(), spawn_key_.end());
+  const detail::entropy_pool pool = detail::pool_of(all);
+  std::vector<std::uint32_t> words(count);
+  detail::hash next{0x8b51f9dd, 0x58f38ded};
+  for (std::size_t i = 0; i < count; ++i) words[i] = next(pool[i % pool.size()]);
+  return words;
+}
+
+}  // namespace tmk

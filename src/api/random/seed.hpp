@@ -3,13 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
+#include <tmk/seed_sequence.hpp>
 #include <vector>
 
 namespace tmk::detail {
 
 // As many words as the generator of that identifier takes. Seeds that differ in one bit, and identifiers that
 // differ in kind or set, give words that have nothing in common.
-std::vector<std::uint32_t> expand_seed(std::span<const std::uint32_t> seed, std::int32_t id);
+std::vector<std::uint32_t> expand_seed(const seed_sequence& seeds, std::int32_t id);
 
 }  // namespace tmk::detail

@@ -139,7 +139,7 @@ stream::stream(generator g, std::span<const std::uint32_t> seeds, int set) {
   if (most_dimensions(g) != 0)
     handle_.reset(new_sequence(g, seeds, set));
   else
-    handle_.reset(new_stream(id_of(g, set), detail::expand_seed(seeds, id_of(g, set))));
+    *this = stream(g, seed_sequence(seeds), set);
 }
 stream::stream(generator g, std::initializer_list<std::uint32_t> seeds, int set)
     : stream(g, std::span(seeds.begin(), seeds.size()), set) {}
@@ -150,6 +150,13 @@ stream::stream(generator g, std::uint64_t seed, bool negative, int set) {
     check_dimensions("stream", g, static_cast<std::int64_t>(std::min<std::uint64_t>(seed, INT64_MAX)));
   const std::uint32_t words[] = {static_cast<std::uint32_t>(seed), static_cast<std::uint32_t>(seed >> 32)};
   *this = stream(g, std::span(words, words[1] == 0 ? 1 : 2), set);
+}
+
+stream::stream(generator g, const seed_sequence& seeds, int set) : seeds_(seeds) {
+  if (most_dimensions(g) != 0)
+    handle_.reset(new_sequence(g, seeds.entropy(), set));
+  else
+    handle_.reset(new_stream(id_of(g, set), detail::expand_seed(seeds, id_of(g, set))));
 }
 
 stream::stream(generator g, const raw_seed& seeds, int set)
@@ -166,7 +173,7 @@ stream stream::niederreiter(int dimensions) {
 }
 
 // Reads the other alone, so that several threads may copy one stream.
-stream::stream(const stream& other) {
+stream::stream(const stream& other) : seeds_(other.seeds_), spawned_(other.spawned_) {
   handle_.reset(copied(other.require("stream")));
   pass_over_taken(handle_.get(), other.ahead_.get());
 }
@@ -202,6 +209,61 @@ std::vector<stream> leapfrog(const stream& g, int parts) {
   std::vector<stream> result(static_cast<std::size_t>(parts), g);
   for (int k = 0; k < parts; ++k) result[static_cast<std::size_t>(k)].leapfrog(k, parts);
   return result;
+}
+
+std::vector<stream> stream::spawn(int count) {
+  require("stream::spawn");
+  detail::refuse_below("stream::spawn", "count", count, 0);
+  if (!seeds_ || most_dimensions(kind()) != 0)
+    detail::refuse("stream::spawn", "g", hexadecimal(static_cast<int32_t>(kind()) + set()),
+                   "has no seed sequence");
+  std::vector<stream> children;
+  children.reserve(static_cast<std::size_t>(count));
+  for (int k = 0; k < count; ++k)
+    children.emplace_back(kind(), seeds_->child(spawned_ + static_cast<std::uint32_t>(k)), set());
+  spawned_ += static_cast<std::uint32_t>(count);
+  return children;
+}
+
+namespace {
+
+// Elements between the starts of streams that share one sequence; 0 for generators that do better otherwise.
+std::int64_t distance_between(generator g, int parts) {
+  switch (g) {
+    case generator::mcg31m1:
+      return ((INT32_MAX - 1) / parts - 1) | 1;
+    case generator::mcg59:  // states at even distances are related
+      return ((std::int64_t{1} << 57) / parts - 1) | 1;
+    case generator::mt19937:
+    case generator::sfmt19937:
+    case generator::mrg32k3a:
+      return std::int64_t{1} << 62;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+std::vector<stream> streams(generator g, const seed_sequence& seeds, int parts) {
+  detail::refuse_below("streams", "parts", parts, 1);
+  if (most_dimensions(g) != 0)
+    detail::refuse_value("streams", "g", hexadecimal(static_cast<int32_t>(g)), "no quasi-random generator");
+  const bool has_sets = g == generator::wh || g == generator::mt2203;
+  if (has_sets) detail::refuse_unless_in("streams", "parts", parts, 1, g == generator::wh ? 273 : 6024);
+  const std::int64_t distance = distance_between(g, parts);
+  std::vector<stream> all;
+  all.reserve(static_cast<std::size_t>(parts));
+  for (int k = 0; k < parts; ++k) {
+    if (distance != 0 && k > 0) {
+      all.push_back(all.back());
+      all.back().skip(distance);
+    } else {
+      const bool own_seed = distance == 0 && !has_sets;
+      all.emplace_back(g, own_seed ? seeds.child(static_cast<std::uint32_t>(k)) : seeds, has_sets ? k : 0);
+    }
+  }
+  return all;
 }
 
 void stream::pass_over_taken(VtsStream* handle, const block_ahead* ahead) {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 enum chunk_kind : uint32_t {
   chunk_gaussian_single = 1,  // leftover of a pair
@@ -23,4 +23,4 @@ constexpr uint32_t least_bytes_of_kind(uint32_t chunk_id) {
   }
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -7,7 +7,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 void release(VtsChunk* chunk) {
   VtsGlobRODataEntry* entry;

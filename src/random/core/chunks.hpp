@@ -11,7 +11,7 @@ extern uint32_t _GlobRODataTableCount;
 extern uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
 }
 
-namespace tmk::random {
+namespace tmk::rng {
 
 inline VtsChunk* first_chunk(VtsStreamHandle stream) {
   return reinterpret_cast<VtsChunk*>(static_cast<uintptr_t>(header_of(stream).chunk_list));
@@ -28,4 +28,4 @@ void share_blob(VtsChunk& chunk);
 // same size.
 bool may_share(const uint32_t* key, uint32_t bytes);
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -8,7 +8,7 @@
 
 #include "random/core/stream.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct image_header {
   uint32_t magic;  // the first byte is the version
@@ -51,4 +51,4 @@ bool state_is_sound(VtsStreamHandle stream);
 // Whether a state means nothing outside the process that made it.
 bool state_holds_addresses(const VtsBrngProperties& record);
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

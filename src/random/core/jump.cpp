@@ -6,7 +6,7 @@
 #include "platform/scratch.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 using tmk::scratch;
 
 struct linear_generator {

@@ -10,7 +10,7 @@
 #include "platform/by_tier.hpp"
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // What a generator does with its states. Work states have the layout of its streams, without a meaningful
 // header. Each state has its own position in its ring, and additions align the two positions.
@@ -39,22 +39,22 @@ inline void add_ring(uint32_t* r, int32_t r_position, const uint32_t* a, int32_t
   }
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
 extern "C" {
 // Both leave the stream as nskip steps would and return 0, or -4 when there is no memory: then the stream has
 // moved by what absorb took alone. `words` is the count of 32-bit words that hold a polynomial below
 // `degree`.
-int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::random::zero_state zero,
-                              tmk::random::combine_states add, tmk::random::combine_states copy_to_work,
-                              tmk::random::step_state step, tmk::random::combine_states copy_back,
-                              tmk::random::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
+int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::rng::zero_state zero,
+                              tmk::rng::combine_states add, tmk::rng::combine_states copy_to_work,
+                              tmk::rng::step_state step, tmk::rng::combine_states copy_back,
+                              tmk::rng::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
                               int32_t words, int32_t degree, int32_t state_bytes, int32_t terms,
                               const int32_t* polynomial);
-int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::random::zero_state zero,
-                            tmk::random::combine_states add, tmk::random::combine_states copy_to_work,
-                            tmk::random::step_state step, tmk::random::combine_states copy_back,
-                            tmk::random::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
+int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::rng::zero_state zero,
+                            tmk::rng::combine_states add, tmk::rng::combine_states copy_to_work,
+                            tmk::rng::step_state step, tmk::rng::combine_states copy_back,
+                            tmk::rng::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
                             int32_t words, int32_t degree, int32_t state_bytes, int32_t terms,
                             const int32_t* polynomial);
 

@@ -4,7 +4,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -21,4 +21,4 @@ void add(unsigned char* r, const unsigned char* a, int32_t bytes) {
 
 TMK_DEFINE_TIER_KERNELS(jump_kernels) = {add};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -8,7 +8,7 @@
 #include "random/core/jump.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 using tmk::scratch;
 
 // Bit i of x at position 2 i: the square of a polynomial.

@@ -3,7 +3,7 @@
 // structure; the assembler name makes it the array that callers know.
 #include "random/core/records.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct legacy_table {
   VtsBrngProperties row[512];
@@ -17,7 +17,7 @@ static constexpr legacy_table legacy_rows() {
   return table;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
-extern tmk::random::legacy_table legacy_registry asm("__RegBrngs") __attribute__((visibility("default")));
-constinit tmk::random::legacy_table legacy_registry = tmk::random::legacy_rows();
+extern tmk::rng::legacy_table legacy_registry asm("__RegBrngs") __attribute__((visibility("default")));
+constinit tmk::rng::legacy_table legacy_registry = tmk::rng::legacy_rows();

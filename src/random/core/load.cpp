@@ -12,7 +12,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint64_t unbounded = std::numeric_limits<uint64_t>::max();
 

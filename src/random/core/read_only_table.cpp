@@ -14,7 +14,7 @@ uint32_t _VTS_GLOB_RO_DATA_TABLE_LOCKER_1;
 }
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint32_t capacity = 128;
 constexpr uint32_t chunk_capacity = 127;  // chunks leave one entry to direct creation
@@ -128,7 +128,7 @@ int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t* key, int32_t tag) {
 
 }  // extern "C"
 
-void tmk::random::share_blob(VtsChunk& chunk) {
+void tmk::rng::share_blob(VtsChunk& chunk) {
   if (!names_blob(chunk.key)) return;
   const table_lock lock;
   if (VtsGlobRODataEntry* found = find(chunk.key))
@@ -139,7 +139,7 @@ void tmk::random::share_blob(VtsChunk& chunk) {
     std::memset(chunk.key, 0, sizeof(chunk.key));
 }
 
-bool tmk::random::may_share(const uint32_t* key, uint32_t bytes) {
+bool tmk::rng::may_share(const uint32_t* key, uint32_t bytes) {
   if (!names_blob(key)) return true;
   const table_lock lock;
   const VtsGlobRODataEntry* found = find(key);

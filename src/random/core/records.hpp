@@ -5,7 +5,7 @@
 #include "random/core/states.hpp"
 #include "random/core/stream.hpp"
 
-namespace tmk::random::records {
+namespace tmk::rng::records {
 
 #define TMK_GENERATOR(name, state, seed_words, zero, word_bytes, bits, sets)                       \
   constexpr VtsBrngProperties name = {static_cast<int32_t>(sizeof(stream_header) + sizeof(state)), \
@@ -20,4 +20,4 @@ namespace tmk::random::records {
 #include "random/core/generators.def"
 #undef TMK_GENERATOR
 
-}  // namespace tmk::random::records
+}  // namespace tmk::rng::records

@@ -5,7 +5,7 @@
 #include "random/core/records.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int32_t first_current_id = 0x100000;
 constexpr int32_t legacy_rows = 281;
@@ -86,7 +86,7 @@ int32_t __vtsGetBrngProperties(int32_t brngId, VtsBrngProperties* properties) {
 
 }  // extern "C"
 
-const VtsBrngProperties* tmk::random::find_record(int32_t brng_id) {
+const VtsBrngProperties* tmk::rng::find_record(int32_t brng_id) {
   int32_t row, offset;
   const VtsBrngProperties* table = __vtsGetBrngBaseOffset(brng_id, &row, &offset);
   return row >= 0 && __vtsIsBrngValid(table, row, offset) == VTS_STATUS_OK ? table + row : nullptr;

@@ -4,7 +4,7 @@
 
 #include "random/core/stream.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // Null unless the identifier is valid. Rows below zero pass __vtsIsBrngValid, and have no record.
 const VtsBrngProperties* find_record(int32_t brng_id);
@@ -16,4 +16,4 @@ inline const VtsBrngProperties& record_of(VtsStreamHandle stream) {
   return table[row];
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

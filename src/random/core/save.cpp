@@ -8,7 +8,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 using sink = int32_t (*)(const void* data, size_t size, size_t count, void* target);
 
@@ -37,7 +37,7 @@ int32_t save(VtsStreamHandle stream, sink write, void* target) {
 
 }  // namespace
 
-tmk::random::file_name::file_name(const char* name, int32_t length) : text_(name) {
+tmk::rng::file_name::file_name(const char* name, int32_t length) : text_(name) {
   if (length < 0) return;
   const auto bytes = static_cast<size_t>(length);
   text_ = copy_ = static_cast<char*>(tmk_serv_allocate(bytes + 1, stream_alignment));
@@ -45,7 +45,7 @@ tmk::random::file_name::file_name(const char* name, int32_t length) : text_(name
   std::memcpy(copy_, name, bytes);
   copy_[bytes] = '\0';
 }
-tmk::random::file_name::~file_name() { tmk_serv_deallocate(copy_); }
+tmk::rng::file_name::~file_name() { tmk_serv_deallocate(copy_); }
 
 extern "C" {
 

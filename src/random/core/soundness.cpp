@@ -8,7 +8,7 @@
 #include "random/core/registry.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 bool r250_is_sound(VtsStreamHandle stream) {
   const auto& s = state_of<r250_state>(stream);
@@ -50,13 +50,13 @@ constexpr struct {
 
 }  // namespace
 
-bool tmk::random::state_is_sound(VtsStreamHandle stream) {
+bool tmk::rng::state_is_sound(VtsStreamHandle stream) {
   for (const auto& state : states_with_positions)
     if (state.owner == record_of(stream).initStream) return state.is_sound(stream);
   return true;
 }
 
-bool tmk::random::state_holds_addresses(const VtsBrngProperties& record) {
+bool tmk::rng::state_holds_addresses(const VtsBrngProperties& record) {
   return record.initStream == __vtsBRngiAbstractInitStream ||
          record.initStream == __vtsBRngdAbstractInitStream ||
          record.initStream == __vtsBRngsAbstractInitStream;

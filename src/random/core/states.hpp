@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct mcg31m1_state {
   uint32_t x, a;  // next element, multiplier
@@ -80,4 +80,4 @@ struct philox_state {
   uint32_t index;
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

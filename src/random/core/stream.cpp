@@ -12,7 +12,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int32_t header_bytes = sizeof(stream_header);
 

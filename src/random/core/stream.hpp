@@ -7,7 +7,7 @@
 
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct stream_header {
   int32_t brng_id;
@@ -32,4 +32,4 @@ constexpr int32_t parameter_set(int32_t brng_id) {
   return brng_id >= 4 && brng_id <= 276 ? brng_id - 4 : 0;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -6,7 +6,7 @@
 #include "random/distributions/precision.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int32_t mcg59_block = 2048;
 

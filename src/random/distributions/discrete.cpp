@@ -6,7 +6,7 @@
 #include "random/distributions/kernel_calls.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 }
 
 extern "C" {

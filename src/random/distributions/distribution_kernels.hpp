@@ -6,7 +6,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 template <class Real>
 struct distribution_kernels {
@@ -45,4 +45,4 @@ struct bit_kernels {
 
 TMK_DECLARE_TIER_KERNELS(bit_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -6,7 +6,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -165,4 +165,4 @@ TMK_DEFINE_TIER_KERNELS(distribution_doubles) = {steps<double>};
 TMK_DEFINE_TIER_KERNELS(distribution_singles) = {steps<float>};
 TMK_DEFINE_TIER_KERNELS(bit_kernels) = {below, upper_32_of_59, pairs_to_doubles, doubles_below, bounded};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -10,7 +10,7 @@
 #include "tmk/abi/serv.h"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 // A logarithm's pole, then those of the inverse error function. That runs in place, and what is reported as
 // its argument may be the infinite result, which has the same sign.

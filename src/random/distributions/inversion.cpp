@@ -9,7 +9,7 @@
 #include "random/distributions/kernel_calls.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 // The natural logarithms of n uniforms.
 template <class Real>

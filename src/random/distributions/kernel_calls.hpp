@@ -10,7 +10,7 @@
 #include "random/distributions/precision.hpp"
 #include "tmk/abi/vtm.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode.
 template <class Real, class... Arguments>
@@ -67,4 +67,4 @@ class kernel_scope {
   VtmErrorCallback callback_;
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

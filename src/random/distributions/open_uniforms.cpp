@@ -10,7 +10,7 @@
 #include "random/generators/scale.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 // How the elements of a generator are random. A point of a digital sequence has one element per coordinate,
 // so that no second one may be drawn for the lower digits of a coordinate.
@@ -158,10 +158,10 @@ int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int3
 
 }  // namespace
 
-int32_t tmk::random::draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
+int32_t tmk::rng::draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
   return draw_by_rule(stream, n, r, a, b);
 }
-int32_t tmk::random::draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
+int32_t tmk::rng::draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
   return draw_by_rule(stream, n, r, a, b);
 }
 

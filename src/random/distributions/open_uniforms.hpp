@@ -10,9 +10,9 @@
 
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 int32_t draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b);
 int32_t draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b);
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

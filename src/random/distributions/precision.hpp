@@ -13,7 +13,7 @@
 #include "random/distributions/open_uniforms.hpp"
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr int32_t distribution_block = 1024;  // even: a block holds whole pairs
 
@@ -72,4 +72,4 @@ int32_t in_blocks(int32_t n, Real* r, Block block) {
   return status;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -4,7 +4,7 @@
 #include "random/distributions/precision.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint32_t accurate = 0x40000000;  // of the method: no rounding beyond the interval
 

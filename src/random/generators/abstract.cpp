@@ -7,7 +7,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 // What differs between the kinds; their records are consecutive rows of the registry.
 struct words {

@@ -12,7 +12,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int rounds = 5;
 constexpr int in_flight = 8;  // blocks, to hide the latency of a round

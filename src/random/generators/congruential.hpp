@@ -7,7 +7,7 @@
 
 #include "random/generators/requests.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // base^e by squaring from the low bit of e; 1 when e is 0.
 template <class Word, class Multiply>
@@ -42,4 +42,4 @@ int32_t answer_congruential_request(State& s, int32_t method, int32_t n, const u
       skip);
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

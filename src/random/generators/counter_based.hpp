@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // The counter, least word first, counts blocks.
 inline void advance_counter(uint32_t (&counter)[4], uint64_t count) {
@@ -57,4 +57,4 @@ void skip_counter_based(State& s, uint64_t count, Blocks blocks) {
   draw_counter_based(s, static_cast<int32_t>(count % 4), dropped, blocks);
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

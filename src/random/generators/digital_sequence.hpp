@@ -12,7 +12,7 @@
 #include "random/core/stream.hpp"
 #include "random/generators/requests.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint32_t all_dimensions = UINT32_MAX;
 constexpr int32_t select_dimension = 0x7FFFFFFF;  // a stream count that selects one dimension
@@ -97,4 +97,4 @@ int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
   return VTS_STATUS_OK;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -6,7 +6,7 @@
 
 #include "random/generators/scale.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // How 32-bit words are spread over an interval.
 struct word_range {
@@ -32,7 +32,7 @@ struct word_draws {
   }
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
 // The rest of the line is a type with the members of word_draws.
 #define TMK_DEFINE_DRAWS(name, ...)                                                            \

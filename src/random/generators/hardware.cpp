@@ -7,7 +7,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int tries = 10;  // the manufacturer's rule: after so many failures in a row the unit is broken
 

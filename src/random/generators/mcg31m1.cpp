@@ -9,7 +9,7 @@
 #include "random/generators/draws.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint32_t multiplier = 1132489760;
 // Elements are below 2^31: the signed conversion, the cheaper one, is right.

@@ -7,7 +7,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint32_t mcg31m1_modulus = 0x7FFFFFFF;
 
@@ -25,6 +25,6 @@ struct mcg31m1_kernels {
 
 TMK_DECLARE_TIER_KERNELS(mcg31m1_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
 extern "C" uint32_t __vtsiPowMod2P31M1(uint32_t base, uint64_t e);

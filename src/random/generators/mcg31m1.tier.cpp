@@ -6,7 +6,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -55,4 +55,4 @@ void words(mcg31m1_state* state, int32_t n, uint32_t* r) {
 
 TMK_DEFINE_TIER_KERNELS(mcg31m1_kernels) = {words};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -9,7 +9,7 @@
 #include "random/generators/draws.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint64_t multiplier = 302875106592253;
 constexpr int32_t block = 1024;

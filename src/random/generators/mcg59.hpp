@@ -7,7 +7,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint64_t mcg59_mask = 0x07FFFFFFFFFFFFFF;
 
@@ -21,6 +21,6 @@ struct mcg59_kernels {
 
 TMK_DECLARE_TIER_KERNELS(mcg59_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
 extern "C" uint64_t __vtsiPowMod2P59(uint64_t base, uint64_t e);

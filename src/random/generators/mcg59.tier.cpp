@@ -7,7 +7,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -106,4 +106,4 @@ void to_single(int32_t n, const uint64_t* x, float* r, double k, double a) {
 
 TMK_DEFINE_TIER_KERNELS(mcg59_kernels) = {words, to_double, to_single};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

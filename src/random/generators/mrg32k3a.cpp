@@ -11,7 +11,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 struct matrix {
   uint32_t at[3][3];

@@ -8,7 +8,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 
 // z[n] = c1 z[n - 1] + c2 z[n - 2] + c3 z[n - 3] mod m, with coefficients below m = 2^32 - Deficit.
@@ -46,9 +46,9 @@ inline uint32_t mrg32k3a_next(mrg32k3a_state& s) {
 }
 
 }  // namespace TMK_TIER
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct mrg32k3a_kernels {
   void (*words)(mrg32k3a_state* state, int32_t n, uint32_t* r);
@@ -56,4 +56,4 @@ struct mrg32k3a_kernels {
 
 TMK_DECLARE_TIER_KERNELS(mrg32k3a_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

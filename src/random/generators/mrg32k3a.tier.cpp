@@ -6,7 +6,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -115,4 +115,4 @@ void words(mrg32k3a_state* s, int32_t n, uint32_t* r) {
 
 TMK_DEFINE_TIER_KERNELS(mrg32k3a_kernels) = {words};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -15,7 +15,7 @@
 #include "random/generators/twister_seed.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
   mt19937_kernels_now().words(&state_of<mt19937_state>(stream), n, r);

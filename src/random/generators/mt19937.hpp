@@ -8,7 +8,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint32_t mt19937_matrix = 0x9908B0DF;
 
@@ -18,4 +18,4 @@ struct mt19937_kernels {
 
 TMK_DECLARE_TIER_KERNELS(mt19937_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

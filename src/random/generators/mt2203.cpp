@@ -13,7 +13,7 @@
 #include "random/generators/twister_seed.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
   mt2203_kernels_now().words(&state_of<mt2203_state>(stream), n, r);

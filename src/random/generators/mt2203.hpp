@@ -7,7 +7,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct mt2203_kernels {
   void (*words)(mt2203_state* state, int32_t n, uint32_t* r);
@@ -15,4 +15,4 @@ struct mt2203_kernels {
 
 TMK_DECLARE_TIER_KERNELS(mt2203_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -4,7 +4,7 @@
 
 #include "random/generators/twister.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -23,4 +23,4 @@ void words(mt2203_state* state, int32_t n, uint32_t* r) {
 
 TMK_DEFINE_TIER_KERNELS(mt2203_kernels) = {words};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint32_t mt2203_rows[6024 * 3] = {
     0xAF81055F, 0xDD7EEF80, 0xEFD78000, 0x832604E1, 0x66AD7F80, 0xEBD58000, 0x92F70739, 0x656D7780,
@@ -2267,4 +2267,4 @@ constexpr uint32_t mt2203_rows[6024 * 3] = {
     0xA56EF780, 0xEFCB0000, 0xF04B2F0D, 0x66A97B80, 0xEFDD0000, 0xC24F2F0F, 0xCDFF7780, 0xEF550000,
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -7,7 +7,7 @@
 #include "random/generators/draws.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int bits = 32;
 

@@ -10,7 +10,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 int32_t draw_words(VtsStreamHandle stream, int32_t n, uint32_t* r) {
   draw_counter_based(state_of<philox_state>(stream), n, r, philox_kernels_now().blocks);

@@ -4,7 +4,7 @@
 
 #include "platform/by_tier.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct philox_kernels {
   // `count` blocks of four words each, from the counter on.
@@ -13,4 +13,4 @@ struct philox_kernels {
 
 TMK_DECLARE_TIER_KERNELS(philox_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -5,7 +5,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -89,4 +89,4 @@ void blocks(const uint32_t* counter, const uint32_t* key, int32_t count, uint32_
 
 TMK_DEFINE_TIER_KERNELS(philox_kernels) = {blocks};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

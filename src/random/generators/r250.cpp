@@ -10,7 +10,7 @@
 #include "random/generators/requests.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr uint32_t ring = 250, lag = 103;
 

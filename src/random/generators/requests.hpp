@@ -8,7 +8,7 @@
 
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 template <class Seed, class Leapfrog, class SkipAhead>
 int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed seed, Leapfrog leapfrog,
@@ -32,4 +32,4 @@ int32_t answer_request(int32_t method, int32_t n, const uint32_t* params, Seed s
 constexpr auto no_leapfrog = [](uint32_t, uint64_t) -> int32_t { return VTS_STATUS_NO_LEAPFROG; };
 constexpr auto no_skip_ahead = [](uint64_t) -> int32_t { return VTS_STATUS_NO_SKIPAHEAD; };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -9,7 +9,7 @@
 #include "platform/by_tier.hpp"
 #include "tmk/abi/vts.h"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // The words may be the last n of the memory of r, which is where uniforms_from_words puts them:
 //   doubles   |-- r[0] --|-- r[1] --| ... |      the results are written from the left, and no word is
@@ -41,4 +41,4 @@ int32_t uniforms_from_words(int32_t n, Real* r, scale_words<Real>* convert, doub
   return VTS_STATUS_OK;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -6,7 +6,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -46,4 +46,4 @@ void scale(int32_t n, const uint32_t* w, Real* r, double k, double a) {
 TMK_DEFINE_TIER_KERNELS(scale_doubles) = {{scale<unsigned_words, double>, scale<signed_words, double>}};
 TMK_DEFINE_TIER_KERNELS(scale_singles) = {{scale<unsigned_words, float>, scale<signed_words, float>}};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

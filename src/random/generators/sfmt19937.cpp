@@ -16,7 +16,7 @@
 #include "random/generators/sfmt19937_data.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int ring = sfmt19937_words;
 

@@ -8,7 +8,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr int sfmt19937_words = 624;
 
@@ -18,4 +18,4 @@ struct sfmt19937_kernels {
 
 TMK_DECLARE_TIER_KERNELS(sfmt19937_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

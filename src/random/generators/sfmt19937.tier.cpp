@@ -8,7 +8,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -51,4 +51,4 @@ void draw_lanes(sfmt19937_state* state, int32_t count, uint32_t* r) {
 
 TMK_DEFINE_TIER_KERNELS(sfmt19937_kernels) = {draw_lanes};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint64_t sfmt19937_polynomial[312] = {
     0x0000000000000001, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000,
@@ -72,4 +72,4 @@ constexpr uint64_t sfmt19937_polynomial[312] = {
     0x0000000000000000, 0x0000000000000000,
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

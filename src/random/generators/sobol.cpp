@@ -8,7 +8,7 @@
 #include "random/generators/sobol_data.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 constexpr int bits = 32;
 

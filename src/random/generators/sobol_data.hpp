@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 struct sobol_row {
   uint8_t degree, coefficients;
@@ -54,4 +54,4 @@ inline constexpr sobol_row sobol_rows[39] = {
     {8, 22, {1, 3, 1, 11, 11, 11, 77, 249}},
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -8,7 +8,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 
 inline void load_words(uint32_t& x, const uint32_t* p) { x = *p; }
@@ -79,4 +79,4 @@ struct twister {
 };
 
 }  // namespace TMK_TIER
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // A key of no words is the single word 1.
 template <int Ring>
@@ -38,4 +38,4 @@ void seed_twister(uint32_t (&mt)[Ring], int32_t n, const uint32_t* key) {
   mt[0] = 0x80000000;
 }
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -12,7 +12,7 @@
 #include "random/generators/wh_data.hpp"
 
 namespace {
-using namespace tmk::random;
+using namespace tmk::rng;
 
 // Reciprocals are made by the compiler, whose rounding is to nearest whatever the caller's is.
 constexpr auto rows = [] {

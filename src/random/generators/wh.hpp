@@ -7,7 +7,7 @@
 #include "platform/by_tier.hpp"
 #include "random/core/states.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 
 // Moduli are below 2^24: products are exact in double, too.
 constexpr uint32_t multiply_mod(uint32_t a, uint32_t x, uint32_t m) {
@@ -27,6 +27,6 @@ struct wh_kernels {
 
 TMK_DECLARE_TIER_KERNELS(wh_kernels)
 
-}  // namespace tmk::random
+}  // namespace tmk::rng
 
 extern "C" uint32_t __vtsiPowMod(uint32_t base, uint64_t e, uint32_t m);

@@ -6,7 +6,7 @@
 
 #include "simd/integer.hpp"
 
-namespace tmk::random {
+namespace tmk::rng {
 inline namespace TMK_TIER {
 namespace {
 
@@ -118,4 +118,4 @@ void uniforms(wh_state* state, const wh_moduli_row& row, int32_t n, Real* r, dou
 
 TMK_DEFINE_TIER_KERNELS(wh_kernels) = {words, uniforms<double>, uniforms<float>};
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

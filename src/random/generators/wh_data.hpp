@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace tmk::random {
+namespace tmk::rng {
 
 constexpr uint32_t wh_moduli[273][4] = {
     {16770647, 16770643, 16770623, 16770617}, {16770311, 16770283, 16770263, 16770209},
@@ -217,4 +217,4 @@ constexpr uint8_t wh_multipliers[273][4] = {
     {126, 127, 125, 124},
 };
 
-}  // namespace tmk::random
+}  // namespace tmk::rng

@@ -29,6 +29,20 @@ std::vector<std::uint32_t> next_words(stream& g, int n) {
   return words;
 }
 
+void expect_refused(const std::function<void()>& call, int status, const std::string& argument,
+                    const std::string& value) {
+  try {
+    call();
+    ADD_FAILURE() << argument << ' ' << value;
+  } catch (const error& e) {
+    EXPECT_EQ(e.status(), status) << e.what();
+    EXPECT_EQ(e.argument(), argument) << e.what();
+    if (!value.empty()) {
+      EXPECT_EQ(e.value(), value) << e.what();
+    }
+  }
+}
+
 // NumPy 2: numpy.random.SeedSequence(seed, spawn_key=(id,)).generate_state(6)
 TEST(random_seeds, are_expanded_as_published) {
   const struct {
@@ -46,11 +60,25 @@ TEST(random_seeds, are_expanded_as_published) {
       {{}, 0x300000, {0x43041726, 0x87054ad7, 0x1ec60fc1, 0xfef6569f, 0x2c3a6b68, 0xd29626b4}},
   };
   for (const auto& row : rows) {
-    auto words = detail::expand_seed(row.seed, row.id);
+    auto words = detail::expand_seed(seed_sequence(row.seed), row.id);
     ASSERT_GE(words.size(), row.words.size());
     words.resize(row.words.size());
     EXPECT_EQ(words, row.words) << std::hex << row.id;
   }
+}
+
+// NumPy 2: numpy.random.SeedSequence(entropy, spawn_key=key).generate_state(n)
+TEST(random_seeds, sequences_are_as_published) {
+  using words = std::vector<std::uint32_t>;
+  EXPECT_EQ(seed_sequence(2026).words(6),
+            (words{0xa293040d, 0x838e72ea, 0x1e488ba7, 0x59bf224c, 0x6582396c, 0x5f633c17}));
+  EXPECT_EQ(seed_sequence(2026).child(17).words(4), (words{0xf2e14fd8, 0x92328274, 0x73ba8183, 0x05039a6c}));
+  EXPECT_EQ(seed_sequence({1, 2, 3, 4, 5}).child(3).child(9).words(3),
+            (words{0x10cbf90f, 0xa6327645, 0x9b996721}));
+  EXPECT_EQ(seed_sequence::of_text("tmk streams").words(3), (words{0xf52a7025, 0x344efce2, 0x408d63b1}));
+  EXPECT_NE(seed_sequence::of_text("a").words(2), seed_sequence::of_text({"a\0", 2}).words(2));
+  EXPECT_NE(seed_sequence::of_system().words(4), seed_sequence::of_system().words(4));
+  EXPECT_THROW(seed_sequence(-1), error);
 }
 
 double first_uniform(stream g, std::size_t number) {
@@ -78,6 +106,26 @@ TEST(random_seeds, neighbouring_seeds_give_unrelated_streams) {
       for (int seed = 1; seed <= 3000; ++seed) x.push_back(first_uniform(stream(id, seed), draw));
       expect_unrelated(x, std::to_string(static_cast<int>(id)) + " draw " + std::to_string(draw));
     }
+}
+
+TEST(random_seeds, children_and_parallel_streams_are_unrelated) {
+  for (const generator id : every) {
+    stream parent(id, 3);
+    static_cast<void>(parent());  // children do not depend on what was drawn
+    auto family = parent.spawn(1500);
+    for (stream& next : parent.spawn(1500)) family.push_back(std::move(next));
+    std::vector<double> x;
+    for (stream& child : family) x.push_back(first_uniform(child, 2));
+    expect_unrelated(x, "children of " + std::to_string(static_cast<int>(id)));
+    auto again = stream(id, 3).spawn(2)[1].spawn(3);
+    EXPECT_EQ(next_words(again[2], 5), next_words(family[1].spawn(3)[2], 5));
+    x.clear();
+    for (stream& part : streams(id, 11, 40)) x.push_back(first_uniform(part, 1));
+    expect_unrelated(x, "parts of " + std::to_string(static_cast<int>(id)));
+    EXPECT_EQ(std::set(x.begin(), x.end()).size(), x.size());
+  }
+  expect_refused([] { static_cast<void>(streams(generator::wh, 1, 274)); }, -1, "parts", "274");
+  expect_refused([] { static_cast<void>(stream::load(random(1).save()).spawn(1)); }, -1, "g", "0x1000000");
 }
 
 TEST(random_seeds, sets_of_one_seed_are_unrelated) {
@@ -138,20 +186,6 @@ TEST(random_points, fill_as_many_dimensions_as_asked_for) {
     std::vector<double> second(points);
     uniform(one, second);
     for (std::size_t i = 0; i < points; ++i) ASSERT_EQ(second[i], x[i * dimensions + 1]);
-  }
-}
-
-void expect_refused(const std::function<void()>& call, int status, const std::string& argument,
-                    const std::string& value) {
-  try {
-    call();
-    ADD_FAILURE() << argument << ' ' << value;
-  } catch (const error& e) {
-    EXPECT_EQ(e.status(), status) << e.what();
-    EXPECT_EQ(e.argument(), argument) << e.what();
-    if (!value.empty()) {
-      EXPECT_EQ(e.value(), value) << e.what();
-    }
   }
 }
 

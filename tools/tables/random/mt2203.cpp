@@ -59,7 +59,7 @@ row search(int set) {
 }
 
 row row_of_table(int set) {
-  const uint32_t* words = tmk::random::mt2203_rows + 3 * set;
+  const uint32_t* words = tmk::rng::mt2203_rows + 3 * set;
   return {words[0], {words[1], words[2]}};
 }
 
@@ -85,7 +85,7 @@ int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "--check-all") == 0) return check(1, 1);
   std::puts(
       "// Made by tools/tables/random/mt2203.cpp: twist constant and two tempering masks of each set.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\nconstexpr uint32_t mt2203_rows[6024 "
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::rng {\n\nconstexpr uint32_t mt2203_rows[6024 "
       "* 3] = "
       "{");
   for (int set = 0; set < sets; ++set) {
@@ -93,5 +93,5 @@ int main(int argc, char** argv) {
     std::printf("%s0x%08X, 0x%08X, 0x%08X,%s", set % 3 == 0 ? "    " : " ", r.a, r.m.b, r.m.c,
                 set % 3 == 2 ? "\n" : "");
   }
-  std::puts("};\n\n}  // namespace tmk::random");
+  std::puts("};\n\n}  // namespace tmk::rng");
 }

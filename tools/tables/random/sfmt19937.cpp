@@ -87,7 +87,7 @@ int main() {
       "// Made by tools/tables/random/sfmt19937.cpp: coefficients of the characteristic polynomial of one "
       "lane's\n"
       "// step, lowest first, without the leading one, of x^%d.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n\n"
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::rng {\n\n"
       "constexpr uint64_t sfmt19937_polynomial[%d] = {\n",
       degree, degree / 64);
   for (int i = 0; i < degree / 64; ++i) {
@@ -99,5 +99,5 @@ int main() {
     std::printf("%s0x%016llX,%s", i % 5 == 0 ? "    " : " ", static_cast<unsigned long long>(word),
                 i % 5 == 4 || i == degree / 64 - 1 ? "\n" : "");
   }
-  std::puts("};\n\n}  // namespace tmk::random");
+  std::puts("};\n\n}  // namespace tmk::rng");
 }

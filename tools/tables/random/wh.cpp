@@ -221,9 +221,9 @@ int main() {
   }
   std::puts(
       "// Made by tools/tables/random/wh.cpp: 273 sets of four prime moduli and their multipliers.\n"
-      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::random {\n");
+      "#pragma once\n\n#include <cstdint>\n\nnamespace tmk::rng {\n");
   print("constexpr uint32_t wh_moduli[273][4]", sets, &parameter_set::modulus, 2);
   std::puts("");
   print("constexpr uint8_t wh_multipliers[273][4]", sets, &parameter_set::multiplier, 4);
-  std::puts("\n}  // namespace tmk::random");
+  std::puts("\n}  // namespace tmk::rng");
 }
