@@ -42,6 +42,11 @@ constexpr bool rounds_as_set(std::string_view name) {
   return name.ends_with("Rint") || name.ends_with("NearbyInt");
 }
 
+// The kernel of cDiv computes in double precision, all others in that of the extended format.
+constexpr control_class controls_of(std::string_view name) {
+  return rounds_as_set(name) ? control_class::a : name == "vcDiv" ? control_class::b : control_class::c;
+}
+
 // The floating-point flags of the caller. The C library's functions and exact sums raise others on the way,
 // which say nothing about the result: its status does.
 class flags {
@@ -75,8 +80,7 @@ class flags {
 class extended_scope {
  public:
   explicit extended_scope(std::string_view name)
-      : controls_(rounds_as_set(name) ? control_class::a : control_class::c,
-                  rounds_as_set(name) ? sse_control::masks_only : sse_control::nearest) {
+      : controls_(controls_of(name), rounds_as_set(name) ? sse_control::masks_only : sse_control::nearest) {
     save();
   }
   ~extended_scope() { restore(); }

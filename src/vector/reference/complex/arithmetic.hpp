@@ -3,7 +3,8 @@
 // an infinity or a zero that plain arithmetic would turn into NaNs (ISO C, annex G.5.1).
 //
 // The one status of arithmetic is overflow: a finite exact component too large for the result. A zero divisor
-// gives its infinities and NaNs in silence, and so does Abs an infinity.
+// gives its infinities and NaNs in silence, and so does Abs an infinity; and so does an overflow in a product
+// or quotient of singles if one of their components is zero.
 #pragma once
 
 #include <utility>
@@ -83,6 +84,15 @@ inline extended_complex quotient(extended_complex x, extended_complex y) {
           either_sum(quotient(sum_of_products(b, c, -a, d), norm), plain.imag())};
 }
 
+// For singles, whose products are exact in any precision of the x87 unit that holds doubles.
+inline extended_complex short_quotient(extended_complex x, extended_complex y) {
+  if (!is_finite(x) || !is_finite(y) || y == extended{0}) return special_quotient(x, y);
+  const extended inverse = 1 / (y.real() * y.real() + y.imag() * y.imag());
+  return plain_product(x, std::conj(y)) * inverse;
+}
+
+inline bool has_zero(extended_complex z) { return z.real() == 0 || z.imag() == 0; }
+
 template <std::floating_point Real>
 int apply(extended_complex (*operation)(extended_complex, extended_complex), std::complex<Real> a,
           std::complex<Real> b, std::complex<Real>& r) {
@@ -99,9 +109,17 @@ int apply(extended_complex (*operation)(extended_complex, extended_complex), std
 
 int Add(complex_number auto a, auto b, auto& r) { return detail::apply(detail::sum, a, b, r); }
 int Sub(complex_number auto a, auto b, auto& r) { return detail::apply(detail::difference, a, b, r); }
-int Mul(complex_number auto a, auto b, auto& r) { return detail::apply(detail::product, a, b, r); }
+int Mul(std::complex<double> a, auto b, auto& r) { return detail::apply(detail::product, a, b, r); }
+int Mul(std::complex<float> a, auto b, auto& r) {
+  const int status = detail::apply(detail::product, a, b, r);
+  return detail::has_zero(widened(a)) || detail::has_zero(widened(b)) ? VTM_STATUS_OK : status;
+}
 int MulByConj(complex_number auto a, auto b, auto& r) { return Mul(a, std::conj(b), r); }
-int Div(complex_number auto a, auto b, auto& r) { return detail::apply(detail::quotient, a, b, r); }
+int Div(std::complex<double> a, auto b, auto& r) { return detail::apply(detail::quotient, a, b, r); }
+int Div(std::complex<float> a, auto b, auto& r) {
+  const int status = detail::apply(detail::short_quotient, a, b, r);
+  return detail::has_zero(widened(a)) || detail::has_zero(widened(b)) ? VTM_STATUS_OK : status;
+}
 
 template <std::floating_point Real>
 int Conj(std::complex<Real> a, std::complex<Real>& r) {
