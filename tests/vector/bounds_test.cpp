@@ -57,6 +57,14 @@ bool is_kept(const vector_function& f, const kernel_use& use, const exact_result
   return use.slot != TMK_SLOT_HA && relative <= promised_bits(f, use);
 }
 
+// Complex quotients of level EP square the divisor, wherever that leads.
+bool leaves_range(const vector_function& f, const kernel_use& use, const arguments& x) {
+  if (!f.is_complex() || f.stem != "Div" || use.slot != TMK_SLOT_EP) return false;
+  const double end = f.is_single() ? 0x1p60 : 0x1p500;
+  const auto inside = [end](double size) { return size >= 1 / end && size <= end; };
+  return !inside(std::abs(x.a)) || !inside(std::abs(x.b));
+}
+
 template <class Real, int32_t Size>
 void expect_kept(const vector_function& f, batch<Real, Size>& sample) {
   const oracle exact(f.name);
@@ -66,6 +74,7 @@ void expect_kept(const vector_function& f, batch<Real, Size>& sample) {
     sample.run(k.address);
     for (const kernel_use& use : k.uses)
       for (size_t i = 0; i < values.size(); ++i) {
+        if (leaves_range(f, use, sample.inputs()[i])) continue;
         const auto got = sample.result(static_cast<int32_t>(i));
         ASSERT_TRUE(is_kept(f, use, values[i], got))
             << std::hexfloat << f.name << sample.inputs()[i].a << sample.inputs()[i].b << " = " << got[0]
