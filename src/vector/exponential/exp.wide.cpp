@@ -16,20 +16,11 @@ namespace {
 template <class Real, level Level>
 struct wide_exp : description<Real> {
   using value = batch<Real>;
-  using constants = exp_series<Real, exp_base::e>;
   static constexpr bool single = sizeof(Real) == 4;
 
   static value fast(const value& x) {
     if constexpr (Level == level::ha) return exponential<exp_base::e>(x);
-    if constexpr (Level == level::ep) return exponential_without_table(x, constants::ep);
-    const auto arg = reduce<exp_base::e>(x);
-    const value& r = arg.reduced;
-    value q;
-    if constexpr (single)
-      q = polynomial(r, constants::la);
-    else
-      q = polynomial(r, constants::ha);
-    return xsimd::fma(arg.power, xsimd::fma(r * r, q, r), arg.power);
+    return exponential_in_one<Level>(x);
   }
   // Good: |x| < 87.3365... (EP 87.25), 708.39...
   static lane_mask<Real> flagged(const value& x, const value&) {

@@ -79,6 +79,24 @@ batch<Real> exponential_without_table(const batch<Real>& x, const Real (&coeffic
   return raise_exponent<0>(xsimd::fma(r * r, polynomial(r, coefficients), r + value(Real(1))), shifted);
 }
 
+// e^x below HA: the table without corrections at LA, no table at EP.
+template <level Level, class Real>
+batch<Real> exponential_in_one(const batch<Real>& x) {
+  using constants = exp_series<Real, exp_base::e>;
+  if constexpr (Level == level::ep) {
+    return exponential_without_table(x, constants::ep);
+  } else {
+    const auto arg = reduce<exp_base::e>(x);
+    const batch<Real>& r = arg.reduced;
+    batch<Real> q;
+    if constexpr (sizeof(Real) == 4)
+      q = polynomial(r, constants::la);
+    else
+      q = polynomial(r, constants::ha);
+    return xsimd::fma(arg.power, xsimd::fma(r * r, q, r), arg.power);
+  }
+}
+
 // b^x where the exponent is at the format's ends, or past them: the power is brought back by a power of two,
 // and the wider type takes the last steps, with one rounding to the result.
 template <exp_base Base, class Real>

@@ -106,6 +106,20 @@ batch_pair<Real> cosh_pair(const hyperbolic_argument<Real, level::ha>& x) {
   return {b.high, multiply_add(a, x.r, multiply_add(a, curved, even))};
 }
 
+// Below HA in one word.
+template <class Real, level Level>
+batch<Real> sinh_in_one(const hyperbolic_argument<Real, Level>& x) {
+  const auto a = x.growing - x.falling, b = x.growing + x.falling;
+  const auto curved = multiply_add(b * x.reduced, x.odd(), a * x.even());
+  return multiply_add(curved, x.squared, multiply_add(b, x.reduced, a));
+}
+template <class Real, level Level>
+batch<Real> cosh_in_one(const hyperbolic_argument<Real, Level>& x) {
+  const auto a = x.growing - x.falling, b = x.growing + x.falling;
+  const auto sine = multiply_add(x.squared * x.reduced, x.odd(), x.reduced);
+  return b + multiply_add(b * x.squared, x.even(), a * sine);
+}
+
 // Where E may become infinite.
 template <class Real>
 constexpr Real hyperbolic_end = sizeof(Real) == 4 ? Real(89) : Real(710);

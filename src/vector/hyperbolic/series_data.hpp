@@ -53,6 +53,12 @@ struct series<double> {
   static constexpr double la_even[] = {
       0x1.000000000000cp-1, 0x1.555555554fe11p-5, 0x1.6c16c18605aebp-10, 0x1.a01995b91168cp-16,
       0x1.28b0fde2f2b71p-22};
+  // Relative error 2^-37.5.
+  static constexpr double ep_odd[] = {
+      0x1.555555738690dp-3, 0x1.1110b1b40979bp-7, 0x1.a17022c9ca078p-13};
+  // Relative error 2^-34.3.
+  static constexpr double ep_even[] = {
+      0x1.0000004340c6ep-1, 0x1.55547fde8f8e2p-5, 0x1.6d96e26d6b182p-10};
   // Relative error 2^-55.5.
   static constexpr double la_growth[] = {
       0x1.0000000000005p-1, 0x1.555555555553ap-3, 0x1.55555555520e6p-5, 0x1.1111111118c58p-7,

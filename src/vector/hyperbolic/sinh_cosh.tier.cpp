@@ -43,9 +43,7 @@ struct hyperbolic_sine : hyperbolic<Real, true> {
         const auto sum = sinh_pair(arg);
         return sum.high + sum.low;
       } else {
-        const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
-        const value curved = multiply_add(b * arg.reduced, arg.odd(), a * arg.even());
-        return multiply_add(curved, arg.squared, multiply_add(b, arg.reduced, a));
+        return sinh_in_one(arg);
       }
     });
   }
@@ -72,9 +70,7 @@ struct hyperbolic_cosine : hyperbolic<Real, false> {
       const auto sum = cosh_pair(arg);
       return sum.high + sum.low;
     } else {
-      const value a = arg.growing - arg.falling, b = arg.growing + arg.falling;
-      const value sine = multiply_add(arg.squared * arg.reduced, arg.odd(), arg.reduced);
-      return b + multiply_add(b * arg.squared, arg.even(), a * sine);
+      return cosh_in_one(arg);
     }
   }
 };
