@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// e^(a + ib) = e^a (cos b + i sin b), and cos b + i sin b alone.
+#include "vector/complex_exponential/exponential_factor.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+struct exp_formula {
+  // The results, and the lower words of what they are made of, are normal numbers, but for a component that
+  // the angle makes tiny.
+  template <class Real>
+  static constexpr Real limit = sizeof(Real) == 4 ? Real(86) : Real(660);
+
+  template <class Real, level Level, class Rotation>
+  static complex_value<Real> of(const batch<Real>& a, const Rotation& by) {
+    const auto factor = exponential_factor<Level>(a);
+    return {product(by.cosine, factor) ^ by.sign, product(by.sine, factor) ^ by.sign};
+  }
+};
+
+template <class Real, level Level>
+struct complex_exp : of_rectangle<exp_formula, Real, Level> {
+  static constexpr auto controls = is_baseline && sizeof(Real) == 8 ? control_class::c : control_class::a;
+  static constexpr auto sse = is_baseline && sizeof(Real) == 8 ? sse_control::nearest : sse_control::by_mode;
+};
+
+// Sine and cosine of a real argument with the bits of the real function.
+template <class Real>
+struct cis : of_angle<sine_and_cosine_formula, Real, level::ha, angle_unit::radians> {
+  using base = of_angle<sine_and_cosine_formula, Real, level::ha, angle_unit::radians>;
+  using value = batch<Real>;
+  static constexpr auto controls = !is_baseline        ? control_class::a
+                                   : sizeof(Real) == 4 ? control_class::b
+                                                       : control_class::c;
+
+  static complex_value<Real> fast(const value& x) {
+    const auto [sine, cosine] = base::fast(x);
+    return {cosine, sine};
+  }
+  static lane_mask<Real> flagged(const value& x, const complex_value<Real>& w) {
+    return base::flagged(x, w.im, w.re);
+  }
+  static lane_mask<Real> patch(const value& x, complex_value<Real>& w) {
+    pack<value, value> y{w.im, w.re};
+    const auto rest = base::patch(x, y);
+    w = {y.second, y.first};
+    return rest;
+  }
+  template <class Complex>
+  static std::optional<int32_t> shortcut(const Real* a, Complex* r) {
+    return base::shortcut(a, &r->re, &r->im);
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(c, CIS, real_argument, HHH, cis)
+TMK_KERNELS(z, CIS, real_argument, HHH, cis)
+TMK_KERNELS(c, Exp, unary, LHL, complex_exp)
+TMK_KERNELS(z, Exp, unary, HHH, complex_exp)

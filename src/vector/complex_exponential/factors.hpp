@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the complex exponential, its relatives and the tangents are products and quotients of: of z = a + ib
+// the sine and cosine of the angle b. A factor of a double at HA is a pair, else one word. A product of two
+// pairs is rounded once; what their words lack is below a tenth of a unit each.
+#pragma once
+
+#include <type_traits>
+
+#include "vector/trigonometric/functions.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// What a level computes in. Singles at HA are computed in double precision, to half its bits.
+template <class Real, level Level>
+struct computation {
+  using real = Real;
+  static constexpr level at = Level;
+  static constexpr bool widened = false, exact = sizeof(Real) == 8 && Level == level::ha;
+};
+template <>
+struct computation<float, level::ha> {
+  using real = double;
+  static constexpr level at = level::ep;
+  static constexpr bool widened = true, exact = false;
+};
+
+template <class Real>
+batch_pair<Real> normalized(const batch_pair<Real>& x) {
+  return fast_two_sum(x.high, x.low);
+}
+
+// x y for normalized y, rounded once. Zeros have the sign of the product.
+template <class Real>
+batch<Real> product(const batch<Real>& x, const batch<Real>& y) {
+  return x * y;
+}
+template <class Real>
+batch<Real> product(const batch_pair<Real>& x, const batch_pair<Real>& y) {
+  batch<Real> rounded;
+  if constexpr (is_baseline) {
+    const auto a = split(x.high), b = split(y.high);
+    const batch<Real> a_low = a.low + x.low, b_low = b.low + y.low;
+    rounded = a.high * b.high + (a.high * b_low + a_low * y.high);
+  } else {
+    rounded = multiply_add(x.high, y.high, multiply_add(x.low, y.high, x.high * y.low));
+  }
+  return rounded | signs(x.high ^ y.high);
+}
+
+// Sine and cosine but for a common sign.
+template <class Factor, class Real>
+struct rotation {
+  Factor sine, cosine;
+  batch<Real> sign;
+};
+
+// Angles that are their own sine, zeros among them, are spared the formula, which sees `counted` for them.
+template <class Real>
+lane_mask<Real> is_own_sine(const batch<Real>& b) {
+  return xsimd::abs(b) < batch<Real>(negligible<Real>);
+}
+template <class Real>
+batch<Real> counted(const batch<Real>& b) {
+  return xsimd::select(is_own_sine(b), batch<Real>(Real(0)), b);
+}
+
+// Of an angle that is `counted(b)`.
+template <level Level, class Real, class Angle>
+auto rotation_by(const Angle& angle, const batch<Real>& b) {
+  using how = way<Real, Level, batch<Real>>;
+  const auto near = how::next_to(angle);
+  const auto own = is_own_sine(b);
+  if constexpr (how::exact) {
+    const auto sine = near.sine();
+    return rotation<batch_pair<Real>, Real>{
+        {xsimd::select(own, b, sine.high), sine.low}, near.cosine(), near.at.sign()};
+  } else if constexpr (how::needs_pairs) {
+    return rotation<batch<Real>, Real>{xsimd::select(own, b, sum(near.sine())), sum(near.cosine()),
+                                       near.at.sign()};
+  } else {
+    return rotation<batch<Real>, Real>{xsimd::select(own, b, near.sine_in_one()), near.cosine_in_one(),
+                                       near.at.sign()};
+  }
+}
+
+// f of the parts of a complex number, in double precision.
+template <class F>
+complex_value<float> in_double_parts(const F& f, const f32& a, const f32& b) {
+  const widened x = widen(a), y = widen(b);
+  const complex_value<double> low = f(x.low, y.low), high = f(x.high, y.high);
+  return {narrow({low.re, high.re}), narrow({low.im, high.im})};
+}
+
+// A function of a + ib with the period of the sine in b. A formula has
+//   of<Real, Level>(a, rotation)   a register of results
+//   limit<Real>                    the largest |a| that it serves
+//   turned(w)                      from f(a + ib) the result where z is b + ia
+// Turned functions are those of iz: sin(z) = -i sinh(iz).
+template <class Formula, class Real, level Level, bool Turned = false>
+struct of_rectangle : description<Real> {
+  using value = complex_value<Real>;
+  using part = batch<Real>;
+  using how = computation<Real, Level>;
+  static constexpr bool single = sizeof(Real) == 4;
+  static constexpr Real infinity = std::numeric_limits<Real>::infinity();
+  // Of the angles that fast() reduces.
+  static constexpr Real end = !single || how::widened ? Real(0x1p20)
+                              : is_baseline           ? Real(0x1.8p11)
+                                                      : Real(0x1p17);
+
+  static value fast(const value& z) {
+    const part a = growing_part(z), b = angle_part(z);
+    if constexpr (how::widened)
+      return result(in_double_parts(
+          [](const f64& x, const f64& y) { return of<how>(x, y, radians<double, true>{counted(y)}); }, a, b));
+    else
+      return result(of<how>(a, b, radians<Real>{counted(b)}));
+  }
+  static lane_mask<Real> flagged(const value& z, const value&) {
+    return !((xsimd::abs(growing_part(z)) <= part(Formula::template limit<Real>)) &
+             (xsimd::abs(angle_part(z)) < part(end)));
+  }
+  // Large angles; NaNs with a number other than zero.
+  static lane_mask<Real> patch(const value& z, value& w) {
+    const part a = growing_part(z), b = angle_part(z), size = xsimd::abs(b);
+    const auto large = (size >= part(end)) & (size < part(infinity));
+    if (lane_bits<Real>(large) != 0) {
+      const value there = beyond(a, b);
+      w = {xsimd::select(large, there.re, w.re), xsimd::select(large, there.im, w.im)};
+    }
+    const auto settled = (xsimd::isnan(a) & is_number(b)) | (xsimd::isnan(b) & is_number(a));
+    const part nan = a + b;
+    w = {xsimd::select(settled, nan, w.re), xsimd::select(settled, nan, w.im)};
+    const auto regular = (xsimd::abs(a) <= part(Formula::template limit<Real>)) & (size < part(infinity));
+    return !(regular | settled);
+  }
+
+ private:
+  static part growing_part(const value& z) { return Turned ? z.im : z.re; }
+  static part angle_part(const value& z) { return Turned ? z.re : z.im; }
+  static value result(const value& w) {
+    if constexpr (Turned)
+      return Formula::turned(w);
+    else
+      return w;
+  }
+  static lane_mask<Real> is_number(const part& x) {
+    const part size = xsimd::abs(x);
+    return (size > part(Real(0))) & (size < part(infinity));
+  }
+  template <class How, class Part, class Angle>
+  static auto of(const Part& a, const Part& b, const Angle& angle) {
+    return Formula::template of<typename How::real, How::at>(a, rotation_by<How::at>(angle, b));
+  }
+  static value beyond(const part& a, const part& b) {
+    if constexpr (single)
+      return result(in_double_parts(
+          [](const f64& x, const f64& y) {
+            return of<computation<float, level::ha>>(x, y, half_turns_of_single(y));
+          },
+          a, b));
+    else
+      return result(of<how>(a, b, half_turns_of(b)));
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
