@@ -22,15 +22,15 @@ batch<Real> near_reciprocal(const batch<Real>& x) {
 }
 
 // sqrt(x) within an ulp or two, and 1 / (2 sqrt(x)) within 2^-26 in double, 2^-13 in single; of zero, zero
-// and a large number.
+// and a large number. Other x have roots from `least`, a power of two, on.
 template <class Real>
 struct near_root {
   batch<Real> root, half_reciprocal;
 
-  explicit near_root(const batch<Real>& x) {
+  explicit near_root(const batch<Real>& x, Real least = Real(0x1p-30)) {
     const batch<Real> half(Real(0.5));
 #if TMK_TIER_NUMBER(TMK_TIER) == 2
-    const batch<Real> y = reciprocal_sqrt_estimate(maximum_or_second(x, batch<Real>(Real(0x1p-60))));
+    const batch<Real> y = reciprocal_sqrt_estimate(maximum_or_second(x, batch<Real>(least * least)));
     root = x * y;
     half_reciprocal = y * half;
     if constexpr (sizeof(Real) == 8) {
@@ -41,7 +41,7 @@ struct near_root {
     root = multiply_add(negative_multiply_add(root, root, x), half_reciprocal, root);
 #else
     root = xsimd::sqrt(x);
-    half_reciprocal = half / maximum_or_second(root, batch<Real>(Real(0x1p-30)));
+    half_reciprocal = half / maximum_or_second(root, batch<Real>(least));
 #endif
   }
 
