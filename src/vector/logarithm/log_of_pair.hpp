@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// log(u + c) for a positive normal u and a c within half a unit of its last place, or a few: c goes into the
-// reduced argument, where it is as good as a longer u.
+// log((u + c) 2^exponent) for a positive normal u and a c within half a unit of its last place, or a few: c
+// goes into the reduced argument, where it is as good as a longer u. The exponent, an integer, may be left
+// out.
 #pragma once
 
 #include "platform/tier.hpp"
@@ -17,10 +18,10 @@ namespace {
 
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
 // c / u goes into t of the table's identity in log_reduction.hpp.
-template <level Level>
-f64 log_of_pair(const f64& u, const f64& c) {
+template <level Level, class... Value>
+f64 log_of_pair(const f64& u, const f64& c, const Value&... more) {
   const auto [reciprocal, log_high, log_low] = row_256(u, log_256_data::ln);
-  const f64 k = exponent(u, 0);
+  const f64 k = (exponent(u, 0) + ... + more);
   // 2^-k, or 0 where k is 1023: c is below 2^-1000 u there.
   const u64 scale = u64(0x7FE0000000000000) - (bits_as<uint64_t>(u) & u64(0x7FF0000000000000));
   const auto [th, tl] = split_product(mantissa(u), reciprocal);
@@ -40,14 +41,15 @@ inline f64 log_for_single(const f64& u) {
   return (exponent(u, 0) * f64(log_256_data::ln2.high) + log_high) + (t + p);
 }
 #else
-// u = 2^k m: log((m + 2^-k c) 2^k), for k < bias.
-template <level Level, class Real>
-batch<Real> log_of_pair(const batch<Real>& u, const batch<Real>& c) {
+// u = 2^k m: log((m + 2^-k c) 2^k), for k < bias. In base 10 and 2 too.
+template <level Level, log_base Base = log_base::e, class Real, class... Value>
+batch<Real> log_of_pair(const batch<Real>& u, const batch<Real>& c, const Value&... more) {
   using bits = typename format<Real>::bits;
-  const log_argument<Real> argument = split_for_log(u);
+  log_argument<Real> argument = split_for_log(u);
   const batch<Real> scale =
       bits_as<Real>(bits_as<bits>(argument.m) - bits_as<bits>(u) + batch<bits>(to_bits(Real(1))));
-  return log_of<Real, log_base::e, Level>(argument, c * scale);
+  argument.k = (argument.k + ... + more);
+  return log_of<Real, Base, Level>(argument, c * scale);
 }
 #endif
 

@@ -111,11 +111,14 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
     if constexpr (sizeof...(m_low) == 0) {
       return sum_of_log<Real, Base>(high, low, f);
     } else if constexpr (Level != level::ha) {
-      const value g = xsimd::fma((m_low, ...), r, f);
-      return high + (g + xsimd::fma(g * g, polynomial(g, constants::la), low));
+      const value g = xsimd::fma((m_low, ...), r, f),
+                  p = xsimd::fma(g * g, polynomial(g, constants::la), low);
+      return high + (Base == log_base::e ? g + p : xsimd::fma(g, value(constants::scale[0]), p));
     } else {
       const auto [f_high, f_low] = fast_two_sum(f, (m_low, ...) * r);
-      return sum_of_log<Real, Base>(high, low + xsimd::fnma(f_low, f_high, f_low), f_high);
+      value g_low = xsimd::fnma(f_low, f_high, f_low);
+      if constexpr (Base != log_base::e) g_low = g_low * value(constants::scale[0]);
+      return sum_of_log<Real, Base>(high, low + g_low, f_high);
     }
   } else {
     static constexpr rounded_table<Real> table(constants::high, constants::low);
