@@ -6,7 +6,7 @@
 TMK_TIER_OPEN
 namespace {
 
-enum class angle_unit { radians, half_turns };
+enum class angle_unit { radians, half_turns, ln10_radians };
 
 // The unit and the right angle as sums of two numbers; with the first words of arctan(k/8) and a few
 // multiples of the right angle, sums are exact. unit_below t < unit arctan(t) for 0 < t <= 0.079.
@@ -127,6 +127,43 @@ struct arctangent_series<float, angle_unit::half_turns> {
 };
 
 template <>
+struct angles<float, angle_unit::ln10_radians> {
+  static constexpr float unit = 0x1.bcb7b2p-2f;
+  static constexpr float unit_low = -0x1.5b235ep-27f;
+  static constexpr float unit_below = 0x1.bbcadap-2f;
+  static constexpr float unit_rest = 0x1.d9aea4p-11f;
+  static constexpr float right = 0x1.5d47c4p-1f;
+  static constexpr float right_high = 0x1.5d47c8p-1f;
+  static constexpr float right_low = -0x1.9a6822p-24f;
+  // arctan(k/8), and two sums for it.
+  static constexpr float arctan[] = {
+      0x0p0f, 0x1.ba6c3cp-5f, 0x1.b3c906p-4f, 0x1.3f1a6ep-3f,
+      0x1.9c626cp-3f, 0x1.f0d67cp-3f, 0x1.1e2d1ep-2f, 0x1.3fad24p-2f};
+  static constexpr float arctan_error[] = {
+      0x0p0f, -0x1.94a682p-32f, -0x1.458a2ep-30f, -0x1.e1cc32p-28f,
+      -0x1.d11a46p-30f, 0x1.0304f4p-28f, -0x1.7bea1ap-29f, -0x1.eb91e8p-27f};
+  static constexpr float arctan_high[] = {
+      0x0p0f, 0x1.ba6cp-5f, 0x1.b3c9p-4f, 0x1.3f1a6p-3f,
+      0x1.9c626p-3f, 0x1.f0d68p-3f, 0x1.1e2d2p-2f, 0x1.3fad2p-2f};
+  static constexpr float arctan_low[] = {
+      0x0p0f, 0x1.de6b5ap-24f, 0x1.6ba75ep-26f, 0x1.a1e33cp-24f,
+      0x1.78bb96p-24f, -0x1.bf3ec2p-26f, -0x1.17bea2p-25f, 0x1.851b86p-25f};
+};
+template <>
+struct arctangent_series<float, angle_unit::ln10_radians> {
+  // Relative error 2^-29.5.
+  static constexpr float ha[] = {
+      -0x1.2879ecp-3f, 0x1.6194a2p-4f};
+  // Relative error 2^-19.5.
+  static constexpr float ep[] = {
+      -0x1.278feep-3f};
+  // arctan(t) = t p(z), |t| <= 1. Relative error 2^-15.
+  static constexpr float whole_ep[] = {
+      0x1.bcb448p-2f, -0x1.2706c2p-3f, 0x1.497992p-4f, -0x1.470d34p-5f,
+      0x1.5399b8p-7f};
+};
+
+template <>
 struct angles<double, angle_unit::radians> {
   static constexpr double unit = 0x1p0;
   static constexpr double unit_low = 0x0p0;
@@ -228,6 +265,40 @@ struct arctangent_series<double, angle_unit::half_turns> {
   // Relative error 2^-29.5.
   static constexpr double ep[] = {
       -0x1.b2989328f980ap-4, 0x1.0326597f41666p-4};
+};
+
+template <>
+struct angles<double, angle_unit::ln10_radians> {
+  static constexpr double unit = 0x1.bcb7b1526e50ep-2;
+  static constexpr double unit_low = 0x1.95355baaafad3p-57;
+  static constexpr double unit_below = 0x1.bbcad9fcd38bbp-2;
+  static constexpr double unit_rest = 0x1.d9aeab358a665p-11;
+  static constexpr double right = 0x1.5d47c4cb2fba1p-1;
+  static constexpr double right_high = 0x1.5d47c4cb2fbap-1;
+  static constexpr double right_low = 0x1.61dae462401cdp-54;
+  // arctan(k/8), and two sums for it.
+  static constexpr double arctan[] = {
+      0x0p0, 0x1.ba6c3bcd6b2fap-5, 0x1.b3c905ae9d74bp-4, 0x1.3f1a6d0f19e76p-3,
+      0x1.9c626bc5dcb74p-3, 0x1.f0d67c81827a5p-3, 0x1.1e2d1dd082bcep-2, 0x1.3fad230a370c7p-2};
+  static constexpr double arctan_error[] = {
+      0x0p0, 0x1.bfe7d16f7042dp-62, 0x1.87f7b804a3c3ep-58, -0x1.de9d37b25cfa1p-57,
+      -0x1.3725a8fb00034p-57, 0x1.31e69d511c11p-57, -0x1.416ec57bff897p-56, 0x1.36fa6d2fc01fep-58};
+  static constexpr double arctan_high[] = {
+      0x0p0, 0x1.ba6c3bcd6b3p-5, 0x1.b3c905ae9d74p-4, 0x1.3f1a6d0f19e7p-3,
+      0x1.9c626bc5dcb7p-3, 0x1.f0d67c81827ap-3, 0x1.1e2d1dd082bdp-2, 0x1.3fad230a370c8p-2};
+  static constexpr double arctan_low[] = {
+      0x0p0, -0x1.7c80305d211f8p-55, 0x1.6c3fbdc0251e2p-53, 0x1.62162c84da306p-53,
+      0x1.d91b4ae09fff9p-54, 0x1.531e69d511c11p-53, -0x1.282dd8af7ff13p-53, -0x1.d920b25a07fcp-55};
+};
+template <>
+struct arctangent_series<double, angle_unit::ln10_radians> {
+  // Relative error 2^-58.5.
+  static constexpr double ha[] = {
+      -0x1.287a7636f424ap-3, 0x1.63c62773f2128p-4, -0x1.fc3f9f2b05a53p-5, 0x1.8b453e2b6e5dfp-5,
+      -0x1.3e72288daa091p-5};
+  // Relative error 2^-29.5.
+  static constexpr double ep[] = {
+      -0x1.2879eb82b697cp-3, 0x1.6193eedc5ab9bp-4};
 };
 
 }  // namespace
