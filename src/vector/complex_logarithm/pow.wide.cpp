@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+// z^w = e^(w ln z) on the wide tiers, with z in polar form:
+//   ln z = ln|z| + i (q right angles + angle),   q = -2..2,   |angle| <= an eighth of a turn
+//   z^w = e^E (cos T + i sin T),   E = re(w ln z),   T = im(w ln z) = re(w) q right angles + spin
+// Right angles are counted apart, so that powers are real or imaginary where they should be: re(w) q is
+// exact. HA in double has ln z, the products with w and E as pairs, to some 2^-64. Singles, and EP, are
+// computed in one word of double precision. The fast lane serves results that are normal numbers and |w ln z|
+// up to a limit; a patch by registers finishes zeros, NaNs, z^0 and z of any size.
+#include "vector/complex_logarithm/modulus.hpp"
+#include "vector/complex_logarithm/pow_data.hpp"
+#include "vector/inverse_trigonometric/angle_of_vector.hpp"
+#include "vector/logarithm/log_of_pair.hpp"
+#include "vector/power/short_power.hpp"
+#include "vector/toolbox/near.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+using in_radians = angles<double, angle_unit::radians>;
+
+// The steps of the formula with numbers that are pairs.
+struct in_pairs {
+  using number = batch_pair<double>;
+  static constexpr auto &sine = complex_pow_data::sine, &cosine = complex_pow_data::cosine;
+  static constexpr double limit = 0x1p10;  // of |w ln z|
+
+  static number times(const number& x, const f64& y) { return multiply_loose(x, y); }
+  static number plus(const number& x, const number& y) {
+    const auto sum = two_sum(x.high, y.high);
+    return {sum.high, sum.low + (x.low + y.low)};
+  }
+  static number scaled(const number& x, const f64& power_of_two) {
+    return {x.high * power_of_two, x.low * power_of_two};
+  }
+  static number choose(const lane_mask<double>& which, const number& x, const number& y) {
+    return {xsimd::select(which, x.high, y.high), xsimd::select(which, x.low, y.low)};
+  }
+  static f64 high(const number& x) { return x.high; }
+  static f64 low(const number& x) { return x.low; }
+  static number of(const f64& x) { return {x, f64(0)}; }
+  static number right_angles(const f64& count) {
+    return {count * f64(in_radians::right), count * f64(in_radians::right_low)};
+  }
+  template <class... Value>
+  static number log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
+    const auto square = sum_of_squares<true>(larger, smaller);
+    const number log = pair_log(square.high, exponent...);
+    return {log.high, multiply_add(square.low, near_reciprocal(square.high), log.low)};
+  }
+  // arctan(n / d), by the cells of the real function.
+  static number arctangent(const f64& n, const f64& d) {
+    const arctangent_in_cells<double, angle_unit::radians> cell(n, d, f64(0));
+    const auto divisor = add_product(d, cell.c, n);
+    const f64 numerator = negative_multiply_add(cell.c, d, n);
+    const f64 reciprocal = near_reciprocal(divisor.high);
+    f64 t = numerator * reciprocal;
+    t = multiply_add(negative_multiply_add(t, divisor.high, numerator), reciprocal, t);
+    const f64 lost = negative_multiply_add(t, divisor.low, negative_multiply_add(t, divisor.high, numerator));
+    const auto sum = fast_two_sum(lane_table<double, 8>(in_radians::arctan)[cell.k], t);
+    const f64 z = t * t, error = lane_table<double, 8>(in_radians::arctan_error).leading(cell.k);
+    const f64 rest = sum.low + multiply_add(lost, reciprocal, error);
+    return {sum.high, multiply_add(t * z, polynomial(z, complex_pow_data::arctangent), rest)};
+  }
+  static f64 exponential(const number& x) { return pair_exp(x); }
+};
+
+// And with numbers of one word.
+struct in_one_word {
+  using number = f64;
+  static constexpr auto &sine = complex_pow_data::short_sine, &cosine = complex_pow_data::short_cosine;
+  static constexpr double limit = 0x1p15;
+
+  static f64 times(const f64& x, const f64& y) { return x * y; }
+  static f64 plus(const f64& x, const f64& y) { return x + y; }
+  static f64 scaled(const f64& x, const f64& power_of_two) { return x * power_of_two; }
+  static f64 choose(const lane_mask<double>& which, const f64& x, const f64& y) {
+    return xsimd::select(which, x, y);
+  }
+  static f64 high(const f64& x) { return x; }
+  static f64 low(const f64&) { return f64(0); }
+  static f64 of(const f64& x) { return x; }
+  static f64 right_angles(const f64& count) { return count * f64(in_radians::right); }
+  template <class... Value>
+  static f64 log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
+    const auto square = sum_of_squares<false>(larger, smaller);
+    return log_of_pair<level::la>(square.high, square.low, exponent...);
+  }
+  static f64 arctangent(const f64& n, const f64& d) {
+    return arctangent_in_cells<double, angle_unit::radians>(n, d, f64(0)).la();
+  }
+  static f64 exponential(const f64& x) { return short_exp2(x * f64(0x1.71547652b82fep0)); }
+};
+
+using complex_doubles = complex_value<double>;
+
+// e^(i T) of T = turns right angles + spin.
+template <class Arithmetic>
+complex_doubles direction(const f64& turns, const typename Arithmetic::number& spin) {
+  const f64 shifter(0x1.8p52), high = Arithmetic::high(spin), right(in_radians::right);
+  const f64 whole_turns = (turns + shifter) - shifter, part = turns - whole_turns;
+  const f64 count = (multiply_add(high, f64(0x1.45f306dc9c883p-1), part) + shifter) - shifter;
+  // high - count right angles is exact but for what the right angle lacks.
+  const f64 low = multiply_add(part - count, f64(in_radians::right_low), Arithmetic::low(spin));
+  const f64 sum = multiply_add(part, right, negative_multiply_add(count, right, high)) + low;
+  const f64 zero(0), signs(-0.0);
+  const f64 r = xsimd::select(sum == zero, high & signs, sum), z = r * r;
+  const f64 sine = multiply_add(r * z, polynomial(z, Arithmetic::sine), r);
+  const f64 cosine =
+      multiply_add(z * z, polynomial(z, Arithmetic::cosine), multiply_add(z, f64(-0.5), f64(1)));
+  // Bit 0 of the quadrant says that they change places; 1, of it and of the next one, which are negative.
+  const u64 quadrant = bits_as<uint64_t>(whole_turns + count + shifter);
+  const auto is_odd = mask_as<double>((quadrant & u64(1)) != u64(0));
+  const auto sign_of_bit_1 = [](const u64& q) { return bits_as<double>((q & u64(2)) << 62); };
+  return {xsimd::select(is_odd, sine, cosine) ^ sign_of_bit_1(quadrant + u64(1)),
+          xsimd::select(is_odd, cosine, sine) ^ sign_of_bit_1(quadrant)};
+}
+
+// z^w, or (z 2^(exponent / 2))^w, for results from e^least to e^greatest; NaN where the fast lane does not
+// serve.
+template <class Arithmetic, class... Value>
+complex_doubles power_of(const complex_doubles& z, const complex_doubles& w, double least, double greatest,
+                         const Value&... exponent) {
+  using number = typename Arithmetic::number;
+  using range = vector_range<double>;
+  const f64 zero(0), half(0.5), one(1);
+  const f64 height = xsimd::abs(z.im), width = xsimd::abs(z.re);
+  const f64 smaller = xsimd::min(height, width), larger = xsimd::max(height, width);
+  const auto steep = height > width;
+
+  const number log = Arithmetic::scaled(Arithmetic::log_of_squares(larger, smaller, exponent...), half);
+  const f64 quarters = xsimd::abs(right_angles(steep, z.re)) | sign_of(z.im);
+  // The axes, and the diagonals with z on them, are the borders at which the angle changes sign.
+  const f64 sign = sign_of(z.re ^ z.im) ^ xsimd::select(steep, f64(-0.0), zero);
+  const number eighth = Arithmetic::right_angles(half);
+  const number angle = Arithmetic::scaled(
+      Arithmetic::choose(smaller == larger, eighth, Arithmetic::arctangent(smaller, larger)), one | sign);
+  const number argument = Arithmetic::plus(Arithmetic::right_angles(quarters), angle);
+
+  // A product with zero is to leave the sign of the other.
+  const number of_imaginary =
+      Arithmetic::choose(w.im == zero, Arithmetic::of(f64(-0.0)), Arithmetic::times(log, w.im));
+  const number spin = Arithmetic::plus(Arithmetic::times(angle, w.re), of_imaginary);
+  const number growth = Arithmetic::plus(Arithmetic::times(log, w.re), Arithmetic::times(argument, -w.im));
+  const f64 length = Arithmetic::exponential(growth);
+  const complex_doubles unit = direction<Arithmetic>(w.re * quarters, spin);
+
+  const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im), e = Arithmetic::high(growth);
+  const f64 size = exponents * (xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument)));
+  const auto served = (size < f64(Arithmetic::limit)) & (exponents > zero) & (e > f64(least)) &
+                      (e < f64(greatest)) & (larger >= f64(range::least)) & (larger < f64(range::end));
+  const f64 nan(std::numeric_limits<double>::quiet_NaN());
+  return {xsimd::select(served, length * unit.re, nan), xsimd::select(served, length * unit.im, nan)};
+}
+
+// The exponents E of results that are certain to be normal numbers.
+template <class Real>
+constexpr double least_exponent = sizeof(Real) == 4 ? -86.9 : -708.0;
+template <class Real>
+constexpr double greatest_exponent = sizeof(Real) == 4 ? 88.7 : 708.0;
+
+template <class Real, level Level>
+struct complex_power : description<Real> {
+  using value = batch<Real>;
+  using complex = complex_value<Real>;
+  using arithmetic = std::conditional_t<sizeof(Real) == 4 || Level == level::ep, in_one_word, in_pairs>;
+  static constexpr auto sse = sse_control::exact;  // comparisons with zero are to mean zero
+  static constexpr int group = (sizeof(Real) == 4 ? 1 : 2) * lanes<Real>;
+
+  template <class... Value>
+  static complex_doubles of_doubles(const complex_doubles& z, const complex_doubles& w,
+                                    const Value&... exponent) {
+    return power_of<arithmetic>(z, w, least_exponent<Real>, greatest_exponent<Real>, exponent...);
+  }
+  static complex fast(const complex& z, const complex& w) {
+    if constexpr (sizeof(Real) == 8) {
+      return of_doubles(z, w);
+    } else {
+      const widened x = widen(z.re), y = widen(z.im), u = widen(w.re), v = widen(w.im);
+      const auto low = of_doubles({x.low, y.low}, {u.low, v.low});
+      const auto high = of_doubles({x.high, y.high}, {u.high, v.high});
+      return {narrow({low.re, high.re}), narrow({low.im, high.im})};
+    }
+  }
+  static lane_mask<Real> flagged(const complex&, const complex&, const complex& r) {
+    return xsimd::isnan(r.re);
+  }
+
+  static lane_mask<Real> patch(const complex& z, const complex& w, complex& r) {
+    const value zero(Real(0)), infinity(std::numeric_limits<Real>::infinity());
+    const value sizes = xsimd::abs(z.re) + xsimd::abs(z.im), exponents = xsimd::abs(w.re) + xsimd::abs(w.im);
+    const auto infinite = (xsimd::abs(z.re) == infinity) | (xsimd::abs(z.im) == infinity);
+    const auto nan = xsimd::isnan(sizes) & !infinite & (exponents > zero) & (exponents < infinity);
+    const auto vanishes = (sizes == zero) & (w.re > zero) & (exponents < infinity);
+    if constexpr (sizeof(Real) == 8) {
+      const scaled_vector<double> scaled(z.im, z.re);
+      const auto moved = of_doubles({scaled.x, scaled.y}, w, scaled.log2_of_scale * value(-2));
+      const auto lacks = xsimd::isnan(r.re) & !infinite;
+      r = {xsimd::select(lacks, moved.re, r.re), xsimd::select(lacks, moved.im, r.im)};
+    }
+    const auto is_one = exponents == zero;
+    r.re = xsimd::select(is_one, value(Real(1)), xsimd::select(vanishes, zero, r.re));
+    r.im = xsimd::select(is_one | vanishes, zero, r.im);
+    const auto rare = xsimd::isnan(r.re) & !nan;
+    r.re = xsimd::select(nan, sizes, r.re);
+    r.im = xsimd::select(nan, sizes, r.im);
+    return rare;
+  }
+};
+
+// The same with one exponent for all elements.
+template <class Real, level Level>
+struct complex_power_to_scalar : complex_power<Real, Level> {
+  using complex = complex_value<Real>;
+  using number = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
+  using elementwise = complex_power<Real, Level>;
+
+  number exponent;
+  explicit complex_power_to_scalar(number b) : exponent(b) {}
+
+  complex w() const { return {batch<Real>(exponent.re), batch<Real>(exponent.im)}; }
+  complex fast(const complex& z) const { return elementwise::fast(z, w()); }
+  lane_mask<Real> flagged(const complex&, const complex& r) const { return xsimd::isnan(r.re); }
+  lane_mask<Real> patch(const complex& z, complex& r) const { return elementwise::patch(z, w(), r); }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(c, Pow, binary, HHH, complex_power)
+TMK_KERNELS(z, Pow, binary, HHE, complex_power)
+TMK_KERNELS(c, Powx, scalar_exponent, HHH, complex_power_to_scalar)
+TMK_KERNELS(z, Powx, scalar_exponent, HHE, complex_power_to_scalar)
