@@ -65,13 +65,20 @@ struct arctangent_in_cells {
     k = table_index<Real, 8, 0>(bits_as<typename format<Real>::bits>(shifted));
   }
 
-  value ha() const {
-    const lane_table<Real, 8> high(constants::arctan_high), low(constants::arctan_low);
+  // With second words of n and d, if given.
+  struct second_words {
+    value n, d;
+  };
+  template <class... SecondWords>
+  value ha(const SecondWords&... low) const {
+    const lane_table<Real, 8> high(constants::arctan_high), low_table(constants::arctan_low);
     const auto divisor = add_short_product(d, c, n);
     const value numerator = subtract_short_product(n, c, d), t = numerator / divisor.high;
-    const value lost = negative_multiply_add(t, divisor.low, residual(numerator, t, divisor.high));
+    const value divisor_low = (divisor.low + ... + multiply_add(c, low.n, low.d));
+    const value lost = (negative_multiply_add(t, divisor_low, residual(numerator, t, divisor.high)) + ... +
+                        negative_multiply_add(c, low.d, low.n));
     const auto sum = sum_in_unit<Unit>(multiply_add(j, value(constants::right_high), high[k]), t);
-    value rest = low.leading(k);
+    value rest = low_table.leading(k);
     if constexpr (constants::right_low != 0) rest = multiply_add(j, value(constants::right_low), rest);
     rest = multiply_add(lost, rough_quotient<constants::unit>(divisor.high), rest) + sum.low;
     const value z = t * t;
