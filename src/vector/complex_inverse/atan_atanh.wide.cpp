@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+// Inverse tangents of the circle and the hyperbola. For z = x + i y in the first quadrant
+//   artanh z = log(1 + 4 x / ((1 - x)^2 + y^2)) / 4 + i angle(1 - x^2 - y^2, 2 y) / 2
+//   arctan z = -i artanh(i z)
+// with the angle of that vector to its first axis (W. Kahan, Branch cuts for complex elementary functions,
+// 1987). HA has both quotients' terms in pairs.
+#include <numbers>
+
+#include "vector/complex_inverse/parts.hpp"
+#include "vector/logarithm/log_of_pair.hpp"
+#include "vector/toolbox/odd.hpp"
+#include "vector/toolbox/settled.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// (1 - x)^2 + y^2
+template <level Level, class Real>
+batch_pair<Real> squared_distance(const batch<Real>& x, const batch<Real>& y) {
+  const batch<Real> one(Real(1));
+  if constexpr (Level != level::ha) {
+    const batch<Real> rest = one - x;
+    return exactly(multiply_add(rest, rest, y * y));
+  } else {
+    const auto rest = two_sum(one, -x);
+    const auto xx = two_prod(rest.high, rest.high), yy = two_prod(y, y), sum = two_sum(xx.high, yy.high);
+    return {sum.high, multiply_add(rest.high + rest.high, rest.low, sum.low + (xx.low + yy.low))};
+  }
+}
+
+// log(1 + 4 x / d)
+template <level Level, class Real>
+batch<Real> log_of_ratio(const batch<Real>& x, const batch_pair<Real>& d) {
+  using value = batch<Real>;
+  const auto t = quotient<Level>(x * value(Real(4)), d);
+  const auto sum = two_sum(value(Real(1)), maximum_or_second(value(tiny<Real>), t.high));
+  value low = sum.low, square = t.high * value(Real(-0.5));
+  if constexpr (Level == level::ha) low += t.low;
+  const value series = Level == level::ha ? multiply_add(square, t.high, t.low) + t.high
+                                          : multiply_add(square, t.high, t.high);
+  return xsimd::select(t.high < value(tiny<Real>), series, log_of_pair<Level>(sum.high, low));
+}
+
+struct hyperbolic_tangent {
+  template <level Level, class Real>
+  static complex_value<Real> of(const complex_value<Real>& z) {
+    using value = batch<Real>;
+    const value x = xsimd::abs(z.re), y = xsimd::abs(z.im);
+    const value log = log_of_ratio<Level>(x, squared_distance<Level>(x, y));
+    const auto excess = square_excess<Level>(x, y);
+    const value angle = angle_of<Level>(exactly(y + y), {-excess.high, -excess.low});
+    return {log * value(Real(0.25)) | sign_of(z.re), angle * value(Real(0.5)) | sign_of(z.im)};
+  }
+  // 1 / z, and a right angle.
+  template <level Level, class Real>
+  static complex_value<Real> of_far(const complex_value<Real>& z) {
+    using value = batch<Real>;
+    const value x = scaled_far(z.re, z.im), y = scaled_far(z.im, z.re);
+    const auto xx = two_prod(x, x), yy = two_prod(y, y), norm = two_sum(xx.high, yy.high);
+    const auto near = quotient<Level>(x, {norm.high, norm.low + (xx.low + yy.low)});
+    const value re = scaled_by_far(near.high + near.low);
+    const value infinity(std::numeric_limits<Real>::infinity());
+    const auto infinite = (xsimd::abs(z.re) == infinity) | (xsimd::abs(z.im) == infinity);
+    return {xsimd::select(infinite, value(Real(0)), re) | sign_of(z.re),
+            value(Real(std::numbers::pi / 2)) | sign_of(z.im)};
+  }
+  // Nearer to a pole squares leave the format.
+  template <class Real>
+  static lane_mask<Real> good(const complex_value<Real>&, const complex_value<Real>& r) {
+    return xsimd::abs(r.re) < batch<Real>(Real(sizeof(Real) == 4 ? 17 : 160));
+  }
+  template <class Real>
+  static lane_mask<Real> far_good(const complex_value<Real>&) {
+    return lane_mask<Real>(true);
+  }
+};
+
+template <class Real>
+std::optional<int32_t> pole(Real x, Real y, Real* re, Real* im) {
+  if (std::abs(x) != 1 || y != 0) return std::nullopt;
+  *im = y;
+  return infinite(x, VTM_STATUS_SINGULARITY, re);
+}
+
+template <class Real, level Level>
+struct inverse_tanh : complex_inverse<Real, Level, hyperbolic_tangent> {
+  template <class Complex>
+  static std::optional<int32_t> shortcut(const Complex* a, Complex* r) {
+    return pole(a->re, a->im, &r->re, &r->im);
+  }
+};
+
+template <class Real, level Level>
+struct inverse_tan : complex_inverse<Real, Level, turned<hyperbolic_tangent>> {
+  template <class Complex>
+  static std::optional<int32_t> shortcut(const Complex* a, Complex* r) {
+    return pole(a->im, a->re, &r->im, &r->re);
+  }
+};
+
+}  // namespace
+TMK_TIER_CLOSE
+
+TMK_KERNELS(c, Atan, unary, LHL, inverse_tan)
+TMK_KERNELS(z, Atan, unary, LHL, inverse_tan)
+TMK_KERNELS(c, Atanh, unary, LHL, inverse_tanh)
+TMK_KERNELS(z, Atanh, unary, LHL, inverse_tanh)

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the complex inverse functions share: numbers by parts, the angle of a vector, and what needs no
+// computation. The formulas take |re| and |im|; the signs come back at the end, so that all symmetries hold
+// bit for bit.
+#pragma once
+
+#include "vector/inverse_trigonometric/arctangent.hpp"
+#include "vector/walk/kernel.hpp"
+
+TMK_TIER_OPEN
+namespace {
+
+// i times the conjugate: the reflection that makes functions of the hyperbola those of the circle.
+template <class Real>
+complex_value<Real> swapped(const complex_value<Real>& z) {
+  return {z.im, z.re};
+}
+
+template <class Real>
+complex_value<Real> select(const lane_mask<Real>& which, const complex_value<Real>& z,
+                           const complex_value<Real>& otherwise) {
+  return {xsimd::select(which, z.re, otherwise.re), xsimd::select(which, z.im, otherwise.im)};
+}
+
+// F of the circle from F of the hyperbola, or the other way round: F(i z) / i.
+template <class F>
+struct turned {
+  template <level Level, class Real>
+  static complex_value<Real> of(const complex_value<Real>& z) {
+    return swapped(F::template of<Level>(swapped(z)));
+  }
+  template <level Level, class Real>
+  static complex_value<Real> of_far(const complex_value<Real>& z) {
+    return swapped(F::template of_far<Level>(swapped(z)));
+  }
+  template <class Real>
+  static lane_mask<Real> good(const complex_value<Real>& z, const complex_value<Real>& r) {
+    return F::good(swapped(z), swapped(r));
+  }
+  template <class Real>
+  static lane_mask<Real> far_good(const complex_value<Real>& z) {
+    return F::far_good(swapped(z));
+  }
+};
+
+template <class Real>
+batch_pair<Real> exactly(const batch<Real>& x) {
+  return {x, batch<Real>(Real(0))};
+}
+
+// n / d. A second word counts for less than an ulp or two, so that 5 % of it are too little to matter.
+template <level Level, class Real>
+batch_pair<Real> quotient(const batch<Real>& n, const batch_pair<Real>& d) {
+  const batch<Real> q = n / d.high;
+  if constexpr (Level != level::ha) return exactly(q);
+  return {q, negative_multiply_add(q, d.low, residual(n, q, d.high)) * rough_quotient<Real(1)>(d.high)};
+}
+
+// The angle of the vector (x, y), y >= 0, to the x axis. Second words count at level HA.
+template <level Level, class Real>
+batch<Real> angle_of(const batch_pair<Real>& y, const batch_pair<Real>& x) {
+  using value = batch<Real>;
+  const value width = xsimd::abs(x.high);
+  const auto steep = y.high > width;
+  const value n = minimum_or_second(width, y.high), d = maximum_or_second(y.high, width);
+  const value j = right_angles(steep, x.high);
+  if constexpr (Level != level::ha) return arctangent<Real, Level, angle_unit::radians>(n, d, j);
+  using cells = arctangent_in_cells<Real, angle_unit::radians>;
+  const value width_low = x.low ^ sign_of(x.high);
+  const typename cells::second_words low{xsimd::select(steep, width_low, y.low),
+                                         xsimd::select(steep, y.low, width_low)};
+  return xsimd::abs(cells(n, d, j).ha(low));
+}
+
+// x^2 + y^2 - 1 to within a few units of |z^2 - 1| 2^-106 at level HA, of |z^2 - 1| 2^-53 at others.
+template <level Level, class Real>
+batch_pair<Real> square_excess(const batch<Real>& x, const batch<Real>& y) {
+  const batch<Real> one(Real(1));
+  if constexpr (Level != level::ha) return exactly(multiply_add(y, y, (x - one) * (x + one)));
+  const auto xx = two_prod(x, x), yy = two_prod(y, y);
+  const auto less = two_sum(xx.high, -one), sum = two_sum(less.high, yy.high);
+  return fast_two_sum(sum.high, sum.low + (less.low + (xx.low + yy.low)));
+}
+
+// A kernel of one of these functions from
+//   Function::of<Level>(z), for parts below `far`
+//   Function::of_far<Level>(z), beyond and of infinite parts
+//   Function::good(z, r), whether of() served the lanes below `far`, and far_good(z), the same of of_far()
+template <class Real, level Level, class Function>
+struct complex_inverse : description<Real> {
+  using complex = complex_value<Real>;
+  static constexpr bool single = sizeof(Real) == 4;
+  static constexpr Real filler = Real(0.5);
+  static constexpr Real infinity = std::numeric_limits<Real>::infinity();
+  static constexpr Real far = single ? Real(0x1p60) : Real(0x1p500);
+
+  static complex fast(const complex& z) { return Function::template of<Level>(z); }
+  static lane_mask<Real> near(const complex& z) {
+    return (xsimd::abs(z.re) < batch<Real>(far)) & (xsimd::abs(z.im) < batch<Real>(far));
+  }
+  static lane_mask<Real> flagged(const complex& z, const complex& r) {
+    return !(near(z) & Function::good(z, r));
+  }
+  // Next to zeros and infinities a NaN is not all of the answer.
+  static lane_mask<Real> patch(const complex& z, complex& r) {
+    using value = batch<Real>;
+    const value zero(Real(0)), re = xsimd::abs(z.re), im = xsimd::abs(z.im), sum = z.re + z.im;
+    const auto nan = unordered(z.re, z.im);
+    const auto either = [&](const value& x) { return (re == x) | (im == x); };
+    const auto plain_nan = nan & (!(either(zero) | either(value(infinity))));
+    const auto is_far = (!(nan | near(z))) & Function::far_good(z);
+    const auto settled = plain_nan | is_far | (near(z) & Function::good(z, r));
+    r = select<Real>(is_far, Function::template of_far<Level>(z), r);
+    r = select<Real>(plain_nan, {sum, sum}, r);
+    return !settled;
+  }
+};
+
+// Real parts of a number that is far away, on a scale where squares are in the format. Infinite parts
+// outweigh finite ones.
+template <class Real>
+constexpr int far_scale = sizeof(Real) == 4 ? -80 : -600;  // a power of two
+template <class Real>
+batch<Real> scaled_by_far(const batch<Real>& x) {
+  return x * batch<Real>(sizeof(Real) == 4 ? Real(0x1p-80) : Real(0x1p-600));
+}
+template <class Real>
+batch<Real> scaled_far(const batch<Real>& x, const batch<Real>& other) {
+  using value = batch<Real>;
+  const value infinity(std::numeric_limits<Real>::infinity()), zero(Real(0)), one(Real(1));
+  const value size = xsimd::abs(x), boxed = xsimd::select(size == infinity, one, zero);
+  const auto infinite = (size == infinity) | (xsimd::abs(other) == infinity);
+  return xsimd::select(infinite, boxed, scaled_by_far(size));
+}
+
+}  // namespace
+TMK_TIER_CLOSE
