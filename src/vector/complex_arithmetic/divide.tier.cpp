@@ -53,7 +53,7 @@ struct double_quotient : description<double> {
     const auto norm = paired_norm(y);
     const f64 q = near_reciprocal(norm.high);
     const auto numerator = paired_product(x, conjugate_of(y));
-    return {divided(numerator.re, norm, q), divided(numerator.im, norm, q)};
+    return {divided(numerator.re.normalized(), norm, q), divided(numerator.im.normalized(), norm, q)};
   }
 
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
@@ -64,19 +64,31 @@ struct double_quotient : description<double> {
     return bad(x.re) | bad(x.im) | bad(y.re) | bad(y.im);
   }
 #else
-  // Such a divisor and quotient have a numerator within double_product's range.
-  static lane_mask<double> inexact(const f64& r, const f64& a, const f64& c, const f64& b, const f64& d) {
-    const auto outside = magnitude_outside<double, to_bits(0x1p-560), format<double>::infinity>(r);
-    return outside & !((r == f64(0.0)) & is_zero_sum(a, c, b, d));
+  // With a divisor within these bounds, a quotient that is not tiny has a numerator in double_product's
+  // range.
+  static lane_mask<double> divisor_outside(const value& y) {
+    return magnitude_outside<double, to_bits(0x1p-300), to_bits(0x1p300)>(plain_norm(y));
+  }
+  static lane_mask<double> outside(const f64& r) {
+    return magnitude_outside<double, to_bits(0x1p-560), format<double>::infinity>(r);
+  }
+  static lane_mask<double> unsettled(const f64& r, const f64& a, const f64& c, const f64& b, const f64& d) {
+    return outside(r) & !((r == f64(0.0)) & is_zero_sum(a, c, b, d));
   }
   static lane_mask<double> flagged(const value& x, const value& y, const value& r) {
-    return magnitude_outside<double, to_bits(0x1p-300), to_bits(0x1p300)>(plain_norm(y)) |
-           inexact(r.re, x.re, y.re, x.im, y.im) | inexact(r.im, x.im, y.re, x.re, y.im);
+    const auto divisor = divisor_outside(y), seen = divisor | outside(r.re) | outside(r.im);
+    if (lane_bits<double>(seen) == 0) return seen;
+    return divisor | unsettled(r.re, x.re, y.re, x.im, y.im) | unsettled(r.im, x.im, y.re, x.re, y.im);
   }
   static lane_mask<double> patch(const value& x, const value& y, value& r) {
-    const auto flags = flagged(x, y, r), settled = answer_special_divisors(x, y, r);
-    const auto open = flags & !settled;
-    return open;
+    const auto flags = flagged(x, y, r), open = flags & !answer_special_divisors(x, y, r);
+    if (lane_bits<double>(open) == 0) return open;
+    const auto u = into_window(x), v = into_window(y);
+    const value quotient = fast(u.value, v.value);
+    const auto back = out_of_window(quotient, u.inverse_root * v.root);
+    const auto wrong = u.lost | v.lost | back.lost | flagged(u.value, v.value, quotient);
+    r = select(open & !wrong, back.value, r);
+    return open & wrong;
   }
 #endif
   static int32_t rare(const tmk_complex16* a, const tmk_complex16* b, tmk_complex16* r) {

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// a c + b d to the last place, whatever cancels: both products and their sum are exact as high and low parts,
-// and only the sum of the three low parts is rounded. Where the products cancel but for their last bits, that
-// sum has no more bits than the format. (C.-P. Jeannerod, N. Louvet, J.-M. Muller, Further analysis of
-// Kahan's algorithm for the accurate computation of 2 x 2 determinants, 2013, leave out the rounding of the
-// sum, and are wrong by up to 1.5 ulp.)
+// a c + b d to the last place, whatever cancels.
 #pragma once
 
 #include "vector/toolbox/pair.hpp"
@@ -22,17 +18,22 @@ template <class Real>
 struct lowered {
   batch<Real> high, minus_low;
   batch<Real> rounded() const { return high - minus_low; }
+  // With a low part below the last place of the high one, which cancellation leaves alone.
+  lowered normalized() const {
+    const batch<Real> sum = rounded();
+    return {sum, minus_low - (high - sum)};
+  }
 };
 
-// For products that neither overflow nor leave pair.hpp's range for two_prod.
+// Both products and their sum are exact as high and low parts, of which only the sum of the three low ones is
+// rounded, to half an ulp of it. That is less than half an ulp of the result even where most of the high part
+// cancels; where all of it does, the low parts of both products have one sum that the format holds. For
+// products that neither overflow nor leave pair.hpp's range for two_prod.
 template <class Real>
 lowered<Real> sum_of_products(const batch<Real>& a, const batch<Real>& c, const batch<Real>& b,
                               const batch<Real>& d) {
-  const batch<Real> p = a * c, q = b * d, rest = residual(p, a, c) + residual(q, b, d);
-  const auto swapped = xsimd::abs(p) < xsimd::abs(q);
-  const batch<Real> larger = xsimd::select(swapped, q, p), smaller = xsimd::select(swapped, p, q);
-  const batch<Real> sum = larger + smaller;
-  return {sum, ((sum - larger) - smaller) + rest};
+  const batch<Real> p = a * c, q = b * d, sum = p + q, part = sum - p;
+  return {sum, (((sum - part) - p) + (part - q)) + (residual(p, a, c) + residual(q, b, d))};
 }
 
 template <class Real>

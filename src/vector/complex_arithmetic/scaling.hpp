@@ -7,27 +7,35 @@
 TMK_TIER_OPEN
 namespace {
 
-// value = z root^2, where nothing was lost.
+// value = z root^2 where nothing was lost. (The factor itself, times another operand's, could overflow.)
 struct scaled_complex {
   complex_value<double> value;
   f64 root, inverse_root;
   lane_mask<double> lost;
 };
 
-// Numbers between 2^-300 and 2^300 stay as they are; the squares of all others are in the format.
+// To the order of 1: half the exponent of the larger part, negated, is the root's.
 inline scaled_complex into_window(const complex_value<double>& z) {
-  const f64 one(1.0), up(0x1p270), down(0x1p-270);
-  const f64 magnitude = maximum_or_second(xsimd::abs(z.re), xsimd::abs(z.im));
-  const auto large = magnitude > f64(0x1p300), small = magnitude < f64(0x1p-300);
-  const f64 root = xsimd::select(large, down, xsimd::select(small, up, one));
-  const f64 inverse = xsimd::select(large, up, xsimd::select(small, down, one));
+  constexpr uint64_t place = uint64_t{1} << format<double>::fraction_bits, bias = format<double>::bias;
+  const f64 larger = maximum_or_second(xsimd::abs(z.re), xsimd::abs(z.im));
+  const u64 half = ((bits_as<uint64_t>(larger) + u64(place)) >> 1) & u64(format<double>::infinity);
+  const f64 root = bits_as<double>(u64((bias + bias / 2 + 1) * place) - half);
+  const f64 inverse = bits_as<double>(u64((bias - bias / 2 - 1) * place) + half);
   const complex_value<double> value = {z.re * root * root, z.im * root * root};
   const auto lost = (value.re * inverse * inverse != z.re) | (value.im * inverse * inverse != z.im);
   return {value, root, inverse, lost};
 }
 
-// A result on its own scale, and whether it is a normal number, not rounded a second time.
-inline f64 scaled(const f64& x, const f64& root) { return x * root * root; }
+// A result on its own scale. Lost is one that is rounded a second time, or overflows.
+struct scaled_result {
+  complex_value<double> value;
+  lane_mask<double> lost;
+};
+inline scaled_result out_of_window(const complex_value<double>& z, const f64& root) {
+  const complex_value<double> value = {z.re * root * root, z.im * root * root};
+  const f64 zero(0.0);
+  return {value, (not_normal(value.re) & (z.re != zero)) | (not_normal(value.im) & (z.im != zero))};
+}
 
 }  // namespace
 TMK_TIER_CLOSE
