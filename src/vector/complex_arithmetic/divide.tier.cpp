@@ -69,16 +69,11 @@ struct double_quotient : description<double> {
   static lane_mask<double> divisor_outside(const value& y) {
     return magnitude_outside<double, to_bits(0x1p-300), to_bits(0x1p300)>(plain_norm(y));
   }
-  static lane_mask<double> outside(const f64& r) {
-    return magnitude_outside<double, to_bits(0x1p-560), format<double>::infinity>(r);
-  }
-  static lane_mask<double> unsettled(const f64& r, const f64& a, const f64& c, const f64& b, const f64& d) {
-    return outside(r) & !((r == f64(0.0)) & is_zero_sum(a, c, b, d));
-  }
+  static constexpr double least = 0x1p-560;
   static lane_mask<double> flagged(const value& x, const value& y, const value& r) {
-    const auto divisor = divisor_outside(y), seen = divisor | outside(r.re) | outside(r.im);
+    const auto divisor = divisor_outside(y), seen = divisor | has_outside<least>(r);
     if (lane_bits<double>(seen) == 0) return seen;
-    return divisor | unsettled(r.re, x.re, y.re, x.im, y.im) | unsettled(r.im, x.im, y.re, x.re, y.im);
+    return divisor | has_unsettled<least>(x, conjugate_of(y), r);
   }
   static lane_mask<double> patch(const value& x, const value& y, value& r) {
     const auto flags = flagged(x, y, r), open = flags & !answer_special_divisors(x, y, r);

@@ -56,5 +56,21 @@ lane_mask<Real> is_zero_sum(const batch<Real>& a, const batch<Real>& c, const ba
   return ((a == zero) | (c == zero)) & ((b == zero) | (d == zero));
 }
 
+// Parts below Least or no numbers; of these, those that are not zero for that reason.
+template <auto Least>
+lane_mask<double> has_outside(const complex_value<double>& r) {
+  return magnitude_outside<double, to_bits(Least), format<double>::infinity>(r.re) |
+         magnitude_outside<double, to_bits(Least), format<double>::infinity>(r.im);
+}
+template <auto Least>
+lane_mask<double> has_unsettled(const complex_value<double>& x, const complex_value<double>& y,
+                                const complex_value<double>& r) {
+  const auto unsettled = [](const f64& part, const auto&... factors) {
+    return magnitude_outside<double, to_bits(Least), format<double>::infinity>(part) &
+           !((part == f64(0.0)) & is_zero_sum(factors...));
+  };
+  return unsettled(r.re, x.re, y.re, x.im, y.im) | unsettled(r.im, x.re, y.im, x.im, y.re);
+}
+
 }  // namespace
 TMK_TIER_CLOSE
