@@ -68,6 +68,7 @@ using difference =
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum error 0.5 ulp: rounded correctly.
 TMK_KERNELS(c, Add, binary, HHE, sum)
 TMK_KERNELS(z, Add, binary, HHE, sum)
 TMK_KERNELS(c, Sub, binary, HHE, difference)

@@ -138,6 +138,11 @@ using quotient = std::conditional_t<Level == level::ep, coarse_quotient<Real>, d
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors of a part in ulp, by tmk-accuracy --samples 300000:
+//   single HA (all tiers): 0.5000 at ((-0x1.4p-147, -0x1.5d18ccp-93), (-0x1.3ffffep+3, -0x1.b28p-138))
+//   double HA (all tiers): 0.5000 at ((0x1.ffffffffffffbp-1, -0x1.5a5451fd045a6p+2),
+//     (0x1.fffffffffffffp+1023, -0x1.faeaa25390aecp+2))
+// At level EP squares of large and small divisors leave the format.
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
 TMK_KERNELS(c, Div, binary, PPE, quotient)
 #else

@@ -89,5 +89,8 @@ struct double_modulus : modulus<double> {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp, by tmk-accuracy --search thorough --samples 300000:
+//   single: 0.5007 at (0x1.c43e16p+2, 0x1.252134p-6): got 0x1.c43e76p+2, want 0x1.c43e75p+2
+//   double: 0.5000 at (0x1.1282dbf049c3p+0, -0x1.40000000000dap+3)
 TMK_KERNELS(c, Abs, real_result, HHH, modulus)
 TMK_KERNELS(z, Abs, real_result, HHH, double_modulus)

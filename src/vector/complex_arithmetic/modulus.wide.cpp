@@ -23,5 +23,8 @@ struct double_modulus : modulus<double> {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors in ulp, by tmk-accuracy --search thorough --samples 300000:
+//   single: 0.5266 at (0x1.e6239cp+12, -0x1.000006p+1): got 0x1.e6239cp+12, want 0x1.e6239d0ep+12
+//   double: 0.5266 at (0x1.fffffffc819dfp-1, 0x1.999a2353a0042p-17)
 TMK_KERNELS(c, Abs, real_result, HHH, modulus)
 TMK_KERNELS(z, Abs, real_result, HHH, double_modulus)
