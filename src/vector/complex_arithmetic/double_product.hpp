@@ -55,7 +55,7 @@ struct double_product : description<double> {
   static lane_mask<double> flagged(const value& x, const value& y, const value& r) {
     const sum re = real_part(x, y), im = imaginary_part(x, y);
     const u64 change = (exponent_change(re) | exponent_change(im)) & u64(format<double>::infinity);
-    const auto seen = has_outside<least>(r) | mask_as<double>(change != u64(0));
+    const auto seen = outside<least>(r.re) | outside<least>(r.im) | mask_as<double>(change != u64(0));
     if (lane_bits<double>(seen) == 0) return seen;
     return inexact(re) | inexact(im) | has_unsettled<least>(x, y, r);
   }

@@ -48,28 +48,19 @@ lane_mask<Real> answer_nan_arguments(const complex_value<Real>& x, const complex
   return nan;
 }
 
-// a c + b d = 0 without rounding: a factor of either product is zero.
-template <class Real>
-lane_mask<Real> is_zero_sum(const batch<Real>& a, const batch<Real>& c, const batch<Real>& b,
-                            const batch<Real>& d) {
-  const batch<Real> zero(Real(0));
-  return ((a == zero) | (c == zero)) & ((b == zero) | (d == zero));
-}
-
-// Parts below Least or no numbers; of these, those that are not zero for that reason.
+// Parts of x y, or of x / conj(y), below Least or no numbers.
 template <auto Least>
-lane_mask<double> has_outside(const complex_value<double>& r) {
-  return magnitude_outside<double, to_bits(Least), format<double>::infinity>(r.re) |
-         magnitude_outside<double, to_bits(Least), format<double>::infinity>(r.im);
+lane_mask<double> outside(const f64& part) {
+  return magnitude_outside<double, to_bits(Least), format<double>::infinity>(part);
 }
+// Of these, the others than exact zeros, with a zero among the factors of either product.
 template <auto Least>
 lane_mask<double> has_unsettled(const complex_value<double>& x, const complex_value<double>& y,
                                 const complex_value<double>& r) {
-  const auto unsettled = [](const f64& part, const auto&... factors) {
-    return magnitude_outside<double, to_bits(Least), format<double>::infinity>(part) &
-           !((part == f64(0.0)) & is_zero_sum(factors...));
-  };
-  return unsettled(r.re, x.re, y.re, x.im, y.im) | unsettled(r.im, x.re, y.im, x.im, y.re);
+  const f64 zero(0.0);
+  const auto a = x.re == zero, b = x.im == zero, c = y.re == zero, d = y.im == zero;
+  const auto exact_re = (r.re == zero) & (a | c) & (b | d), exact_im = (r.im == zero) & (a | d) & (b | c);
+  return (outside<Least>(r.re) & !exact_re) | (outside<Least>(r.im) & !exact_im);
 }
 
 }  // namespace
