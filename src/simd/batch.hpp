@@ -11,6 +11,19 @@
 
 TMK_TIER_OPEN
 
+#if TMK_TIER_NUMBER(TMK_TIER) != 1  // V3 has others
+template <class T>
+two_batches<T> load_deinterleaved(const T* p) {
+  return deinterleave(load(p), load(p + lanes<T>));
+}
+template <class T>
+void store_interleaved(T* p, const batch<T>& even, const batch<T>& odd) {
+  const auto [first, second] = interleave(even, odd);
+  store(p, first);
+  store(p + lanes<T>, second);
+}
+#endif
+
 // f of singles, computed in double precision.
 template <class F, class... Singles>
 [[gnu::always_inline]] inline f32 in_double(const F& f, const Singles&... x) {

@@ -95,6 +95,32 @@ inline two_batches<float> interleave(const f32& even, const f32& odd) {
   return {_mm256_permute2f128_ps(low, high, 0x20), _mm256_permute2f128_ps(low, high, 0x31)};
 }
 
+// The same from and to memory, in halves of registers, which need no permutation across these.
+inline two_batches<double> load_deinterleaved(const double* p) {
+  const __m256d a = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(p)), _mm_loadu_pd(p + 4), 1);
+  const __m256d b = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(p + 2)), _mm_loadu_pd(p + 6), 1);
+  return {_mm256_unpacklo_pd(a, b), _mm256_unpackhi_pd(a, b)};
+}
+inline two_batches<float> load_deinterleaved(const float* p) {
+  const __m256 a = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(p)), _mm_loadu_ps(p + 8), 1);
+  const __m256 b = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(p + 4)), _mm_loadu_ps(p + 12), 1);
+  return {_mm256_shuffle_ps(a, b, 0x88), _mm256_shuffle_ps(a, b, 0xDD)};
+}
+inline void store_interleaved(double* p, const f64& even, const f64& odd) {
+  const __m256d low = _mm256_unpacklo_pd(even, odd), high = _mm256_unpackhi_pd(even, odd);
+  _mm_storeu_pd(p, _mm256_castpd256_pd128(low));
+  _mm_storeu_pd(p + 2, _mm256_castpd256_pd128(high));
+  _mm_storeu_pd(p + 4, _mm256_extractf128_pd(low, 1));
+  _mm_storeu_pd(p + 6, _mm256_extractf128_pd(high, 1));
+}
+inline void store_interleaved(float* p, const f32& even, const f32& odd) {
+  const __m256 low = _mm256_unpacklo_ps(even, odd), high = _mm256_unpackhi_ps(even, odd);
+  _mm_storeu_ps(p, _mm256_castps256_ps128(low));
+  _mm_storeu_ps(p + 4, _mm256_castps256_ps128(high));
+  _mm_storeu_ps(p + 8, _mm256_extractf128_ps(low, 1));
+  _mm_storeu_ps(p + 12, _mm256_extractf128_ps(high, 1));
+}
+
 // Within each 128-bit part (rows.hpp has a picture): the lower, or upper, lanes of two registers in turn; two
 // lanes of the one and two of the other, by the two-bit numbers in Lanes; the lower lane of the one and the
 // upper lane of the other.

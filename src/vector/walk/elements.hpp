@@ -108,17 +108,13 @@ template <class Element>
 requires(!std::same_as<typename element<Element>::real, Element>) typename element<Element>::value
     load(const Element* p) {
   using real = typename element<Element>::real;
-  const real* parts = reinterpret_cast<const real*>(p);
-  const auto [re, im] = deinterleave(load(parts), load(parts + lanes<real>));
+  const auto [re, im] = load_deinterleaved(reinterpret_cast<const real*>(p));
   return {re, im};
 }
 
 template <class Element, class Real>
 void store(Element* p, const complex_value<Real>& x) {
-  Real* parts = reinterpret_cast<Real*>(p);
-  const auto [first, second] = interleave(x.re, x.im);
-  store(parts, first);
-  store(parts + lanes<Real>, second);
+  store_interleaved(reinterpret_cast<Real*>(p), x.re, x.im);
 }
 
 template <class Element, class Real>
