@@ -11,19 +11,20 @@
 TMK_TIER_OPEN
 namespace {
 
-// What a level computes in. Singles at HA are computed in double precision, to half its bits.
+// What a level computes in. Singles at HA are computed in double precision, to half its bits, where no
+// product is fused.
 template <class Real, level Level>
 struct computation {
   using real = Real;
   static constexpr level at = Level;
-  static constexpr bool widened = false, exact = sizeof(Real) == 8 && Level == level::ha;
 };
-template <>
-struct computation<float, level::ha> {
+struct in_doubles {
   using real = double;
   static constexpr level at = level::ep;
-  static constexpr bool widened = true, exact = false;
 };
+template <class Real, level Level>
+using chosen_computation = std::conditional_t<is_baseline && sizeof(Real) == 4 && Level == level::ha,
+                                              in_doubles, computation<Real, Level>>;
 
 template <class Real>
 batch_pair<Real> normalized(const batch_pair<Real>& x) {
@@ -101,17 +102,16 @@ template <class Formula, class Real, level Level, bool Turned = false>
 struct of_rectangle : description<Real> {
   using value = complex_value<Real>;
   using part = batch<Real>;
-  using how = computation<Real, Level>;
-  static constexpr bool single = sizeof(Real) == 4;
+  using how = chosen_computation<Real, Level>;
+  static constexpr int group = 2 * lanes<Real>;
+  static constexpr bool single = sizeof(Real) == 4, widened = std::same_as<how, in_doubles>;
   static constexpr Real infinity = std::numeric_limits<Real>::infinity();
   // Of the angles that fast() reduces.
-  static constexpr Real end = !single || how::widened ? Real(0x1p20)
-                              : is_baseline           ? Real(0x1.8p11)
-                                                      : Real(0x1p17);
+  static constexpr Real end = !single || widened ? Real(0x1p20) : is_baseline ? Real(0x1.8p11) : Real(0x1p17);
 
   static value fast(const value& z) {
     const part a = growing_part(z), b = angle_part(z);
-    if constexpr (how::widened)
+    if constexpr (widened)
       return result(in_double_parts(
           [](const f64& x, const f64& y) { return of<how>(x, y, radians<double, true>{counted(y)}); }, a, b));
     else
@@ -156,10 +156,7 @@ struct of_rectangle : description<Real> {
   static value beyond(const part& a, const part& b) {
     if constexpr (single)
       return result(in_double_parts(
-          [](const f64& x, const f64& y) {
-            return of<computation<float, level::ha>>(x, y, half_turns_of_single(y));
-          },
-          a, b));
+          [](const f64& x, const f64& y) { return of<in_doubles>(x, y, half_turns_of_single(y)); }, a, b));
     else
       return result(of<how>(a, b, half_turns_of(b)));
   }

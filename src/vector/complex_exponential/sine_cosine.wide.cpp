@@ -48,11 +48,11 @@ using complex_cosine = of_rectangle<cosh_formula, Real, Level, true>;
 }  // namespace
 TMK_TIER_CLOSE
 
-TMK_KERNELS(c, Sinh, unary, LHE, complex_sinh)
+TMK_KERNELS(c, Sinh, unary, LHL, complex_sinh)
 TMK_KERNELS(z, Sinh, unary, LHE, complex_sinh)
-TMK_KERNELS(c, Cosh, unary, LHE, complex_cosh)
+TMK_KERNELS(c, Cosh, unary, LHL, complex_cosh)
 TMK_KERNELS(z, Cosh, unary, LHE, complex_cosh)
-TMK_KERNELS(c, Sin, unary, LHE, complex_sine)
+TMK_KERNELS(c, Sin, unary, LHL, complex_sine)
 TMK_KERNELS(z, Sin, unary, LHE, complex_sine)
-TMK_KERNELS(c, Cos, unary, LHE, complex_cosine)
+TMK_KERNELS(c, Cos, unary, LHL, complex_cosine)
 TMK_KERNELS(z, Cos, unary, LHE, complex_cosine)
