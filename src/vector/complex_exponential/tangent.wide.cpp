@@ -41,6 +41,22 @@ batch_pair<Real> square(const batch_pair<Real>& x) {
   return {product.high, multiply_add(x.high + x.high, x.low, product.low)};
 }
 
+// A small factor times a power of two, which `back` takes away again: what a quotient leaves is a normal
+// number.
+template <class Real>
+struct lifted {
+  static constexpr Real up = sizeof(Real) == 4 ? Real(0x1p64) : Real(0x1p128);
+  batch_pair<Real> factor;
+  batch<Real> back;
+
+  explicit lifted(const batch_pair<Real>& x) {
+    const auto small = xsimd::abs(x.high) < batch<Real>(negligible<Real>);
+    const batch<Real> one(Real(1)), scale = xsimd::select(small, batch<Real>(up), one);
+    factor = {x.high * scale, x.low * scale};
+    back = xsimd::select(small, batch<Real>(1 / up), one);
+  }
+};
+
 // x y / (s^2 + c^2) for the divisor as a pair and its reciprocal; all pairs are normalized.
 template <class Real>
 struct divisor {
@@ -73,8 +89,10 @@ struct tanh_formula {
       const auto [sinh, cosh] = down.template factors<Level>();
       const auto sine = normalized(by.sine), cosine = normalized(by.cosine);
       const divisor<Real> over(sinh, cosine);
-      const auto imaginary = over.under(cosine, sine) | signs(by.sine.high ^ by.cosine.high);
-      return {over.under(sinh, cosh) | signs(a), imaginary * down.scale * down.scale};
+      const lifted<Real> small_sinh(sinh), small_sine(sine);
+      const auto real = over.under(small_sinh.factor, cosh) * small_sinh.back;
+      const auto imaginary = over.under(small_sine.factor, cosine) * small_sine.back;
+      return {real | signs(a), (imaginary | signs(by.sine.high ^ by.cosine.high)) * down.scale * down.scale};
     } else {
       const auto [sinh, cosh] = down.template factors<Level>();
       const auto inverse = near_reciprocal(multiply_add(sinh, sinh, by.cosine * by.cosine));
