@@ -112,8 +112,7 @@ struct of_rectangle : description<Real> {
   static value fast(const value& z) {
     const part a = growing_part(z), b = angle_part(z);
     if constexpr (widened)
-      return result(in_double_parts(
-          [](const f64& x, const f64& y) { return of<how>(x, y, radians<double, true>{counted(y)}); }, a, b));
+      return beyond_reach(a, b);
     else
       return result(of<how>(a, b, radians<Real>{counted(b)}));
   }
@@ -121,19 +120,25 @@ struct of_rectangle : description<Real> {
     return !((xsimd::abs(growing_part(z)) <= part(Formula::template limit<Real>)) &
              (xsimd::abs(angle_part(z)) < part(end)));
   }
-  // Large angles; NaNs with a number other than zero.
+  // Large angles; singles whose results, or the lower words of what these are made of, may be out of range,
+  // but not in double precision; NaNs with a number other than zero.
   static lane_mask<Real> patch(const value& z, value& w) {
     const part a = growing_part(z), b = angle_part(z), size = xsimd::abs(b);
-    const auto large = (size >= part(end)) & (size < part(infinity));
-    if (lane_bits<Real>(large) != 0) {
-      const value there = beyond(a, b);
-      w = {xsimd::select(large, there.re, w.re), xsimd::select(large, there.im, w.im)};
+    const auto in_reach = xsimd::abs(a) <= part(Formula::template limit<Real>),
+               finite = size < part(infinity);
+    lane_mask<Real> regular = in_reach & finite;
+    if constexpr (single) {
+      const auto in_doubles_reach = xsimd::abs(a) < part(Real(200));
+      renew(w, in_doubles_reach & !in_reach, [&] { return beyond_reach(a, b); });
+      renew(w, finite & (size >= part(end)), [&] { return beyond_angle(a, b); });
+      regular = regular | (in_doubles_reach & finite & is_normal(w));
+    } else {
+      renew(w, finite & (size >= part(end)), [&] { return beyond_angle(a, b); });
     }
-    const auto settled = (xsimd::isnan(a) & is_number(b)) | (xsimd::isnan(b) & is_number(a));
+    const auto missing = (xsimd::isnan(a) & is_number(b)) | (xsimd::isnan(b) & is_number(a));
     const part nan = a + b;
-    w = {xsimd::select(settled, nan, w.re), xsimd::select(settled, nan, w.im)};
-    const auto regular = (xsimd::abs(a) <= part(Formula::template limit<Real>)) & (size < part(infinity));
-    return !(regular | settled);
+    w = {xsimd::select(missing, nan, w.re), xsimd::select(missing, nan, w.im)};
+    return !(regular | missing);
   }
 
  private:
@@ -153,7 +158,24 @@ struct of_rectangle : description<Real> {
   static auto of(const Part& a, const Part& b, const Angle& angle) {
     return Formula::template of<typename How::real, How::at>(a, rotation_by<How::at>(angle, b));
   }
-  static value beyond(const part& a, const part& b) {
+  template <class F>
+  static void renew(value& w, const lane_mask<Real>& lanes, const F& f) {
+    if (lane_bits<Real>(lanes) == 0) return;
+    const value there = f();
+    w = {xsimd::select(lanes, there.re, w.re), xsimd::select(lanes, there.im, w.im)};
+  }
+  // Finite, and not both parts subnormal: no status is due.
+  static lane_mask<Real> is_normal(const value& w) {
+    const part re = xsimd::abs(w.re), im = xsimd::abs(w.im);
+    constexpr Real least = std::numeric_limits<Real>::min();
+    return (re < part(infinity)) & (im < part(infinity)) & ((re >= part(least)) | (im >= part(least)));
+  }
+  static value beyond_reach(const part& a, const part& b) {
+    return result(in_double_parts(
+        [](const f64& x, const f64& y) { return of<in_doubles>(x, y, radians<double, true>{counted(y)}); }, a,
+        b));
+  }
+  static value beyond_angle(const part& a, const part& b) {
     if constexpr (single)
       return result(in_double_parts(
           [](const f64& x, const f64& y) { return of<in_doubles>(x, y, half_turns_of_single(y)); }, a, b));
