@@ -6,10 +6,12 @@ TMK_TIER_OPEN
 namespace {
 
 struct exp_formula {
-  // The results, and the lower words of what they are made of, are normal numbers, but for a component that
-  // the angle makes tiny.
+  // From `low` on the lower words of what the results are made of are normal numbers.
   template <class Real>
-  static constexpr Real limit = sizeof(Real) == 4 ? Real(60) : Real(660);
+  static constexpr Real low = sizeof(Real) == 4 ? Real(-60) : Real(-660);
+  template <class Real>
+  static constexpr Real high = sizeof(Real) == 4 ? Real(88) : Real(709);
+  static constexpr bool vanishes = true;
 
   template <class Real, level Level, class Rotation>
   static complex_value<Real> of(const batch<Real>& a, const Rotation& by) {

@@ -4,6 +4,8 @@
 // pairs is rounded once; what their words lack is below a tenth of a unit each.
 #pragma once
 
+#include <cmath>
+#include <optional>
 #include <type_traits>
 
 #include "vector/trigonometric/functions.hpp"
@@ -95,7 +97,8 @@ complex_value<float> in_double_parts(const F& f, const f32& a, const f32& b) {
 
 // A function of a + ib with the period of the sine in b. A formula has
 //   of<Real, Level>(a, rotation)   a register of results
-//   limit<Real>                    the largest |a| that it serves
+//   low<Real>, high<Real>          the range of a that it serves
+//   vanishes                       whether a result may be too small
 //   turned(w)                      from f(a + ib) the result where z is b + ia
 // Turned functions are those of iz: sin(z) = -i sinh(iz).
 template <class Formula, class Real, level Level, bool Turned = false>
@@ -117,28 +120,44 @@ struct of_rectangle : description<Real> {
       return result(of<how>(a, b, radians<Real>{counted(b)}));
   }
   static lane_mask<Real> flagged(const value& z, const value&) {
-    return !((xsimd::abs(growing_part(z)) <= part(Formula::template limit<Real>)) &
-             (xsimd::abs(angle_part(z)) < part(end)));
+    return !(in_reach(growing_part(z)) & (xsimd::abs(angle_part(z)) < part(end)));
   }
   // Large angles; singles whose results, or the lower words of what these are made of, may be out of range,
-  // but not in double precision; NaNs with a number other than zero.
+  // but not in double precision; NaNs with anything but zeros and infinities.
   static lane_mask<Real> patch(const value& z, value& w) {
     const part a = growing_part(z), b = angle_part(z), size = xsimd::abs(b);
-    const auto in_reach = xsimd::abs(a) <= part(Formula::template limit<Real>),
-               finite = size < part(infinity);
-    lane_mask<Real> regular = in_reach & finite;
+    const lane_mask<Real> reached = in_reach(a), finite = size < part(infinity);
+    lane_mask<Real> regular = reached & finite;
     if constexpr (single) {
       const auto in_doubles_reach = xsimd::abs(a) < part(Real(200));
-      renew(w, in_doubles_reach & !in_reach, [&] { return beyond_reach(a, b); });
+      renew(w, in_doubles_reach & !reached, [&] { return beyond_reach(a, b); });
       renew(w, finite & (size >= part(end)), [&] { return beyond_angle(a, b); });
       regular = regular | (in_doubles_reach & finite & is_normal(w));
     } else {
       renew(w, finite & (size >= part(end)), [&] { return beyond_angle(a, b); });
     }
-    const auto missing = (xsimd::isnan(a) & is_number(b)) | (xsimd::isnan(b) & is_number(a));
+    const auto missing = (xsimd::isnan(a) & is_usual(b)) | (xsimd::isnan(b) & is_usual(a));
     const part nan = a + b;
     w = {xsimd::select(missing, nan, w.re), xsimd::select(missing, nan, w.im)};
     return !(regular | missing);
+  }
+  // Parts that are infinite, or zero, whatever number the angle's factor is: their signs are those of smaller
+  // results.
+  template <class Complex>
+  requires(Formula::template high<Real> < infinity) static std::optional<int32_t> shortcut(const Complex* z,
+                                                                                           Complex* r) {
+    constexpr Real too_large = single ? Real(200) : Real(1600), too_small = single ? Real(-110) : Real(-760);
+    const Real a = Turned ? z->im : z->re, b = Turned ? z->re : z->im;
+    const bool vanishes = Formula::vanishes && a < too_small;
+    if (!(vanishes || std::abs(a) > too_large) || std::isinf(a) || !(std::abs(b) < end)) return std::nullopt;
+    const part near(vanishes ? Real(0) : std::copysign(Formula::template high<Real>, a));
+    const value w = Turned ? fast({part(b), near}) : fast({near, part(b)});
+    const auto saturated = [&](Real x) {
+      return x == 0 ? x : std::copysign(vanishes ? Real(0) : infinity, x);
+    };
+    r->re = saturated(w.re.get(0));
+    r->im = saturated(w.im.get(0));
+    return vanishes ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OVERFLOW;
   }
 
  private:
@@ -150,9 +169,11 @@ struct of_rectangle : description<Real> {
     else
       return w;
   }
-  static lane_mask<Real> is_number(const part& x) {
-    const part size = xsimd::abs(x);
-    return (size > part(Real(0))) & (size < part(infinity));
+  static lane_mask<Real> is_usual(const part& x) {
+    return !((x == part(Real(0))) | (xsimd::abs(x) == part(infinity)));
+  }
+  static lane_mask<Real> in_reach(const part& a) {
+    return (a >= part(Formula::template low<Real>)) & (a <= part(Formula::template high<Real>));
   }
   template <class How, class Part, class Angle>
   static auto of(const Part& a, const Part& b, const Angle& angle) {

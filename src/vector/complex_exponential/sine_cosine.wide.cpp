@@ -9,7 +9,10 @@ namespace {
 // Where cosh(a), and with it a result, may become infinite.
 struct bounded {
   template <class Real>
-  static constexpr Real limit = sizeof(Real) == 4 ? Real(88) : Real(709);
+  static constexpr Real high = sizeof(Real) == 4 ? Real(88) : Real(709);
+  template <class Real>
+  static constexpr Real low = -high<Real>;
+  static constexpr bool vanishes = false;
 };
 
 struct sinh_formula : bounded {

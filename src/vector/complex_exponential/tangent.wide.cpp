@@ -80,7 +80,9 @@ struct divisor {
 
 struct tanh_formula {
   template <class Real>
-  static constexpr Real limit = std::numeric_limits<Real>::infinity();
+  static constexpr Real high = std::numeric_limits<Real>::infinity();
+  template <class Real>
+  static constexpr Real low = -high<Real>;
 
   template <class Real, level Level, class Rotation>
   static complex_value<Real> of(const batch<Real>& a, const Rotation& by) {
