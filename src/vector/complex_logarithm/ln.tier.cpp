@@ -25,14 +25,20 @@ struct complex_log : description<Real> {
   // log(larger^2 + smaller^2) + exponent log 2.
   template <class Wide, class... Value>
   static Wide log_of_squares(const Wide& larger, const Wide& smaller, const Value&... exponent) {
-    constexpr bool exact = Level == level::ha && !in_doubles;
-    const auto square = sum_of_squares<exact>(larger, smaller);
-    constexpr level by = in_doubles || Level == level::ep ? level::la : Level;
+    if constexpr (Level == level::ha && !in_doubles) {
+      const auto square = exact_sum_of_squares(larger, smaller);
+      return log_of_words<level::ha>(square.high, square.low, exponent...);
+    } else {
+      const auto square = sum_of_squares(larger, smaller);
+      return log_of_words<level::la>(square.high, square.low, exponent...);
+    }
+  }
+  template <level By, class... Words>
+  static auto log_of_words(const Words&... words) {
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
-    return log_of_pair<by>(square.high, square.low, exponent...);
+    return log_of_pair<By>(words...);
 #else
-    constexpr log_base base = Base == logarithm_base::e ? log_base::e : log_base::ten;
-    return log_of_pair<by, base>(square.high, square.low, exponent...);
+    return log_of_pair < By, Base == logarithm_base::e ? log_base::e : log_base::ten > (words...);
 #endif
   }
   template <class... Value>
@@ -58,16 +64,20 @@ struct complex_log : description<Real> {
   // The slow path has angles that vanish, and 1 + i y where the square of y does.
   static lane_mask<Real> patch(const complex& z, complex& r) {
     const value zero(Real(0)), one(Real(1)), infinity(std::numeric_limits<Real>::infinity());
+    const value height = xsimd::abs(z.im), width = xsimd::abs(z.re), quiet = z.re + z.im;
+    const auto infinite = (height == infinity) | (width == infinity);
     const auto nan = xsimd::isnan(z.re) | xsimd::isnan(z.im);
-    const scaled_vector<Real> scaled(z.im, z.re);
-    const complex log = log_of({scaled.x, scaled.y}, scaled.log2_of_scale * value(Real(-2)));
-    const value quiet = z.re + z.im, re = xsimd::select(nan, quiet, log.re);
-    r.re = xsimd::select(scaled.infinite, infinity, re);
-    r.im = xsimd::select(nan, quiet, log.im);
-    const value height = xsimd::abs(z.im), width = xsimd::abs(z.re);
-    const auto is_zero = (height == zero) & (width == zero), on_circle = (height == one) | (width == one);
-    const auto loses_square = on_circle & range::is_left_by(z.im, z.re);
-    return (is_zero | loses_square | scaled.has_vanishing_angle(z.im)) & !nan & !scaled.infinite;
+    lane_mask<Real> rare(false);
+    const auto left = flagged(z, r) & !(nan & !infinite);
+    if (lane_bits<Real>(left) != 0) {
+      const scaled_vector<Real> scaled(z.im, z.re);
+      r = log_of({scaled.x, scaled.y}, scaled.log2_of_scale * value(Real(-2)));
+      const auto is_zero = (height == zero) & (width == zero), on_circle = (height == one) | (width == one);
+      rare = (is_zero | on_circle | scaled.has_vanishing_angle(z.im)) & left & !infinite;
+    }
+    r.re = xsimd::select(infinite, infinity, xsimd::select(nan, quiet, r.re));
+    r.im = xsimd::select(nan, quiet, r.im);
+    return rare;
   }
   // The logarithm of zero has an argument.
   static std::optional<int32_t> shortcut(const number* z, number* r) {

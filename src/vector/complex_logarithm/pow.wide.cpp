@@ -6,6 +6,8 @@
 // exact. HA in double has ln z, the products with w and E as pairs, to some 2^-64. Singles, and EP, are
 // computed in one word of double precision. The fast lane serves results that are normal numbers and |w ln z|
 // up to a limit; a patch by registers finishes zeros, NaNs, z^0 and z of any size.
+#include <cmath>
+
 #include "vector/complex_logarithm/modulus.hpp"
 #include "vector/complex_logarithm/pow_data.hpp"
 #include "vector/inverse_trigonometric/angle_of_vector.hpp"
@@ -16,6 +18,7 @@
 TMK_TIER_OPEN
 namespace {
 
+using complex_doubles = complex_value<double>;
 using in_radians = angles<double, angle_unit::radians>;
 
 // The steps of the formula with numbers that are pairs.
@@ -43,9 +46,9 @@ struct in_pairs {
   }
   template <class... Value>
   static number log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
-    const auto square = sum_of_squares<true>(larger, smaller);
+    const auto square = exact_sum_of_squares(larger, smaller);
     const number log = pair_log(square.high, exponent...);
-    return {log.high, multiply_add(square.low, near_reciprocal(square.high), log.low)};
+    return {log.high, multiply_add(square.low.high, near_reciprocal(square.high), log.low)};
   }
   // arctan(n / d), by the cells of the real function.
   static number arctangent(const f64& n, const f64& d) {
@@ -61,7 +64,19 @@ struct in_pairs {
     const f64 rest = sum.low + multiply_add(lost, reciprocal, error);
     return {sum.high, multiply_add(t * z, polynomial(z, complex_pow_data::arctangent), rest)};
   }
-  static f64 exponential(const number& x) { return pair_exp(x); }
+  // The sum of spin and a part of a right angle.
+  static number turned(const number& spin, const f64& part) {
+    const auto product = two_prod(part, f64(in_radians::right)), sum = two_sum(spin.high, product.high);
+    return {sum.high, sum.low + (product.low + spin.low)};
+  }
+  static batch_pair<double> normalized(const f64& high, const f64& low) { return fast_two_sum(high, low); }
+  // e^x u
+  static complex_doubles exponential_times(const number& x, const complex_doubles& u) {
+    const auto [power, growth] = pair_exp_in_two(x);
+    const f64 length = multiply_add(power, growth, power);
+    const f64 lost = multiply_add(power, growth, power - length);
+    return {multiply_add(length, u.re, lost * u.re), multiply_add(length, u.im, lost * u.im)};
+  }
 };
 
 // And with numbers of one word.
@@ -82,31 +97,40 @@ struct in_one_word {
   static f64 right_angles(const f64& count) { return count * f64(in_radians::right); }
   template <class... Value>
   static f64 log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
-    const auto square = sum_of_squares<false>(larger, smaller);
+    const auto square = sum_of_squares(larger, smaller);
     return log_of_pair<level::la>(square.high, square.low, exponent...);
   }
   static f64 arctangent(const f64& n, const f64& d) {
     return arctangent_in_cells<double, angle_unit::radians>(n, d, f64(0)).la();
   }
-  static f64 exponential(const f64& x) { return short_exp2(x * f64(0x1.71547652b82fep0)); }
+  static f64 turned(const f64& spin, const f64& part) {
+    return multiply_add(part, f64(in_radians::right), spin);
+  }
+  static batch_pair<double> normalized(const f64& high, const f64& low) { return {high + low, f64(0)}; }
+  static complex_doubles exponential_times(const f64& x, const complex_doubles& u) {
+    const f64 length = short_exp2(x * f64(0x1.71547652b82fep0));
+    return {length * u.re, length * u.im};
+  }
 };
-
-using complex_doubles = complex_value<double>;
 
 // e^(i T) of T = turns right angles + spin.
 template <class Arithmetic>
 complex_doubles direction(const f64& turns, const typename Arithmetic::number& spin) {
-  const f64 shifter(0x1.8p52), high = Arithmetic::high(spin), right(in_radians::right);
+  const f64 shifter(0x1.8p52), zero(0), one(1), right(in_radians::right);
   const f64 whole_turns = (turns + shifter) - shifter, part = turns - whole_turns;
-  const f64 count = (multiply_add(high, f64(0x1.45f306dc9c883p-1), part) + shifter) - shifter;
-  // high - count right angles is exact but for what the right angle lacks.
-  const f64 low = multiply_add(part - count, f64(in_radians::right_low), Arithmetic::low(spin));
-  const f64 sum = multiply_add(part, right, negative_multiply_add(count, right, high)) + low;
-  const f64 zero(0), signs(-0.0);
-  const f64 r = xsimd::select(sum == zero, high & signs, sum), z = r * r;
-  const f64 sine = multiply_add(r * z, polynomial(z, Arithmetic::sine), r);
-  const f64 cosine =
-      multiply_add(z * z, polynomial(z, Arithmetic::cosine), multiply_add(z, f64(-0.5), f64(1)));
+  const auto sum = Arithmetic::turned(spin, part);
+  const f64 count = multiply_add(Arithmetic::high(sum), f64(0x1.45f306dc9c883p-1), shifter) - shifter;
+  // The sum less `count` right angles is exact but for what the right angle lacks.
+  const auto angle =
+      Arithmetic::normalized(negative_multiply_add(count, right, Arithmetic::high(sum)),
+                             multiply_add(part - count, f64(in_radians::right_low), Arithmetic::low(sum)));
+  const f64 r = xsimd::select(angle.high == zero, sign_of(Arithmetic::high(spin)), angle.high), z = r * r;
+  const f64 half(-0.5), near_one = multiply_add(z, half, one);
+  const f64 near_one_low = multiply_add(z, half, one - near_one);
+  const f64 sine = multiply_add(r * z, polynomial(z, Arithmetic::sine), angle.low) + r;
+  const f64 cosine = multiply_add(z * z, polynomial(z, Arithmetic::cosine),
+                                  negative_multiply_add(r, angle.low, near_one_low)) +
+                     near_one;
   // Bit 0 of the quadrant says that they change places; 1, of it and of the next one, which are negative.
   const u64 quadrant = bits_as<uint64_t>(whole_turns + count + shifter);
   const auto is_odd = mask_as<double>((quadrant & u64(1)) != u64(0));
@@ -115,41 +139,53 @@ complex_doubles direction(const f64& turns, const typename Arithmetic::number& s
           xsimd::select(is_odd, cosine, sine) ^ sign_of_bit_1(quadrant)};
 }
 
-// z^w, or (z 2^(exponent / 2))^w, for results from e^least to e^greatest; NaN where the fast lane does not
-// serve.
+// z^w, or (z 2^(exponent / 2))^w, before its last step.
+template <class Arithmetic>
+struct polar_power {
+  typename Arithmetic::number growth;  // E
+  complex_doubles unit;                // e^(i T)
+  lane_mask<double> served;            // z is in range, w is not 0, the errors of E and T are small
+
+  template <class... Value>
+  polar_power(const complex_doubles& z, const complex_doubles& w, const Value&... exponent) {
+    using number = typename Arithmetic::number;
+    using range = vector_range<double>;
+    const f64 zero(0), half(0.5), one(1);
+    const f64 height = xsimd::abs(z.im), width = xsimd::abs(z.re);
+    const f64 smaller = xsimd::min(height, width), larger = xsimd::max(height, width);
+    const auto steep = height > width;
+
+    const number log = Arithmetic::scaled(Arithmetic::log_of_squares(larger, smaller, exponent...), half);
+    const f64 quarters = xsimd::abs(right_angles(steep, z.re)) | sign_of(z.im);
+    // At the axes and at the diagonals the angle changes its sign; there it is exact.
+    const f64 sign = sign_of(z.re ^ z.im) ^ xsimd::select(steep, f64(-0.0), zero);
+    const number eighth = Arithmetic::right_angles(half);
+    const number angle = Arithmetic::scaled(
+        Arithmetic::choose(smaller == larger, eighth, Arithmetic::arctangent(smaller, larger)), one | sign);
+    const number argument = Arithmetic::plus(Arithmetic::right_angles(quarters), angle);
+
+    // A product with zero is to leave the sign of the other.
+    const number of_imaginary =
+        Arithmetic::choose(w.im == zero, Arithmetic::of(f64(-0.0)), Arithmetic::times(log, w.im));
+    const number spin = Arithmetic::plus(Arithmetic::times(angle, w.re), of_imaginary);
+    growth = Arithmetic::plus(Arithmetic::times(log, w.re), Arithmetic::times(argument, -w.im));
+    unit = direction<Arithmetic>(w.re * quarters, spin);
+
+    const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im);
+    const f64 logs = xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument));
+    served = (exponents * logs < f64(Arithmetic::limit)) & (exponents > zero) &
+             (larger >= f64(range::least)) & (larger < f64(range::end));
+  }
+};
+
+// The power for E from `least` to `greatest`; NaN where the fast lane does not serve.
 template <class Arithmetic, class... Value>
-complex_doubles power_of(const complex_doubles& z, const complex_doubles& w, double least, double greatest,
-                         const Value&... exponent) {
-  using number = typename Arithmetic::number;
-  using range = vector_range<double>;
-  const f64 zero(0), half(0.5), one(1);
-  const f64 height = xsimd::abs(z.im), width = xsimd::abs(z.re);
-  const f64 smaller = xsimd::min(height, width), larger = xsimd::max(height, width);
-  const auto steep = height > width;
-
-  const number log = Arithmetic::scaled(Arithmetic::log_of_squares(larger, smaller, exponent...), half);
-  const f64 quarters = xsimd::abs(right_angles(steep, z.re)) | sign_of(z.im);
-  // The axes, and the diagonals with z on them, are the borders at which the angle changes sign.
-  const f64 sign = sign_of(z.re ^ z.im) ^ xsimd::select(steep, f64(-0.0), zero);
-  const number eighth = Arithmetic::right_angles(half);
-  const number angle = Arithmetic::scaled(
-      Arithmetic::choose(smaller == larger, eighth, Arithmetic::arctangent(smaller, larger)), one | sign);
-  const number argument = Arithmetic::plus(Arithmetic::right_angles(quarters), angle);
-
-  // A product with zero is to leave the sign of the other.
-  const number of_imaginary =
-      Arithmetic::choose(w.im == zero, Arithmetic::of(f64(-0.0)), Arithmetic::times(log, w.im));
-  const number spin = Arithmetic::plus(Arithmetic::times(angle, w.re), of_imaginary);
-  const number growth = Arithmetic::plus(Arithmetic::times(log, w.re), Arithmetic::times(argument, -w.im));
-  const f64 length = Arithmetic::exponential(growth);
-  const complex_doubles unit = direction<Arithmetic>(w.re * quarters, spin);
-
-  const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im), e = Arithmetic::high(growth);
-  const f64 size = exponents * (xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument)));
-  const auto served = (size < f64(Arithmetic::limit)) & (exponents > zero) & (e > f64(least)) &
-                      (e < f64(greatest)) & (larger >= f64(range::least)) & (larger < f64(range::end));
-  const f64 nan(std::numeric_limits<double>::quiet_NaN());
-  return {xsimd::select(served, length * unit.re, nan), xsimd::select(served, length * unit.im, nan)};
+complex_doubles power_of(double least, double greatest, const Value&... arguments) {
+  const polar_power<Arithmetic> power(arguments...);
+  const complex_doubles y = Arithmetic::exponential_times(power.growth, power.unit);
+  const f64 e = Arithmetic::high(power.growth), nan(std::numeric_limits<double>::quiet_NaN());
+  const auto served = power.served & (e > f64(least)) & (e < f64(greatest));
+  return {xsimd::select(served, y.re, nan), xsimd::select(served, y.im, nan)};
 }
 
 // The exponents E of results that are certain to be normal numbers.
@@ -162,6 +198,7 @@ template <class Real, level Level>
 struct complex_power : description<Real> {
   using value = batch<Real>;
   using complex = complex_value<Real>;
+  using number = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
   using arithmetic = std::conditional_t<sizeof(Real) == 4 || Level == level::ep, in_one_word, in_pairs>;
   static constexpr auto sse = sse_control::exact;  // comparisons with zero are to mean zero
   static constexpr int group = (sizeof(Real) == 4 ? 1 : 2) * lanes<Real>;
@@ -169,7 +206,7 @@ struct complex_power : description<Real> {
   template <class... Value>
   static complex_doubles of_doubles(const complex_doubles& z, const complex_doubles& w,
                                     const Value&... exponent) {
-    return power_of<arithmetic>(z, w, least_exponent<Real>, greatest_exponent<Real>, exponent...);
+    return power_of<arithmetic>(least_exponent<Real>, greatest_exponent<Real>, z, w, exponent...);
   }
   static complex fast(const complex& z, const complex& w) {
     if constexpr (sizeof(Real) == 8) {
@@ -191,13 +228,15 @@ struct complex_power : description<Real> {
     const auto infinite = (xsimd::abs(z.re) == infinity) | (xsimd::abs(z.im) == infinity);
     const auto nan = xsimd::isnan(sizes) & !infinite & (exponents > zero) & (exponents < infinity);
     const auto vanishes = (sizes == zero) & (w.re > zero) & (exponents < infinity);
-    if constexpr (sizeof(Real) == 8) {
-      const scaled_vector<double> scaled(z.im, z.re);
-      const auto moved = of_doubles({scaled.x, scaled.y}, w, scaled.log2_of_scale * value(-2));
-      const auto lacks = xsimd::isnan(r.re) & !infinite;
-      r = {xsimd::select(lacks, moved.re, r.re), xsimd::select(lacks, moved.im, r.im)};
-    }
     const auto is_one = exponents == zero;
+    if constexpr (sizeof(Real) == 8) {
+      const auto lacks = xsimd::isnan(r.re) & !(infinite | nan | vanishes | is_one);
+      if (lane_bits<Real>(lacks) != 0) {
+        const scaled_vector<double> scaled(z.im, z.re);
+        const auto moved = of_doubles({scaled.x, scaled.y}, w, scaled.log2_of_scale * value(-2));
+        r = {xsimd::select(lacks, moved.re, r.re), xsimd::select(lacks, moved.im, r.im)};
+      }
+    }
     r.re = xsimd::select(is_one, value(Real(1)), xsimd::select(vanishes, zero, r.re));
     r.im = xsimd::select(is_one | vanishes, zero, r.im);
     const auto rare = xsimd::isnan(r.re) & !nan;
@@ -205,13 +244,33 @@ struct complex_power : description<Real> {
     r.im = xsimd::select(nan, sizes, r.im);
     return rare;
   }
+
+  // Poles, and results far out of range whose signs are certain.
+  static std::optional<int32_t> shortcut(const number* z, const number* w, number* r) {
+    const double x = z->re, y = z->im, u = w->re, v = w->im;
+    if (!std::isfinite(u) || !std::isfinite(v)) return {};
+    if (x == 0 && y == 0 && u <= 0 && (u != 0 || v != 0)) {
+      const Real nan = std::numeric_limits<Real>::quiet_NaN();
+      *r = {u < 0 ? std::numeric_limits<Real>::infinity() : nan, nan};
+      return u < 0 ? VTM_STATUS_SINGULARITY : VTM_STATUS_DOMAIN;
+    }
+    const polar_power<in_pairs> power({f64(x), f64(y)}, {f64(u), f64(v)});
+    const double e = power.growth.high.get(0), size = e > 0 ? HUGE_VAL : 0;
+    const double re = power.unit.re.get(0), im = power.unit.im.get(0);
+    const auto is_certain = [](double part) { return part == 0 || std::fabs(part) > 0x1p-40; };
+    const bool far_out = std::fabs(e) > 2 * std::fabs(least_exponent<Real>);
+    if (!far_out || !power.served.get(0) || !is_certain(re) || !is_certain(im)) return {};
+    const auto part = [size](double p) { return static_cast<Real>(std::copysign(p == 0 ? 0 : size, p)); };
+    *r = {part(re), part(im)};
+    return e > 0 ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
+  }
 };
 
 // The same with one exponent for all elements.
 template <class Real, level Level>
 struct complex_power_to_scalar : complex_power<Real, Level> {
   using complex = complex_value<Real>;
-  using number = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
+  using number = typename complex_power<Real, Level>::number;
   using elementwise = complex_power<Real, Level>;
 
   number exponent;
@@ -221,6 +280,9 @@ struct complex_power_to_scalar : complex_power<Real, Level> {
   complex fast(const complex& z) const { return elementwise::fast(z, w()); }
   lane_mask<Real> flagged(const complex&, const complex& r) const { return xsimd::isnan(r.re); }
   lane_mask<Real> patch(const complex& z, complex& r) const { return elementwise::patch(z, w(), r); }
+  std::optional<int32_t> shortcut(const number* z, number* r) const {
+    return elementwise::shortcut(z, &exponent, r);
+  }
 };
 
 }  // namespace

@@ -75,22 +75,27 @@ struct complex_sqrt : description<Real> {
   }
   // What stays flagged is infinite, or has a part next to nothing.
   static lane_mask<Real> patch(const complex& z, complex& r) {
-    const value one(Real(1)), infinity(std::numeric_limits<Real>::infinity());
-    const value width = xsimd::abs(z.re), height = xsimd::abs(z.im);
+    const value zero(Real(0)), one(Real(1)), infinity(std::numeric_limits<Real>::infinity());
+    const value width = xsimd::abs(z.re), height = xsimd::abs(z.im), quiet = z.re + z.im;
     const auto infinite = (width == infinity) | (height == infinity);
     const auto nan = (xsimd::isnan(z.re) | xsimd::isnan(z.im)) & !infinite;
-    const value larger = maximum_or_second(width, height);
-    const auto small = larger < value(least), large = larger >= value(end);
-    constexpr Real root = single ? Real(0x1p30) : Real(0x1p280);
-    const auto by_size = [&](Real of_small, Real of_large) {
-      return xsimd::select(small, value(of_small), xsimd::select(large, value(of_large), one));
-    };
-    const value scale = by_size(root * root, 1 / (root * root));
-    const complex scaled{z.re * scale, z.im * scale}, y = fast(scaled);
-    const value back = by_size(1 / root, root), quiet = z.re + z.im;
-    r.re = xsimd::select(nan, quiet, y.re * back);
-    r.im = xsimd::select(nan, quiet, y.im * back);
-    return (flagged(scaled, y) & !nan) | infinite;
+    lane_mask<Real> rare = flagged(z, r) & !nan;
+    if (lane_bits<Real>(rare) != 0) {
+      const value larger = maximum_or_second(width, height);
+      const auto small = larger < value(least), large = larger >= value(end);
+      constexpr Real up = single ? Real(0x1p52) : Real(0x1p300), down = single ? Real(0x1p40) : Real(0x1p280);
+      const auto by_size = [&](Real of_small, Real of_large) {
+        return xsimd::select(small, value(of_small), xsimd::select(large, value(of_large), one));
+      };
+      const value scale = by_size(up * up, 1 / (down * down)), back = by_size(1 / up, down);
+      const complex scaled{z.re * scale, z.im * scale}, y = fast(scaled);
+      r = {y.re * back, y.im * back};
+      const value smaller = minimum_or_second(height, width);
+      rare = rare & (infinite | ((smaller != zero) & (smaller * scale < value(least_of_smaller))));
+    }
+    r.re = xsimd::select(nan, quiet, r.re);
+    r.im = xsimd::select(nan, quiet, r.im);
+    return rare;
   }
 };
 

@@ -95,9 +95,30 @@ batch<Real> sum_of_log(const batch<Real>& high, const batch<Real>& low, const ba
          xsimd::fma(f2 * f, polynomial(f, constants::ha), xsimd::fma(h, f, sum - sum_of_two) + lost);
 }
 
+// What a longer m has below its first word: one word, or two.
+template <class Real>
+batch<Real> scaled_words(const batch<Real>& c, const batch<Real>& scale) {
+  return c * scale;
+}
+template <class Real>
+value_pair<batch<Real>> scaled_words(const value_pair<batch<Real>>& c, const batch<Real>& scale) {
+  return {c.high * scale, c.low * scale};
+}
+// (f + c r) as a sum of two.
+template <class Real>
+value_pair<batch<Real>> add_words(const batch<Real>& f, const batch<Real>& c, const batch<Real>& r) {
+  return fast_two_sum(f, c * r);
+}
+template <class Real>
+value_pair<batch<Real>> add_words(const batch<Real>& f, const value_pair<batch<Real>>& c,
+                                  const batch<Real>& r) {
+  const auto sum = add_words(f, c.high, r);
+  return {sum.high, xsimd::fma(c.low, r, sum.low)};
+}
+
 // log((m + m_low) 2^k); m_low, if given, is below half a unit of m's last place.
-template <class Real, log_base Base, level Level, class... Value>
-batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
+template <class Real, log_base Base, level Level, class... Words>
+batch<Real> log_of(const log_argument<Real>& x, const Words&... m_low) {
   using value = batch<Real>;
   using constants = log_constants<Real, Base>;
   const auto cell = table_index<Real, 4, format<Real>::fraction_bits - 2>(x.position);
@@ -115,7 +136,7 @@ batch<Real> log_of(const log_argument<Real>& x, const Value&... m_low) {
                   p = xsimd::fma(g * g, polynomial(g, constants::la), low);
       return high + (Base == log_base::e ? g + p : xsimd::fma(g, value(constants::scale[0]), p));
     } else {
-      const auto [f_high, f_low] = fast_two_sum(f, (m_low, ...) * r);
+      const auto [f_high, f_low] = add_words(f, (m_low, ...), r);
       value g_low = xsimd::fnma(f_low, f_high, f_low);
       if constexpr (Base != log_base::e) g_low = g_low * value(constants::scale[0]);
       return sum_of_log<Real, Base>(high, low + g_low, f_high);
