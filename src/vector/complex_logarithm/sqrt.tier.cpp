@@ -19,7 +19,7 @@ struct complex_sqrt : description<Real> {
   using complex = complex_value<Real>;
   static constexpr bool single = sizeof(Real) == 4, exact = Level == level::ha;
   static constexpr auto controls = single ? control_class::c : control_class::b;
-  static constexpr auto sse = sse_control::masks_only;
+  static constexpr auto sse = sse_control::nearest;
 
   // The larger part of z has squares, and residuals of squares, in the format; the smaller one quotients.
   static constexpr Real least = single ? Real(0x1p-48) : Real(0x1p-480);
