@@ -57,9 +57,10 @@ struct complex_log : description<Real> {
   }
 
   static complex fast(const complex& z) { return log_of(z); }
+  // A vector on an axis has an angle whatever its length.
   static lane_mask<Real> flagged(const complex& z, const complex&) {
-    const value zero(Real(0));
-    return range::is_left_by(z.im, z.re) | (xsimd::max(xsimd::abs(z.im), xsimd::abs(z.re)) == zero);
+    const value larger = xsimd::max(xsimd::abs(z.im), xsimd::abs(z.re));
+    return range::is_left_by(z.im, z.re) | (larger < value(range::least));
   }
   // The slow path has angles that vanish, and 1 + i y where the square of y does.
   static lane_mask<Real> patch(const complex& z, complex& r) {

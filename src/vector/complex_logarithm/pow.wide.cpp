@@ -127,7 +127,7 @@ complex_doubles direction(const f64& turns, const typename Arithmetic::number& s
   const f64 r = xsimd::select(angle.high == zero, sign_of(Arithmetic::high(spin)), angle.high), z = r * r;
   const f64 half(-0.5), near_one = multiply_add(z, half, one);
   const f64 near_one_low = multiply_add(z, half, one - near_one);
-  const f64 sine = multiply_add(r * z, polynomial(z, Arithmetic::sine), angle.low) + r;
+  const f64 sine = (multiply_add(r * z, polynomial(z, Arithmetic::sine), angle.low) + r) | sign_of(r);
   const f64 cosine = multiply_add(z * z, polynomial(z, Arithmetic::cosine),
                                   negative_multiply_add(r, angle.low, near_one_low)) +
                      near_one;
@@ -171,9 +171,12 @@ struct polar_power {
     growth = Arithmetic::plus(Arithmetic::times(log, w.re), Arithmetic::times(argument, -w.im));
     unit = direction<Arithmetic>(w.re * quarters, spin);
 
+    // Among subnormal numbers products lose bits.
+    const f64 part = xsimd::min(xsimd::abs(unit.re), xsimd::abs(unit.im));
+    const auto keeps_bits = (part >= f64(0x1p-900)) | (part == zero);
     const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im);
     const f64 logs = xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument));
-    served = (exponents * logs < f64(Arithmetic::limit)) & (exponents > zero) &
+    served = (exponents * logs < f64(Arithmetic::limit)) & (exponents > zero) & keeps_bits &
              (larger >= f64(range::least)) & (larger < f64(range::end));
   }
 };
