@@ -75,7 +75,11 @@ struct in_pairs {
     const auto [power, growth] = pair_exp_in_two(x);
     const f64 length = multiply_add(power, growth, power);
     const f64 lost = multiply_add(power, growth, power - length);
-    return {multiply_add(length, u.re, lost * u.re), multiply_add(length, u.im, lost * u.im)};
+    const auto times = [&](const f64& part) {
+      return multiply_add(length, part, lost * part) |
+             sign_of(part);  // of a zero the sum might lose the sign
+    };
+    return {times(u.re), times(u.im)};
   }
 };
 
@@ -152,7 +156,8 @@ struct polar_power {
     using range = vector_range<double>;
     const f64 zero(0), half(0.5), one(1);
     const f64 height = xsimd::abs(z.im), width = xsimd::abs(z.re);
-    const f64 smaller = xsimd::min(height, width), larger = xsimd::max(height, width);
+    // Of a NaN and a number, one of these is the NaN.
+    const f64 smaller = minimum_or_second(width, height), larger = maximum_or_second(height, width);
     const auto steep = height > width;
 
     const number log = Arithmetic::scaled(Arithmetic::log_of_squares(larger, smaller, exponent...), half);
@@ -171,9 +176,10 @@ struct polar_power {
     growth = Arithmetic::plus(Arithmetic::times(log, w.re), Arithmetic::times(argument, -w.im));
     unit = direction<Arithmetic>(w.re * quarters, spin);
 
-    // Among subnormal numbers products lose bits.
+    // Among subnormal numbers products lose bits, and quotients may vanish.
     const f64 part = xsimd::min(xsimd::abs(unit.re), xsimd::abs(unit.im));
-    const auto keeps_bits = (part >= f64(0x1p-900)) | (part == zero);
+    const auto is_zero = (part == zero) & ((smaller == zero) | (smaller >= f64(0x1p-400)));
+    const auto keeps_bits = is_zero | (part >= f64(0x1p-900));
     const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im);
     const f64 logs = xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument));
     served = (exponents * logs < f64(Arithmetic::limit)) & (exponents > zero) & keeps_bits &
