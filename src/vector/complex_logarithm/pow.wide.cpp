@@ -32,23 +32,25 @@ struct in_pairs {
     const auto sum = two_sum(x.high, y.high);
     return {sum.high, sum.low + (x.low + y.low)};
   }
-  static number scaled(const number& x, const f64& power_of_two) {
-    return {x.high * power_of_two, x.low * power_of_two};
-  }
+  static number halved(const number& x) { return {x.high * f64(0.5), x.low * f64(0.5)}; }
+  static number signed_by(const f64& sign, const number& x) { return {x.high ^ sign, x.low ^ sign}; }
   static number choose(const lane_mask<double>& which, const number& x, const number& y) {
     return {xsimd::select(which, x.high, y.high), xsimd::select(which, x.low, y.low)};
   }
   static f64 high(const number& x) { return x.high; }
   static f64 low(const number& x) { return x.low; }
   static number of(const f64& x) { return {x, f64(0)}; }
-  static number right_angles(const f64& count) {
-    return {count * f64(in_radians::right), count * f64(in_radians::right_low)};
+  static number eighth_turn() { return {f64(in_radians::right / 2), f64(in_radians::right_low / 2)}; }
+  // count right angles, 1 or 2 or none, and no more than half of one.
+  static number right_angles_and(const f64& count, const number& angle) {
+    const auto sum = fast_two_sum(count * f64(in_radians::right), angle.high);
+    return {sum.high, multiply_add(count, f64(in_radians::right_low), sum.low + angle.low)};
   }
   template <class... Value>
   static number log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
-    const auto square = exact_sum_of_squares(larger, smaller);
+    const auto square = sum_of_squares(larger, smaller);
     const number log = pair_log(square.high, exponent...);
-    return {log.high, multiply_add(square.low.high, near_reciprocal(square.high), log.low)};
+    return {log.high, multiply_add(square.low, near_reciprocal(square.high), log.low)};
   }
   // arctan(n / d), by the cells of the real function.
   static number arctangent(const f64& n, const f64& d) {
@@ -91,14 +93,18 @@ struct in_one_word {
 
   static f64 times(const f64& x, const f64& y) { return x * y; }
   static f64 plus(const f64& x, const f64& y) { return x + y; }
-  static f64 scaled(const f64& x, const f64& power_of_two) { return x * power_of_two; }
+  static f64 halved(const f64& x) { return x * f64(0.5); }
+  static f64 signed_by(const f64& sign, const f64& x) { return x ^ sign; }
   static f64 choose(const lane_mask<double>& which, const f64& x, const f64& y) {
     return xsimd::select(which, x, y);
   }
   static f64 high(const f64& x) { return x; }
   static f64 low(const f64&) { return f64(0); }
   static f64 of(const f64& x) { return x; }
-  static f64 right_angles(const f64& count) { return count * f64(in_radians::right); }
+  static f64 eighth_turn() { return f64(in_radians::right / 2); }
+  static f64 right_angles_and(const f64& count, const f64& angle) {
+    return multiply_add(count, f64(in_radians::right), angle);
+  }
   template <class... Value>
   static f64 log_of_squares(const f64& larger, const f64& smaller, const Value&... exponent) {
     const auto square = sum_of_squares(larger, smaller);
@@ -154,20 +160,19 @@ struct polar_power {
   polar_power(const complex_doubles& z, const complex_doubles& w, const Value&... exponent) {
     using number = typename Arithmetic::number;
     using range = vector_range<double>;
-    const f64 zero(0), half(0.5), one(1);
-    const f64 height = xsimd::abs(z.im), width = xsimd::abs(z.re);
+    const f64 zero(0), height = xsimd::abs(z.im), width = xsimd::abs(z.re);
     // Of a NaN and a number, one of these is the NaN.
     const f64 smaller = minimum_or_second(width, height), larger = maximum_or_second(height, width);
     const auto steep = height > width;
 
-    const number log = Arithmetic::scaled(Arithmetic::log_of_squares(larger, smaller, exponent...), half);
+    const number log = Arithmetic::halved(Arithmetic::log_of_squares(larger, smaller, exponent...));
     const f64 quarters = xsimd::abs(right_angles(steep, z.re)) | sign_of(z.im);
     // At the axes and at the diagonals the angle changes its sign; there it is exact.
     const f64 sign = sign_of(z.re ^ z.im) ^ xsimd::select(steep, f64(-0.0), zero);
-    const number eighth = Arithmetic::right_angles(half);
-    const number angle = Arithmetic::scaled(
-        Arithmetic::choose(smaller == larger, eighth, Arithmetic::arctangent(smaller, larger)), one | sign);
-    const number argument = Arithmetic::plus(Arithmetic::right_angles(quarters), angle);
+    const number acute = Arithmetic::choose(smaller == larger, Arithmetic::eighth_turn(),
+                                            Arithmetic::arctangent(smaller, larger));
+    const number angle = Arithmetic::signed_by(sign, acute);
+    const number argument = Arithmetic::right_angles_and(quarters, angle);
 
     // A product with zero is to leave the sign of the other.
     const number of_imaginary =
@@ -182,7 +187,8 @@ struct polar_power {
     const auto keeps_bits = is_zero | (part >= f64(0x1p-900));
     const f64 exponents = xsimd::abs(w.re) + xsimd::abs(w.im);
     const f64 logs = xsimd::abs(Arithmetic::high(log)) + xsimd::abs(Arithmetic::high(argument));
-    served = (exponents * logs < f64(Arithmetic::limit)) & (exponents > zero) & keeps_bits &
+    served = (exponents * logs < f64(Arithmetic::limit)) & keeps_bits & (exponents > zero) &
+             (exponents < f64(0x1p48)) &  // what the logarithm loses next to z = 1 is below 2^-105
              (larger >= f64(range::least)) & (larger < f64(range::end));
   }
 };

@@ -17,6 +17,8 @@ template <class Real, level Level>
 struct complex_sqrt : description<Real> {
   using value = batch<Real>;
   using complex = complex_value<Real>;
+  // V3 has too few registers for more of them at a time.
+  static constexpr int group = (this_tier == 1 ? 2 : 4) * lanes<Real>;
   static constexpr bool single = sizeof(Real) == 4, exact = Level == level::ha;
   static constexpr auto controls = single ? control_class::c : control_class::b;
   static constexpr auto sse = sse_control::nearest;
