@@ -14,26 +14,38 @@
 TMK_TIER_OPEN
 namespace {
 
-// (1 - x)^2 + y^2
-template <level Level, class Real>
-batch_pair<Real> squared_distance(const batch<Real>& x, const batch<Real>& y) {
-  const batch<Real> one(Real(1));
-  if constexpr (Level != level::ha) {
-    const batch<Real> rest = one - x;
-    return exactly(multiply_add(rest, rest, y * y));
-  } else {
-    const auto rest = two_sum(one, -x);
-    const auto xx = two_prod(rest.high, rest.high), yy = two_prod(y, y), sum = two_sum(xx.high, yy.high);
-    return {sum.high, multiply_add(rest.high + rest.high, rest.low, sum.low + (xx.low + yy.low))};
+// e = 1 - x, d = e^2 + y^2, and 1 - x^2 - y^2 = 2 e - d, which cancels only where y does not vanish next to
+// it.
+template <class Real, level Level>
+struct distances {
+  using value = batch<Real>;
+  batch_pair<Real> d, difference;
+
+  distances(const value& x, const value& y) {
+    const value one(Real(1));
+    if constexpr (Level != level::ha) {
+      const value e = one - x;
+      d = exactly(multiply_add(e, e, y * y));
+      difference = exactly((e + e) - d.high);
+    } else {
+      const auto e = two_sum(one, -x);
+      const value twice = e.high + e.high, size = xsimd::abs(e.high);
+      const value larger = maximum_or_second(size, y), smaller = minimum_or_second(size, y);
+      const auto square = two_prod(larger, larger), sum = add_product(square.high, smaller, smaller);
+      d = {sum.high, multiply_add(twice, e.low, square.low + sum.low)};
+      const auto rest = two_sum(twice, -d.high);
+      difference = {rest.high, rest.low + multiply_subtract(value(Real(2)), e.low, d.low)};
+    }
   }
-}
+};
 
 // log(1 + 4 x / d)
 template <level Level, class Real>
 batch<Real> log_of_ratio(const batch<Real>& x, const batch_pair<Real>& d) {
   using value = batch<Real>;
   const auto t = quotient<Level>(x * value(Real(4)), d);
-  const auto sum = two_sum(value(Real(1)), maximum_or_second(value(tiny<Real>), t.high));
+  const value one(Real(1)), limited = maximum_or_second(value(tiny<Real>), t.high);
+  const auto sum = fast_two_sum(maximum_or_second(one, limited), minimum_or_second(one, limited));
   value low = sum.low, square = t.high * value(Real(-0.5));
   if constexpr (Level == level::ha) low += t.low;
   const value series = Level == level::ha ? multiply_add(square, t.high, t.low) + t.high
@@ -46,9 +58,9 @@ struct hyperbolic_tangent {
   static complex_value<Real> of(const complex_value<Real>& z) {
     using value = batch<Real>;
     const value x = xsimd::abs(z.re), y = xsimd::abs(z.im);
-    const value log = log_of_ratio<Level>(x, squared_distance<Level>(x, y));
-    const auto excess = square_excess<Level>(x, y);
-    const value angle = angle_of<Level>(exactly(y + y), {-excess.high, -excess.low});
+    const distances<Real, Level> from_pole(x, y);
+    const value log = log_of_ratio<Level>(x, from_pole.d);
+    const value angle = angle_of<Level>(exactly(y + y), from_pole.difference);
     return {log * value(Real(0.25)) | sign_of(z.re), angle * value(Real(0.5)) | sign_of(z.im)};
   }
   // 1 / z, and a right angle.

@@ -72,16 +72,6 @@ batch<Real> angle_of(const batch_pair<Real>& y, const batch_pair<Real>& x) {
   return xsimd::abs(cells(n, d, j).ha(low));
 }
 
-// x^2 + y^2 - 1 to within a few units of |z^2 - 1| 2^-106 at level HA, of |z^2 - 1| 2^-53 at others.
-template <level Level, class Real>
-batch_pair<Real> square_excess(const batch<Real>& x, const batch<Real>& y) {
-  const batch<Real> one(Real(1));
-  if constexpr (Level != level::ha) return exactly(multiply_add(y, y, (x - one) * (x + one)));
-  const auto xx = two_prod(x, x), yy = two_prod(y, y);
-  const auto less = two_sum(xx.high, -one), sum = two_sum(less.high, yy.high);
-  return fast_two_sum(sum.high, sum.low + (less.low + (xx.low + yy.low)));
-}
-
 // A kernel of one of these functions from
 //   Function::of<Level>(z), for parts below `far`
 //   Function::of_far<Level>(z), beyond and of infinite parts
