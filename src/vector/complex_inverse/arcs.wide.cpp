@@ -143,6 +143,19 @@ struct arc_function {
     return from<Level>(z, x, exactly(y), xsimd::select(infinite, infinity, v));
   }
   template <class Real>
+  static complex_value<Real> of_tiny(const complex_value<Real>& z) {
+    if constexpr (Arc == arc::sine) return z;
+    const batch<Real> right(angles<Real, angle_unit::radians>::right);
+    if constexpr (Arc == arc::cosine) return {right, z.im ^ batch<Real>(Real(-0.0))};
+    return {xsimd::abs(z.im), right | sign_of(z.im)};
+  }
+  template <class Real>
+  static complex_value<Real> of_nan(const complex_value<Real>& z) {
+    if constexpr (Arc == arc::sine) return nan_unless_zero(z, z.re);
+    const auto r = nan_unless_zero(z, batch<Real>(angles<Real, angle_unit::radians>::right));
+    return Arc == arc::cosine ? r : swapped(r);
+  }
+  template <class Real>
   static lane_mask<Real> good(const complex_value<Real>&, const complex_value<Real>&) {
     return lane_mask<Real>(true);
   }

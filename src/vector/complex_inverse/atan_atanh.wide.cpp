@@ -4,8 +4,6 @@
 //   arctan z = -i artanh(i z)
 // with the angle of that vector to its first axis (W. Kahan, Branch cuts for complex elementary functions,
 // 1987). HA has both quotients' terms in pairs.
-#include <numbers>
-
 #include "vector/complex_inverse/parts.hpp"
 #include "vector/logarithm/log_of_pair.hpp"
 #include "vector/toolbox/odd.hpp"
@@ -74,7 +72,15 @@ struct hyperbolic_tangent {
     const value infinity(std::numeric_limits<Real>::infinity());
     const auto infinite = (xsimd::abs(z.re) == infinity) | (xsimd::abs(z.im) == infinity);
     return {xsimd::select(infinite, value(Real(0)), re) | sign_of(z.re),
-            value(Real(std::numbers::pi / 2)) | sign_of(z.im)};
+            value(angles<Real, angle_unit::radians>::right) | sign_of(z.im)};
+  }
+  template <class Real>
+  static complex_value<Real> of_tiny(const complex_value<Real>& z) {
+    return z;
+  }
+  template <class Real>
+  static complex_value<Real> of_nan(const complex_value<Real>& z) {
+    return nan_unless_zero(z, z.re);
   }
   // Nearer to a pole squares leave the format.
   template <class Real>

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "vector/inverse_trigonometric/arctangent.hpp"
+#include "vector/toolbox/lane_tests.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -32,6 +33,14 @@ struct turned {
   template <level Level, class Real>
   static complex_value<Real> of_far(const complex_value<Real>& z) {
     return swapped(F::template of_far<Level>(swapped(z)));
+  }
+  template <class Real>
+  static complex_value<Real> of_tiny(const complex_value<Real>& z) {
+    return swapped(F::of_tiny(swapped(z)));
+  }
+  template <class Real>
+  static complex_value<Real> of_nan(const complex_value<Real>& z) {
+    return swapped(F::of_nan(swapped(z)));
   }
   template <class Real>
   static lane_mask<Real> good(const complex_value<Real>& z, const complex_value<Real>& r) {
@@ -75,36 +84,54 @@ batch<Real> angle_of(const batch_pair<Real>& y, const batch_pair<Real>& x) {
 // A kernel of one of these functions from
 //   Function::of<Level>(z), for parts below `far`
 //   Function::of_far<Level>(z), beyond and of infinite parts
+//   Function::of_tiny(z), where both parts are far below the last place of 1
+//   Function::of_nan(z), where one part is a NaN, and the other one not infinite
 //   Function::good(z, r), whether of() served the lanes below `far`, and far_good(z), the same of of_far()
 template <class Real, level Level, class Function>
 struct complex_inverse : description<Real> {
   using complex = complex_value<Real>;
+  using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
   static constexpr Real filler = Real(0.5);
-  static constexpr Real infinity = std::numeric_limits<Real>::infinity();
   static constexpr Real far = single ? Real(0x1p60) : Real(0x1p500);
+  // Below, the second words of quotients lose their bits.
+  static constexpr Real least = single ? Real(0x1p-118) : Real(0x1p-1012);
 
   static complex fast(const complex& z) { return Function::template of<Level>(z); }
   static lane_mask<Real> near(const complex& z) {
-    return (xsimd::abs(z.re) < batch<Real>(far)) & (xsimd::abs(z.im) < batch<Real>(far));
+    return (xsimd::abs(z.re) < value(far)) & (xsimd::abs(z.im) < value(far));
   }
-  static lane_mask<Real> flagged(const complex& z, const complex& r) {
-    return !(near(z) & Function::good(z, r));
+  static lane_mask<Real> not_vanishing(const value& x) {
+    using bits = typename format<Real>::bits;
+    return magnitude_outside<Real, bits{1}, to_bits(least)>(x);
   }
-  // Next to zeros and infinities a NaN is not all of the answer.
+  static lane_mask<Real> good(const complex& z, const complex& r) {
+    return near(z) & not_vanishing(r.re) & not_vanishing(r.im) & Function::good(z, r);
+  }
+  static lane_mask<Real> flagged(const complex& z, const complex& r) { return !good(z, r); }
   static lane_mask<Real> patch(const complex& z, complex& r) {
-    using value = batch<Real>;
-    const value zero(Real(0)), re = xsimd::abs(z.re), im = xsimd::abs(z.im), sum = z.re + z.im;
-    const auto nan = unordered(z.re, z.im);
-    const auto either = [&](const value& x) { return (re == x) | (im == x); };
-    const auto plain_nan = nan & (!(either(zero) | either(value(infinity))));
-    const auto is_far = (!(nan | near(z))) & Function::far_good(z);
-    const auto settled = plain_nan | is_far | (near(z) & Function::good(z, r));
-    r = select<Real>(is_far, Function::template of_far<Level>(z), r);
-    r = select<Real>(plain_nan, {sum, sum}, r);
+    const value infinity(std::numeric_limits<Real>::infinity());
+    const auto infinite = (xsimd::abs(z.re) == infinity) | (xsimd::abs(z.im) == infinity);
+    const auto has_nan = unordered(z.re, z.im), nan = has_nan & (!infinite);
+    const auto is_far = (!(has_nan | near(z))) & Function::far_good(z);
+    constexpr Real tiny = single ? Real(0x1p-30) : Real(0x1p-60);
+    const auto is_tiny = (xsimd::abs(z.re) < value(tiny)) & (xsimd::abs(z.im) < value(tiny));
+    const auto settled = nan | is_far | is_tiny | good(z, r);
+    // On their scale others would be subnormal numbers.
+    const complex only_far = select<Real>(is_far, z, {infinity, infinity});
+    r = select<Real>(is_far, Function::template of_far<Level>(only_far), r);
+    r = select<Real>(is_tiny, Function::of_tiny(z), r);
+    r = select<Real>(nan, Function::of_nan(z), r);
     return !settled;
   }
 };
+
+// A NaN for both parts, or only for one where the other is that of a zero real part.
+template <class Real>
+complex_value<Real> nan_unless_zero(const complex_value<Real>& z, const batch<Real>& at_zero) {
+  const batch<Real> nan = z.re + z.im;
+  return {xsimd::select(z.re == batch<Real>(Real(0)), at_zero, nan), nan};
+}
 
 // Real parts of a number that is far away, on a scale where squares are in the format. Infinite parts
 // outweigh finite ones.
