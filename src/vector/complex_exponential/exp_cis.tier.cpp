@@ -22,24 +22,9 @@ struct exp_formula {
 
 template <class Real, level Level>
 struct complex_exp : of_rectangle<exp_formula, Real, Level> {
-  using base = of_rectangle<exp_formula, Real, Level>;
-  using value = complex_value<Real>;
   static constexpr bool baseline_doubles = is_baseline && sizeof(Real) == 8;
   static constexpr auto controls = baseline_doubles ? control_class::c : control_class::a;
   static constexpr auto sse = baseline_doubles ? sse_control::nearest : sse_control::by_mode;
-
-  static lane_mask<Real> flagged(const value& z, const value& w) {
-    return base::flagged(z, w) | is_coarse(w);
-  }
-  static lane_mask<Real> patch(const value& z, value& w) { return base::patch(z, w) | is_coarse(w); }
-
- private:
-  // Without fused products each term of a tiny part is rounded to the unit of subnormal numbers.
-  static lane_mask<Real> is_coarse(const value& w) {
-    const batch<Real> size = xsimd::abs(w.im);
-    if constexpr (!baseline_doubles) return lane_mask<Real>(false);
-    return (size < batch<Real>(Real(0x1p-960))) & (size > batch<Real>(Real(0)));
-  }
 };
 
 // Sine and cosine of a real argument with the bits of the real function.

@@ -8,6 +8,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "vector/toolbox/lane_tests.hpp"
 #include "vector/trigonometric/functions.hpp"
 
 TMK_TIER_OPEN
@@ -119,8 +120,8 @@ struct of_rectangle : description<Real> {
     else
       return result(of<how>(a, b, radians<Real>{counted(b)}));
   }
-  static lane_mask<Real> flagged(const value& z, const value&) {
-    return !(in_reach(growing_part(z)) & (xsimd::abs(angle_part(z)) < part(end)));
+  static lane_mask<Real> flagged(const value& z, const value& w) {
+    return !(in_reach(growing_part(z)) & (xsimd::abs(angle_part(z)) < part(end)) & is_fine(angle_part(z), w));
   }
   // Large angles; singles whose results, or the lower words of what these are made of, may be out of range,
   // but not in double precision; NaNs with anything but zeros and infinities.
@@ -139,7 +140,7 @@ struct of_rectangle : description<Real> {
     const auto missing = (xsimd::isnan(a) & is_usual(b)) | (xsimd::isnan(b) & is_usual(a));
     const part nan = a + b;
     w = {xsimd::select(missing, nan, w.re), xsimd::select(missing, nan, w.im)};
-    return !(regular | missing);
+    return !((regular & is_fine(b, w)) | missing);
   }
   // Parts that are infinite, or zero, whatever number the angle's factor is: their signs are those of smaller
   // results.
@@ -171,6 +172,23 @@ struct of_rectangle : description<Real> {
   }
   static lane_mask<Real> is_usual(const part& x) {
     return !((x == part(Real(0))) | (xsimd::abs(x) == part(infinity)));
+  }
+  // Of a product next to the least normal number the lower words' share is rounded to the unit of the whole.
+  // Without fused products so is each term of a smaller one, and a subnormal factor cannot be split.
+  static lane_mask<Real> is_fine(const part& b, const value& w) {
+    constexpr bool of_pairs = Level == level::ha && !widened && Formula::template high<Real> < infinity;
+    constexpr auto least = to_bits(std::numeric_limits<Real>::min());
+    const auto is_large = [](const part& x) {
+      const part size = xsimd::abs(x);
+      return (size >= part(std::numeric_limits<Real>::min() * Real(0x1p62))) | (size == part(Real(0)));
+    };
+    if constexpr (of_pairs && is_baseline)
+      return is_large(b) & is_large(w.re) & is_large(w.im);
+    else if constexpr (of_pairs)
+      return magnitude_outside<Real, least / 4, 4 * least>(w.re) &
+             magnitude_outside<Real, least / 4, 4 * least>(w.im);
+    else
+      return lane_mask<Real>(true);
   }
   static lane_mask<Real> in_reach(const part& a) {
     return (a >= part(Formula::template low<Real>)) & (a <= part(Formula::template high<Real>));
