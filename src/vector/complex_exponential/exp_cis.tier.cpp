@@ -20,6 +20,12 @@ struct exp_formula {
   }
 };
 
+// Maximum errors of a part in ulp, by tmk-accuracy --samples 25000 --search brief and 20000 arguments next to
+// multiples of pi / 2, of log(2) / 16 and to zeros:
+//   single LA   W7: 2.617 at (0x1.532bd4p-11, -0x1.d03dap+0); V4: 3.904 at (-0x1.27946ep+2, -0x1.5fc218p+0)
+//   single HA   W7: 0.5908 at (-0x1.496ac8p+6, -0x1.1f87eep+2); V4: 0.5980 at (0x1.a8bcd4p-1, 0x1.1de94cp-1)
+//   double HA   W7: 0.5599 at (-0x1.5241894992a6dp+5, 0x1.7832582e5a12cp+1), without search; V4: 0.6374 at
+//   (-0x1.994722eaf6312p+0, -0x1.63804c5c38a01p+9)
 template <class Real, level Level>
 struct complex_exp : of_rectangle<exp_formula, Real, Level> {
   static constexpr bool baseline_doubles = is_baseline && sizeof(Real) == 8;
@@ -27,7 +33,7 @@ struct complex_exp : of_rectangle<exp_formula, Real, Level> {
   static constexpr auto sse = baseline_doubles ? sse_control::nearest : sse_control::by_mode;
 };
 
-// Sine and cosine of a real argument with the bits of the real function.
+// Sine and cosine of a real argument with the bits of the real function; its errors.
 template <class Real>
 struct cis : of_angle<sine_and_cosine_formula, Real, level::ha, angle_unit::radians> {
   using base = of_angle<sine_and_cosine_formula, Real, level::ha, angle_unit::radians>;

@@ -39,6 +39,13 @@ struct cosh_formula : bounded {
   }
 };
 
+// Maximum errors of a part in ulp (V4), by tmk-accuracy --samples 25000 --search brief and 20000 arguments
+// next to multiples of pi / 2, of log(2) / 16 and to zeros. Those at HA are of subnormal parts.
+//            single LA, HA       double LA, HA, EP
+//   Sin      3.855, 0.9984       3.521, 0.9912, 4.9e7
+//   Cos      3.653, 0.9967       3.186, 0.9888, 4.9e7
+//   Sinh     3.802, 0.9942       3.117, 0.9976, 4.9e7
+//   Cosh     3.023, 0.9942       3.179, 0.9960, 4.9e7
 template <class Real, level Level>
 using complex_sinh = of_rectangle<sinh_formula, Real, Level>;
 template <class Real, level Level>

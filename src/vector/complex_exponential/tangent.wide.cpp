@@ -107,6 +107,11 @@ struct tanh_formula {
   }
 };
 
+// Maximum errors of a part in ulp (V4), by tmk-accuracy on 20000 arguments next to multiples of pi / 2, of
+// log(2) / 16 and to zeros; singles also by --samples 25000 --search brief, whose worst are subnormal parts.
+//            single HA, EP    double HA, EP
+//   Tan      0.7531, 6646     0.6817, 8.0e7
+//   Tanh     0.7763, 6643     0.6595, 8.0e7
 template <class Real, level Level>
 using complex_tanh = of_rectangle<tanh_formula, Real, Level>;
 template <class Real, level Level>
