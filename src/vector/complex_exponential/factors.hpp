@@ -34,7 +34,8 @@ batch_pair<Real> normalized(const batch_pair<Real>& x) {
   return fast_two_sum(x.high, x.low);
 }
 
-// x y for normalized y, rounded once. Zeros have the sign of the product.
+// x y, rounded once, where one of the pairs is normalized, y on the baseline. Zeros have the sign of the
+// product.
 template <class Real>
 batch<Real> product(const batch<Real>& x, const batch<Real>& y) {
   return x * y;

@@ -111,7 +111,7 @@ struct tanh_formula {
 // log(2) / 16 and to zeros; singles also by --samples 25000 --search brief, whose worst are subnormal parts.
 //            single HA, EP    double HA, EP
 //   Tan      0.7531, 6646     0.6817, 8.0e7
-//   Tanh     0.7763, 6643     0.6595, 8.0e7
+//   Tanh     0.7763, 6643     0.6595, 9.4e7
 template <class Real, level Level>
 using complex_tanh = of_rectangle<tanh_formula, Real, Level>;
 template <class Real, level Level>
