@@ -104,5 +104,12 @@ struct complex_sqrt : description<Real> {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors of a part in ulp, by tmk-accuracy Sqrt --samples 65536 --search brief:
+//   single LA (W7, V3): 2.675 at (-0x1.ef1e8p-6, 0x1.000afep+1)
+//   single LA (V4): 2.527 at (-0x1.ef208p-6, 0x1.fff8dcp+0)
+//   single HA (W7, V3): 0.5317 at (-0x1.efea54p-6, 0x1.fff974p+0)
+//   single HA (V4): 0.5099 at (-0x1.ef2144p-6, 0x1.ffffbep+0)
+//   double LA, HA, EP (W7, V3): 0.5264 at (-0x1.ffffffc3fd84ap-1, 0x1.fd7ae6a1d88a9p+2)
+//   double LA, HA, EP (V4): 0.5402 at (0x1.14f4ad73088ep-64, -0x1.00021bdef8ab6p+0)
 TMK_KERNELS(c, Sqrt, unary, LHL, complex_sqrt)
 TMK_KERNELS(z, Sqrt, unary, HHH, complex_sqrt)
