@@ -263,13 +263,14 @@ struct complex_power : description<Real> {
   // Poles, and results far out of range whose signs are certain.
   static std::optional<int32_t> shortcut(const number* z, const number* w, number* r) {
     const double x = z->re, y = z->im, u = w->re, v = w->im;
-    if (!std::isfinite(u) || !std::isfinite(v)) return {};
+    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(u) || !std::isfinite(v)) return {};
     if (x == 0 && y == 0 && u <= 0 && (u != 0 || v != 0)) {
       const Real nan = std::numeric_limits<Real>::quiet_NaN();
       *r = {u < 0 ? std::numeric_limits<Real>::infinity() : nan, nan};
       return u < 0 ? VTM_STATUS_SINGULARITY : VTM_STATUS_DOMAIN;
     }
-    const polar_power<in_pairs> power({f64(x), f64(y)}, {f64(u), f64(v)});
+    const scaled_vector<double> scaled = {f64(y), f64(x)};
+    const polar_power<in_pairs> power({scaled.x, scaled.y}, {f64(u), f64(v)}, scaled.log2_of_scale * f64(-2));
     const double e = power.growth.high.get(0), size = e > 0 ? HUGE_VAL : 0;
     const double re = power.unit.re.get(0), im = power.unit.im.get(0);
     const auto is_certain = [](double part) { return part == 0 || std::fabs(part) > 0x1p-40; };
