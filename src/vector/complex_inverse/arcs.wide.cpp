@@ -183,6 +183,13 @@ using inverse_cosh = complex_inverse<Real, Level, arc_function<arc::hyperbolic_c
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors of a part in ulp (V3, V4), 2.4 million arguments each: parts up to 10 and of all sizes, near
+// branch points, axes and the unit circle, on the axes; against the C library's functions in extended
+// precision.
+//   Asin   single LA: 4.07   single HA: 0.73   double LA: 3.62   double HA: 0.74
+//   Acos   single LA: 3.63   single HA: 0.73   double LA: 3.59   double HA: 0.73
+//   Asinh  single LA: 4.14   single HA: 0.75   double LA: 3.80   double HA: 0.69
+//   Acosh  single LA: 3.61   single HA: 0.76   double LA: 3.65   double HA: 0.72
 TMK_KERNELS(c, Asin, unary, LHL, arcsine)
 TMK_KERNELS(z, Asin, unary, LHL, arcsine)
 TMK_KERNELS(c, Acos, unary, LHL, arccosine)

@@ -119,6 +119,11 @@ struct inverse_tan : complex_inverse<Real, Level, turned<hyperbolic_tangent>> {
 }  // namespace
 TMK_TIER_CLOSE
 
+// Maximum errors of a part in ulp (V3, V4), 2.4 million arguments each: parts up to 10 and of all sizes, near
+// branch points, axes and the unit circle, on the axes; against the C library's functions in extended
+// precision.
+//   Atan   single LA: 3.23   single HA: 0.76   double LA: 3.08   double HA: 0.71
+//   Atanh  single LA: 3.17   single HA: 0.77   double LA: 3.01   double HA: 0.76
 TMK_KERNELS(c, Atan, unary, LHL, inverse_tan)
 TMK_KERNELS(z, Atan, unary, LHL, inverse_tan)
 TMK_KERNELS(c, Atanh, unary, LHL, inverse_tanh)

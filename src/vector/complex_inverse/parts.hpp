@@ -95,7 +95,7 @@ struct complex_inverse : description<Real> {
   static constexpr Real filler = Real(0.5);
   static constexpr Real far = single ? Real(0x1p60) : Real(0x1p500);
   // Below, the second words of quotients lose their bits.
-  static constexpr Real least = single ? Real(0x1p-118) : Real(0x1p-1012);
+  static constexpr Real least = single ? Real(0x1p-100) : Real(0x1p-980);
 
   static complex fast(const complex& z) { return Function::template of<Level>(z); }
   static lane_mask<Real> near(const complex& z) {
