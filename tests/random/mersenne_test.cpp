@@ -54,8 +54,8 @@ plain_generator plain_twister(int32_t id) {
 
 template <size_t Set>
 using small_twister = std::mersenne_twister_engine<uint32_t, 32, 69, 34, 5, tmk::rng::mt2203_rows[3 * Set],
-                                                   12, 0xFFFFFFFF, 7, tmk::rng::mt2203_rows[3 * Set + 1],
-                                                   15, tmk::rng::mt2203_rows[3 * Set + 2], 18, 1812433253>;
+                                                   12, 0xFFFFFFFF, 7, tmk::rng::mt2203_rows[3 * Set + 1], 15,
+                                                   tmk::rng::mt2203_rows[3 * Set + 2], 18, 1812433253>;
 
 // Lanes as four words, with carries from word to word where a lane is shifted.
 struct plain_sfmt {
@@ -81,8 +81,7 @@ struct plain_sfmt {
 TEST(mersenne, draws_are_the_plain_recurrences) {
   expect_plain_sequence(plain_twister<std::mt19937, tmk::rng::mt19937_state>(VTS_BRNG_MT19937));
   expect_plain_sequence(plain_twister<small_twister<0>, tmk::rng::mt2203_state>(VTS_BRNG_MT2203));
-  expect_plain_sequence(
-      plain_twister<small_twister<6023>, tmk::rng::mt2203_state>(VTS_BRNG_MT2203 + 6023));
+  expect_plain_sequence(plain_twister<small_twister<6023>, tmk::rng::mt2203_state>(VTS_BRNG_MT2203 + 6023));
   const owned_stream stream(VTS_BRNG_SFMT19937, {2, 7, 1});
   const auto& words = tmk::rng::state_of<tmk::rng::sfmt19937_state>(stream).sfmt;
   plain_sfmt plain{{std::begin(words), std::end(words)}};

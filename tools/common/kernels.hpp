@@ -41,7 +41,8 @@ struct vector_function {
   bool is_complex() const { return letter == 'c' || letter == 'z'; }
   bool has_value() const { return shape < call_shape::pack_stride; }
   bool has_complex_result() const { return is_complex() && shape != call_shape::real_result; }
-  // Powers lose the small part of a result where the parts of b ln a cancel: what they promise is its modulus.
+  // Powers lose the small part of a result where the parts of b ln a cancel: what they promise is its
+  // modulus.
   bool promises_modulus() const { return is_complex() && (stem == "Pow" || stem == "Powx"); }
 };
 

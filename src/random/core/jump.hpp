@@ -45,18 +45,16 @@ extern "C" {
 // Both leave the stream as nskip steps would and return 0, or -4 when there is no memory: then the stream has
 // moved by what absorb took alone. `words` is the count of 32-bit words that hold a polynomial below
 // `degree`.
-int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::rng::zero_state zero,
-                              tmk::rng::combine_states add, tmk::rng::combine_states copy_to_work,
-                              tmk::rng::step_state step, tmk::rng::combine_states copy_back,
-                              tmk::rng::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
-                              int32_t words, int32_t degree, int32_t state_bytes, int32_t terms,
-                              const int32_t* polynomial);
-int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::rng::zero_state zero,
-                            tmk::rng::combine_states add, tmk::rng::combine_states copy_to_work,
-                            tmk::rng::step_state step, tmk::rng::combine_states copy_back,
-                            tmk::rng::absorb_skip absorb, uint32_t nskip_low, uint32_t nskip_high,
-                            int32_t words, int32_t degree, int32_t state_bytes, int32_t terms,
-                            const int32_t* polynomial);
+int32_t __vts_SkipAheadHorner(VtsStreamHandle stream, tmk::rng::zero_state zero, tmk::rng::combine_states add,
+                              tmk::rng::combine_states copy_to_work, tmk::rng::step_state step,
+                              tmk::rng::combine_states copy_back, tmk::rng::absorb_skip absorb,
+                              uint32_t nskip_low, uint32_t nskip_high, int32_t words, int32_t degree,
+                              int32_t state_bytes, int32_t terms, const int32_t* polynomial);
+int32_t __vts_SkipAheadSWin(VtsStreamHandle stream, tmk::rng::zero_state zero, tmk::rng::combine_states add,
+                            tmk::rng::combine_states copy_to_work, tmk::rng::step_state step,
+                            tmk::rng::combine_states copy_back, tmk::rng::absorb_skip absorb,
+                            uint32_t nskip_low, uint32_t nskip_high, int32_t words, int32_t degree,
+                            int32_t state_bytes, int32_t terms, const int32_t* polynomial);
 
 // x^nskip modulo the polynomial into out[0] to out[2 * words - 1], the words from `words` on zero. Returns 0,
 // or -4 when there is no memory.
