@@ -2,7 +2,7 @@
 // Peers of the complex functions. Compiled once per tier. The loop is over the language's own complex
 // numbers, which are those of std::complex: its products and quotients recover infinities (ISO C, annex G),
 // and the other functions are the C library's. Eigen's and xsimd's products and quotients have no special
-// cases.
+// cases. xsimd's acosh has other branches, and is no peer.
 #include <complex>
 
 #include "peer_forms.hpp"

@@ -24,7 +24,8 @@ using in_radians = angles<double, angle_unit::radians>;
 // The steps of the formula with numbers that are pairs.
 struct in_pairs {
   using number = batch_pair<double>;
-  static constexpr auto &sine = complex_pow_data::sine, &cosine = complex_pow_data::cosine;
+  static constexpr auto& sine = complex_pow_data::sine;
+  static constexpr auto& cosine = complex_pow_data::cosine;
   static constexpr double limit = 0x1p10;  // of |w ln z|
 
   static number times(const number& x, const f64& y) { return multiply_loose(x, y); }
@@ -88,7 +89,8 @@ struct in_pairs {
 // And with numbers of one word.
 struct in_one_word {
   using number = f64;
-  static constexpr auto &sine = complex_pow_data::short_sine, &cosine = complex_pow_data::short_cosine;
+  static constexpr auto& sine = complex_pow_data::short_sine;
+  static constexpr auto& cosine = complex_pow_data::short_cosine;
   static constexpr double limit = 0x1p15;
 
   static f64 times(const f64& x, const f64& y) { return x * y; }

@@ -16,22 +16,17 @@ enum class inverted { erf, erfc, normal };
 
 template <class Real, bool IsNormal>
 struct inverse_tables;
-template <>
-struct inverse_tables<float, false> {
-  static constexpr const auto &near = inverses_data::float_erfc, &ep = inverses_data::float_erfc_ep;
-};
-template <>
-struct inverse_tables<float, true> {
-  static constexpr const auto &near = inverses_data::float_normal, &ep = inverses_data::float_normal_ep;
-};
-template <>
-struct inverse_tables<double, false> {
-  static constexpr const auto &near = inverses_data::double_erfc, &ep = inverses_data::double_erfc_ep;
-};
-template <>
-struct inverse_tables<double, true> {
-  static constexpr const auto &near = inverses_data::double_normal, &ep = inverses_data::double_normal_ep;
-};
+#define TMK_INVERSE_TABLES(Real, is_normal, kind)                        \
+  template <>                                                            \
+  struct inverse_tables<Real, is_normal> {                               \
+    static constexpr const auto& near = inverses_data::Real##_##kind;    \
+    static constexpr const auto& ep = inverses_data::Real##_##kind##_ep; \
+  };
+TMK_INVERSE_TABLES(float, false, erfc)
+TMK_INVERSE_TABLES(float, true, normal)
+TMK_INVERSE_TABLES(double, false, erfc)
+TMK_INVERSE_TABLES(double, true, normal)
+#undef TMK_INVERSE_TABLES
 
 // g(m) for m from 2^-1074 to 2^-8, the erfc's argument.
 template <bool IsNormal>

@@ -22,38 +22,22 @@ enum class tail { erfc, normal };
 // scale: cells are numbered by y scale + 2. usual_end: beyond, results may be subnormal.
 template <class Real, tail Tail>
 struct tail_constants;
-template <>
-struct tail_constants<float, tail::erfc> {
-  static constexpr const auto &cells = tails_data::float_erfc, &ep = tails_data::float_erfc_ep;
-  static constexpr const auto& quotient = tails_data::float_erfc_quotient;
-  static constexpr float first = 0.875f, second = tails_data::float_erfc_second,
-                         slope = tails_data::float_erfc_slope, offset = tails_data::float_erfc_offset;
-  static constexpr float scale = tails_data::float_erfc_scale, usual_end = 9.19f;
-};
-template <>
-struct tail_constants<float, tail::normal> {
-  static constexpr const auto &cells = tails_data::float_normal, &ep = tails_data::float_normal_ep;
-  static constexpr const auto& quotient = tails_data::float_normal_quotient;
-  static constexpr float first = 1.25f, second = tails_data::float_normal_second,
-                         slope = tails_data::float_normal_slope, offset = tails_data::float_normal_offset;
-  static constexpr float scale = tails_data::float_normal_scale, usual_end = 12.9f;
-};
-template <>
-struct tail_constants<double, tail::erfc> {
-  static constexpr const auto &cells = tails_data::double_erfc, &ep = tails_data::double_erfc_ep;
-  static constexpr const auto& quotient = tails_data::double_erfc_quotient;
-  static constexpr double first = 0.875, second = tails_data::double_erfc_second,
-                          slope = tails_data::double_erfc_slope, offset = tails_data::double_erfc_offset;
-  static constexpr double scale = tails_data::double_erfc_scale, usual_end = 26.5;
-};
-template <>
-struct tail_constants<double, tail::normal> {
-  static constexpr const auto &cells = tails_data::double_normal, &ep = tails_data::double_normal_ep;
-  static constexpr const auto& quotient = tails_data::double_normal_quotient;
-  static constexpr double first = 1.25, second = tails_data::double_normal_second,
-                          slope = tails_data::double_normal_slope, offset = tails_data::double_normal_offset;
-  static constexpr double scale = tails_data::double_normal_scale, usual_end = 37.5;
-};
+#define TMK_TAIL(Real, kind, first_entry, last_usual)                                        \
+  template <>                                                                                \
+  struct tail_constants<Real, tail::kind> {                                                  \
+    static constexpr const auto& cells = tails_data::Real##_##kind;                          \
+    static constexpr const auto& ep = tails_data::Real##_##kind##_ep;                        \
+    static constexpr const auto& quotient = tails_data::Real##_##kind##_quotient;            \
+    static constexpr Real first = first_entry, second = tails_data::Real##_##kind##_second,  \
+                          slope = tails_data::Real##_##kind##_slope,                         \
+                          offset = tails_data::Real##_##kind##_offset;                       \
+    static constexpr Real scale = tails_data::Real##_##kind##_scale, usual_end = last_usual; \
+  };
+TMK_TAIL(float, erfc, 0.875f, 9.19f)
+TMK_TAIL(float, normal, 1.25f, 12.9f)
+TMK_TAIL(double, erfc, 0.875, 26.5)
+TMK_TAIL(double, normal, 1.25, 37.5)
+#undef TMK_TAIL
 
 // Where products have residuals, results are computed so many times as large: these are normal numbers, too.
 template <class Real, level Level>

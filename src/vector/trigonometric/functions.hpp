@@ -147,9 +147,9 @@ struct series;
 #define TMK_SERIES(Real, Level, point_name, line_name)                                   \
   template <>                                                                            \
   struct series<Real, Level> {                                                           \
-    static constexpr const auto &sine = trigonometric_data::point_sine_##point_name,     \
-                                &cosine = trigonometric_data::point_cosine_##point_name, \
-                                &line = trigonometric_data::line_##line_name;            \
+    static constexpr const auto& sine = trigonometric_data::point_sine_##point_name;     \
+    static constexpr const auto& cosine = trigonometric_data::point_cosine_##point_name; \
+    static constexpr const auto& line = trigonometric_data::line_##line_name;            \
   };
 TMK_SERIES(float, level::la, single, single_la)
 TMK_SERIES(float, level::ep, single_ep, single_ep)
