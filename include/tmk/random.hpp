@@ -142,7 +142,7 @@ class stream {
   };
   using handle_owner = std::unique_ptr<VtsStream, release>;
   static constexpr unsigned block_words = 256, singles_first = 8;
-  // Words of the stream that are drawn already, from a copy: the handle stands before the first of them. The
+  // Words of the stream that are drawn already, from a copy: the handle is before the first of them. The
   // first few after any other use are drawn one by one, since a program that mixes the two wants no copies.
   struct block_ahead {
     unsigned singles = 0, taken = block_words;
@@ -152,7 +152,7 @@ class stream {
 
   explicit stream(VtsStream* p) : handle_(p) {}
   stream(generator g, std::uint64_t seed, bool negative, int set);
-  VtsStream* require(const char* function) const;  // where it stands is of no account
+  VtsStream* require(const char* function) const;  // wherever its position is
   VtsStream* settled(const char* function) const;  // just after the last word taken
   static void pass_over_taken(VtsStream* handle, const block_ahead* ahead);
   result_type next_block();

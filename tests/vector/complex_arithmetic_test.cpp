@@ -95,7 +95,7 @@ TEST_P(complex_arithmetic, special_elements_and_their_reports) {
       {"zAdd", HA, {1.7e308, 1}, {1.7e308, inf}, {inf, inf}, false},
       {"zAdd", HA, {1, nan}, {1, 1}, {2, nan}, false},
       {"zSub", EP, {-1.7e308, 1}, {1.7e308, 2}, {-inf, -1}, false},
-      // a product that overflows: not reported beside a zero of singles, nor at their level EP
+      // a product that overflows: not reported next to a zero of singles, nor at their level EP
       {"cMul", HA, {0x1p100, 0x1p100}, {0x1p100, 0x1p100}, {0, inf}, true},
       {"cMul", HA, {0x1p100, 1}, {0x1p100, 0}, {inf, 0x1p100}, false},
       {"cMul", EP, {0x1p100, 0x1p100}, {0x1p100, 0x1p100}, {0, inf}, false},

@@ -62,7 +62,7 @@ inline tmk_complex16 boxed(const tmk_complex16& z) {
   return {unit(z.re), unit(z.im)};
 }
 
-// What stands beside an operand with an infinity: its NaNs count as zeros.
+// The operand next to one with an infinity: its NaNs count as zeros.
 inline tmk_complex16 without_nans(const tmk_complex16& z) {
   const auto known = [](double x) { return std::isnan(x) ? std::copysign(0.0, x) : x; };
   return {known(z.re), known(z.im)};
@@ -112,7 +112,7 @@ inline int32_t _c_mul_ha_scalar(const tmk_complex8* a, const tmk_complex8* b, tm
   return vcmul_cout_rare(a, b, r);
 }
 
-// Beside a zero each part is one product, rounded once.
+// Next to a zero each part is one product, rounded once.
 inline int32_t vzmul_cout_rare(const tmk_complex16* a, const tmk_complex16* b, tmk_complex16* r) {
   if (!is_finite(*a) || !is_finite(*b)) {
     *r = special_product(*a, *b);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// a c + b d in four operations, within 1 ulp whatever cancels, but for rare lanes that are told: Kahan's
+// a c + b d in four operations, within 1 ulp whatever cancels, but for rare lanes that it finds: Kahan's
 // algorithm with fused operations (C.-P. Jeannerod, N. Louvet, J.-M. Muller, Further analysis of Kahan's
 // algorithm for the accurate computation of 2 x 2 determinants, 2013). With p = b d rounded and p + p' = b d,
 //   q = a c + p, r = q + p'

@@ -22,7 +22,7 @@ inline complex_value<float> product_in_double(const complex_value<float>& x, con
 }
 
 // Subnormal numbers are as the caller has set. Every finite element is computed by the same formula; but an
-// overflow beside a zero is not reported.
+// overflow next to a zero is not reported.
 struct single_product : description<float> {
   static constexpr auto controls = control_class::b;
   static constexpr auto sse = sse_control::nearest;
