@@ -22,9 +22,14 @@ struct coarse_quotient : description<Real> {
   static value fast(const value& x, const value& y) {
     const batch<Real> norm = plain_norm(y);
     if constexpr (sizeof(Real) == 4)
-      return plain_quotient(x, y, reciprocal_estimate(norm));
+      return with_one_nan(plain_quotient(x, y, reciprocal_estimate(norm)));
     else
-      return plain_quotient(x, y, batch<Real>(Real(1)) / norm);
+      return with_one_nan(plain_quotient(x, y, batch<Real>(Real(1)) / norm));
+  }
+  // Which of two NaNs an operation gives depends on the order in which the compiler puts them.
+  static value with_one_nan(const value& r) {
+    const batch<Real> nan(std::numeric_limits<Real>::quiet_NaN());
+    return {xsimd::select(xsimd::isnan(r.re), nan, r.re), xsimd::select(xsimd::isnan(r.im), nan, r.im)};
   }
 };
 
