@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The least size of the library's own chunks. Their owners read that much without checking the size, so a
-// loaded chunk that is smaller is refused.
+// The library's own chunks: what distributions keep with a stream. Their owners use a chunk without checking
+// it, so a loaded one is checked here.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +10,21 @@ namespace tmk::rng {
 enum chunk_kind : uint32_t {
   chunk_gaussian_single = 1,  // leftover of a pair
   chunk_gaussian_double = 2,
+  chunk_poisson = 3,  // set-ups
+  chunk_negative_binomial = 4,
+  chunk_binomial = 5,
+  chunk_hypergeometric = 6,
+  chunk_gamma_double = 7,
+  chunk_gamma_single = 8,
 };
 
-constexpr uint32_t least_bytes_of_kind(uint32_t chunk_id) {
-  switch (chunk_id) {
-    case chunk_gaussian_single:
-      return 8;
-    case chunk_gaussian_double:
-      return 16;
-    default:
-      return 0;
-  }
+// The size of the library's chunks; 0 for other kinds.
+constexpr uint32_t bytes_of_kind(uint32_t chunk_id) {
+  constexpr uint32_t bytes[] = {0, 8, 16, 2048, 0x530, 2048, 0x254, 0x10, 8};
+  return chunk_id <= chunk_gamma_single ? bytes[chunk_id] : 0;
 }
+
+// Whether a draw can use a loaded chunk of that kind, which then is made fit for use. True for other kinds.
+bool chunk_is_sound(uint32_t chunk_id, void* blob, uint32_t bytes);
 
 }  // namespace tmk::rng

@@ -126,13 +126,15 @@ int32_t load_chunk(image_source& source, uint32_t version, VtsStreamHandle strea
   int32_t status = load_chunk_head(source, version, head);
   if (status < 0) return status;
   if (head.data_bytes > source.left) return VTS_STATUS_FILE_READ;
-  if (head.data_bytes < least_bytes_of_kind(head.chunk_id)) return VTS_STATUS_BAD_IMAGE;
-  // The size of a shared blob is what its users rely on: one of another size stays private.
-  if (!may_share(head.key, head.data_bytes)) std::memset(head.key, 0, sizeof head.key);
+  // The size of a shared blob is what its users rely on: one of another size stays private, and so do the
+  // library's own chunks, which a draw changes.
+  if (bytes_of_kind(head.chunk_id) != 0 || !may_share(head.key, head.data_bytes))
+    std::memset(head.key, 0, sizeof head.key);
 
   void* blob = tmk_serv_allocate(head.data_bytes, stream_alignment);
   if (blob == nullptr) return VTS_STATUS_NO_MEMORY;
   status = load(source, blob, head.data_bytes);
+  if (status >= 0 && !chunk_is_sound(head.chunk_id, blob, head.data_bytes)) status = VTS_STATUS_BAD_IMAGE;
   if (status >= 0) status = __vtsAddChunk(stream, head.chunk_id, head.key, blob, head.data_bytes);
   const bool taken = status >= 0 && first_chunk(stream)->data == blob;
   if (!taken) tmk_serv_deallocate(blob);

@@ -73,12 +73,12 @@ struct kept_partner {
   Real variate;
   uint32_t present;
 };
-static_assert(sizeof(kept_partner<float>) == least_bytes_of_kind(chunk_gaussian_single));
+static_assert(sizeof(kept_partner<float>) == bytes_of_kind(chunk_gaussian_single));
 
 template <class Real>
 kept_partner<Real>* find_or_add_partner(VtsStreamHandle stream) {
   constexpr chunk_kind kind = sizeof(Real) == 4 ? chunk_gaussian_single : chunk_gaussian_double;
-  constexpr uint32_t bytes = least_bytes_of_kind(kind);
+  constexpr uint32_t bytes = bytes_of_kind(kind);
   static_assert(bytes >= sizeof(kept_partner<Real>));
   if (void* found = __vtsSearchChunk(stream, kind)) return static_cast<kept_partner<Real>*>(found);
   void* blob = tmk_serv_allocate(bytes, stream_alignment);
