@@ -190,6 +190,16 @@ void stream::skip(std::int64_t count) {
   detail::check_status("stream::skip", handle, __vtsSkipAheadStream(handle, count));
 }
 
+void stream::jump() {
+  VtsStream* const handle = settled("stream::jump");
+  const generator g = kind();
+  if (g == generator::mcg31m1 || g == generator::mcg59 || most_dimensions(g) != 0)
+    detail::check_status("stream::jump", handle, VTS_STATUS_NO_SKIPAHEAD);
+  stream moved(*this);  // so that a skip without memory leaves this one where it is
+  for (int quarter = 0; quarter < 4; ++quarter) moved.skip(std::int64_t{1} << 62);
+  handle_ = std::move(moved.handle_);
+}
+
 void stream::leapfrog(int k, int parts) {
   VtsStream* const handle = settled("stream::leapfrog");
   detail::refuse_below("stream::leapfrog", "parts", parts, 1);

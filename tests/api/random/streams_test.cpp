@@ -164,6 +164,27 @@ TEST(random_seeds, raw_words_are_the_generators_own) {
 }
 
 // Products of functions with mean 1 have mean 1 over the cube; over one dimension's points they have not.
+// Of a generator with a counter, 2^64 elements are 2^62 blocks: 2^30 in the counter's second word.
+TEST(random_streams, jump_over_more_elements_than_a_count_can_say) {
+  stream g(generator::philox4x32x10, raw_seed{1, 2, 3, 0xF0000000, 5, 6}),
+      far(generator::philox4x32x10, raw_seed{1, 2, 3, 0x30000000, 6, 6});
+  EXPECT_EQ(g(), stream(generator::philox4x32x10, raw_seed{1, 2, 3, 0xF0000000, 5, 6})());
+  g.jump();
+  far();
+  EXPECT_EQ(next_words(g, 9), next_words(far, 9));
+  stream twister(generator::mt19937, 1), skipped = twister;
+  twister.jump();
+  twister.skip(7);
+  for (const std::int64_t count : {INT64_MAX, INT64_MAX, std::int64_t{2 + 7}}) skipped.skip(count);
+  EXPECT_EQ(next_words(twister, 700), next_words(skipped, 700));
+  for (const generator g : {generator::mcg59, generator::r250}) {
+    stream short_one(g, 1);
+    const std::uint32_t next = stream(short_one)();
+    expect_refused([&] { short_one.jump(); }, VTS_STATUS_NO_SKIPAHEAD, "g", "");
+    EXPECT_EQ(short_one(), next);
+  }
+}
+
 TEST(random_points, fill_as_many_dimensions_as_asked_for) {
   const struct {
     stream (*make)(int);
