@@ -277,16 +277,18 @@ void fill(stream& g, std::span<float> r, const distribution::continuous& law);
 void fill(stream& g, std::span<std::int32_t> r, const distribution::discrete& law);
 
 /// The same, r being cut among up to `threads` threads: the numbers are those of fill, and the stream ends
-/// where fill would leave it. Generators without skip-ahead, and kept_pairs, run on one thread, and so does
-/// uniform_int when one of its integers had to be drawn anew. A jump of MT19937 and SFMT19937 costs as much
-/// as millions of their words, so that only long arrays gain. Throws also for threads below 1.
+/// where fill would leave it. Laws by rejection draw rounds of candidates, a round as many as numbers are
+/// missing. Generators without skip-ahead, and methods whose numbers take different counts of uniforms
+/// (kept_pairs), run on one thread. A jump of MT19937 and SFMT19937 costs as much as millions of their words,
+/// so that only long arrays gain. Throws also for threads below 1.
 void fill_parallel(stream& g, std::span<double> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<float> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<std::int32_t> r, const distribution::discrete& law, int threads);
 
 /// How many elements of the generator a variate takes in arrays of T: skip(n * elements_per_variate<T>(g,
-/// law)) leaves n of them out. Integers of uniform_int that are drawn anew, a few in 2^64 / (high - low),
-/// come on top. 0 for kept_pairs, where it depends on the draws before.
+/// law)) leaves n of them out. Of laws by rejection it is a candidate that takes so many, and a variate is the
+/// next candidate that is accepted; of uniform_int all but a few in 2^64 / (high - low) are. 0 where it depends
+/// on the draws before.
 template <class T>
 requires(std::same_as<T, double> || std::same_as<T, float>)
     [[nodiscard]] int elements_per_variate(const stream& g, const distribution::continuous& law);

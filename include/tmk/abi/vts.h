@@ -337,10 +337,9 @@ int32_t tmk_vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, 
 int32_t tmk_vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
                              float sigma, float b, float beta);
 /* Integers from low to high, both included, each as likely as any other: of two elements, drawn anew where
- * they belong to the few pairs that are left over, and the status is then TMK_VTS_REDRAWN, a positive one.
- * MCG59, WH and generators registered by the caller give floor(u width), even but for width / 2^53; SOBOL and
- * NIEDERR the same, of one element. VTS_STATUS_BAD_ARGUMENT for a generator that is stuck at such pairs. */
-enum { TMK_VTS_REDRAWN = 1 };
+ * they belong to the few pairs that are left over. MCG59, WH and generators registered by the caller give
+ * floor(u width), even but for width / 2^53; SOBOL and NIEDERR the same, of one element.
+ * VTS_STATUS_BAD_ARGUMENT for a generator that is stuck at such pairs. */
 int32_t tmk_vtsiRngUniform(VtsStreamHandle stream, int32_t n, int32_t* r, int32_t low, int32_t high);
 /* 1 with probability p, to within 2^-53; never for p = 0, always for p = 1. */
 int32_t tmk_vtsiRngBernoulli(VtsStreamHandle stream, int32_t n, int32_t* r, double p);

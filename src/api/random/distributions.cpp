@@ -3,13 +3,13 @@
 #include <tmk/abi/vts.h>
 
 #include <algorithm>
-#include <atomic>
 #include <tmk/random.hpp>
 
 #include "api/call/refuse.hpp"
 #include "api/call/threads.hpp"
 #include "api/random/laws.hpp"
 #include "api/random/stream.hpp"
+#include "random/distributions/candidates.hpp"
 
 namespace tmk {
 
@@ -21,17 +21,33 @@ using detail::draw_of;
 constexpr std::size_t longest_draw = 1 << 30;  // even, so that pairs stay together
 constexpr std::size_t part_grain = 1024;       // likewise
 
-// Fills an array by the longest draws, until one fails: its status, or the greatest.
+// How many variates r has now, from its beginning on, or a negative status.
+using outcome = std::ptrdiff_t;
+
+// As many candidates as r has places, by the longest draws.
+template <class T>
+outcome draw_once(const draw<T>& d, VtsStreamHandle g, std::span<T> r) {
+  outcome kept = 0;
+  for (std::size_t drawn = 0, count; drawn < r.size(); drawn += count) {
+    count = std::min(r.size() - drawn, longest_draw);
+    const int32_t now = d(g, static_cast<int32_t>(count), r.data() + kept);
+    if (now < 0) return now;
+    kept += now;
+  }
+  return kept;
+}
+
+// As many candidates as variates are missing, again and again, so that the last one drawn is accepted.
 template <class T>
 int32_t run(const draw<T>& d, VtsStreamHandle g, std::span<T> r) {
-  int32_t greatest = VTS_STATUS_OK;
-  for (std::size_t count; !r.empty(); r = r.subspan(count)) {
-    count = std::min(r.size(), longest_draw);
-    const int32_t status = d(g, static_cast<int32_t>(count), r.data());
-    if (status < 0) return status;
-    greatest = std::max(greatest, status);
+  for (std::size_t rejected = 0; !r.empty();) {
+    const outcome kept = draw_once(d, g, r);
+    if (kept < 0) return static_cast<int32_t>(kept);
+    rejected = kept == 0 ? rejected + r.size() : 0;
+    if (rejected >= rng::most_rejected_in_a_row) return VTS_STATUS_BAD_ARGUMENT;
+    r = r.subspan(static_cast<std::size_t>(kept));
   }
-  return greatest;
+  return VTS_STATUS_OK;
 }
 
 template <class T>
@@ -46,32 +62,33 @@ void fill_serially(stream& g, std::span<T> r, const Laws& laws) {
   detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
 
-// Every part begins with a copy of the stream that skipped to its place; the copy of the last part becomes
-// the stream. False, and the stream unchanged, when an integer was drawn anew: later parts began in wrong
-// places.
+// One round of candidates for all of r. Every part begins with a copy of the stream that skipped to its
+// place; the copy of the last part becomes the stream. What the parts accept is moved together.
 template <class T>
-bool run_parallel(const draw<T>& d, stream& g, std::span<T> r, std::size_t parts) {
+outcome draw_once_on_threads(const draw<T>& d, stream& g, std::span<T> r, std::size_t parts) {
   const std::size_t longest = (r.size() / parts + part_grain - 1) / part_grain * part_grain;
   parts = (r.size() + longest - 1) / longest;  // none is empty
-  const auto begin = [&](std::size_t k) { return std::min(k * longest, r.size()); };
   std::vector<stream> streams(parts, g);
+  std::vector<outcome> outcomes(parts);
   const int64_t elements = d.elements(g.handle());
-  std::atomic<int32_t> failure = VTS_STATUS_OK;
-  std::atomic<bool> redrawn = false;
+  const auto part_of = [&](std::size_t k) {
+    return r.subspan(k * longest, std::min(longest, r.size() - k * longest));
+  };
   detail::run_parts(static_cast<int>(parts), [&](int part) {
-    const std::size_t k = static_cast<std::size_t>(part);
-    const std::size_t last = k + 1 == parts ? r.size() : begin(k + 1);
+    const auto k = static_cast<std::size_t>(part);
     VtsStreamHandle own = streams[k].handle();
-    const auto skipped = static_cast<int64_t>(begin(k)) * elements;
-    int32_t status = skipped == 0 ? VTS_STATUS_OK : __vtsSkipAheadStream(own, skipped);
-    if (status >= 0) status = run(d, own, r.subspan(begin(k), last - begin(k)));
-    if (status < 0) failure = status;
-    if (status == TMK_VTS_REDRAWN) redrawn = true;
+    const int32_t status =
+        k == 0 ? VTS_STATUS_OK : __vtsSkipAheadStream(own, static_cast<int64_t>(k * longest) * elements);
+    outcomes[k] = status < 0 ? status : draw_once(d, own, part_of(k));
   });
-  detail::check_status(d.function, g.handle(), failure);
-  if (redrawn) return false;
+  for (const outcome o : outcomes)
+    if (o < 0) return o;
+  outcome kept = outcomes[0];
+  for (std::size_t k = 1; k < parts; kept += outcomes[k++])
+    if (kept != static_cast<outcome>(k * longest))
+      std::copy_n(part_of(k).begin(), outcomes[k], r.begin() + kept);
   g = std::move(streams.back());
-  return true;
+  return kept;
 }
 
 template <class T, class Laws>
@@ -79,10 +96,14 @@ void fill_on_threads(stream& g, std::span<T> r, const Laws& laws, int threads) {
   detail::refuse_below("fill_parallel", "threads", threads, 1);
   const draw<T> d = draw_of<T>(laws);
   check_array(d.function, r);
-  const std::size_t parts =
-      std::min<std::size_t>(static_cast<std::size_t>(detail::usable_threads(threads)), r.size() / part_grain);
-  const bool jumps = parts > 1 && d.uniforms != 0 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
-  if (jumps && run_parallel(d, g, r, parts)) return;
+  const auto usable = static_cast<std::size_t>(detail::usable_threads(threads));
+  const bool jumps = d.uniforms != 0 && usable > 1 && __vtsSkipAheadStream(stream(g).handle(), 1) >= 0;
+  while (jumps && r.size() >= 2 * part_grain) {
+    const outcome kept = draw_once_on_threads(d, g, r, std::min(usable, r.size() / part_grain));
+    if (kept < 0) detail::check_status(d.function, g.handle(), static_cast<int32_t>(kept));
+    if (kept == 0) break;
+    r = r.subspan(static_cast<std::size_t>(kept));
+  }
   detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
 

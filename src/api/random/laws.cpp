@@ -7,6 +7,7 @@
 
 #include "api/call/refuse.hpp"
 #include "platform/by_precision.hpp"
+#include "random/distributions/open_uniforms.hpp"
 
 namespace tmk::detail {
 
@@ -150,7 +151,7 @@ template <class>
 draw<int32_t> make_draw(const distribution::uniform_int& law) {
   parameter{"uniform_int", "high", static_cast<double>(law.high)}.want(law.low <= law.high, "low or more");
   return draw<int32_t>{"uniform_int", 1, sizeof(double), [=](VtsStreamHandle g, int32_t n, int32_t* r) {
-                         return tmk_vtsiRngUniform(g, n, r, law.low, law.high);
+                         return accepted{rng::integer_candidates(g, n, r, law.low, law.high)};
                        }};
 }
 

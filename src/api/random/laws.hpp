@@ -10,7 +10,14 @@
 
 namespace tmk::detail {
 
-// A draw of one law with its parameters: kernel(stream, n, r). A variate takes so many uniforms of so many
+// What a kernel of a law by rejection returns: how many of its candidates were accepted, or a negative
+// status. A kernel that returns a plain status accepts all of them.
+struct accepted {
+  int32_t count;
+};
+
+// A law with its parameters. draw(stream, n, r) draws n candidates, puts the accepted ones at r in their
+// order, and returns how many they are, or a negative status. A candidate takes so many uniforms of so many
 // bytes (none where the count depends on earlier draws), or, where bytes is 0, so many elements.
 template <class T>
 class draw {
@@ -21,13 +28,19 @@ class draw {
     static_assert(sizeof kernel <= sizeof kernel_ && std::is_trivially_copyable_v<Kernel>);
     ::new (kernel_) Kernel(kernel);
     call_ = [](const std::byte* k, VtsStreamHandle g, int32_t n, T* r) {
-      return (*std::launder(reinterpret_cast<const Kernel*>(k)))(g, n, r);
+      const auto& own = *std::launder(reinterpret_cast<const Kernel*>(k));
+      if constexpr (std::is_same_v<decltype(own(g, n, r)), accepted>) {
+        return own(g, n, r).count;
+      } else {
+        const int32_t status = own(g, n, r);
+        return status < 0 ? status : n;
+      }
     };
   }
 
   int32_t operator()(VtsStreamHandle g, int32_t n, T* r) const { return call_(kernel_, g, n, r); }
 
-  // Elements of the stream that a variate takes.
+  // Elements of the stream that a candidate takes.
   int elements(VtsStreamHandle g) const {
     return bytes == 0 ? uniforms : uniforms * tmk_vts_elements_of_uniform(g, bytes);
   }

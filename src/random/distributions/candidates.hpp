@@ -37,6 +37,19 @@ int32_t fill_with_accepted(int32_t n, T* r, Candidates candidates) {
   return VTS_STATUS_OK;
 }
 
+// Candidates of any count by those of a block.
+template <class T, class Candidates>
+int32_t candidates_in_blocks(int32_t n, T* r, Candidates candidates) {
+  int32_t kept = 0;
+  for (int32_t count; n > 0; n -= count) {
+    count = std::min(n, distribution_block);
+    const int32_t now = candidates(count, r + kept);
+    if (now < 0) return now;
+    kept += now;
+  }
+  return kept;
+}
+
 // What a law computes of its parameters once, kept in a chunk of the stream, which copies and saved images
 // carry along. A SetUp is a plain struct of fixed layout with
 //   static constexpr chunk_kind kind;

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "random/core/registry.hpp"
+#include "random/distributions/candidates.hpp"
 #include "random/distributions/precision.hpp"
 #include "random/generators/scale.hpp"
 
@@ -132,28 +133,25 @@ int32_t values_of_digits(const element_rule& rule, int32_t n, const uint64_t* pa
   return kept;
 }
 
-// A pair without a value is followed by the next one, so that a sequence does not depend on how it is cut. In
-// each round as many pairs are drawn as values are missing, so never one too many. At most one pair in 2^30
-// has no value: several rounds without any come from a generator that repeats itself.
-int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t n, int32_t* r,
+// At most one pair in 2^30 has no value.
+int32_t integers_of_pairs(const element_rule& rule, VtsStreamHandle stream, int32_t count, int32_t* r,
                           uint64_t width, int32_t low) {
   alignas(64) uint64_t pairs[distribution_block];
-  constexpr int most_empty_rounds = 8;
-  int32_t status = VTS_STATUS_OK;
-  bool redrawn = false;
-  for (int empty_rounds = 0; n > 0;) {
-    const int32_t count = std::min(n, distribution_block);
-    status = draw_words(stream, 2 * count, pairs);
-    if (status < 0) return status;
-    const int32_t kept = rule.base == 0x1p32 ? values_of_words(count, pairs, width, low, r)
-                                             : values_of_digits(rule, count, pairs, width, low, r);
-    empty_rounds = kept == 0 ? empty_rounds + 1 : 0;
-    if (empty_rounds == most_empty_rounds) return VTS_STATUS_BAD_ARGUMENT;
-    redrawn |= kept < count;
-    n -= kept;
-    r += kept;
-  }
-  return redrawn ? TMK_VTS_REDRAWN : status;
+  const int32_t status = draw_words(stream, 2 * count, pairs);
+  if (status < 0) return status;
+  return rule.base == 0x1p32 ? values_of_words(count, pairs, width, low, r)
+                             : values_of_digits(rule, count, pairs, width, low, r);
+}
+
+int32_t integers_of_uniforms(VtsStreamHandle stream, int32_t count, int32_t* r, uint64_t width, int32_t low) {
+  alignas(64) double x[distribution_block];
+  const int32_t status = draw_open(stream, count, +x, 0.0, 1.0);
+  const auto value = [=](double u) {
+    return static_cast<int32_t>(low + static_cast<int64_t>(u * static_cast<double>(width)));
+  };
+  if (status < 0) return status;
+  std::transform(x, x + count, r, value);
+  return count;
 }
 
 }  // namespace
@@ -163,6 +161,16 @@ int32_t tmk::rng::draw_open(VtsStreamHandle stream, int32_t n, double* r, double
 }
 int32_t tmk::rng::draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b) {
   return draw_by_rule(stream, n, r, a, b);
+}
+
+int32_t tmk::rng::integer_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, int32_t low,
+                                     int32_t high) {
+  const element_rule rule = rule_of(stream);
+  const auto width = static_cast<uint64_t>(int64_t{high} - low + 1);
+  return candidates_in_blocks(count, r, [=](int32_t n, int32_t* block) {
+    return rule.kind == carrier::digit ? integers_of_pairs(rule, stream, n, block, width, low)
+                                       : integers_of_uniforms(stream, n, block, width, low);
+  });
 }
 
 extern "C" {
@@ -180,17 +188,8 @@ int32_t tmk_vtssRngUniform(VtsStreamHandle stream, int32_t n, float* r, float a,
 }
 
 int32_t tmk_vtsiRngUniform(VtsStreamHandle stream, int32_t n, int32_t* r, int32_t low, int32_t high) {
-  const element_rule rule = rule_of(stream);
-  const auto width = static_cast<uint64_t>(int64_t{high} - low + 1);
-  if (rule.kind == carrier::digit) return integers_of_pairs(rule, stream, n, r, width, low);
-  alignas(64) double x[distribution_block];
-  return in_blocks(n, r, [=, &x](int32_t count, int32_t* block) {
-    const int32_t status = draw_open(stream, count, +x, 0.0, 1.0);
-    const auto value = [=](double u) {
-      return static_cast<int32_t>(low + static_cast<int64_t>(u * static_cast<double>(width)));
-    };
-    if (status >= 0) std::transform(x, x + count, block, value);
-    return status;
+  return fill_with_accepted(n, r, [=](int32_t count, int32_t* block) {
+    return integer_candidates(stream, count, block, low, high);
   });
 }
 

@@ -15,4 +15,8 @@ namespace tmk::rng {
 int32_t draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b);
 int32_t draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b);
 
+// Integers from low to high of `count` candidates, a pair of elements or one uniform each: returns
+// how many of them have a value, or a negative status.
+int32_t integer_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, int32_t low, int32_t high);
+
 }  // namespace tmk::rng
