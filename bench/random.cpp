@@ -3,76 +3,22 @@
 // one process.
 #include "tmk/random.hpp"
 
-#include <gsl/gsl_randist.h>
 #include <gsl/gsl_rng.h>
 
 #include <array>
-#include <boost/random/exponential_distribution.hpp>
 #include <boost/random/mersenne_twister.hpp>
-#include <boost/random/normal_distribution.hpp>
 #include <boost/random/uniform_real_distribution.hpp>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "runner.hpp"
-#include "tmk/abi/vts.h"
+#include "random_subjects.hpp"
 
 using namespace tmk::bench;
 
 namespace {
-
-constexpr int32_t n = 100'000;
-
-// Room for n elements of the widest output.
-uint64_t* room() {
-  static std::vector<uint64_t> memory(2 * n);
-  return memory.data();
-}
-double* doubles() { return reinterpret_cast<double*>(room()); }
-
-VtsStreamHandle new_stream(int32_t brng) {
-  const uint32_t seed = 7;
-  VtsStreamHandle stream = nullptr;
-  if (__vtsNewStreamEx(&stream, brng, 1, &seed) != VTS_STATUS_OK) std::abort();
-  return stream;
-}
-
-// Ours on every tier, then the peers.
-template <class Draw>
-group drawn(const char* name, int32_t count, int32_t brng, Draw draw, const std::vector<subject>& peers) {
-  return {name, count, [=] {
-            std::vector<subject> all = by_tier([=, stream = new_stream(brng)] { draw(stream); });
-            all.insert(all.end(), peers.begin(), peers.end());
-            return all;
-          }};
-}
-
-template <class Next>
-subject serial(const char* name, Next next) {
-  return {name, [=]() mutable {
-            auto* r = reinterpret_cast<decltype(next())*>(room());
-            for (int32_t i = 0; i < n; ++i) r[i] = next();
-          }};
-}
-
-template <class Engine, class Distribution>
-subject drawn_by(const char* name, Distribution distribution) {
-  return serial(name, [engine = Engine(7), distribution]() mutable { return distribution(engine); });
-}
-
-gsl_rng* gsl_generator() {
-  gsl_rng* g = gsl_rng_alloc(gsl_rng_mt19937);
-  gsl_rng_set(g, 7);
-  return g;
-}
-template <class Variate>
-subject drawn_by_gsl(Variate variate) {
-  return serial("GSL", [g = gsl_generator(), variate] { return variate(g); });
-}
 
 // The recurrences of the small generators, one element after the other, as compilers make them.
 struct mcg31_serial {
@@ -173,26 +119,9 @@ std::vector<group> all_groups() {
        [](VtsStreamHandle s) { tmk_vtsiRngUniform(s, n, reinterpret_cast<int32_t*>(room()), 1, 6); },
        {drawn_by<std::mt19937>("std", std::uniform_int_distribution<int>(1, 6)),
         drawn_by_gsl([](gsl_rng* g) { return gsl_rng_uniform_int(g, 6); })}},
-      {"exponential doubles",
-       [](VtsStreamHandle s) { tmk_vtsdRngExponential(s, n, doubles(), 0, 1); },
-       {drawn_by<std::mt19937>("std", std::exponential_distribution<double>()),
-        drawn_by<boost::random::mt19937>("boost", boost::random::exponential_distribution<double>()),
-        drawn_by_gsl([](gsl_rng* g) { return gsl_ran_exponential(g, 1); })}},
-      {"Laplace doubles",
-       [](VtsStreamHandle s) { tmk_vtsdRngLaplace(s, n, doubles(), 0, 1); },
-       {drawn_by<std::mt19937>("std exponential", std::exponential_distribution<double>()),
-        drawn_by_gsl([](gsl_rng* g) { return gsl_ran_laplace(g, 1); })}},
-      {"Gumbel doubles",
-       [](VtsStreamHandle s) { tmk_vtsdRngGumbel(s, n, doubles(), 0, 1); },
-       {drawn_by<std::mt19937>("std exponential", std::exponential_distribution<double>()),
-        drawn_by_gsl([](gsl_rng* g) { return gsl_ran_gumbel1(g, 1, 1); })}},
-      {"Gaussian doubles, Box-Muller",
-       [](VtsStreamHandle s) { tmk_vtsdRngGaussian(1, s, n, doubles(), 0, 1); },
-       {drawn_by<std::mt19937>("std", std::normal_distribution<double>()),
-        drawn_by<boost::random::mt19937>("boost", boost::random::normal_distribution<double>()),
-        drawn_by_gsl([](gsl_rng* g) { return gsl_ran_gaussian_ziggurat(g, 1); })}},
   };
   for (const auto& law : laws) groups.push_back(drawn(law.name, n, VTS_BRNG_MT19937, law.draw, law.peers));
+  add_continuous(groups);
 
   const auto skip = [](VtsStreamHandle s) { __vtsSkipAheadStream(s, 1'000'000'000'000); };
   for (const auto& [name, brng] : {std::pair("MT19937 skip of 10^12", VTS_BRNG_MT19937),

@@ -4,6 +4,7 @@
 
 #include <bit>
 
+#include "simd/batch.hpp"
 #include "simd/integer.hpp"
 
 namespace tmk::rng {
@@ -57,9 +58,17 @@ void clamp(int32_t n, Real* r, Real a, Real b) {
   map(n, r, [=](const auto& x) { return xsimd::min(at_least<Real>(x, a), batch<Real>(b)); });
 }
 
+// In place behind the reads: the registers of pair i and later are read after those of pair i are written.
 template <class Real>
 void split_pairs(int32_t n, Real* u, Real* r) {
-  for (int32_t i = 0; i < n; ++i) {
+  constexpr int width = lanes<Real>;
+  int32_t i = 0;
+  for (; n - i >= width; i += width) {
+    const auto [first, second] = load_deinterleaved(u + 2 * i);
+    store(r + i, first);
+    store(u + i, second);
+  }
+  for (; i < n; ++i) {
     const Real second = u[2 * i + 1];
     r[i] = u[2 * i];
     u[i] = second;
@@ -76,7 +85,13 @@ void place_either_side(int32_t n, Real* r, const Real* u, Real beta, Real a) {
 
 template <class Real>
 void join_pairs(int32_t n, Real* r, const Real* radius, const Real* x, const Real* y, Real sigma, Real a) {
-  for (int32_t i = 0; i < n; ++i) {
+  constexpr int width = lanes<Real>;
+  int32_t i = 0;
+  for (; n - i >= width; i += width) {
+    const batch<Real> rho = load(radius + i);
+    store_interleaved(r + 2 * i, rho * load(x + i) * sigma + a, rho * load(y + i) * sigma + a);
+  }
+  for (; i < n; ++i) {
     r[2 * i] = radius[i] * x[i] * sigma + a;
     r[2 * i + 1] = radius[i] * y[i] * sigma + a;
   }
