@@ -79,6 +79,8 @@ std::vector<row> inverted() {
        [](VtsStreamHandle s) { tmk_vtsdRngGaussian(1, s, n, doubles(), 0, 1); }, normal_peers()},
       {"Gaussian doubles, inversion",
        [](VtsStreamHandle s) { tmk_vtsdRngGaussian(2, s, n, doubles(), 0, 1); }, normal_peers()},
+      {"Gaussian doubles, ziggurat", [](VtsStreamHandle s) { tmk_vtsdRngGaussian(3, s, n, doubles(), 0, 1); },
+       normal_peers()},
   };
 }
 

@@ -78,6 +78,7 @@ inline const std::vector<law>& laws() {
       named("gaussian pairs", gaussian(0)),
       named("gaussian kept pairs", gaussian(1)),
       named("gaussian inversion", gaussian(2)),
+      named("gaussian ziggurat", gaussian(3)),
       named("lognormal kept pairs", lognormal(0)),
       named("lognormal inversion", lognormal(1)),
   };

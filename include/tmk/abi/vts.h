@@ -277,7 +277,9 @@ int32_t _vtssRngWeibull(int32_t method, VtsStreamHandle stream, int32_t n, float
                         float beta);
 /* Normal with mean a and standard deviation sigma. Methods, not checked: 0 pairs by Box and Muller, of which
  * an odd draw drops the last number; 1 the same, where the stream keeps that number for the next draw of the
- * same precision (VTS_STATUS_NO_MEMORY); 2 by inversion. */
+ * same precision (VTS_STATUS_NO_MEMORY); 2 by inversion; 3 by a ziggurat, from units of 64 bits (singles: 32):
+ * one for most variates, two where a height or the tail asks for a second. Generators without words of 32 bits
+ * give units by open uniforms; SOBOL and NIEDERR inversion of these. */
 int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                          double sigma);
 int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
@@ -287,13 +289,15 @@ int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, dou
                           double sigma, double b, double beta);
 int32_t _vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma,
                           float b, float beta);
-/* The three methods of Gaussian, without its care for singular logarithms. */
+/* The methods of Gaussian, the first three without its care for singular logarithms. */
 int32_t _vdRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
 int32_t _vsRngGaussianBoxMuller(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
 int32_t _vdRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
 int32_t _vsRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
 int32_t _vdRngGaussianICDF(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
 int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+int32_t _vdRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
+int32_t _vsRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
 
 /* Integers from a to b - 1; b itself where a uniform is rounded up to it. */
 int32_t _vtsiRngUniform(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t a, int32_t b);

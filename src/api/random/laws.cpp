@@ -37,9 +37,10 @@ Real positive(const parameter& p) {
   return value;
 }
 
-gaussian_method valid(const char* function, gaussian_method method, gaussian_method least) {
+gaussian_method valid(const char* function, gaussian_method method, gaussian_method least,
+                      gaussian_method last) {
   const parameter p{function, "method", static_cast<double>(method)};
-  p.want(method >= least && method <= gaussian_method::inversion, "a method of the law");
+  p.want(method >= least && method <= last, "a method of the law");
   return method;
 }
 
@@ -122,10 +123,12 @@ draw<Real> make_draw(const distribution::weibull& law) {
 
 template <class Real>
 draw<Real> make_draw(const distribution::gaussian& law) {
-  const gaussian_method method = valid("gaussian", law.method, gaussian_method::pairs);
+  const gaussian_method method =
+      valid("gaussian", law.method, gaussian_method::pairs, gaussian_method::ziggurat);
   const Real mean = finite<Real>({"gaussian", "mean", law.mean}),
              sd = positive<Real>({"gaussian", "sd", law.sd});
-  return draw<Real>{"gaussian", method == gaussian_method::kept_pairs ? 0 : 1, sizeof(Real),
+  const bool fixed_count = method == gaussian_method::pairs || method == gaussian_method::inversion;
+  return draw<Real>{"gaussian", fixed_count ? 1 : 0, sizeof(Real),
                     [=](VtsStreamHandle g, int32_t n, Real* r) {
                       return by_precision<Real>(&tmk_vtsdRngGaussian, &tmk_vtssRngGaussian)(
                           static_cast<int32_t>(method), g, n, r, mean, sd);
@@ -134,7 +137,8 @@ draw<Real> make_draw(const distribution::gaussian& law) {
 
 template <class Real>
 draw<Real> make_draw(const distribution::lognormal& law) {
-  const gaussian_method method = valid("lognormal", law.method, gaussian_method::kept_pairs);
+  const gaussian_method method =
+      valid("lognormal", law.method, gaussian_method::kept_pairs, gaussian_method::inversion);
   const Real mean = finite<Real>({"lognormal", "log_mean", law.log_mean});
   const Real sd = positive<Real>({"lognormal", "log_sd", law.log_sd});
   const Real location = finite<Real>({"lognormal", "location", law.location});

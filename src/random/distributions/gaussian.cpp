@@ -2,11 +2,14 @@
 // Normal variates, and their exponentials.
 //   pairs by Box and Muller (1958): rho = sqrt(-2 ln u), z = rho cos(2 pi v), z' = rho sin(2 pi v)
 //   by inversion: z = sqrt(2) erf^-1(u), u uniform over (-1, 1)
+//   by a ziggurat (ziggurat.hpp)
 #include <cstring>
 
 #include "random/core/chunk_kinds.hpp"
 #include "random/core/stream.hpp"
+#include "random/distributions/candidates.hpp"
 #include "random/distributions/kernel_calls.hpp"
+#include "random/distributions/ziggurat.hpp"
 #include "tmk/abi/serv.h"
 
 namespace {
@@ -119,11 +122,22 @@ int32_t by_inversion(uniforms kind, VtsStreamHandle stream, int32_t n, Real* r, 
   });
 }
 
+// A point of a quasi-random sequence has no coordinate to spare for the undecided.
+template <class Real>
+int32_t by_ziggurat(uniforms, VtsStreamHandle stream, int32_t n, Real* r, Real a, Real sigma) {
+  if (gives_points(stream)) return by_inversion(uniforms::open, stream, n, r, a, sigma);
+  return fill_with_accepted(n, r, [=](int32_t count, Real* block) {
+    const int32_t kept = ziggurat_candidates(stream, count, block);
+    if (kept > 0 && (a != 0 || sigma != 1)) precision<Real>::steps().place(kept, block, sigma, a);
+    return kept;
+  });
+}
+
 template <class Real>
 int32_t gaussian(uniforms kind, int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real a,
                  Real sigma) {
   static constexpr int32_t (*methods[])(uniforms, VtsStreamHandle, int32_t, Real*, Real, Real) = {
-      box_muller<Real>, box_muller_keeping_partner<Real>, by_inversion<Real>};
+      box_muller<Real>, box_muller_keeping_partner<Real>, by_inversion<Real>, by_ziggurat<Real>};
   const kernel_scope scope(repair_gaussian<Real>);
   return methods[method](kind, stream, n, r, a, sigma);
 }
@@ -163,6 +177,13 @@ int32_t _vsRngGaussianBoxMuller2(VtsStreamHandle stream, int32_t n, float* r, fl
 }
 int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
   return by_inversion(uniforms::own, stream, n, r, a, sigma);
+}
+
+int32_t _vdRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma) {
+  return gaussian(uniforms::own, 3, stream, n, r, a, sigma);
+}
+int32_t _vsRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma) {
+  return gaussian(uniforms::own, 3, stream, n, r, a, sigma);
 }
 
 int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,

@@ -13,11 +13,10 @@
 namespace tmk::rng {
 
 // kernel(n, a, arguments...) of the record, with subnormals kept whatever the thread's mode.
-template <class Real, class... Arguments>
+template <class Real, int Slot = precision<Real>::slot, class... Arguments>
 void run_kernel(const VtmDispatchRecord& record, int32_t n, const Real* a, Arguments... arguments) {
   const uint32_t mode = tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
-  reinterpret_cast<void (*)(int32_t, const Real*, Arguments...)>(record.kernel[precision<Real>::slot])(
-      n, a, arguments...);
+  reinterpret_cast<void (*)(int32_t, const Real*, Arguments...)>(record.kernel[Slot])(n, a, arguments...);
   tmk_vtm_kernel_SetMode(mode);
 }
 

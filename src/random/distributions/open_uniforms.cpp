@@ -154,7 +154,34 @@ int32_t integers_of_uniforms(VtsStreamHandle stream, int32_t count, int32_t* r, 
   return count;
 }
 
+template <class Unit>
+int32_t draw_units_by_rule(VtsStreamHandle stream, int32_t n, Unit* r) {
+  const element_rule rule = rule_of(stream);
+  if (rule.kind == carrier::digit && rule.base == 0x1p32)
+    return draw_words(stream, n * static_cast<int32_t>(sizeof(Unit) / 4), r);
+  alignas(64) double u[distribution_block];
+  return in_blocks(n, r, [=, &u](int32_t count, Unit* block) {
+    const int32_t status = draw_open(stream, count, +u, 0.0, 1.0);
+    const auto unit = [](double x) {
+      if constexpr (sizeof(Unit) == 8)
+        return static_cast<Unit>(static_cast<int64_t>(x * 0x1p53)) << 11 | 1U << 10;
+      else
+        return static_cast<Unit>(static_cast<int64_t>(x * 0x1p32));
+    };
+    if (status >= 0) std::transform(u, u + count, block, unit);
+    return status;
+  });
+}
+
 }  // namespace
+
+int32_t tmk::rng::draw_units(VtsStreamHandle stream, int32_t n, uint64_t* r) {
+  return draw_units_by_rule(stream, n, r);
+}
+int32_t tmk::rng::draw_units(VtsStreamHandle stream, int32_t n, uint32_t* r) {
+  return draw_units_by_rule(stream, n, r);
+}
+bool tmk::rng::gives_points(VtsStreamHandle stream) { return rule_of(stream).kind == carrier::coordinate; }
 
 int32_t tmk::rng::draw_open(VtsStreamHandle stream, int32_t n, double* r, double a, double b) {
   return draw_by_rule(stream, n, r, a, b);

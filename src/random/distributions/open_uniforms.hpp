@@ -18,5 +18,13 @@ int32_t draw_open(VtsStreamHandle stream, int32_t n, float* r, float a, float b)
 // Integers from low to high of `count` candidates, a pair of elements or one uniform each: returns
 // how many of them have a value, or a negative status.
 int32_t integer_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, int32_t low, int32_t high);
+// Units of random bits, the upper ones first: of a generator with words of 32 bits one word, or two with the
+// lower first; of any other as many of the upper bits as an open uniform double has, and the middle of what
+// is below them. The elements that they take are those of as many open uniforms.
+int32_t draw_units(VtsStreamHandle stream, int32_t n, uint64_t* r);
+int32_t draw_units(VtsStreamHandle stream, int32_t n, uint32_t* r);
+
+// Whether each element is a coordinate of a point, which no law may pass over.
+bool gives_points(VtsStreamHandle stream);
 
 }  // namespace tmk::rng

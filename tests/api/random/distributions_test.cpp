@@ -242,7 +242,7 @@ TEST(random, refusals_name_argument_and_value_and_leave_the_stream) {
       {CALL(rayleigh(g, x, {.scale = -1})), bad, "scale", "-1"},
       {CALL(weibull(g, x, {.shape = 0})), bad, "shape", "0"},
       {CALL(gaussian(g, x, {.sd = -1})), bad, "sd", "-1"},
-      {CALL(gaussian(g, x, {}, static_cast<gaussian_method>(3))), bad, "method", "3"},
+      {CALL(gaussian(g, x, {}, static_cast<gaussian_method>(4))), bad, "method", "4"},
       {CALL(lognormal(g, x, {}, gaussian_method::pairs)), bad, "method", "0"},
       {CALL(uniform(g, x, {0, 1, static_cast<resolution>(2)})), bad, "resolution", "2"},
       {CALL(uniform_int(g, k, {5, 4})), bad, "high", "4"},
