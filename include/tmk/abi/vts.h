@@ -306,6 +306,31 @@ int32_t _vtsiRngBernoulli(int32_t method, VtsStreamHandle stream, int32_t n, int
 /* Failures before the first success: floor(ln u / ln(1 - p)), in single precision. INT32_MIN where that does
  * not fit. */
 int32_t _vtsiRngGeometric(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double p);
+/* Discrete laws, exact but for 2^-53 of the probability: VTS_STATUS_BAD_METHOD for a method other than 0,
+ * then VTS_STATUS_BAD_ARGUMENT for parameters that are none, VTS_STATUS_NO_MEMORY, and the statuses of draws.
+ * What a law computes of its parameters is kept with the stream until it is called with others. A variate
+ * takes one uniform of 53 bits where some 60 to 250 values hold the probability, and otherwise two each time
+ * it is tried.
+ *
+ * Poisson: lambda above 0 and up to 2^31 - 2^19. */
+int32_t _vtsiRngPoisson(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double lambda);
+int32_t _viRngPoissonPtpe(VtsStreamHandle stream, int32_t n, int32_t* r, double lambda);
+/* Poisson, r[i] with mean lambda[i]. Nothing is kept; one uniform for means below 10. */
+int32_t _vtsiRngPoissonV(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, const double* lambda);
+/* Successes in ntrial trials, 0 or more of them, with probability p, from 0 to 1. */
+int32_t _vtsiRngBinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t ntrial,
+                         double p);
+/* Failures before success number a, of any a > 0, with probability 0 < p <= 1 and a mean a (1 - p) / p up to
+ * INT32_MAX. A variate above that is INT32_MAX. */
+int32_t _vtsiRngNegbinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double a,
+                            double p);
+/* Marked elements in a sample of s from l elements, m of which are marked; 0 <= s, m <= l. */
+int32_t _vtsiRngHypergeometric(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t l,
+                               int32_t s, int32_t m);
+/* n vectors of k counts, one after the other: how many of ntrial trials, 0 or more, fall into each of k >= 1
+ * classes. The probabilities p are none below 0, and their sum is 1 to within 1e-9. Nothing is kept. */
+int32_t _vtsiRngMultinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t ntrial,
+                            int32_t k, const double* p);
 /* The generator's own elements, of the record's wordBytes each. */
 int32_t _vtsiRngUniformBits(int32_t method, VtsStreamHandle stream, int32_t n, void* r);
 /* Words of 32 and 64 random bits: those of generators with words of 32 bits (64: two words, the lower first),

@@ -20,7 +20,7 @@ enum chunk_kind : uint32_t {
 
 // The size of the library's chunks; 0 for other kinds.
 constexpr uint32_t bytes_of_kind(uint32_t chunk_id) {
-  constexpr uint32_t bytes[] = {0, 8, 16, 2048, 0x530, 2048, 0x254, 0x10, 8};
+  constexpr uint32_t bytes[] = {0, 8, 16, 2304, 0x530, 2304, 0x254, 0x10, 8};
   return chunk_id <= chunk_gamma_single ? bytes[chunk_id] : 0;
 }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Chunks from outside: those whose owners rely on more than their size, by kind.
 #include "random/core/chunk_kinds.hpp"
+#include "random/distributions/discrete_laws.hpp"
+#include "random/distributions/discrete_set_up.hpp"
 
 namespace {
+using namespace tmk::rng;
 
 // What makes a chunk of a kind fit for use, or refuses it.
 struct renewal {
@@ -10,7 +13,11 @@ struct renewal {
   bool (*renew)(void* blob);
 };
 // A line per law with a set-up: {SetUp::kind, renew_set_up<SetUp>}.
-constexpr renewal renewals[] = {{0, [](void*) { return true; }}};
+template <class SetUp>
+constexpr renewal renewal_of{SetUp::kind, renew_set_up<SetUp>};
+constexpr renewal renewals[] = {
+    renewal_of<discrete_set_up<poisson_law>>, renewal_of<discrete_set_up<binomial_law>>,
+    renewal_of<discrete_set_up<negative_binomial_law>>, renewal_of<discrete_set_up<hypergeometric_law>>};
 
 }  // namespace
 
