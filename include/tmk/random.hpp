@@ -265,10 +265,31 @@ struct bernoulli {
 struct geometric {
   double p = 0.5;
 };
+/// Events of rate 1 in a time of `mean`; 0 < mean <= 2^31 - 2^19, so that variates are integers of 32 bits.
+struct poisson {
+  double mean = 1;
+};
+/// Successes among `trials` of probability p; trials >= 0, 0 <= p <= 1.
+struct binomial {
+  std::int32_t trials = 1;
+  double p = 0.5;
+};
+/// Failures before the success number `successes`, which may be any positive number (a Poisson law whose mean
+/// is gamma with shape `successes` and scale (1 - p) / p); 0 < p <= 1, and the mean successes (1 - p) / p no
+/// more than 2^31 - 1, which variates above it become.
+struct negative_binomial {
+  double successes = 1, p = 0.5;
+};
+/// How many of a sample are among the marked members of a population, drawn without replacement;
+/// 0 <= sample <= population, 0 <= marked <= population.
+struct hypergeometric {
+  std::int32_t population = 1, sample = 1, marked = 1;
+};
 
 using continuous =
     std::variant<uniform, exponential, cauchy, gumbel, laplace, rayleigh, weibull, gaussian, lognormal>;
-using discrete = std::variant<uniform_int, bernoulli, geometric>;
+using discrete =
+    std::variant<uniform_int, bernoulli, geometric, poisson, binomial, negative_binomial, hypergeometric>;
 
 }  // namespace distribution
 
@@ -287,9 +308,9 @@ void fill_parallel(stream& g, std::span<float> r, const distribution::continuous
 void fill_parallel(stream& g, std::span<std::int32_t> r, const distribution::discrete& law, int threads);
 
 /// How many elements of the generator a variate takes in arrays of T: skip(n * elements_per_variate<T>(g,
-/// law)) leaves n of them out. Of laws by rejection it is a candidate that takes so many, and a variate is the
-/// next candidate that is accepted; of uniform_int all but a few in 2^64 / (high - low) are. 0 where it depends
-/// on the draws before.
+/// law)) leaves n of them out. Of laws by rejection it is a candidate that takes so many, and a variate is
+/// the next candidate that is accepted; of uniform_int all but a few in 2^64 / (high - low) are. 0 where it
+/// depends on the draws before.
 template <class T>
 requires(std::same_as<T, double> || std::same_as<T, float>)
     [[nodiscard]] int elements_per_variate(const stream& g, const distribution::continuous& law);
@@ -351,5 +372,18 @@ inline constexpr detail::by_method_call<distribution::lognormal> lognormal;
 inline constexpr detail::discrete_call<distribution::uniform_int> uniform_int;
 inline constexpr detail::discrete_call<distribution::bernoulli> bernoulli;
 inline constexpr detail::discrete_call<distribution::geometric> geometric;
+inline constexpr detail::discrete_call<distribution::poisson> poisson;
+inline constexpr detail::discrete_call<distribution::binomial> binomial;
+inline constexpr detail::discrete_call<distribution::negative_binomial> negative_binomial;
+inline constexpr detail::discrete_call<distribution::hypergeometric> hypergeometric;
+
+/// r[i] is Poisson with mean means[i], as for distribution::poisson. Throws tmk::error for sizes that differ
+/// and for the first mean that the law has not.
+void poisson_each(stream& g, std::span<std::int32_t> r, std::span<const double> means);
+
+/// Rows of p.size() counts: how many of `trials` fall into class k, of probability p[k]. Throws tmk::error
+/// for negative trials, for probabilities that are negative or whose sum differs from 1 by more than 10^-9,
+/// and where their number does not divide the size of r.
+void multinomial(stream& g, std::span<std::int32_t> r, std::int32_t trials, std::span<const double> p);
 
 }  // namespace tmk

@@ -7,6 +7,7 @@
 
 #include "api/call/refuse.hpp"
 #include "platform/by_precision.hpp"
+#include "random/distributions/laws_by_candidates_discrete.hpp"
 #include "random/distributions/open_uniforms.hpp"
 
 namespace tmk::detail {
@@ -176,7 +177,70 @@ draw<int32_t> make_draw(const distribution::geometric& law) {
                        }};
 }
 
+template <class>
+draw<int32_t> make_draw(const distribution::poisson& law) {
+  check_mean("poisson", "mean", law.mean);
+  struct kernel {
+    double mean;
+    int uniforms() const { return rng::poisson_uniforms(mean); }
+    accepted operator()(VtsStreamHandle g, int32_t n, int32_t* r) const {
+      return {rng::poisson_candidates(g, n, r, mean)};
+    }
+  };
+  return draw<int32_t>{"poisson", kernel{law.mean}};
+}
+
+template <class>
+draw<int32_t> make_draw(const distribution::binomial& law) {
+  refuse_below("binomial", "trials", law.trials, 0);
+  refuse_unless_in("binomial", "p", law.p, 0, 1);
+  struct kernel {
+    distribution::binomial law;
+    int uniforms() const { return rng::binomial_uniforms(law.trials, law.p); }
+    accepted operator()(VtsStreamHandle g, int32_t n, int32_t* r) const {
+      return {rng::binomial_candidates(g, n, r, law.trials, law.p)};
+    }
+  };
+  return draw<int32_t>{"binomial", kernel{law}};
+}
+
+template <class>
+draw<int32_t> make_draw(const distribution::negative_binomial& law) {
+  positive<double>({"negative_binomial", "successes", law.successes});
+  parameter{"negative_binomial", "p", law.p}.want(law.p > 0 && law.p <= 1, "more than 0 and no more than 1");
+  parameter{"negative_binomial", "p", law.p}.want(rng::negative_binomial_accepts(law.successes, law.p),
+                                                  "so large that the mean is below 2^31");
+  struct kernel {
+    distribution::negative_binomial law;
+    int uniforms() const { return rng::negative_binomial_uniforms(law.successes, law.p); }
+    accepted operator()(VtsStreamHandle g, int32_t n, int32_t* r) const {
+      return {rng::negative_binomial_candidates(g, n, r, law.successes, law.p)};
+    }
+  };
+  return draw<int32_t>{"negative_binomial", kernel{law}};
+}
+
+template <class>
+draw<int32_t> make_draw(const distribution::hypergeometric& law) {
+  refuse_below("hypergeometric", "population", law.population, 0);
+  refuse_unless_in("hypergeometric", "sample", law.sample, 0, law.population);
+  refuse_unless_in("hypergeometric", "marked", law.marked, 0, law.population);
+  struct kernel {
+    distribution::hypergeometric law;
+    int uniforms() const { return rng::hypergeometric_uniforms(law.population, law.sample, law.marked); }
+    accepted operator()(VtsStreamHandle g, int32_t n, int32_t* r) const {
+      return {rng::hypergeometric_candidates(g, n, r, law.population, law.sample, law.marked)};
+    }
+  };
+  return draw<int32_t>{"hypergeometric", kernel{law}};
+}
+
 }  // namespace
+
+void check_mean(const char* function, const std::string& argument, double mean) {
+  if (!(mean > 0 && mean <= rng::greatest_poisson_mean))
+    refuse_value(function, argument, number(mean), "more than 0 and no more than 2^31 - 2^19");
+}
 
 template <class T, class Laws>
 draw<T> draw_of(const Laws& law) {

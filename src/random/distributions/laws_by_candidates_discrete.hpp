@@ -11,12 +11,16 @@
 
 namespace tmk::rng {
 
+// More than eleven standard deviations below the largest integer.
+constexpr double greatest_poisson_mean = 0x1p31 - 0x1p19;
+
 int32_t poisson_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, double lambda);
 int poisson_uniforms(double lambda);
 
 int32_t binomial_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, int32_t trials, double p);
 int binomial_uniforms(int32_t trials, double p);
 
+bool negative_binomial_accepts(double a, double p);
 int32_t negative_binomial_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, double a, double p);
 int negative_binomial_uniforms(double a, double p);
 

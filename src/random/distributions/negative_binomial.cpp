@@ -42,6 +42,9 @@ tmk::rng::unimodal_law tmk::rng::negative_binomial_law::of(const parameters& p) 
   return law;
 }
 
+bool tmk::rng::negative_binomial_accepts(double a, double p) {
+  return negative_binomial_law::accepts({a, p});
+}
 int32_t tmk::rng::negative_binomial_candidates(VtsStreamHandle stream, int32_t count, int32_t* r, double a,
                                                double p) {
   return discrete_candidates<negative_binomial_law>(stream, count, r, {a, p});

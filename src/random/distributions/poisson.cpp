@@ -10,9 +10,6 @@
 namespace {
 using namespace tmk::rng;
 
-// More than eleven standard deviations below the largest integer.
-constexpr double greatest_mean = 0x1p31 - 0x1p19;
-
 // A mean for each of at most `most_together` variates, whose uniforms are drawn ahead together.
 constexpr int32_t most_together = distribution_block / 2;
 
@@ -27,7 +24,9 @@ void draw_each(uniform_supply& supply, int32_t n, int32_t* r, const double* lamb
 
 }  // namespace
 
-bool tmk::rng::poisson_law::accepts(const parameters& p) { return p.lambda > 0 && p.lambda <= greatest_mean; }
+bool tmk::rng::poisson_law::accepts(const parameters& p) {
+  return p.lambda > 0 && p.lambda <= greatest_poisson_mean;
+}
 
 tmk::rng::unimodal_law tmk::rng::poisson_law::of(const parameters& p) {
   unimodal_law law;

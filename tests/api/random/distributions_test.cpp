@@ -145,8 +145,11 @@ TEST(random, cuts_change_no_number) {
         expect_one_sequence<double>(id, law);
         expect_one_sequence<float>(id, law);
       }
-      for (const law::discrete& law : {law::discrete(law::uniform_int{0, 5}), law::discrete(law::bernoulli{}),
-                                       law::discrete(law::geometric{})})
+      for (const law::discrete& law :
+           {law::discrete(law::uniform_int{0, 5}), law::discrete(law::bernoulli{}),
+            law::discrete(law::geometric{}), law::discrete(law::poisson{1}), law::discrete(law::poisson{1e6}),
+            law::discrete(law::binomial{1000, 0.4}), law::discrete(law::negative_binomial{2.5, 1e-3}),
+            law::discrete(law::hypergeometric{100'000, 3000, 70'000})})
         expect_one_sequence<int>(id, law);
     }
   });
@@ -210,7 +213,9 @@ TEST(random, threads_change_no_number) {
                              generator::philox4x32x10, generator::sfmt19937}) {
     for (const law::continuous& law : laws) expect_serial_numbers<double>(law, id);
     expect_serial_numbers<float>(law::continuous(law::exponential{}), id);
-    expect_serial_numbers<std::int32_t>(law::discrete(law::uniform_int{-5, 5}), id);
+    for (const law::discrete& law : {law::discrete(law::uniform_int{-5, 5}), law::discrete(law::poisson{1e3}),
+                                     law::discrete(law::binomial{10, 0.5})})
+      expect_serial_numbers<std::int32_t>(law, id);
   }
 }
 
@@ -248,6 +253,17 @@ TEST(random, refusals_name_argument_and_value_and_leave_the_stream) {
       {CALL(uniform_int(g, k, {5, 4})), bad, "high", "4"},
       {CALL(bernoulli(g, k, {.p = 1.5})), bad, "p", "1.5"},
       {CALL(geometric(g, k, {.p = 0})), bad, "p", "0"},
+      {CALL(poisson(g, k, {.mean = 0})), bad, "mean", "0"},
+      {CALL(poisson(g, k, {.mean = 3e9})), bad, "mean", "3e+09"},
+      {CALL(binomial(g, k, {.trials = -1})), bad, "trials", "-1"},
+      {CALL(binomial(g, k, {.p = nan})), bad, "p", "nan"},
+      {CALL(negative_binomial(g, k, {.successes = 0})), bad, "successes", "0"},
+      {CALL(negative_binomial(g, k, {.p = 1e-10})), bad, "p", "1e-10"},
+      {CALL(hypergeometric(g, k, {.population = 5, .sample = 6})), bad, "sample", "6"},
+      {CALL(poisson_each(g, k, std::vector<double>{1, 2, nan, 3})), bad, "means[2]", "nan"},
+      {CALL(poisson_each(g, k, std::vector<double>{1})), bad, "means", "1"},
+      {CALL(multinomial(g, k, 3, std::vector<double>{0.5, 0.6})), bad, "the sum of p", "1.1"},
+      {CALL(multinomial(g, k, 3, std::vector<double>{0.5, 0.25, 0.25})), bad, "r.size()", "4"},
       {CALL(fill_parallel(g, x, distribution::cauchy{}, 0)), bad, "threads", "0"},
       {CALL(uniform(g, std::span<double>(static_cast<double*>(nullptr), 3))), bad, "r", "null"},
       {CALL(g.skip(-1)), bad, "count", "-1"},
