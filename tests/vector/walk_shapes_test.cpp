@@ -54,6 +54,17 @@ int32_t complex_slowly(const tmk_complex16* a, tmk_complex16* r) {
   return status_of(a->re);
 }
 
+// Either part sends its element to the slow path.
+struct parts_doubled : description<double> {
+  using value = parts_in_turn<double>;
+  static value fast(const value& z) { return {z.parts + z.parts}; }
+  static lane_mask<double> flagged(const value& z, const value&) { return multiples_of_seven(z.parts); }
+};
+int32_t doubled_slowly(const tmk_complex16* a, tmk_complex16* r) {
+  *r = {slowly(a->re + a->re), slowly(a->im + a->im)};
+  return status_of(a->re);
+}
+
 struct complex_to_real : description<double> {
   static f64 fast(const complex_value<double>& z) { return z.re - z.im; }
   static lane_mask<double> flagged(const complex_value<double>& z, const f64&) {
@@ -136,6 +147,18 @@ TEST_P(walks, complex_elements) {
   for (int i = 0; i < n(); ++i) {
     EXPECT_EQ(r[i].re, z[i].im + mark(i)) << i;
     EXPECT_EQ(r[i].im, z[i].re + mark(i)) << i;
+  }
+  expect_reports();
+}
+
+TEST_P(walks, complex_elements_of_parts_in_turn) {
+  std::vector<tmk_complex16> r = z;
+  run<parts_doubled>("test", doubled_slowly, n(), pack{static_cast<const tmk_complex16*>(r.data())},
+                     pack{r.data()});
+  for (int i = 0; i < n(); ++i) {
+    const double marked = i % 7 == 0 ? 0.5 : mark(i);
+    EXPECT_EQ(r[i].re, 2 * z[i].re + marked) << i;
+    EXPECT_EQ(r[i].im, 2 * z[i].im + marked) << i;
   }
   expect_reports();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sums and differences, each part rounded once by the processor. HA looks for overflows; EP does not.
-#include "vector/complex_arithmetic/special_lanes.hpp"
+// Sums and differences, each part rounded once by the processor: formulas of reals, whose lanes need not be
+// taken apart. HA looks for overflows; EP does not.
+#include "vector/toolbox/lane_tests.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -23,11 +24,10 @@ struct ordered_plus {
 
 template <class Operation, class Real>
 struct by_parts : description<Real> {
-  using value = complex_value<Real>;
+  using value = parts_in_turn<Real>;
+  static constexpr int group = 2 * lanes<Real>;
   static constexpr bool streams = true;
-  static value fast(const value& x, const value& y) {
-    return {Operation::of(x.re, y.re), Operation::of(x.im, y.im)};
-  }
+  static value fast(const value& x, const value& y) { return {Operation::of(x.parts, y.parts)}; }
 };
 
 template <class Operation, class Real>
@@ -35,20 +35,16 @@ struct coarse_by_parts : by_parts<Operation, Real> {
   static constexpr auto controls = control_class::b;
 };
 
-// A part infinite, and no argument: an overflow.
+// A part infinite, and no argument: an overflow. rare() sees the other part.
 template <class Operation, class Real>
 struct reported_by_parts : by_parts<Operation, Real> {
-  using value = complex_value<Real>;
-  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return has_special(r); }
+  using value = parts_in_turn<Real>;
+  static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r.parts); }
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
-    const auto settle_nan = [](const batch<Real>& u, const batch<Real>& v, batch<Real>& sum) {
-      pack result{sum};
-      answer_nans(pack{u, v}, result);
-      sum = result.first;
-    };
-    settle_nan(x.re, y.re, r.re);
-    settle_nan(x.im, y.im, r.im);
-    return has_infinity(r) & !(has_infinity(x) | has_infinity(y));
+    pack result{r.parts};
+    answer_nans(pack{x.parts, y.parts}, result);
+    r.parts = result.first;
+    return xsimd::isinf(r.parts) & !(xsimd::isinf(x.parts) | xsimd::isinf(y.parts));
   }
   template <class Element>
   static int32_t rare(const Element* a, const Element* b, Element* r) {

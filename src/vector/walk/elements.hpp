@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Elements of arrays in registers. A real element is a lane of one register; a complex one is a lane of two,
-// its real and its imaginary part. A pack holds what belongs to the one or two arrays that a function reads,
-// or to those that it writes: their pointers, their registers, or their results.
+// its real and its imaginary part, or, in formulas that treat both parts alike, two lanes of one. A pack
+// holds what belongs to the one or two arrays that a function reads, or to those that it writes: their
+// pointers, their registers, or their results.
 #pragma once
 
 #include <algorithm>
@@ -15,6 +16,12 @@ TMK_TIER_OPEN
 template <class Real>
 struct complex_value {
   batch<Real> re, im;
+};
+
+// Complex elements as memory has them: a real part, its imaginary part, and so on.
+template <class Real>
+struct parts_in_turn {
+  batch<Real> parts;
 };
 
 // The scalar type of an element's parts, and its registers.
@@ -144,6 +151,29 @@ void store_partial(Element* p, int count, const complex_value<Real>& x) {
   store_partial(parts + first, 2 * count - first, high);
 }
 
+// The same for parts that stay in turn.
+template <class Element>
+auto load_in_turn(const Element* p) {
+  using real = typename element<Element>::real;
+  return parts_in_turn<real>{load(reinterpret_cast<const real*>(p))};
+}
+template <class Element, class Real>
+parts_in_turn<Real> load_in_turn_partial(const Element* p, int count, Real filler) {
+  return {load_partial(reinterpret_cast<const Real*>(p), 2 * count, filler)};
+}
+template <class Element, class Real>
+void store(Element* p, const parts_in_turn<Real>& x) {
+  store(reinterpret_cast<Real*>(p), x.parts);
+}
+template <class Element, class Real>
+void stream(Element* p, const parts_in_turn<Real>& x) {
+  stream(reinterpret_cast<Real*>(p), x.parts);
+}
+template <class Element, class Real>
+void store_partial(Element* p, int count, const parts_in_turn<Real>& x) {
+  store_partial(reinterpret_cast<Real*>(p), 2 * count, x.parts);
+}
+
 // The elements of one value in memory.
 template <class Element>
 struct spilled {
@@ -165,6 +195,16 @@ inline spilled<tmk_complex8> spill(const complex_value<float>& x) {
   return s;
 }
 inline spilled<tmk_complex16> spill(const complex_value<double>& x) {
+  spilled<tmk_complex16> s;
+  store(s.at, x);
+  return s;
+}
+inline spilled<tmk_complex8> spill(const parts_in_turn<float>& x) {
+  spilled<tmk_complex8> s;
+  store(s.at, x);
+  return s;
+}
+inline spilled<tmk_complex16> spill(const parts_in_turn<double>& x) {
   spilled<tmk_complex16> s;
   store(s.at, x);
   return s;

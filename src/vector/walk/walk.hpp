@@ -36,8 +36,10 @@ auto answer_nans(const Values& x, Results& y) {
 template <class Kernel, class Rare>
 struct method {
   using real = typename Kernel::real;
-  static constexpr int width = lanes<real>;
-  static constexpr int registers = Kernel::group / width;  // looked at together, of each array
+  static constexpr bool in_turn = std::same_as<typename Kernel::value, parts_in_turn<real>>;
+  static constexpr int lanes_of_element = in_turn ? 2 : 1;
+  static constexpr int width = lanes<real> / lanes_of_element;  // elements of a register
+  static constexpr int registers = Kernel::group / width;       // looked at together, of each array
   static constexpr bool has_rare_lanes = requires { &Kernel::flagged; };
 
   [[no_unique_address]] Kernel kernel;
@@ -45,11 +47,21 @@ struct method {
 
   template <class In>
   static auto values(const In& in, int32_t i) {
-    return in.map([i](const auto* p) { return load(p + i); });
+    return in.map([i](const auto* p) {
+      if constexpr (in_turn)
+        return load_in_turn(p + i);
+      else
+        return load(p + i);
+    });
   }
   template <class In>
   static auto values(const In& in, int32_t i, int valid) {
-    return in.map([=](const auto* p) { return load_partial(p + i, valid, Kernel::filler); });
+    return in.map([=](const auto* p) {
+      if constexpr (in_turn)
+        return load_in_turn_partial(p + i, valid, Kernel::filler);
+      else
+        return load_partial(p + i, valid, Kernel::filler);
+    });
   }
   template <class Values>
   auto compute(const Values& x) const {
@@ -85,6 +97,12 @@ struct method {
     }
     return rare_lanes;
   }
+  // Of the first `valid` elements those with a lane in the mask: a bit each, that of the first lane.
+  static uint32_t elements_of(const lane_mask<real>& mask, int valid) {
+    uint32_t bits = lane_bits<real>(mask);
+    if constexpr (in_turn) bits = (bits | bits >> 1) & 0x5555;
+    return bits & ((1u << (valid * lanes_of_element)) - 1);
+  }
   template <class In, class Out>
   int32_t slow(const In& in, const Out& out) const {
     return out.apply(in.apply(rare));
@@ -118,15 +136,15 @@ template <class Method, class In, class Out>
   const lane_mask<real> rare_lanes = method.settle(x, y);
   auto xs = x.map([](const auto& v) { return spill(v); });
   auto ys = y.map([](const auto& v) { return spill(v); });
-  for (uint32_t flags = lane_bits<real>(rare_lanes) & ((1u << valid) - 1); flags != 0; flags &= flags - 1) {
-    const int lane = std::countr_zero(flags);
-    const auto at_lane = [lane](auto& s) { return s.at + lane; };
-    const int32_t status = method.slow(xs.places(at_lane), ys.places(at_lane));
+  for (uint32_t flags = Method::elements_of(rare_lanes, valid); flags != 0; flags &= flags - 1) {
+    const int place = std::countr_zero(flags) / Method::lanes_of_element;
+    const auto at_place = [place](auto& s) { return s.at + place; };
+    const int32_t status = method.slow(xs.places(at_place), ys.places(at_place));
     if (status == 0) continue;
-    const int32_t i = first + lane;
-    if (errors.observed()) out.zip(ys, [=](auto* p, const auto& s) { p[i] = s.at[lane]; });
+    const int32_t i = first + place;
+    if (errors.observed()) out.zip(ys, [=](auto* p, const auto& s) { p[i] = s.at[place]; });
     report(errors, status, i, in, out);
-    if (errors.observed()) out.zip(ys, [=](const auto* p, auto& s) { s.at[lane] = p[i]; });
+    if (errors.observed()) out.zip(ys, [=](const auto* p, auto& s) { s.at[place] = p[i]; });
   }
   out.zip(ys, [=](auto* p, const auto& s) { std::copy_n(s.at, valid, p + first); });
 }
@@ -182,7 +200,7 @@ template <class Kernel, class Method, class In, class Out>
     const auto x = Method::values(in, i, valid);
     const auto y = method.compute(x);
     if constexpr (Method::has_rare_lanes)
-      if ((lane_bits<real>(method.flagged(x, y)) & ((1u << valid) - 1)) != 0) [[unlikely]]
+      if (Method::elements_of(method.flagged(x, y), valid) != 0) [[unlikely]]
         return repair_register(method, i, valid, in, out, errors);
     out.zip(y, [=](auto* p, const auto& v) { store_partial(p + i, valid, v); });
   };
