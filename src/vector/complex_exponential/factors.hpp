@@ -219,6 +219,8 @@ struct of_rectangle : description<Real> {
     if constexpr (single)
       return result(in_double_parts(
           [](const f64& x, const f64& y) { return of<in_doubles>(x, y, half_turns_of_single(y)); }, a, b));
+    else if constexpr (Level == level::ha && !is_baseline)
+      return result(of<how>(a, b, half_turns_in_three(b)));
     else
       return result(of<how>(a, b, half_turns_of(b)));
   }

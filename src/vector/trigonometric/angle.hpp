@@ -195,11 +195,27 @@ struct half_turn_pair {
   }
   template <int N>
   batch_pair<double> rest(const f64& k, const f64& offset) const {
+    return in_radians(two_sum(high - k * f64(1.0 / N), low), offset);
+  }
+
+ protected:
+  static batch_pair<double> in_radians(const batch_pair<double>& turns, const f64& offset) {
     using trigonometric_data::double_pi;
-    const auto turns = two_sum(high - k * f64(1.0 / N), low);
     const f64 small =
         multiply_add(turns.high, f64(double_pi[1]), multiply_subtract(turns.low, f64(double_pi[0]), offset));
     return product_and(turns.high, f64(double_pi[0]), small);
+  }
+};
+
+// high + low + lowest half turns, for a rest in two numbers to all their bits: next to a step of k, where
+// high is the step and low the rest, a pair leaves it no second one.
+struct half_turn_triple : half_turn_pair {
+  f64 lowest;
+
+  template <int N>
+  batch_pair<double> rest(const f64& k, const f64& offset) const {
+    const auto turns = two_sum(high - k * f64(1.0 / N), low);
+    return in_radians({turns.high, turns.low + lowest}, offset);
   }
 };
 

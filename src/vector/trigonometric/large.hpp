@@ -41,7 +41,7 @@ scaled_integer to_integer(const f64& x) {
 }
 
 // Radians as half turns, for 2^first_exponent <= |x|, finite.
-inline half_turn_pair half_turns_of(const f64& x) {
+inline half_turn_triple half_turns_in_three(const f64& x) {
   const auto [row, integer] = to_integer<52>(x);
   alignas(64) int32_t rows[lanes<double>];
   store_lower_words(reinterpret_cast<uint32_t*>(rows), row & u64(63));
@@ -58,7 +58,11 @@ inline half_turn_pair half_turns_of(const f64& x) {
   const auto joined = two_sum(middle.high, low.high);
   const auto top = two_sum(high.high, joined.high);
   const f64 rest = third.low + integer * part[3];
-  return {top.high, top.low + (joined.low + (low.low + (middle.low + rest)))};
+  return {{top.high, top.low}, joined.low + (low.low + (middle.low + rest))};
+}
+inline half_turn_pair half_turns_of(const f64& x) {
+  const auto turns = half_turns_in_three(x);
+  return {turns.high, turns.low + turns.lowest};
 }
 
 // The same for the value of a single: the first two products are exact.
