@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // tmk-bench-rare: what elements out of the ordinary cost. An array of usual arguments has every tenth
 // replaced by a zero, a NaN and so on, or all of them drawn over the function's whole domain; the figure is
-// its time divided by that of the usual array.
+// its time divided by that of the usual array. Of a complex element one part is replaced, the real and the
+// imaginary one in turn.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -66,10 +67,13 @@ class arrays {
       };
       std::uniform_int_distribution draw_place(place(d.full.low), place(d.full.high));
       std::uniform_real_distribution<double> draw(d.core.low, d.core.high);
-      for (int i = 0; i < count; ++i) {
+      const int parts = f.is_complex() && f.shape != call_shape::real_argument ? 2 : 1;
+      for (int i = 0; i < parts * count; ++i) {
         double x = whole ? accuracy::at_place<Real>(draw_place(generate)) : draw(generate);
-        if (own == argument && m.element != nullptr && i % 10 == 3) x = m.element(f.is_single());
-        if (own == 1 && f.shape == call_shape::scalar_exponent) x = -1.25;
+        const int element = i / parts, part = i % parts;
+        const bool is_replaced = element % 10 == 3 && part == element / 10 % parts;
+        if (own == argument && m.element != nullptr && is_replaced) x = m.element(f.is_single());
+        if (own == 1 && f.shape == call_shape::scalar_exponent) x = part == 0 ? -1.25 : 0.5;
         const Real value = static_cast<Real>(x);
         std::memcpy((own == 0 ? a_ : b_).data() + static_cast<std::size_t>(i) * sizeof value, &value,
                     sizeof value);
@@ -77,7 +81,7 @@ class arrays {
     }
   }
 
-  std::vector<std::byte> a_ = std::vector<std::byte>(count * sizeof(double)), b_ = a_, r_ = a_, r2_ = a_;
+  std::vector<std::byte> a_ = std::vector<std::byte>(2 * count * sizeof(double)), b_ = a_, r_ = a_, r2_ = a_;
 };
 
 group group_of(const tools::vector_function& f, int argument, int tier, int slot) {
@@ -111,9 +115,9 @@ constexpr const char* heading = R"(<!-- Made by `./dev bench rare --markdown`: d
 %s.
 
 Nanoseconds per element of an array of 1000 usual arguments; then, as multiples of that time, an array of which every
-tenth element is the one named, and one drawn over the function's whole domain, each binade alike. `b`: in the second
-argument. Infinities, and numbers out of the domain, are reported; the mode is to ignore reports. Medians of %d
-repetitions in one process.
+tenth element is the one named, or, of complex numbers, has it as its real or its imaginary part in turn, and one drawn
+over the function's whole domain, each binade alike. `b`: in the second argument. Infinities, and numbers out of the
+domain, are reported; the mode is to ignore reports. Medians of %d repetitions in one process.
 
 | function | ns | 0 | NaN | subnormal | tiny: 2^-120, 2^-1010 | small: 2^-30, 2^-60 | large: 2^30, 2^60 | huge: 2^120, 2^1010 | infinite | whole domain |
 |---|---|---|---|---|---|---|---|---|---|---|)";
@@ -125,10 +129,12 @@ int main(int argc, char** argv) {
   _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
   std::vector<group> groups;
   for (const tools::vector_function& f : tools::functions_with_value()) {
-    if (f.is_complex() || f.shape > call_shape::two_results || !f.vectorized) continue;
+    const bool is_complex_shape = f.shape == call_shape::real_result || f.shape == call_shape::real_argument;
+    if ((f.shape > call_shape::two_results && !is_complex_shape) || !f.vectorized) continue;
     for (int argument = 0; argument <= (f.shape == call_shape::binary ? 1 : 0); ++argument)
       for (int tier : tools::available_tiers())
-        for (int slot : {TMK_SLOT_LA, TMK_SLOT_HA}) groups.push_back(group_of(f, argument, tier, slot));
+        for (int slot : {TMK_SLOT_LA, TMK_SLOT_HA})
+          if (slot == TMK_SLOT_HA || !f.is_complex()) groups.push_back(group_of(f, argument, tier, slot));
   }
   run_groups(groups, wish, page_heading(wish, heading), print_ratios);
 }
