@@ -53,7 +53,8 @@ std::vector<measurement> list_kernels(const std::vector<vector_function>& functi
 // Exact complex values cost a hundred times what real ones do, so they are drawn more sparingly.
 constexpr std::int64_t samples_per_complex_sample = 8;
 
-// Measures the function's kernels over as many samples (a complex function's over an eighth of them).
+// Measures the function's kernels over as many samples (over an eighth of them where complex values have no
+// quick way, see complex_values.hpp).
 void measure(measurement& m, std::int64_t samples, std::uint64_t seed, int threads);
 
 // Judges a kernel at these arguments: its worst error may rise, its means do not change.
