@@ -58,6 +58,8 @@ double cell_of(double bound, uint32_t alias, uint64_t mask) {
 
 bool tmk::rng::fill_alias_table(const unimodal_law& law, int32_t most, int32_t& bits, int32_t& least,
                                 double* cells) {
+  // A deviation is total / 2.5, and sixteen of them hold the probability.
+  if (law.high - law.low >= most && law.total * 5 > most) return false;
   window w;
   if (!fill(w, law, most)) return false;
   bits = std::bit_width(static_cast<uint32_t>(w.count - 1));

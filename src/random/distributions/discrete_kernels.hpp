@@ -21,7 +21,7 @@ struct discrete_kernels {
   void (*of_cells)(int32_t n, const double* u, const double* cells, int32_t bits, int32_t least, int32_t* r);
   // Each pair of uniforms as a variate by a strip table (strip_table.hpp). The positions of those that need a
   // closer look go to `undecided`; returns how many they are.
-  int32_t (*of_strips)(int32_t n, const double* pairs, const double* strips, int32_t count, double mode,
+  int32_t (*of_strips)(int32_t n, const double* pairs, const double* cuts, int32_t count, double mode,
                        int32_t* r, int32_t* undecided);
   // The terms of a log_ratio, where `logarithm` has been made of what the step before it computed.
   void (*line)(int32_t n, const double* d, double slope, double constant, double* r);

@@ -7,7 +7,9 @@
 #include <cmath>
 
 #include "random/distributions/log_ratio.hpp"
+#include "random/distributions/strip_table.hpp"
 #include "simd/integer.hpp"
+#include "simd/neighbours.hpp"
 #include "simd/rows.hpp"
 
 namespace tmk::rng {
@@ -52,20 +54,22 @@ void of_cells(int32_t n, const double* u, const double* cells, int32_t bits, int
   });
 }
 
-int32_t of_strips(int32_t n, const double* pairs, const double* strips, int32_t count, double mode,
-                  int32_t* r, int32_t* undecided) {
-  const f64 strip_count(count), below_count(std::nextafter(count, 0)), middle(mode), most(INT32_MAX);
+int32_t of_strips(int32_t n, const double* pairs, const double* cuts, int32_t count, double mode, int32_t* r,
+                  int32_t* undecided) {
+  const f64 strips(count), below_count(std::nextafter(count, 0)), middle(mode), most(INT32_MAX);
+  const f64 sure_unit(1 << sure_bits), exponent_52(0x1p52);
+  const u64 sure_mask((1u << sure_bits) - 1);
   int32_t found = 0;
   in_registers(n, r, [&](int32_t i, int32_t* at) {
     alignas(64) int32_t number[width];
     const auto [u, v] = load_deinterleaved(pairs + 2 * i);
-    const place p = place_of(xsimd::min(u * strip_count, below_count), number);
-    f64 strip[2], next[2];
-    load_columns(strips, number, strip);
-    load_columns(strips + 2, number, next);
-    const f64 d = round_down(strip[0] + p.fraction * (next[0] - strip[0]));
+    const place p = place_of(xsimd::min(u * strips, below_count), number);
+    const auto [cut, next] = load_neighbours(cuts, number);
+    const f64 d = round_down(cut + p.fraction * (next - cut));
     store_truncated(at, xsimd::min(d + middle, most), 0);
-    for (uint32_t open = lane_bits<double>(v > strip[1]); open != 0; open &= open - 1) {
+    const u64 sure = (bits_as<uint64_t>(cut) & sure_mask) | bits_as<uint64_t>(exponent_52);
+    for (uint32_t open = lane_bits<double>(v * sure_unit > bits_as<double>(sure) - exponent_52); open != 0;
+         open &= open - 1) {
       undecided[found] = i + std::countr_zero(open);
       found += undecided[found] < n;
     }

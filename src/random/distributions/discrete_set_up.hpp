@@ -26,7 +26,7 @@ struct alignas(8) discrete_set_up {
   static constexpr int32_t room = bytes_of_kind(kind) / 8 * 8 - (sizeof(parameters) + 15) / 8 * 8;
   static constexpr int32_t most_cells = static_cast<int32_t>(std::bit_floor((room - 8u) / sizeof(double)));
   static constexpr int32_t most_strips =
-      static_cast<int32_t>((room - sizeof(strip_frame)) / sizeof(strip)) - 1;
+      std::min(128, static_cast<int32_t>((room - sizeof(strip_frame)) / sizeof(double)) - 1);
 
   parameters of;
   int32_t few_values;  // the alias table is in use
@@ -40,14 +40,14 @@ struct alignas(8) discrete_set_up {
     of = p;
     const unimodal_law law = Law::of(p);
     few_values = fill_alias_table(law, most_cells, cells.bits, cells.least, cells.cells) ? 1 : 0;
-    if (few_values == 0) fill_strip_table(law, most_strips, strips.frame, strips.strips);
+    if (few_values == 0) fill_strip_table(law, most_strips, strips.frame, strips.cuts);
   }
 
   int uniforms() const { return few_values != 0 ? 1 : 2; }
 
   // At most a block.
   int32_t candidates(VtsStreamHandle stream, int32_t count, int32_t* r) const {
-    if (few_values == 0) return candidates_of_strips(stream, count, r, strips.frame, strips.strips);
+    if (few_values == 0) return candidates_of_strips(stream, count, r, strips.frame, strips.cuts);
     return variates_of_cells(stream, count, r, cells.bits, cells.least, cells.cells);
   }
 };

@@ -14,6 +14,25 @@ double quotient_at(double y, double offset) {
 
 }  // namespace
 
+double tmk::rng::stirling_correction_below_10(double z) {
+  // s(0) is no number; those of 1 to 9 are ln (z - 1)! - (z - 1/2) ln z + z - ln(2 pi) / 2.
+  static constexpr double of_integers[] = {0,
+                                           0.08106146679532726,
+                                           0.0413406959554093,
+                                           0.02767792568499834,
+                                           0.020790672103765093,
+                                           0.016644691189821193,
+                                           0.013876128823070748,
+                                           0.01189670994589177,
+                                           0.010411265261972096,
+                                           0.009255462182712733};
+  const auto whole = static_cast<int32_t>(z);
+  if (whole == z && whole > 0) return of_integers[whole];
+  double sum = 0;  // of s(z) - s(z + 1)
+  for (; z < least_of_stirling_series; ++z) sum += (z + 0.5) * std::log1p(1 / z) - 1;
+  return sum + stirling_series(z);
+}
+
 tmk::rng::log_ratio tmk::rng::log_ratio_of_quotient(double slope, double z, double offset) {
   log_ratio l{};
   l.slope = slope;

@@ -23,10 +23,9 @@ V stirling_series(const V& z) {
 }
 
 // s(z) for z > 0.
+double stirling_correction_below_10(double z);
 inline double stirling_correction(double z) {
-  double sum = 0;  // of s(z) - s(z + 1)
-  for (; z < least_of_stirling_series; ++z) sum += (z + 0.5) * std::log1p(1 / z) - 1;
-  return sum + stirling_series(z);
+  return z < least_of_stirling_series ? stirling_correction_below_10(z) : stirling_series(z);
 }
 
 // ln Gamma(z + x) / Gamma(z) - x ln z + s(z)

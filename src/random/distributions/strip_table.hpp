@@ -5,7 +5,8 @@
 // Strip i lies between cut[i] and cut[i + 1], real numbers measured from the mode, and is as high as makes
 // its area that of all: at least f there. Its first uniform u gives the strip and a point in it, whose
 // integral part is the candidate; the second, v, the height of the point. Below the least f of the strip,
-// which is `sure` times the height, the candidate is accepted at once, as most are.
+// which is a sure part of its height, the candidate is accepted at once, as most are. The sure part, in units
+// of 2^-16, is the lowest 16 bits of cut[i], a number as good as any other nearby.
 //
 // On either side, the outermost strip may be a tail without end. Its hat falls like a geometric series,
 //   height e^(-rate x) at the distance x from its cut, with height / rate at most the area,
@@ -19,15 +20,13 @@
 
 namespace tmk::rng {
 
-struct strip {
-  double cut, sure;
-};
+constexpr int sure_bits = 16;
 
 struct strip_tail {
   double rate, height;  // height 0: there is none
 };
 
-// All of it but the strips: as relative to the mode as they are.
+// All of it but the cuts; `low` and `high` are measured from the mode as they are.
 struct alignas(8) strip_frame {
   log_ratio log_f;
   double mode, low, high, area;
@@ -38,14 +37,14 @@ struct alignas(8) strip_frame {
 template <int Most>
 struct alignas(8) strip_table {
   strip_frame frame;
-  strip strips[Most + 1];  // a cut more than strips
+  double cuts[Most + 1];
 };
 
 // At most `most` strips.
-void fill_strip_table(const unimodal_law& law, int32_t most, strip_frame& frame, strip* strips);
+void fill_strip_table(const unimodal_law& law, int32_t most, strip_frame& frame, double* cuts);
 
 // `count` candidates, at most a block: the accepted go to r in their order. How many, or a negative status.
 int32_t candidates_of_strips(VtsStreamHandle stream, int32_t count, int32_t* r, const strip_frame& frame,
-                             const strip* strips);
+                             const double* cuts);
 
 }  // namespace tmk::rng
