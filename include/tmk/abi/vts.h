@@ -320,8 +320,8 @@ int32_t _vtsiRngPoissonV(int32_t method, VtsStreamHandle stream, int32_t n, int3
 /* Successes in ntrial trials, 0 or more of them, with probability p, from 0 to 1. */
 int32_t _vtsiRngBinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t ntrial,
                          double p);
-/* Failures before success number a, of any a > 0, with probability 0 < p <= 1 and a mean a (1 - p) / p up to
- * INT32_MAX. A variate above that is INT32_MAX. */
+/* Failures before success number a, of any a > 0, with probability 2^-50 <= p <= 1 and a mean a (1 - p) / p
+ * up to INT32_MAX. A variate above that is INT32_MAX. */
 int32_t _vtsiRngNegbinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double a,
                             double p);
 /* Marked elements in a sample of s from l elements, m of which are marked; 0 <= s, m <= l. */

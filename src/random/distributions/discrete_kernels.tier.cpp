@@ -59,7 +59,9 @@ int32_t of_strips(int32_t n, const double* pairs, const double* cuts, int32_t co
   const f64 strips(count), below_count(std::nextafter(count, 0)), middle(mode), most(INT32_MAX);
   const f64 sure_unit(1 << sure_bits), exponent_52(0x1p52);
   const u64 sure_mask((1u << sure_bits) - 1);
+  constexpr int32_t together = 32;  // fewer loops of unpredictable length
   int32_t found = 0;
+  uint32_t open = 0;
   in_registers(n, r, [&](int32_t i, int32_t* at) {
     alignas(64) int32_t number[width];
     const auto [u, v] = load_deinterleaved(pairs + 2 * i);
@@ -68,9 +70,12 @@ int32_t of_strips(int32_t n, const double* pairs, const double* cuts, int32_t co
     const f64 d = round_down(cut + p.fraction * (next - cut));
     store_truncated(at, xsimd::min(d + middle, most), 0);
     const u64 sure = (bits_as<uint64_t>(cut) & sure_mask) | bits_as<uint64_t>(exponent_52);
-    for (uint32_t open = lane_bits<double>(v * sure_unit > bits_as<double>(sure) - exponent_52); open != 0;
-         open &= open - 1) {
-      undecided[found] = i + std::countr_zero(open);
+    const f64 least = bits_as<double>(sure) - exponent_52;
+    open |= lane_bits<double>(v * sure_unit > least) << (i % together);
+    if ((i + width) % together != 0 && i + width < n) return;
+    const int32_t first = i - i % together;
+    for (; open != 0; open &= open - 1) {
+      undecided[found] = first + std::countr_zero(open);
       found += undecided[found] < n;
     }
   });

@@ -9,11 +9,15 @@
 
 namespace {
 using namespace tmk::rng;
-}
+
+// Below it, 1 - p would lose digits of p.
+constexpr double least_p = 0x1p-50;
+
+}  // namespace
 
 // With a mean that is no integer of 32 bits, most variates would not fit.
 bool tmk::rng::negative_binomial_law::accepts(const parameters& p) {
-  return p.a > 0 && p.p > 0 && p.p <= 1 && p.a <= std::numeric_limits<double>::max() &&
+  return p.a > 0 && p.p >= least_p && p.p <= 1 && p.a <= std::numeric_limits<double>::max() &&
          p.a * (1 - p.p) <= INT32_MAX * p.p;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "random/distributions/single_variates.hpp"
 
+#include <array>
 #include <cmath>
 
 #include "random/distributions/log_ratio.hpp"
@@ -13,13 +14,20 @@ constexpr int32_t rejected_at_most = 1 << 12;  // in a row, as other laws by rej
 // With a mean below 10, less than 2^-60 is above this.
 constexpr int32_t last_searched = 70;
 
-// The k with f(0) + ... + f(k - 1) <= u < f(0) + ... + f(k), where next(k, f(k)) is f(k + 1).
-template <class Next>
-int32_t search(double u, double f, Next next) {
+// 1/(k + 1): a search waits for no quotient.
+constexpr auto reciprocal = [] {
+  std::array<double, last_searched> r{};
+  for (size_t k = 0; k < r.size(); ++k) r[k] = 1 / (static_cast<double>(k) + 1);
+  return r;
+}();
+
+// The k with f(0) + ... + f(k - 1) <= u < f(0) + ... + f(k), where ratio(k) / (k + 1) is f(k + 1) / f(k).
+template <class Ratio>
+int32_t search(double u, double f, Ratio ratio) {
   int32_t k = 0;
   for (; u >= f && k < last_searched; ++k) {
     u -= f;
-    f = next(k, f);
+    f *= ratio(k) * reciprocal[static_cast<size_t>(k)];
   }
   return k;
 }
@@ -46,12 +54,13 @@ int32_t by_rejection(uniform_supply& supply, const transform& t, double high, in
   return static_cast<int32_t>(std::clamp(k, 0.0, high));
 }
 
-// ln(lambda^k e^-lambda / k!)
-double log_poisson(double lambda, double k) {
+// Whether lambda^k e^-lambda / k! is at least h:
+//   ln k! = (z - 1/2) ln z - z + s(z) + ln(2 pi) / 2,   z = k + 1
+bool poisson_reaches(double h, double lambda, double k) {
   constexpr double half_ln_2_pi = 0.91893853320467274178;
-  const double z = k + 1;  // ln k! = (z - 1/2) ln z - z + s(z) + ln(2 pi) / 2
-  return k * std::log1p((lambda - z) / z) - 0.5 * std::log(z) + (z - lambda) - stirling_correction(z) -
-         half_ln_2_pi;
+  const double z = k + 1;
+  return std::log(h * std::sqrt(z)) <=
+         k * std::log1p((lambda - z) / z) + (z - lambda) - stirling_correction(z) - half_ln_2_pi;
 }
 
 int32_t binomial_of_small_p(uniform_supply& supply, double n, double p, int64_t later) {
@@ -59,7 +68,7 @@ int32_t binomial_of_small_p(uniform_supply& supply, double n, double p, int64_t 
   if (n * p < least_rejection_mean) {
     const double odds = p / q;
     return search(supply.next(1 + later), std::exp(n * std::log1p(-p)),
-                  [=](int32_t k, double f) { return f * odds * (n - k) / (k + 1); });
+                  [=](int32_t k) { return odds * (n - k); });
   }
   const double deviation = std::sqrt(n * p * q), b = 1.15 + 2.53 * deviation,
                a = -0.0873 + 0.0248 * b + 0.01 * p;
@@ -77,12 +86,11 @@ int32_t binomial_of_small_p(uniform_supply& supply, double n, double p, int64_t 
 
 int32_t tmk::rng::poisson_variate(uniform_supply& supply, double lambda, int64_t later) {
   if (lambda < least_rejection_mean)
-    return search(supply.next(1 + later), std::exp(-lambda),
-                  [=](int32_t k, double f) { return f * lambda / (k + 1); });
+    return search(supply.next(1 + later), std::exp(-lambda), [=](int32_t) { return lambda; });
   const double b = 0.931 + 2.53 * std::sqrt(lambda), a = -0.059 + 0.02483 * b;
   const transform t = {a, b, lambda + 0.43, 1.1239 + 1.1328 / (b - 3.4), 0.9277 - 3.6224 / (b - 2), 0.07};
   return by_rejection(supply, t, INT32_MAX, later,
-                      [=](double k, double height) { return std::log(height) <= log_poisson(lambda, k); });
+                      [=](double k, double height) { return poisson_reaches(height, lambda, k); });
 }
 
 int32_t tmk::rng::binomial_variate(uniform_supply& supply, int32_t trials, double p, int64_t later) {
