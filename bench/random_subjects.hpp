@@ -61,9 +61,10 @@ inline gsl_rng* gsl_generator() {
 }
 template <class Variate>
 subject drawn_by_gsl(Variate variate) {
-  return serial("GSL", [g = gsl_generator(), variate] { return variate(g); });
+  return serial("GSL", [g = gsl_generator(), variate]() mutable { return variate(g); });
 }
 
 void add_continuous(std::vector<group>& groups);
+void add_discrete(std::vector<group>& groups);
 
 }  // namespace tmk::bench
