@@ -36,8 +36,8 @@ template <class T>
 // Two columns of singles:
 //   even  a0 b0 a2 b2  ->  low   a0 a1 b0 b1  ->  column[0]  a0 a1 a2 a3
 //   odd   a1 b1 a3 b3      high  a2 a3 b2 b3      column[1]  b0 b1 b2 b3
-template <int Columns, class T>
-[[gnu::always_inline]] inline void load_columns(const T* table, const int32_t* row,
+template <int Columns, class T, class Rows>
+[[gnu::always_inline]] inline void load_columns(const T* table, const Rows& row,
                                                 batch<T> (&column)[Columns]) {
   static_assert(Columns >= 2 && Columns <= 4);
   const auto at = [&](int lane) { return table + ptrdiff_t{Columns} * row[lane]; };

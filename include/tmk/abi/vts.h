@@ -277,9 +277,9 @@ int32_t _vtssRngWeibull(int32_t method, VtsStreamHandle stream, int32_t n, float
                         float beta);
 /* Normal with mean a and standard deviation sigma. Methods, not checked: 0 pairs by Box and Muller, of which
  * an odd draw drops the last number; 1 the same, where the stream keeps that number for the next draw of the
- * same precision (VTS_STATUS_NO_MEMORY); 2 by inversion; 3 by a ziggurat, from units of 64 bits (singles: 32):
- * one for most variates, two where a height or the tail asks for a second. Generators without words of 32 bits
- * give units by open uniforms; SOBOL and NIEDERR inversion of these. */
+ * same precision (VTS_STATUS_NO_MEMORY); 2 by inversion; 3 by a ziggurat, from units of 64 bits (singles:
+ * 32): one for most variates, two where a height or the tail asks for a second. Generators without words of
+ * 32 bits give units by open uniforms; SOBOL and NIEDERR inversion of these. */
 int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                          double sigma);
 int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
@@ -298,6 +298,25 @@ int32_t _vdRngGaussianICDF(VtsStreamHandle stream, int32_t n, double* r, double 
 int32_t _vsRngGaussianICDF(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
 int32_t _vdRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, double* r, double a, double sigma);
 int32_t _vsRngGaussianZiggurat(VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+
+/* Laws by rejection. A candidate takes a fixed number of open uniform doubles, which depends on the shapes
+ * alone; as many are drawn as it takes to accept n. Checked, in this order: method, 0
+ * (VTS_STATUS_BAD_METHOD); parameters (VTS_STATUS_BAD_ARGUMENT: a is finite, every other one positive and
+ * finite). n below 1 does nothing then. VTS_STATUS_BAD_ARGUMENT, too, for a generator of whose candidates
+ * 4096 in a row are rejected. */
+/* a + beta g, g of density g^(alpha - 1) e^-g / Gamma(alpha) (G. Marsaglia and W. Tsang, ACM TOMS 26 (2000)).
+ * The stream keeps the set-up of the last shape in each precision (VTS_STATUS_NO_MEMORY). Two uniforms, one
+ * for alpha 1, three below 1 other than 1/2. */
+int32_t _vtsdRngGamma(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double alpha, double a,
+                      double beta);
+int32_t _vtssRngGamma(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float alpha, float a,
+                      float beta);
+/* a + beta x, x of density x^(p - 1) (1 - x)^(q - 1) / B(p, q): the ratio x / (x + y) of two gamma variates,
+ * with the uniforms of both. */
+int32_t _vtsdRngBeta(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double p, double q,
+                     double a, double beta);
+int32_t _vtssRngBeta(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float p, float q, float a,
+                     float beta);
 
 /* Integers from a to b - 1; b itself where a uniform is rounded up to it. */
 int32_t _vtsiRngUniform(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t a, int32_t b);

@@ -3,6 +3,7 @@
 #include "random/core/chunk_kinds.hpp"
 #include "random/distributions/discrete_laws.hpp"
 #include "random/distributions/discrete_set_up.hpp"
+#include "random/distributions/gamma.hpp"
 
 namespace {
 using namespace tmk::rng;
@@ -16,8 +17,9 @@ struct renewal {
 template <class SetUp>
 constexpr renewal renewal_of{SetUp::kind, renew_set_up<SetUp>};
 constexpr renewal renewals[] = {
-    renewal_of<discrete_set_up<poisson_law>>, renewal_of<discrete_set_up<binomial_law>>,
-    renewal_of<discrete_set_up<negative_binomial_law>>, renewal_of<discrete_set_up<hypergeometric_law>>};
+    renewal_of<discrete_set_up<poisson_law>>,           renewal_of<discrete_set_up<binomial_law>>,
+    renewal_of<discrete_set_up<negative_binomial_law>>, renewal_of<discrete_set_up<hypergeometric_law>>,
+    renewal_of<gamma_set_up<double>>,                   renewal_of<gamma_set_up<float>>};
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Prints the layers of a ziggurat under e^(-x^2/2), x >= 0: 256 regions of one area v, of which the lowest is
+// Prints the layers of a ziggurat under e^(-x^2/2), x >= 0: 512 regions of one area v, of which the lowest is
 // a rectangle of width r with the tail beyond r, the others rectangles between heights.
 //   v = r f(r) + integral of f from r on,   x[1] = r,   f(x[i + 1]) = f(x[i]) + v / x[i],   x[0] = v / f(r)
 // r is where the highest rectangle ends at f(0) = 1 (G. Marsaglia and W. Tsang, The ziggurat method for
@@ -12,7 +12,7 @@ namespace {
 
 using real = long double;
 
-constexpr int layers = 256;
+constexpr int layer_bits = 9, layers = 1 << layer_bits;
 
 real density(real x) { return std::exp(-x * x / 2); }
 real area_beyond(real x) { return std::sqrt(std::acos(real{-1}) / 2) * std::erfc(x / std::sqrt(real{2})); }
@@ -34,7 +34,7 @@ real build(real r, std::vector<real>& x) {
 
 int main() {
   std::vector<real> x;
-  real low = 3, high = 4;  // too low an r makes regions too large
+  real low = 3, high = 5;  // too low an r makes regions too large
   for (int i = 0; i < 200; ++i) (build((low + high) / 2, x) > 0 ? low : high) = (low + high) / 2;
   build(high, x);
   x.push_back(0);
@@ -44,9 +44,10 @@ int main() {
       "#pragma once\n\nnamespace tmk::rng {\n\n"
       "// Layer i is |x| < edge, of which |x| < inner is under the density at every height.\n"
       "struct ziggurat_layer {\n  double edge, inner;\n};\n\n"
+      "constexpr int ziggurat_layer_bits = %d;\n"
       "constexpr double ziggurat_tail_probability = %a;  // of |x| > inner of layer 0\n\n"
       "constexpr ziggurat_layer ziggurat_layers[%d] = {\n",
-      static_cast<double>(std::erfc(x[1] / std::sqrt(real{2}))), layers);
+      layer_bits, static_cast<double>(std::erfc(x[1] / std::sqrt(real{2}))), layers);
   for (int i = 0; i < layers; ++i)
     std::printf("%s{%a, %a},%s", i % 2 == 0 ? "    " : " ", static_cast<double>(x[i]),
                 static_cast<double>(x[i + 1]), i % 2 == 0 ? "" : "\n");

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+// What continuous laws by candidates share: checks, the walk over blocks, and the end of a block.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include "random/distributions/compaction.hpp"
+#include "random/distributions/precision.hpp"
+#include "tmk/abi/vtm.h"
+
+namespace tmk::rng {
+
+template <class Real>
+bool is_positive(Real x) {
+  return std::isfinite(x) && x > 0;
+}
+
+// A callback: underflow to zero and overflow to infinity are what the law has there.
+inline int32_t leave_result(VtmErrorContext*) { return 0; }
+
+// block(n, r) for blocks of `count` candidates; how many were accepted in all.
+template <class Real, class Block>
+int32_t walk_candidates(int32_t count, Real* r, Block block) {
+  int32_t kept = 0;
+  for (int32_t n; count > 0; count -= n) {
+    n = std::min(count, distribution_block);
+    const int32_t more = block(n, r + kept);
+    if (more < 0) return more;
+    kept += more;
+  }
+  return kept;
+}
+
+// make(x) fills n doubles; they are rounded to r and the rejected left out.
+template <class Real, class Make>
+int32_t finish_candidates(int32_t n, Real* r, int32_t rejected, const int32_t* rejected_at, Make make) {
+  if constexpr (sizeof(Real) == 8) {
+    make(r);
+  } else {
+    alignas(64) double x[distribution_block];
+    make(x);
+    std::transform(x, x + n, r, [](double v) { return static_cast<Real>(v); });
+  }
+  removal<Real> kept(r);
+  for (int32_t k = 0; k < rejected; ++k) kept.without(rejected_at[k], 1);
+  return kept.finish(n);
+}
+
+}  // namespace tmk::rng
