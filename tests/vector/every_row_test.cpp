@@ -214,22 +214,28 @@ TEST_P(every_row, rint_rounds_as_the_processor_does) {
   });
 }
 
-// Subnormal arguments have their own values, or with subnormal results those of a flushing unit: 0.
+// Subnormal arguments have their own values, or with subnormal results those of a flushing unit: 0. Of
+// complex functions the baseline's are as its contract has them.
 TEST_P(every_row, flushed_subnormals_give_values_or_zero) {
-  for_each_slot([](const vector_function& f, int slot, auto& x) {
-    if (f.is_complex() || f.shape != call_shape::unary) return;
+  for_each_slot([tier = GetParam()](const vector_function& f, int slot, auto& x) {
+    if (f.shape != call_shape::unary || (f.is_complex() && tier == TMK_TIER_W7)) return;
     using Real = std::remove_reference_t<decltype(x.a[0])>;
     using limits = std::numeric_limits<Real>;
     arrays<Real> tiny(64);
     for (size_t i = 0; i < tiny.a.size(); ++i)
       tiny.a[i] = (i % 2 ? -1 : 1) * limits::denorm_min() * std::exp2(Real(i % 22)) * Real(1 + i % 3);
     for (size_t i = 0; i < 16; ++i) tiny.a[i] = limits::min() * (Real(0.5) + Real(i) / 32);
+    if (f.is_complex())
+      for (size_t i = 2; i < tiny.a.size(); i += 3) {  // next to numbers, of either part
+        tiny.a[i - 1] = Real(1 + i % 7) / 2;
+        tiny.a[i] = limits::min() * Real(1 + i);
+      }
     tiny.run(f, slot);
     const auto kept = tiny.r;
     tmk_vtm_kernel_SetMode(VTM_DENORMALS_FLUSHED);
     tiny.run(f, slot);
     tmk_vtm_kernel_SetMode(VTM_DENORMALS_KEPT);
-    for (size_t i = 0; i < tiny.a.size() / 2; ++i) {
+    for (size_t i = 0; i < tiny.a.size() / (f.is_complex() ? 1 : 2); ++i) {
       const bool may_vanish = std::fabs(kept[i]) < limits::min();
       if (may_vanish && tiny.r[i] == 0) continue;
       EXPECT_EQ(tmk::to_bits(tiny.r[i]), tmk::to_bits(kept[i]))

@@ -61,13 +61,14 @@ struct double_product : description<double> {
   }
   static lane_mask<double> patch(const value& x, const value& y, value& r) {
     const auto flags = flagged(x, y, r), open = flags & !answer_nan_arguments(x, y, r);
-    if (lane_bits<double>(open) == 0) return open;
-    const auto u = into_window(x), v = into_window(y);
+    const auto scaled = open & !(has_special(x) | has_special(y));
+    if (lane_bits<double>(scaled) == 0) return open;
+    const auto u = into_window(or_one(scaled, x)), v = into_window(or_one(scaled, y));
     const value product = exact_product(u.value, v.value);
     const auto back = out_of_window(product, u.inverse_root * v.inverse_root);
     const auto wrong = u.lost | v.lost | back.lost | has_unsettled<least>(u.value, v.value, product);
-    r = select(open & !wrong, back.value, r);
-    return open & wrong;
+    r = select(scaled & !wrong, back.value, r);
+    return open & !(scaled & !wrong);
   }
   static int32_t rare(const tmk_complex16* a, const tmk_complex16* b, tmk_complex16* r) {
     return vzmul_cout_rare(a, b, r);

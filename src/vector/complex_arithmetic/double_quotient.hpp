@@ -72,13 +72,14 @@ struct double_quotient : description<double> {
   }
   static lane_mask<double> patch(const value& x, const value& y, value& r) {
     const auto flags = flagged(x, y, r), open = flags & !answer_special_divisors(x, y, r);
-    if (lane_bits<double>(open) == 0) return open;
-    const auto u = into_window(x), v = into_window(y);
+    const auto scaled = open & !(has_special(x) | has_special(y));
+    if (lane_bits<double>(scaled) == 0) return open;
+    const auto u = into_window(or_one(scaled, x)), v = into_window(or_one(scaled, y));
     const value quotient = fast(u.value, v.value);
     const auto back = out_of_window(quotient, u.inverse_root * v.root);
     const auto wrong = u.lost | v.lost | back.lost | flagged(u.value, v.value, quotient);
-    r = select(open & !wrong, back.value, r);
-    return open & wrong;
+    r = select(scaled & !wrong, back.value, r);
+    return open & !(scaled & !wrong);
   }
 #endif
   // Zeros in the dividend do not hinder the formula.

@@ -7,6 +7,13 @@
 TMK_TIER_OPEN
 namespace {
 
+// Lanes that are not scaled are spared the work on subnormal numbers that an infinity brings to its
+// neighbour.
+inline complex_value<double> or_one(const lane_mask<double>& scaled, const complex_value<double>& z) {
+  const f64 one(1.0);
+  return select(scaled, z, {one, one});
+}
+
 // value = z root^2 where nothing was lost. (The factor itself, times another operand's, could overflow.)
 struct scaled_complex {
   complex_value<double> value;

@@ -30,7 +30,8 @@ template <class Real, level Level>
 struct complex_exp : of_rectangle<exp_formula, Real, Level> {
   static constexpr bool baseline_doubles = is_baseline && sizeof(Real) == 8;
   static constexpr auto controls = baseline_doubles ? control_class::c : control_class::a;
-  static constexpr auto sse = baseline_doubles ? sse_control::nearest : sse_control::by_mode;
+  static constexpr auto sse =
+      baseline_doubles ? sse_control::nearest : of_rectangle<exp_formula, Real, Level>::sse;
 };
 
 // Sine and cosine of a real argument with the bits of the real function; its errors.

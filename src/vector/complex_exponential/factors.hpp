@@ -108,6 +108,8 @@ struct of_rectangle : description<Real> {
   using value = complex_value<Real>;
   using part = batch<Real>;
   using how = chosen_computation<Real, Level>;
+  // Next to a normal part there may be words of factors that are not.
+  static constexpr auto sse = is_baseline ? sse_control::by_mode : sse_control::exact;
   static constexpr int group = 2 * lanes<Real>;
   static constexpr bool single = sizeof(Real) == 4, widened = std::same_as<how, in_doubles>;
   static constexpr Real infinity = std::numeric_limits<Real>::infinity();

@@ -92,6 +92,7 @@ struct complex_inverse : description<Real> {
   using complex = complex_value<Real>;
   using value = batch<Real>;
   static constexpr bool single = sizeof(Real) == 4;
+  static constexpr auto sse = sse_control::exact;  // a part may be subnormal, and the root of it not
   static constexpr Real filler = Real(0.5);
   static constexpr Real far = single ? Real(0x1p60) : Real(0x1p500);
   // Below, the second words of quotients lose their bits.

@@ -17,6 +17,8 @@ struct complex_log : description<Real> {
   using value = batch<Real>;
   using complex = complex_value<Real>;
   using range = vector_range<Real>;
+  // Squares have words that are subnormal numbers.
+  static constexpr auto sse = is_baseline ? sse_control::by_mode : sse_control::exact;
   // V3 has too few registers for more of them at a time.
   static constexpr int group = (this_tier == 1 ? 2 : 4) * lanes<Real>;
   using number = std::conditional_t<sizeof(Real) == 4, tmk_complex8, tmk_complex16>;
