@@ -16,12 +16,8 @@ namespace {
 #if TMK_TIER_NUMBER(TMK_TIER) == 0
 inline batch_pair<double> exponential_pair(const f64& a) {
   using namespace exp_data;
-  const f64 shifter(0x1.8p+52);
-  const f64 shifted = a * f64(double_inverse_step_64) + shifter;
-  const f64 k = shifted - shifter;
-  const f64 r = (a - k * f64(double_step_high_64)) - k * f64(double_step_low_64);
+  const auto [n, r] = reduce(a, double_inverse_step_64, double_step_high_64, double_step_low_64, 0x1.8p+52);
   const f64 p = r + (r * r) * polynomial(r, double_c2, double_c3, double_c4, double_c5);
-  const i64 n = bits_as<int64_t>(shifted);
   const auto [high, low] = fraction_power<6>(n);
   const f64 scale = scale_power<6>(f64(1), n, 0);
   return {high * scale, (low + high * p) * scale};
@@ -29,11 +25,7 @@ inline batch_pair<double> exponential_pair(const f64& a) {
 // As on real arguments, but for the step, which is taken apart.
 inline f32 exponential_in_single(const f32& a) {
   using namespace exp_data;
-  const f32 shifter(0x1.6p+23f);
-  const f32 shifted = a * f32(single_inverse_step) + shifter;
-  const f32 k = shifted - shifter;
-  const f32 r = (a - k * f32(single_step_high)) - k * f32(single_step_low);
-  const i32 n = bits_as<int32_t>(shifted);
+  const auto [n, r] = reduce(a, single_inverse_step, single_step_high, single_step_low, 0x1.6p+23f);
   const auto [power, correction] = fraction_power<7>(n);
   return scale_power<7>(power + power * ((correction + r) + f32(0.5f) * r * r), n, 0);
 }

@@ -38,11 +38,7 @@ struct single_exp : description<float> {
   static constexpr int group = 8;
 
   static f32 fast(const f32& x, int raise = 0) {
-    const f32 shifter(0x1.6p+23f);
-    const f32 shifted = x * f32(single_inverse_step) + shifter;
-    const f32 k = shifted - shifter;
-    const f32 r = (x - k * f32(single_step_high)) - k * f32(single_step_low);
-    const i32 n = bits_as<int32_t>(shifted);
+    const auto [n, r] = reduce(x, single_inverse_step, single_step_high, single_step_low, 0x1.6p+23f);
     const auto [power, correction] = fraction_power<7>(n);
     if constexpr (Level == level::ha)
       return scale_power<7>(power + power * ((correction + r) + f32(0.5f) * r * r), n, raise);
@@ -87,27 +83,24 @@ struct double_exp : description<double> {
   static constexpr int group = 4;
 
   static f64 fast(const f64& x, int raise = 0) {
-    const f64 shifter(0x1.8p+52);
     if constexpr (Level == level::ha) {
-      const f64 shifted = x * f64(double_inverse_step_64) + shifter;
-      const f64 k = shifted - shifter;
-      const f64 r = (x - k * f64(double_step_high_64)) - k * f64(double_step_low_64);
+      const auto [n, r] =
+          reduce(x, double_inverse_step_64, double_step_high_64, double_step_low_64, 0x1.8p+52);
       const f64 p = r + (r * r) * polynomial(r, double_c2, double_c3, double_c4, double_c5);
-      const i64 n = bits_as<int64_t>(shifted);
       const auto [high, low] = fraction_power<6>(n);
       return scale_power<6>(high + (low + high * p), n, raise);
     }
-    const f64 shifted = x * f64(double_inverse_step_128) + shifter;
-    const f64 k = shifted - shifter;
-    f64 p;
     if constexpr (Level == level::la) {
-      const f64 r = (x - k * f64(double_step_high_128)) - k * f64(double_step_low_128);
-      p = r + (r * r) * polynomial(r, 0.5, double_la_c3, double_la_c4);
-    } else {
-      const f64 r = x - k * f64(double_step_128);
-      p = r + f64(0.5) * r * r;
+      const auto [n, r] =
+          reduce(x, double_inverse_step_128, double_step_high_128, double_step_low_128, 0x1.8p+52);
+      return scaled(r + (r * r) * polynomial(r, 0.5, double_la_c3, double_la_c4), n, raise);
     }
-    const i64 n = bits_as<int64_t>(shifted);
+    const f64 shifter(0x1.8p+52);
+    const f64 shifted = x * f64(double_inverse_step_128) + shifter;
+    const f64 r = x - (shifted - shifter) * f64(double_step_128);
+    return scaled(r + f64(0.5) * r * r, bits_as<int64_t>(shifted), raise);
+  }
+  static f64 scaled(const f64& p, const i64& n, int raise) {
     return scale_power<7>(fraction_power<7>(n).high * (f64(1.0) + p), n, raise);
   }
   // Good: |x| < 708.39..., by the upper words, where the result is a normal number.

@@ -19,11 +19,7 @@ struct single_exp10 : description<float> {
   static constexpr int group = 8;
 
   static f32 fast(const f32& x, int raise = 0) {
-    const f32 shifter(0x1.8p+23f);
-    const f32 shifted = x * f32(single_inverse_step) + shifter;
-    const f32 multiple = shifted - shifter;
-    const f32 r = (x - multiple * f32(single_step_high)) - multiple * f32(single_step_low);
-    const i32 k = bits_as<int32_t>(shifted);
+    const auto [k, r] = reduce(x, single_inverse_step, single_step_high, single_step_low, 0x1.8p+23f);
     const auto [power, correction] = fraction_power<7>(k);
     const f32 p = r * polynomial(r, single_c1, single_c2);
     return scale_power<7>(power + power * (correction + p), k, raise);
@@ -46,11 +42,7 @@ struct double_exp10 : description<double> {
   static constexpr int group = 4;
 
   static f64 fast(const f64& x, int raise = 0) {
-    const f64 shifter(0x1.88p+52);
-    const f64 shifted = x * f64(double_inverse_step) + shifter;
-    const f64 multiple = shifted - shifter;
-    const f64 r = (x - multiple * f64(double_step_high)) - multiple * f64(double_step_low);
-    const i64 k = bits_as<int64_t>(shifted);
+    const auto [k, r] = reduce(x, double_inverse_step, double_step_high, double_step_low, 0x1.88p+52);
     const auto [high, low] = fraction_power<7>(k);
     const f64 p = r * polynomial(r, double_c1, double_c2, double_c3, double_c4, double_c5);
     return scale_power<7>(high + (low + high * p), k, raise);

@@ -5,12 +5,27 @@
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 
 #include "simd/batch.hpp"
 #include "vector/exponential/powers_data.hpp"
 
 TMK_TIER_OPEN
 namespace {
+
+// x = k step + r with an integral k, as the bits of a shifted number. The step is high + low, k high exact.
+template <class Real>
+struct steps_and_rest {
+  batch<std::conditional_t<sizeof(Real) == 4, int32_t, int64_t>> k;
+  batch<Real> rest;
+};
+template <class Real>
+steps_and_rest<Real> reduce(const batch<Real>& x, Real inverse_step, Real high, Real low, Real shifter) {
+  const batch<Real> shifted = x * batch<Real>(inverse_step) + batch<Real>(shifter);
+  const batch<Real> k = shifted - batch<Real>(shifter);
+  return {bits_as<std::conditional_t<sizeof(Real) == 4, int32_t, int64_t>>(shifted),
+          (x - k * batch<Real>(high)) - k * batch<Real>(low)};
+}
 
 // 2^(j/N). High: a float in [1, 2); low: what it lacks, relative to it.
 template <int LogN>
