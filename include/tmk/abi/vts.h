@@ -283,6 +283,16 @@ int32_t _vtssRngWeibull(int32_t method, VtsStreamHandle stream, int32_t n, float
 int32_t _vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                          double sigma);
 int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a, float sigma);
+/* n vectors a + T z of dimen components, z normal by the methods of Gaussian in one sequence, T lower
+ * triangular: storage 0 by whole rows, of which what is above the diagonal is not read; 1 the rows of the
+ * lower triangle; 2 the diagonal. T T' is the covariance. Component j of vector i is r[i dimen + j]. Checked,
+ * in this order: method (VTS_STATUS_BAD_METHOD); storage, dimen below 1, null or non-finite a and T
+ * (VTS_STATUS_BAD_ARGUMENT); VTS_STATUS_NO_MEMORY for storage 1. From 8 components on the last digits may
+ * depend on how the sequence is cut into draws. */
+int32_t _vtsdRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, double* r, int32_t dimen,
+                           int32_t storage, const double* a, const double* t);
+int32_t _vtssRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, float* r, int32_t dimen,
+                           int32_t storage, const float* a, const float* t);
 /* b + beta e^z, z normal: method 0 by Gaussian method 1, any other by 2. An overflow of e^z is reported as
  * the thread's mode sets. */
 int32_t _vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
@@ -380,6 +390,10 @@ int32_t tmk_vtsdRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, d
                             double sigma);
 int32_t tmk_vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
                             float sigma);
+int32_t tmk_vtsdRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, double* r, int32_t dimen,
+                              int32_t storage, const double* a, const double* t);
+int32_t tmk_vtssRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, float* r, int32_t dimen,
+                              int32_t storage, const float* a, const float* t);
 int32_t tmk_vtsdRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, double* r, double a,
                              double sigma, double b, double beta);
 int32_t tmk_vtssRngLognormal(int32_t method, VtsStreamHandle stream, int32_t n, float* r, float a,
