@@ -10,7 +10,10 @@
 #include <boost/random/mersenne_twister.hpp>
 #include <boost/random/normal_distribution.hpp>
 #include <boost/random/weibull_distribution.hpp>
+#include <initializer_list>
 #include <random>
+#include <string>
+#include <utility>
 
 #include "random_subjects.hpp"
 
@@ -84,11 +87,53 @@ std::vector<row> inverted() {
   };
 }
 
+std::string of_shapes(const char* law, std::initializer_list<double> shapes) {
+  std::string name = law;
+  for (const double s : shapes) name += (s == *shapes.begin() ? " " : ", ") + std::to_string(s).substr(0, 4);
+  return name;
+}
+
+group gamma_group(const char* generator, int32_t brng, double shape) {
+  return drawn(of_shapes(generator, {shape}), n, brng,
+               [=](VtsStreamHandle s) { _vtsdRngGamma(0, s, n, doubles(), shape, 0, 1); },
+               {std_peer(std::gamma_distribution<double>(shape)),
+                boost_peer(boost::random::gamma_distribution<double>(shape)),
+                drawn_by_gsl([=](gsl_rng* g) { return gsl_ran_gamma(g, shape, 1); })});
+}
+
+// The standard has no beta law: two of its gamma variates make one.
+struct beta_of_gammas {
+  std::gamma_distribution<double> x, y;
+  double operator()(std::mt19937& engine) {
+    const double first = x(engine);
+    return first / (first + y(engine));
+  }
+};
+
+group beta_group(double p, double q) {
+  return drawn(
+      of_shapes("beta doubles,", {p, q}), n, VTS_BRNG_MT19937,
+      [=](VtsStreamHandle s) { _vtsdRngBeta(0, s, n, doubles(), p, q, 0, 1); },
+      {std_peer(beta_of_gammas{std::gamma_distribution<double>(p), std::gamma_distribution<double>(q)},
+                "std gammas"),
+       boost_peer(boost::random::beta_distribution<double>(p, q)),
+       drawn_by_gsl([=](gsl_rng* g) { return gsl_ran_beta(g, p, q); })});
+}
+
 }  // namespace
 
 void add_continuous(std::vector<group>& groups) {
   for (const row& law : inverted())
     groups.push_back(drawn(law.name, n, VTS_BRNG_MT19937, law.draw, law.peers));
+  groups.push_back(drawn(
+      "Gaussian doubles, ziggurat, PHILOX4X32X10", n, VTS_BRNG_PHILOX4X32X10,
+      [](VtsStreamHandle s) { tmk_vtsdRngGaussian(3, s, n, doubles(), 0, 1); }, normal_peers()));
+  for (const double shape : {0.1, 0.5, 2.0, 50.0}) {
+    groups.push_back(gamma_group("gamma doubles,", VTS_BRNG_MT19937, shape));
+    groups.push_back(gamma_group("gamma doubles, PHILOX4X32X10,", VTS_BRNG_PHILOX4X32X10, shape));
+  }
+  for (const auto& [p, q] : {std::pair(0.5, 0.5), {0.1, 0.3}, {2.0, 3.0}, {50.0, 20.0}})
+    groups.push_back(beta_group(p, q));
 }
 
 }  // namespace tmk::bench

@@ -51,8 +51,11 @@ TEST(gamma, small_variates_are_scaled_before_they_are_rounded) {
   ASSERT_EQ(_vtsdRngGamma(0, h, 5000, y.data(), 0.004, 0, 0x1p1000), 0);
   int regained = 0;
   for (size_t i = 0; i < x.size(); ++i) {
-    if (x[i] > 0x1p-1022) EXPECT_NEAR(y[i] * 0x1p-1000, x[i], x[i] * 1e-14);
-    if (x[i] == 0) EXPECT_LE(y[i], 0x1p-75);  // half the least subnormal
+    if (x[i] > 0x1p-1022) {
+      EXPECT_NEAR(y[i] * 0x1p-1000, x[i], x[i] * 1e-14);
+    } else if (x[i] == 0) {
+      EXPECT_LE(y[i], 0x1p-75);  // half the least subnormal
+    }
     regained += x[i] == 0 && y[i] > 0 ? 1 : 0;
   }
   EXPECT_GT(regained, 50);
