@@ -6,6 +6,7 @@
 #include <bit>
 
 #include "simd/batch.hpp"
+#include "simd/rows.hpp"
 
 namespace tmk::rng {
 inline namespace TMK_TIER {
@@ -26,28 +27,41 @@ void by_registers(int32_t n, Step step) {
         [=](double* p, const f64& x) { store_partial(p, count, x); });
 }
 
-// Registers of whole groups are parted into even and odd lanes, once for two columns and twice for four.
+constexpr int32_t lane_index[] = {0, 1, 2, 3, 4, 5, 6, 7};
+
+// Two and four columns are even and odd lanes of registers, parted once or twice; the lanes of others are
+// loaded one by one.
+template <int K>
+[[gnu::always_inline]] inline void take_columns(const double* group, f64 (&column)[K]) {
+  const auto get = [=](int k) { return load(group + k * width); };
+  if constexpr (K == 2) {
+    const auto [even, odd] = deinterleave(get(0), get(1));
+    column[0] = even;
+    column[1] = odd;
+  } else if constexpr (K == 4) {
+    const auto [even, odd] = deinterleave(get(0), get(1));
+    const auto [more_even, more_odd] = deinterleave(get(2), get(3));
+    const auto [first, third] = deinterleave(even, more_even);
+    const auto [second, fourth] = deinterleave(odd, more_odd);
+    column[0] = first;
+    column[1] = second;
+    column[2] = third;
+    column[3] = fourth;
+  } else {
+#pragma GCC unroll 6
+    for (int c = 0; c < K; ++c) column[c] = load_at(group + c, lane_index, K);
+  }
+}
+
 template <int K>
 void deal_groups(int32_t n, const uint64_t* units, unit_column* column) {
   int32_t i = 0;
-  const auto get = [&](int k) { return load(reinterpret_cast<const double*>(units + K * i) + k * width); };
-  const auto put = [&](int c, const f64& x) { store(reinterpret_cast<double*>(column[c] + i), x); };
-  if constexpr (K == 2 || K == 4)
-    for (; n - i >= width; i += width) {
-      const auto [even, odd] = deinterleave(get(0), get(1));
-      if constexpr (K == 2) {
-        put(0, even);
-        put(1, odd);
-      } else {
-        const auto [more_even, more_odd] = deinterleave(get(2), get(3));
-        const auto [first, third] = deinterleave(even, more_even);
-        const auto [second, fourth] = deinterleave(odd, more_odd);
-        put(0, first);
-        put(1, second);
-        put(2, third);
-        put(3, fourth);
-      }
-    }
+  for (; n - i >= width; i += width) {
+    f64 taken[K];
+    take_columns<K>(reinterpret_cast<const double*>(units + K * i), taken);
+#pragma GCC unroll 6
+    for (int c = 0; c < K; ++c) store(reinterpret_cast<double*>(column[c] + i), taken[c]);
+  }
   for (; i < n; ++i)
     for (int c = 0; c < K; ++c) column[c][i] = units[K * i + c];
 }
@@ -69,14 +83,18 @@ void fractions(int32_t n, const uint64_t* units, double* u) {
 // Less than 1 by what a constant c that is rounded up in single precision may take.
 int32_t cube(int32_t n, const double* x, const double* u, double c, double squeeze, double* v,
              int32_t* undecided) {
-  int32_t count = 0;
+  uint32_t open[distribution_block / 32] = {};
   by_registers(n, [&](int32_t i, auto get, auto put) {
     const f64 xi = get(x + i), w = xi * c + 1.0, x2 = xi * xi;
     put(v + i, w * w * w);
     uint32_t set = lane_bits<double>(get(u + i) >= (1 - 0x1p-20) - x2 * x2 * squeeze);
     if (n - i < width) set &= (1U << (n - i)) - 1;
-    for (; set != 0; set &= set - 1) undecided[count++] = i + std::countr_zero(set);
+    open[i / 32] |= set << i % 32;
   });
+  int32_t count = 0;
+  for (int32_t i = 0; i < n; i += 32)
+    for (uint32_t set = open[i / 32]; set != 0; set &= set - 1)
+      undecided[count++] = i + std::countr_zero(set);
   return count;
 }
 
