@@ -141,7 +141,8 @@ TEST(random, cuts_change_no_number) {
       for (const law::continuous& law :
            {law::continuous(law::uniform{}), law::continuous(law::uniform{0, 1, resolution::one_word}),
             law::continuous(law::exponential{}), law::continuous(law::laplace{}),
-            law::continuous(law::gaussian{0, 1, gaussian_method::kept_pairs})}) {
+            law::continuous(law::gaussian{0, 1, gaussian_method::kept_pairs}),
+            law::continuous(law::gaussian{0, 1, gaussian_method::ziggurat})}) {
         expect_one_sequence<double>(id, law);
         expect_one_sequence<float>(id, law);
       }
@@ -206,9 +207,12 @@ void expect_serial_numbers(const Law& law, generator id) {
 }
 TEST(random, threads_change_no_number) {
   namespace law = distribution;
-  const law::continuous laws[] = {law::uniform{}, law::laplace{}, law::gumbel{},
+  const law::continuous laws[] = {law::uniform{},
+                                  law::laplace{},
+                                  law::gumbel{},
                                   law::gaussian{0, 1, gaussian_method::pairs},
-                                  law::gaussian{0, 1, gaussian_method::kept_pairs}};
+                                  law::gaussian{0, 1, gaussian_method::kept_pairs},
+                                  law::gaussian{0, 1, gaussian_method::ziggurat}};
   for (const generator id : {generator::mcg59, generator::wh, generator::mt2203, generator::mrg32k3a,
                              generator::philox4x32x10, generator::sfmt19937}) {
     for (const law::continuous& law : laws) expect_serial_numbers<double>(law, id);
