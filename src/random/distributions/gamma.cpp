@@ -88,6 +88,30 @@ void place(const gamma_shape& shape, int32_t n, gamma_block& block, double a, do
   gamma_kernels_now().place_power(n, block.g, block.log_u, factor, a, r);
 }
 
+template <class Real>
+int32_t draw_block(VtsStreamHandle stream, int32_t n, Real* r, Real shape, Real a, Real beta) {
+  const auto* const set_up = attached_set_up<gamma_set_up<Real>>(stream, {shape});
+  if (set_up == nullptr) return VTS_STATUS_NO_MEMORY;
+  const gamma_shape form(shape, set_up->c);
+  alignas(64) unit_column column[3];
+  gamma_block block;
+  const int32_t status = draw_columns(stream, n, form.uniforms(), column);
+  if (status < 0) return status;
+  standard_gamma(form, n, column, block);
+  return finish_candidates(n, r, block.rejected, block.rejected_at,
+                           [&](double* x) { place(form, n, block, a, beta, x); });
+}
+
+template <class Real>
+int32_t gamma(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real shape, Real a, Real beta) {
+  if (method != 0) return VTS_STATUS_BAD_METHOD;
+  if (!gamma_set_up<Real>::accepts({shape}) || !std::isfinite(a) || !is_positive(beta))
+    return VTS_STATUS_BAD_ARGUMENT;
+  return fill_with_accepted(n, r, [=](int32_t count, Real* block) {
+    return gamma_candidates(stream, count, block, shape, a, beta);
+  });
+}
+
 }  // namespace
 
 double gamma_shape::cube_constant(double shape) {
@@ -117,34 +141,6 @@ int32_t draw_columns(VtsStreamHandle stream, int32_t n, int k, unit_column* colu
 }
 
 int gamma_uniforms(double shape) { return gamma_shape(shape).uniforms(); }
-
-namespace {
-
-template <class Real>
-int32_t draw_block(VtsStreamHandle stream, int32_t n, Real* r, Real shape, Real a, Real beta) {
-  const auto* const set_up = attached_set_up<gamma_set_up<Real>>(stream, {shape});
-  if (set_up == nullptr) return VTS_STATUS_NO_MEMORY;
-  const gamma_shape form(shape, set_up->c);
-  alignas(64) unit_column column[3];
-  gamma_block block;
-  const int32_t status = draw_columns(stream, n, form.uniforms(), column);
-  if (status < 0) return status;
-  standard_gamma(form, n, column, block);
-  return finish_candidates(n, r, block.rejected, block.rejected_at,
-                           [&](double* x) { place(form, n, block, a, beta, x); });
-}
-
-template <class Real>
-int32_t gamma(int32_t method, VtsStreamHandle stream, int32_t n, Real* r, Real shape, Real a, Real beta) {
-  if (method != 0) return VTS_STATUS_BAD_METHOD;
-  if (!gamma_set_up<Real>::accepts({shape}) || !std::isfinite(a) || !is_positive(beta))
-    return VTS_STATUS_BAD_ARGUMENT;
-  return fill_with_accepted(n, r, [=](int32_t count, Real* block) {
-    return gamma_candidates(stream, count, block, shape, a, beta);
-  });
-}
-
-}  // namespace
 
 int32_t gamma_candidates(VtsStreamHandle stream, int32_t count, double* r, double shape, double a,
                          double beta) {

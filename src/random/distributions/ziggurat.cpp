@@ -38,47 +38,65 @@ double height_within(int layer, double density) {
   return (density - low) / (high - low);
 }
 
-}  // namespace
-
 template <class Real>
-int32_t ziggurat_candidates(VtsStreamHandle stream, int32_t count, Real* r) {
+using unit_of = typename ziggurat_unit<Real>::type;
+
+// The escapes that begin a record, rather than being the second unit of one. `units` has room for the one
+// that may have to be drawn.
+template <class Real>
+int32_t list_records(VtsStreamHandle stream, int32_t count, unit_of<Real>* units, int32_t found,
+                     const int32_t* escapes, const Real* x, short_lists& lists) {
   using unit = ziggurat_unit<Real>;
-  alignas(64) typename unit::type units[distribution_block + 1];
-  int32_t escapes[distribution_block];
-  const int32_t status = draw_units(stream, count, units);
-  if (status < 0) return status;
-  const int32_t found = ziggurat_kernels_now<Real>().place_across(count, units, r, escapes);
-  short_lists lists;
-  removal<Real> kept(r);
   int32_t first = 0;  // not yet taken as a second unit
   for (int32_t k = 0; k < found; ++k) {
     const int32_t at = escapes[k];
     if (at < first) continue;
-    if (at + 1 == count) {
-      const int32_t drawn = draw_units(stream, 1, units + count);
-      if (drawn < 0) return drawn;
-    }
     first = at + 2;
+    if (first > count) {
+      const int32_t status = draw_units(stream, 1, units + count);
+      if (status < 0) return status;
+    }
     if (unit::layer(units[at]) == 0)
       lists.add_tail(at, unit::fraction(units[at + 1]));
     else
-      lists.add_wedge(at, r[at]);
+      lists.add_wedge(at, x[at]);
   }
-  lists.evaluate();
+  return VTS_STATUS_OK;
+}
+
+// In the order of both lists: second units go, and variates whose heights are above the density.
+template <class Real>
+int32_t settle_records(int32_t count, const unit_of<Real>* units, const short_lists& lists, Real* r) {
+  using unit = ziggurat_unit<Real>;
+  removal<Real> kept(r);
   for (int32_t wedge = 0, tail = 0; wedge < lists.wedges || tail < lists.tails;) {
     const bool is_tail =
         wedge == lists.wedges || (tail < lists.tails && lists.tail_at[tail] < lists.wedge_at[wedge]);
     const int32_t at = is_tail ? lists.tail_at[tail] : lists.wedge_at[wedge];
-    if (is_tail) {
+    bool above = false;
+    if (is_tail)
       r[at] = static_cast<Real>(std::copysign(lists.tail[tail++], r[at]));
-      kept.without(at + 1, 1);
-    } else {
-      const double height = height_within(unit::layer(units[at]), lists.wedge[wedge++]);
-      const bool above = unit::fraction(units[at + 1]) >= height;
-      kept.without(above ? at : at + 1, above ? 2 : 1);
-    }
+    else
+      above = unit::fraction(units[at + 1]) >= height_within(unit::layer(units[at]), lists.wedge[wedge++]);
+    kept.without(above ? at : at + 1, above ? 2 : 1);
   }
   return kept.finish(count);
+}
+
+}  // namespace
+
+template <class Real>
+int32_t ziggurat_candidates(VtsStreamHandle stream, int32_t count, Real* r) {
+  alignas(64) unit_of<Real> units[distribution_block + 1];
+  int32_t escapes[distribution_block];
+  short_lists lists;
+  int32_t status = draw_units(stream, count, units);
+  if (status < 0) return status;
+  const int32_t found = ziggurat_kernels_now<Real>().place_across(count, units, r, escapes);
+  status = list_records<Real>(stream, count, units, found, escapes, r, lists);
+  if (status < 0) return status;
+  lists.evaluate();
+  return settle_records<Real>(count, units, lists, r);
 }
 
 template int32_t ziggurat_candidates(VtsStreamHandle, int32_t, double*);
