@@ -344,7 +344,7 @@ int32_t _vtsiRngGeometric(int32_t method, VtsStreamHandle stream, int32_t n, int
  * Poisson: lambda above 0 and up to 2^31 - 2^19. */
 int32_t _vtsiRngPoisson(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, double lambda);
 int32_t _viRngPoissonPtpe(VtsStreamHandle stream, int32_t n, int32_t* r, double lambda);
-/* Poisson, r[i] with mean lambda[i]. Nothing is kept; one uniform for means below 10. */
+/* Poisson, r[i] with mean lambda[i]. Nothing is kept; one uniform for means below 20. */
 int32_t _vtsiRngPoissonV(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, const double* lambda);
 /* Successes in ntrial trials, 0 or more of them, with probability p, from 0 to 1. */
 int32_t _vtsiRngBinomial(int32_t method, VtsStreamHandle stream, int32_t n, int32_t* r, int32_t ntrial,

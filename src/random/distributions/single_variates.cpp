@@ -11,8 +11,8 @@ using namespace tmk::rng;
 
 constexpr int32_t rejected_at_most = 1 << 12;  // in a row, as other laws by rejection
 
-// With a mean below 10, less than 2^-60 is above this.
-constexpr int32_t last_searched = 70;
+// With a mean below 20, less than 2^-60 is above this.
+constexpr int32_t last_searched = 100;
 
 // 1/(k + 1): a search waits for no quotient.
 constexpr auto reciprocal = [] {

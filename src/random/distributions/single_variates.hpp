@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Variates of laws whose parameters change from one to the next, so that no table pays.
-//   mean below 10   inversion, by a search from 0 upwards, of one uniform
-//   otherwise       transformed rejection, two uniforms to a candidate: W. Hoermann, The transformed
-//   rejection
-//                   method for generating Poisson random variables, Insurance: Math. and Econ. 12 (1993);
-//                   The generation of binomial random variates, J. Stat. Comput. Simul. 46 (1993)
+//   mean below 20   inversion, by a search from 0 upwards, of one uniform
+//   otherwise       transformed rejection, two uniforms to a candidate
+// W. Hoermann, The transformed rejection method for generating Poisson random variables, Insurance: Math. and
+// Econ. 12 (1993); The generation of binomial random variates, J. Stat. Comput. Simul. 46 (1993).
 #pragma once
 
 #include <algorithm>
@@ -41,7 +40,7 @@ class uniform_supply {
 };
 
 // The uniforms that a variate of that mean takes at least.
-constexpr double least_rejection_mean = 10;
+constexpr double least_rejection_mean = 20;
 constexpr int32_t least_uniforms(double mean) { return mean < least_rejection_mean ? 1 : 2; }
 
 // `later`: how many uniforms are certainly needed after this variate.
