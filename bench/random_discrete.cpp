@@ -128,7 +128,7 @@ void add_discrete(std::vector<group>& groups) {
       negative_binomial_row<5, 200>(),
       negative_binomial_row<100, 10>(),
       hypergeometric_row<1000, 100, 60>(),
-      hypergeometric_row<100000, 5000, 30000>(),
+      hypergeometric_row<5000, 300, 2500>(),
       {"multinomial, 4 classes", draw_vectors, {gsl_vectors()}},
   };
   for (const row& r : rows) groups.push_back(drawn(r.name, n, VTS_BRNG_MT19937, r.draw, r.peers));
