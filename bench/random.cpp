@@ -123,6 +123,7 @@ std::vector<group> all_groups() {
   for (const auto& law : laws) groups.push_back(drawn(law.name, n, VTS_BRNG_MT19937, law.draw, law.peers));
   add_continuous(groups);
   add_discrete(groups);
+  add_sampling(groups);
 
   const auto skip = [](VtsStreamHandle s) { __vtsSkipAheadStream(s, 1'000'000'000'000); };
   for (const auto& [name, brng] : {std::pair("MT19937 skip of 10^12", VTS_BRNG_MT19937),

@@ -66,5 +66,6 @@ subject drawn_by_gsl(Variate variate) {
 
 void add_continuous(std::vector<group>& groups);
 void add_discrete(std::vector<group>& groups);
+void add_sampling(std::vector<group>& groups);
 
 }  // namespace tmk::bench

@@ -250,6 +250,23 @@ struct lognormal {
   double log_mean = 0, log_sd = 1, location = 0, scale = 1;
   gaussian_method method = gaussian_method::inversion;
 };
+/// location + scale x, x of density x^(shape - 1) e^-x / Gamma(shape); 2^-20 <= shape <= 2^30.
+struct gamma {
+  double shape = 1, scale = 1, location = 0;
+};
+/// The sum of the squares of `degrees` standard normals, for any positive number of them: gamma with shape
+/// degrees / 2 and scale 2.
+struct chi_square {
+  double degrees = 1;
+};
+/// Between 0 and 1, of density x^(a - 1) (1 - x)^(b - 1) / B(a, b); 2^-20 <= a, b <= 2^30.
+struct beta {
+  double a = 1, b = 1;
+};
+/// location + scale t, t a standard normal divided by sqrt(chi_square / degrees).
+struct student_t {
+  double degrees = 1, location = 0, scale = 1;
+};
 
 /// low to high, both included, low <= high; each as likely as any other (D. Lemire, Fast random integer
 /// generation in an interval, ACM TOMACS 29, 2019). Of mcg59, wh and the quasi-random generators: even but
@@ -286,8 +303,8 @@ struct hypergeometric {
   std::int32_t population = 1, sample = 1, marked = 1;
 };
 
-using continuous =
-    std::variant<uniform, exponential, cauchy, gumbel, laplace, rayleigh, weibull, gaussian, lognormal>;
+using continuous = std::variant<uniform, exponential, cauchy, gumbel, laplace, rayleigh, weibull, gaussian,
+                                lognormal, gamma, chi_square, beta, student_t>;
 using discrete =
     std::variant<uniform_int, bernoulli, geometric, poisson, binomial, negative_binomial, hypergeometric>;
 
@@ -369,6 +386,10 @@ inline constexpr detail::continuous_call<distribution::rayleigh> rayleigh;
 inline constexpr detail::continuous_call<distribution::weibull> weibull;
 inline constexpr detail::by_method_call<distribution::gaussian> gaussian;
 inline constexpr detail::by_method_call<distribution::lognormal> lognormal;
+inline constexpr detail::continuous_call<distribution::gamma> gamma;
+inline constexpr detail::continuous_call<distribution::chi_square> chi_square;
+inline constexpr detail::continuous_call<distribution::beta> beta;
+inline constexpr detail::continuous_call<distribution::student_t> student_t;
 inline constexpr detail::discrete_call<distribution::uniform_int> uniform_int;
 inline constexpr detail::discrete_call<distribution::bernoulli> bernoulli;
 inline constexpr detail::discrete_call<distribution::geometric> geometric;
@@ -380,6 +401,33 @@ inline constexpr detail::discrete_call<distribution::hypergeometric> hypergeomet
 /// r[i] is Poisson with mean means[i], as for distribution::poisson. Throws tmk::error for sizes that differ
 /// and for the first mean that the law has not.
 void poisson_each(stream& g, std::span<std::int32_t> r, std::span<const double> means);
+
+/// How gaussian_mv finds the lower triangular factor T of a covariance T T'.
+enum class factor_storage {
+  full,      ///< p rows of p values, zero above the diagonal
+  packed,    ///< the rows of the lower triangle one after the other, 1, 2, ... p values
+  diagonal,  ///< p values: the components are independent
+};
+
+struct gaussian_mv_options {
+  factor_storage storage = factor_storage::full;
+  gaussian_method method = gaussian_method::ziggurat;
+};
+
+/// Rows of p = mean.size() values: mean + T z, z standard normals in the order of one sequence. Throws
+/// tmk::error for a factor of another size, whose diagonal is not positive, that is not lower triangular or
+/// not finite, for a mean that is not finite, where p does not divide the size of r, and for
+/// gaussian_method::pairs.
+void gaussian_mv(stream& g, std::span<double> r, std::span<const double> mean, std::span<const double> factor,
+                 const gaussian_mv_options& options = {});
+void gaussian_mv(stream& g, std::span<float> r, std::span<const float> mean, std::span<const float> factor,
+                 const gaussian_mv_options& options = {});
+
+/// Rows of alpha.size() positive numbers whose sum is 1, of density proportional to the product of
+/// x[k]^(alpha[k] - 1). A call draws column after column: two calls give other rows than one. Throws
+/// tmk::error for alpha[k] outside 2^-20 to 2^30, for fewer than two of them, and where their number does not
+/// divide the size of r.
+void dirichlet(stream& g, std::span<double> r, std::span<const double> alpha);
 
 /// Rows of p.size() counts: how many of `trials` fall into class k, of probability p[k]. Throws tmk::error
 /// for negative trials, for probabilities that are negative or whose sum differs from 1 by more than 10^-9,

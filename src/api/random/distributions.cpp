@@ -3,7 +3,6 @@
 #include <tmk/abi/vts.h>
 
 #include <algorithm>
-#include <cmath>
 #include <tmk/random.hpp>
 
 #include "api/call/refuse.hpp"
@@ -150,47 +149,7 @@ void fill_with_bits(stream& g, std::span<Word> r,
   detail::check_status(d.function, g.handle(), run(d, g.handle(), r));
 }
 
-template <class T>
-void check_rows(const char* function, std::span<T> r, const char* width_name, std::size_t width) {
-  check_array(function, r);
-  if (width == 0 || r.size() % width != 0)
-    detail::refuse_value(function, "r.size()", detail::number(r.size()),
-                         std::string("a multiple of ") + width_name + ", " + detail::number(width));
-}
-
 }  // namespace
-
-void poisson_each(stream& g, std::span<std::int32_t> r, std::span<const double> means) {
-  detail::check_size("poisson_each", {"means", {means.data(), means.size()}, sizeof(double)}, r.size());
-  check_array("poisson_each", r);
-  for (std::size_t i = 0; i < means.size(); ++i)
-    detail::check_mean("poisson_each", detail::place("means", i), means[i]);
-  const double* mean = means.data();
-  for (std::size_t count; !r.empty(); r = r.subspan(count), mean += count) {
-    count = std::min(r.size(), longest_draw);
-    detail::check_status("poisson_each", g.handle(),
-                         _vtsiRngPoissonV(0, g.handle(), static_cast<int32_t>(count), r.data(), mean));
-  }
-}
-
-void multinomial(stream& g, std::span<std::int32_t> r, std::int32_t trials, std::span<const double> p) {
-  detail::refuse_below("multinomial", "trials", trials, 0);
-  check_array("multinomial", p);
-  check_rows("multinomial", r, "p.size()", p.size());
-  double sum = 0;
-  for (std::size_t k = 0; k < p.size(); sum += p[k++])
-    if (!(p[k] >= 0 && p[k] <= 1))
-      detail::refuse_value("multinomial", detail::place("p", k), detail::number(p[k]), "0 to 1");
-  if (!(std::abs(sum - 1) <= 1e-9))
-    detail::refuse_value("multinomial", "the sum of p", detail::number(sum), "1");
-  const auto classes = static_cast<int32_t>(p.size());
-  for (std::size_t count; !r.empty(); r = r.subspan(count * p.size())) {
-    count = std::min(r.size() / p.size(), longest_draw);
-    detail::check_status(
-        "multinomial", g.handle(),
-        _vtsiRngMultinomial(0, g.handle(), static_cast<int32_t>(count), r.data(), trials, classes, p.data()));
-  }
-}
 
 void bits(stream& g, std::span<std::uint32_t> r) { fill_with_bits(g, r, &_vtsiRngUniformBits32); }
 void bits(stream& g, std::span<std::uint64_t> r) { fill_with_bits(g, r, &_vtsiRngUniformBits64); }

@@ -7,6 +7,7 @@
 
 #include "api/call/refuse.hpp"
 #include "platform/by_precision.hpp"
+#include "random/distributions/laws_by_candidates_continuous.hpp"
 #include "random/distributions/laws_by_candidates_discrete.hpp"
 #include "random/distributions/open_uniforms.hpp"
 
@@ -150,6 +151,63 @@ draw<Real> make_draw(const distribution::lognormal& law) {
                       return by_precision<Real>(&tmk_vtsdRngLognormal, &tmk_vtssRngLognormal)(
                           number, g, n, r, mean, sd, location, scale);
                     }};
+}
+
+template <class Real>
+Real shape(const char* function, const char* name, double value) {
+  refuse_unless_in(function, name, value, least_shape, greatest_shape);
+  return static_cast<Real>(value);
+}
+
+template <class Real>
+draw<Real> gamma_draw(const char* function, Real shape, Real location, Real scale) {
+  struct kernel {
+    Real shape, location, scale;
+    int uniforms() const { return rng::gamma_uniforms(shape); }
+    accepted operator()(VtsStreamHandle g, int32_t n, Real* r) const {
+      return {rng::gamma_candidates(g, n, r, shape, location, scale)};
+    }
+  };
+  return draw<Real>{function, kernel{shape, location, scale}};
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::gamma& law) {
+  return gamma_draw("gamma", shape<Real>("gamma", "shape", law.shape),
+                    finite<Real>({"gamma", "location", law.location}),
+                    positive<Real>({"gamma", "scale", law.scale}));
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::chi_square& law) {
+  refuse_unless_in("chi_square", "degrees", law.degrees, 2 * least_shape, 2 * greatest_shape);
+  return gamma_draw("chi_square", static_cast<Real>(law.degrees / 2), Real{0}, Real{2});
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::beta& law) {
+  struct kernel {
+    Real a, b;
+    int uniforms() const { return rng::beta_uniforms(a, b); }
+    accepted operator()(VtsStreamHandle g, int32_t n, Real* r) const {
+      return {rng::beta_candidates(g, n, r, a, b, Real{0}, Real{1})};
+    }
+  };
+  return draw<Real>{"beta", kernel{shape<Real>("beta", "a", law.a), shape<Real>("beta", "b", law.b)}};
+}
+
+template <class Real>
+draw<Real> make_draw(const distribution::student_t& law) {
+  struct kernel {
+    Real degrees, location, scale;
+    int uniforms() const { return rng::student_t_uniforms(); }
+    accepted operator()(VtsStreamHandle g, int32_t n, Real* r) const {
+      return {rng::student_t_candidates(g, n, r, degrees, location, scale)};
+    }
+  };
+  return draw<Real>{"student_t", kernel{positive<Real>({"student_t", "degrees", law.degrees}),
+                                        finite<Real>({"student_t", "location", law.location}),
+                                        positive<Real>({"student_t", "scale", law.scale})}};
 }
 
 template <class>

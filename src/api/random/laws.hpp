@@ -32,7 +32,7 @@ class draw {
   }
   // Of doubles, as many as kernel.uniforms() says when somebody asks.
   template <class Kernel>
-  draw(const char* name, const Kernel& kernel) : draw(name, sizeof(double), kernel) {
+  draw(const char* name, const Kernel& kernel) : draw(name, int{sizeof(double)}, kernel) {
     uniforms_ = [](const draw& d) { return own<Kernel>(d.kernel_).uniforms(); };
   }
 
@@ -75,6 +75,9 @@ class draw {
 // and int32_t for the discrete ones.
 template <class T, class Laws>
 draw<T> draw_of(const Laws& law);
+
+// Shapes of gamma and beta variates.
+constexpr double least_shape = 0x1p-20, greatest_shape = 0x1p30;
 
 // Refuses what no Poisson law has as its mean.
 void check_mean(const char* function, const std::string& argument, double mean);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <boost/math/special_functions/beta.hpp>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -142,7 +143,9 @@ TEST(random, cuts_change_no_number) {
            {law::continuous(law::uniform{}), law::continuous(law::uniform{0, 1, resolution::one_word}),
             law::continuous(law::exponential{}), law::continuous(law::laplace{}),
             law::continuous(law::gaussian{0, 1, gaussian_method::kept_pairs}),
-            law::continuous(law::gaussian{0, 1, gaussian_method::ziggurat})}) {
+            law::continuous(law::gaussian{0, 1, gaussian_method::ziggurat}), law::continuous(law::gamma{2.5}),
+            law::continuous(law::gamma{0.3}), law::continuous(law::beta{0.5, 3}),
+            law::continuous(law::student_t{4})}) {
         expect_one_sequence<double>(id, law);
         expect_one_sequence<float>(id, law);
       }
@@ -212,7 +215,9 @@ TEST(random, threads_change_no_number) {
                                   law::gumbel{},
                                   law::gaussian{0, 1, gaussian_method::pairs},
                                   law::gaussian{0, 1, gaussian_method::kept_pairs},
-                                  law::gaussian{0, 1, gaussian_method::ziggurat}};
+                                  law::gaussian{0, 1, gaussian_method::ziggurat},
+                                  law::gamma{0.3},
+                                  law::beta{2, 3}};
   for (const generator id : {generator::mcg59, generator::wh, generator::mt2203, generator::mrg32k3a,
                              generator::philox4x32x10, generator::sfmt19937}) {
     for (const law::continuous& law : laws) expect_serial_numbers<double>(law, id);
@@ -236,6 +241,7 @@ TEST(random, refusals_name_argument_and_value_and_leave_the_stream) {
     (void)g, (void)x, (void)y, (void)k;                                      \
     __VA_ARGS__;                                                             \
   }
+  static const std::vector<double> mean(2);
   const refusal rows[] = {
       {CALL(uniform(g, x, {1, 1})), bad, "high", "1"},
       {CALL(uniform(g, x, {2, -1})), bad, "high", "-1"},
@@ -257,6 +263,18 @@ TEST(random, refusals_name_argument_and_value_and_leave_the_stream) {
       {CALL(uniform_int(g, k, {5, 4})), bad, "high", "4"},
       {CALL(bernoulli(g, k, {.p = 1.5})), bad, "p", "1.5"},
       {CALL(geometric(g, k, {.p = 0})), bad, "p", "0"},
+      {CALL(gamma(g, x, {.shape = 0})), bad, "shape", "0"},
+      {CALL(gamma(g, x, {.scale = -1})), bad, "scale", "-1"},
+      {CALL(chi_square(g, x, {.degrees = nan})), bad, "degrees", "nan"},
+      {CALL(beta(g, y, {.a = 1, .b = -1})), bad, "b", "-1"},
+      {CALL(student_t(g, x, {.degrees = infinity})), bad, "degrees", "inf"},
+      {CALL(gaussian_mv(g, x, mean, std::vector<double>{1, 0, 0})), bad, "factor", "3"},
+      {CALL(gaussian_mv(g, x, mean, std::vector<double>{1, 0, 2, 0})), bad, "factor[3]", "0"},
+      {CALL(gaussian_mv(g, x, mean, std::vector<double>{1, 0.5, 0, 1})), bad, "factor[1]", "0.5"},
+      {CALL(gaussian_mv(g, x, mean, mean, {factor_storage::diagonal})), bad, "factor[0]", "0"},
+      {CALL(gaussian_mv(g, x.first(3), mean, std::vector<double>{1, 0, 0, 1})), bad, "r.size()", "3"},
+      {CALL(dirichlet(g, x, std::vector<double>{1, 0})), bad, "alpha[1]", "0"},
+      {CALL(dirichlet(g, x, std::vector<double>{1})), bad, "alpha.size()", "1"},
       {CALL(poisson(g, k, {.mean = 0})), bad, "mean", "0"},
       {CALL(poisson(g, k, {.mean = 3e9})), bad, "mean", "3e+09"},
       {CALL(binomial(g, k, {.trials = -1})), bad, "trials", "-1"},
@@ -306,6 +324,34 @@ TEST(random, refusals_name_argument_and_value_and_leave_the_stream) {
     EXPECT_EQ(g.save(), before);
     EXPECT_EQ(x, std::vector<double>(4, -1));
     EXPECT_EQ(k, std::vector<int>(4, -1));
+  }
+}
+
+// The mean of each component, and what its law is where that is known: x[k] is beta with alpha[k] and the sum
+// of the others. Small shapes are drawn by another way.
+TEST(random, dirichlet_components_are_beta) {
+  for (const std::vector<double>& alpha :
+       {std::vector<double>{0.5, 2, 1.5}, {0.05, 0.02, 0.03}, {0x1p-20, 0x1p-20}}) {
+    stream g(generator::philox4x32x10, 1);
+    constexpr std::size_t rows = 20'000;
+    std::vector<double> r(rows * alpha.size()), peer(rows);
+    dirichlet(g, r, alpha);
+    const double sum = std::accumulate(alpha.begin(), alpha.end(), 0.0);
+    for (std::size_t k = 0; k < alpha.size(); ++k) {
+      std::vector<double> column(rows);
+      for (std::size_t i = 0; i < rows; ++i) column[i] = r[i * alpha.size() + k];
+      const auto below = [&](double x) { return boost::math::ibeta(alpha[k], sum - alpha[k], x); };
+      for (const double x : {1e-9, 1e-3, 0.1, 0.5, 0.9}) {
+        const double p = below(x), share = static_cast<double>(std::ranges::count_if(
+                                               column, [=](double v) { return v <= x; })) /
+                                           rows;
+        EXPECT_NEAR(share, p, 4 * std::sqrt(p * (1 - p) / rows) + 1e-9) << alpha[k] << ' ' << x;
+      }
+    }
+    for (std::size_t i = 0; i < r.size(); i += alpha.size())
+      ASSERT_NEAR(std::accumulate(r.begin() + static_cast<std::ptrdiff_t>(i),
+                                  r.begin() + static_cast<std::ptrdiff_t>(i + alpha.size()), 0.0),
+                  1, 1e-14);
   }
 }
 
