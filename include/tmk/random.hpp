@@ -318,8 +318,8 @@ void fill(stream& g, std::span<std::int32_t> r, const distribution::discrete& la
 /// The same, r being cut among up to `threads` threads: the numbers are those of fill, and the stream ends
 /// where fill would leave it. Laws by rejection draw rounds of candidates, a round as many as numbers are
 /// missing. Generators without skip-ahead, and methods whose numbers take different counts of uniforms
-/// (kept_pairs, ziggurat), run on one thread. A jump of MT19937 and SFMT19937 costs as much as millions of their words,
-/// so that only long arrays gain. Throws also for threads below 1.
+/// (kept_pairs, ziggurat), run on one thread. A jump of MT19937 and SFMT19937 costs as much as millions of
+/// their words, so that only long arrays gain. Throws also for threads below 1.
 void fill_parallel(stream& g, std::span<double> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<float> r, const distribution::continuous& law, int threads);
 void fill_parallel(stream& g, std::span<std::int32_t> r, const distribution::discrete& law, int threads);

@@ -16,10 +16,12 @@ struct renewal {
 // A line per law with a set-up: {SetUp::kind, renew_set_up<SetUp>}.
 template <class SetUp>
 constexpr renewal renewal_of{SetUp::kind, renew_set_up<SetUp>};
-constexpr renewal renewals[] = {
-    renewal_of<discrete_set_up<poisson_law>>,           renewal_of<discrete_set_up<binomial_law>>,
-    renewal_of<discrete_set_up<negative_binomial_law>>, renewal_of<discrete_set_up<hypergeometric_law>>,
-    renewal_of<gamma_set_up<double>>,                   renewal_of<gamma_set_up<float>>};
+constexpr renewal renewals[] = {renewal_of<discrete_set_up<poisson_law>>,
+                                renewal_of<discrete_set_up<binomial_law>>,
+                                renewal_of<discrete_set_up<negative_binomial_law>>,
+                                renewal_of<discrete_set_up<hypergeometric_law>>,
+                                renewal_of<gamma_set_up<double>>,
+                                renewal_of<gamma_set_up<float>>};
 
 }  // namespace
 
