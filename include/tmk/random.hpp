@@ -180,7 +180,7 @@ template <std::integral Seed>
 /// `parts` streams for as many threads or machines, by the safest way that the generator has:
 ///   wh, mt2203            sets 0 to parts - 1, at most 273 and 6024;
 ///   mt19937, sfmt19937, mrg32k3a   of one sequence, 2^62 elements apart;
-///   mcg31m1, mcg59        of one sequence, at an odd distance, about the period divided by parts;
+///   mcg31m1, mcg59        of one sequence, at the golden section of the period divided by parts;
 ///   philox4x32x10, ars5, r250, hardware   seeds that are children of one.
 /// docs/parallel-streams.md tells how many are safe. Throws tmk::error for parts below 1 or above the count
 /// of sets, and for sobol and niederreiter.

@@ -237,13 +237,21 @@ std::vector<stream> stream::spawn(int count) {
 
 namespace {
 
+// An odd number, the golden section of a part of the period. A part of the period itself, or the odd number
+// next to it, is a distance at which the elements of multiplicative generators are related: modulo 2^59 those
+// 2^53 apart differ in their upper four bits alone.
+std::int64_t golden_part(std::int64_t period, int parts) {
+  constexpr double golden_section = 0.61803398874989485;
+  return static_cast<std::int64_t>(golden_section * static_cast<double>(period) / parts) | 1;
+}
+
 // Elements between the starts of streams that share one sequence; 0 for generators that do better otherwise.
 std::int64_t distance_between(generator g, int parts) {
   switch (g) {
     case generator::mcg31m1:
-      return ((INT32_MAX - 1) / parts - 1) | 1;
-    case generator::mcg59:  // states at even distances are related
-      return ((std::int64_t{1} << 57) / parts - 1) | 1;
+      return golden_part(INT32_MAX - 1, parts);
+    case generator::mcg59:
+      return golden_part(std::int64_t{1} << 57, parts);
     case generator::mt19937:
     case generator::sfmt19937:
     case generator::mrg32k3a:

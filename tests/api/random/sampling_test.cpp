@@ -18,8 +18,11 @@ namespace {
 
 // Alias cells of very unequal weights, zeros among them.
 TEST(sampling, discrete_has_the_weights_probabilities) {
-  const std::vector<std::vector<double>> tables = {
-      {0, 1}, {1, 1, 1, 1, 1, 2}, {0, 3, 0, 1e-3, 5, 0}, {1e300, 3e300, 2e300, 4e300}, {5e-324, 5e-324, 1e-323}};
+  const std::vector<std::vector<double>> tables = {{0, 1},
+                                                   {1, 1, 1, 1, 1, 2},
+                                                   {0, 3, 0, 1e-3, 5, 0},
+                                                   {1e300, 3e300, 2e300, 4e300},
+                                                   {5e-324, 5e-324, 1e-323}};
   for (const auto& weights : tables) {
     stream g = random(7);
     std::vector<int> r(100'000);

@@ -128,6 +128,26 @@ TEST(random_seeds, children_and_parallel_streams_are_unrelated) {
   expect_refused([] { static_cast<void>(stream::load(random(1).save()).spawn(1)); }, -1, "g", "0x1000000");
 }
 
+// Modulo a power of two, elements at distances with many factors of two differ in a few bits.
+TEST(random_seeds, parts_of_one_sequence_do_not_repeat_each_other) {
+  for (const generator id : {generator::mcg59, generator::mcg31m1})
+    for (const int parts : {2, 3, 16, 64, 1000}) {
+      auto all = streams(id, 5, parts);
+      std::vector<std::vector<std::uint32_t>> words;
+      for (stream& part : all) words.push_back(next_words(part, 500));
+      for (std::size_t k = 1; k < words.size(); ++k)
+        for (const std::size_t other : {k - 1, std::size_t{0}, k / 2})
+          for (std::size_t lag = 0; lag < 8 && other != k; ++lag) {
+            int alike = 0;
+            for (std::size_t i = 0; i + lag < 500; ++i)
+              alike += ((words[k][i] ^ words[other][i + lag]) & 0xFFFF) == 0 ||
+                       ((words[other][i] ^ words[k][i + lag]) & 0xFFFF) == 0;
+            ASSERT_LT(alike, 5) << static_cast<int>(id) << ' ' << parts << ' ' << k << ' ' << other << ' '
+                                << lag;
+          }
+    }
+}
+
 TEST(random_seeds, sets_of_one_seed_are_unrelated) {
   for (const auto& [id, sets] : {std::pair(generator::mt2203, 6024), std::pair(generator::wh, 273)})
     for (const std::size_t draw : {1u, 2u, 35u, 100u}) {
