@@ -54,7 +54,7 @@ template <class Real>
 int32_t candidates(VtsStreamHandle stream, int32_t count, Real* r, Real p, Real q, Real a, Real beta) {
   const kernel_scope scope(leave_result);
   const gamma_shape first(p), second(q);
-  return walk_candidates(
+  return candidates_in_blocks(
       count, r, [&](int32_t n, Real* block) { return draw_block(stream, n, block, first, second, a, beta); });
 }
 

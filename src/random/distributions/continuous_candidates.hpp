@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What continuous laws by candidates share: checks, the walk over blocks, and the end of a block.
+// What continuous laws by candidates share: checks, and the end of a block.
 #pragma once
 
 #include <algorithm>
@@ -18,19 +18,6 @@ bool is_positive(Real x) {
 
 // A callback: underflow to zero and overflow to infinity are what the law has there.
 inline int32_t leave_result(VtmErrorContext*) { return 0; }
-
-// block(n, r) for blocks of `count` candidates; how many were accepted in all.
-template <class Real, class Block>
-int32_t walk_candidates(int32_t count, Real* r, Block block) {
-  int32_t kept = 0;
-  for (int32_t n; count > 0; count -= n) {
-    n = std::min(count, distribution_block);
-    const int32_t more = block(n, r + kept);
-    if (more < 0) return more;
-    kept += more;
-  }
-  return kept;
-}
 
 // make(x) fills n doubles; they are rounded to r and the rejected left out.
 template <class Real, class Make>

@@ -73,14 +73,8 @@ int32_t discrete_candidates(VtsStreamHandle stream, int32_t count, int32_t* r,
   const kernel_scope scope(repair_ln<double>);
   const auto* set_up = attached_set_up<discrete_set_up<Law>>(stream, p);
   if (set_up == nullptr) return VTS_STATUS_NO_MEMORY;
-  int32_t kept = 0;
-  for (int32_t some; count > 0; count -= some) {
-    some = std::min(count, distribution_block);
-    const int32_t accepted = set_up->candidates(stream, some, r + kept);
-    if (accepted < 0) return accepted;
-    kept += accepted;
-  }
-  return kept;
+  return candidates_in_blocks(
+      count, r, [=](int32_t n, int32_t* block) { return set_up->candidates(stream, n, block); });
 }
 
 template <class Law>

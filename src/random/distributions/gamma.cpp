@@ -145,12 +145,12 @@ int gamma_uniforms(double shape) { return gamma_shape(shape).uniforms(); }
 int32_t gamma_candidates(VtsStreamHandle stream, int32_t count, double* r, double shape, double a,
                          double beta) {
   const kernel_scope scope(leave_result);
-  return walk_candidates(
+  return candidates_in_blocks(
       count, r, [=](int32_t n, double* block) { return draw_block(stream, n, block, shape, a, beta); });
 }
 int32_t gamma_candidates(VtsStreamHandle stream, int32_t count, float* r, float shape, float a, float beta) {
   const kernel_scope scope(leave_result);
-  return walk_candidates(
+  return candidates_in_blocks(
       count, r, [=](int32_t n, float* block) { return draw_block(stream, n, block, shape, a, beta); });
 }
 

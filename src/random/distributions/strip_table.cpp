@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
 
 #include "random/distributions/accurate_kernel.hpp"
+#include "random/distributions/compaction.hpp"
 #include "random/distributions/discrete_kernels.hpp"
 #include "random/distributions/precision.hpp"
 
@@ -154,16 +154,10 @@ void decide(const strip_frame& frame, const double* cuts, const double* pairs, i
 
 // Removes the rejected ones, all of which are among the positions. How many are left of n.
 int32_t close_gaps(int32_t n, int32_t* r, int32_t count, const int32_t* positions) {
-  int32_t kept = 0, from = 0;
-  const auto keep_up_to = [&](int32_t end) {
-    if (kept != from) std::memmove(r + kept, r + from, static_cast<size_t>(end - from) * sizeof(*r));
-    kept += end - from;
-    from = end + 1;
-  };
+  removal<int32_t> kept(r);
   for (int32_t i = 0; i < count; ++i)
-    if (r[positions[i]] == rejected) keep_up_to(positions[i]);
-  keep_up_to(n);
-  return kept;
+    if (r[positions[i]] == rejected) kept.without(positions[i], 1);
+  return kept.finish(n);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 // whose product overflows only where t does, and whose difference is expm1's.
 #include <cmath>
 
+#include "random/distributions/candidates.hpp"
 #include "random/distributions/gamma.hpp"
 #include "random/distributions/kernel_calls.hpp"
 #include "random/distributions/laws_by_candidates_continuous.hpp"
@@ -37,8 +38,8 @@ int32_t draw_block(VtsStreamHandle stream, int32_t n, Real* r, double nu, double
 template <class Real>
 int32_t candidates(VtsStreamHandle stream, int32_t count, Real* r, double nu, double a, double beta) {
   const kernel_scope scope(leave_result);
-  return walk_candidates(count, r,
-                         [=](int32_t n, Real* block) { return draw_block(stream, n, block, nu, a, beta); });
+  return candidates_in_blocks(
+      count, r, [=](int32_t n, Real* block) { return draw_block(stream, n, block, nu, a, beta); });
 }
 
 }  // namespace
