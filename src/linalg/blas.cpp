@@ -67,12 +67,6 @@ void freely(Arguments... arguments) {
   void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,                 \
                            const int* incx, Real* a, const int* lda) {                                       \
     tmk::run<&tmk::blas_library::letter, &tmk::blas_routines<Real>::syr>(uplo, n, alpha, x, incx, a, lda);   \
-  }                                                                                                          \
-  void prefix##letter##trmm(const char* side, const char* uplo, const char* transa, const char* diag,        \
-                            const int* m, const int* n, const Real* alpha, const Real* a, const int* lda,    \
-                            Real* b, const int* ldb) {                                                       \
-    tmk::run<&tmk::blas_library::letter, &tmk::blas_routines<Real>::trmm>(side, uplo, transa, diag, m, n,    \
-                                                                          alpha, a, lda, b, ldb);            \
   }
 TMK_BLAS_FORM(tmk_blas_, freely, d, double)
 TMK_BLAS_FORM(tmk_blas_, freely, s, float)

@@ -12,10 +12,7 @@ extern "C" {
                             const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,   \
                             const int* ldc);                                                               \
   void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,               \
-                           const int* incx, Real* a, const int* lda);                                      \
-  void prefix##letter##trmm(const char* side, const char* uplo, const char* transa, const char* diag,      \
-                            const int* m, const int* n, const Real* alpha, const Real* a, const int* lda,  \
-                            Real* b, const int* ldb);
+                           const int* incx, Real* a, const int* lda);
 TMK_BLAS_FORM(tmk_blas_, d, double)
 TMK_BLAS_FORM(tmk_blas_, s, float)
 TMK_BLAS_FORM(tmk_blas_x, d, double)

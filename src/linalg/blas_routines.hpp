@@ -13,8 +13,6 @@ struct blas_routines {
                const Real* a, const int* lda, const Real* beta, Real* c, const int* ldc);
   void (*syr)(const char* uplo, const int* n, const Real* alpha, const Real* x, const int* incx, Real* a,
               const int* lda);
-  void (*trmm)(const char* side, const char* uplo, const char* transa, const char* diag, const int* m,
-               const int* n, const Real* alpha, const Real* a, const int* lda, Real* b, const int* ldb);
 };
 
 struct blas_library {
@@ -26,7 +24,7 @@ struct blas_library {
 };
 
 // The BLAS of this process. The static library links one (linked/). The shared library loads one at the first
-// call (loaded/): a process that does not need one does not load it.
+// call (loaded/): a process that computes no covariance does not load it.
 const blas_library& blas();
 
 // Plain loops, for a process without a BLAS.

@@ -68,34 +68,9 @@ void syr(const char* uplo, const int* n, const Real* alpha, const Real* x, const
   });
 }
 
-// B = alpha op(A) B or B = alpha B op(A) in place: each element is summed before those that it is a sum of
-// are overwritten.
-template <class Real>
-void trmm(const char* side, const char* uplo, const char* transa, const char* diag, const int* m,
-          const int* n, const Real* alpha, const Real* a, const int* lda, Real* b, const int* ldb) {
-  const operand<Real> t(transa, a, lda);
-  const bool left = *side == 'L';
-  const bool lower = (*uplo == 'L') == (*transa == 'N');  // op(A)
-  const ptrdiff_t order = left ? *m : *n, vectors = left ? *n : *m;
-  const ptrdiff_t step = left ? 1 : *ldb, next = left ? *ldb : 1;
-  for (ptrdiff_t v = 0; v < vectors; ++v) {
-    Real* const x = b + v * next;
-    const bool from_first = lower != left;
-    for (ptrdiff_t k = 0; k < order; ++k) {
-      const ptrdiff_t i = from_first ? k : order - 1 - k;
-      Real sum = *diag == 'U' ? x[i * step] : t(i, i) * x[i * step];
-      for (ptrdiff_t l = from_first ? i + 1 : 0; l < (from_first ? order : i); ++l)
-        sum += (left ? t(i, l) : t(l, i)) * x[l * step];
-      x[i * step] = *alpha * sum;
-    }
-  }
-}
-
 }  // namespace
 
-constinit const blas_library plain_blas = {{gemm<double>, syrk<double>, syr<double>, trmm<double>},
-                                           {gemm<float>, syrk<float>, syr<float>, trmm<float>},
-                                           nullptr,
-                                           nullptr};
+constinit const blas_library plain_blas = {
+    {gemm<double>, syrk<double>, syr<double>}, {gemm<float>, syrk<float>, syr<float>}, nullptr, nullptr};
 
 }  // namespace tmk

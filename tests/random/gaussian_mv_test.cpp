@@ -75,6 +75,21 @@ TEST(gaussian_mv, is_the_product_with_the_sequence) {
   expect_products<double>(1, 5, 101, 7);  // partners are kept across a cut at an odd number
 }
 
+// Of each vector the sums run in one order, however many vectors a call has.
+TEST(gaussian_mv, is_one_sequence_for_any_cut) {
+  for (const int32_t order : {2, 8, 31, 100}) {
+    const factor<double> t(static_cast<size_t>(order));
+    const owned_stream whole(VTS_BRNG_PHILOX4X32X10, {1}), cut(VTS_BRNG_PHILOX4X32X10, {1});
+    std::vector<double> x(static_cast<size_t>(700 * order)), y(x.size());
+    ASSERT_EQ(draw_mv(3, whole, 700, x.data(), order, 1, t.a.data(), t.by(1)), 0);
+    for (int32_t done = 0; const int32_t count : {7, 9, 1, 333, 350}) {
+      ASSERT_EQ(draw_mv(3, cut, count, y.data() + done * order, order, 1, t.a.data(), t.by(1)), 0);
+      done += count;
+    }
+    EXPECT_EQ(x, y) << order;
+  }
+}
+
 TEST(gaussian_mv, statuses) {
   const double a[] = {0, 0}, t[] = {1, NAN, 1, 1}, bad[] = {1, 0, NAN, 1}, infinite[] = {0, INFINITY};
   const struct {

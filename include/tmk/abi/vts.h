@@ -287,8 +287,7 @@ int32_t _vtssRngGaussian(int32_t method, VtsStreamHandle stream, int32_t n, floa
  * triangular: storage 0 by whole rows, of which what is above the diagonal is not read; 1 the rows of the
  * lower triangle; 2 the diagonal. T T' is the covariance. Component j of vector i is r[i dimen + j]. Checked,
  * in this order: method (VTS_STATUS_BAD_METHOD); storage, dimen below 1, null or non-finite a and T
- * (VTS_STATUS_BAD_ARGUMENT); VTS_STATUS_NO_MEMORY for storage 1. From 8 components on the last digits may
- * depend on how the sequence is cut into draws. */
+ * (VTS_STATUS_BAD_ARGUMENT); VTS_STATUS_NO_MEMORY. */
 int32_t _vtsdRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, double* r, int32_t dimen,
                            int32_t storage, const double* a, const double* t);
 int32_t _vtssRngGaussianMV(int32_t method, VtsStreamHandle stream, int32_t n, float* r, int32_t dimen,

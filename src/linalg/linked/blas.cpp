@@ -8,9 +8,7 @@ extern "C" {
                      const int*, const Real*, const int*, const Real*, Real*, const int*);                   \
   void letter##syrk_(const char*, const char*, const int*, const int*, const Real*, const Real*, const int*, \
                      const Real*, Real*, const int*);                                                        \
-  void letter##syr_(const char*, const int*, const Real*, const Real*, const int*, Real*, const int*);       \
-  void letter##trmm_(const char*, const char*, const char*, const char*, const int*, const int*,             \
-                     const Real*, const Real*, const int*, Real*, const int*);
+  void letter##syr_(const char*, const int*, const Real*, const Real*, const int*, Real*, const int*);
 TMK_FORTRAN_BLAS(d, double)
 TMK_FORTRAN_BLAS(s, float)
 #undef TMK_FORTRAN_BLAS
@@ -22,10 +20,8 @@ TMK_FORTRAN_BLAS(s, float)
 namespace tmk {
 
 const blas_library& blas() {
-  static const blas_library linked = {{dgemm_, dsyrk_, dsyr_, dtrmm_},
-                                      {sgemm_, ssyrk_, ssyr_, strmm_},
-                                      omp_get_max_threads,
-                                      omp_set_num_threads};
+  static const blas_library linked = {
+      {dgemm_, dsyrk_, dsyr_}, {sgemm_, ssyrk_, ssyr_}, omp_get_max_threads, omp_set_num_threads};
   return linked;
 }
 

@@ -25,9 +25,8 @@ bool load(const char* name, blas_library& b) {
   find(library, "omp_get_max_threads", b.max_threads);
   find(library, "omp_set_num_threads", b.set_threads);
   return find(library, "dgemm_", b.d.gemm) && find(library, "dsyrk_", b.d.syrk) &&
-         find(library, "dsyr_", b.d.syr) && find(library, "dtrmm_", b.d.trmm) &&
-         find(library, "sgemm_", b.s.gemm) && find(library, "ssyrk_", b.s.syrk) &&
-         find(library, "ssyr_", b.s.syr) && find(library, "strmm_", b.s.trmm);
+         find(library, "dsyr_", b.d.syr) && find(library, "sgemm_", b.s.gemm) &&
+         find(library, "ssyrk_", b.s.syrk) && find(library, "ssyr_", b.s.syr);
 }
 
 }  // namespace

@@ -1,24 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 // Normal vectors: a + T z, T lower triangular, z one sequence of standard normal variates. Blocks of vectors
-// that stay in the second cache are drawn where they are wanted and multiplied there: by columns, as BLAS
-// sees them, Z = T Z with T' in the upper triangle.
+// that stay in the second cache are drawn where they are wanted and multiplied there.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <memory>
-#include <new>
-#include <utility>
 
-#include "linalg/blas.hpp"
+#include "platform/scratch.hpp"
+#include "random/distributions/triangular_product.hpp"
 #include "tmk/abi/vts.h"
 
 namespace {
+using namespace tmk::rng;
 
 enum storage : int32_t { storage_full, storage_packed, storage_diagonal };
 
 constexpr int32_t methods = 4;
 constexpr ptrdiff_t block_elements = 32768;
-constexpr int least_order_for_blas = 8;
 
 template <class Real>
 using gaussian_draw = int32_t (*)(int32_t, VtsStreamHandle, int32_t, Real*, Real, Real);
@@ -50,65 +47,10 @@ int32_t draw(gaussian_draw<Real> gaussian, int32_t method, VtsStreamHandle strea
   return status;
 }
 
-void multiply(int order, int vectors, const double* t, double* z) {
-  const double one = 1;
-  tmk_blas_xdtrmm("L", "U", "T", "N", &order, &vectors, &one, t, &order, z, &order);
-}
-void multiply(int order, int vectors, const float* t, float* z) {
-  const float one = 1;
-  tmk_blas_xstrmm("L", "U", "T", "N", &order, &vectors, &one, t, &order, z, &order);
-}
-
-// Few components: the compiler has the order, so that a vector and its sums stay in registers.
-template <int Order, class Real>
-void multiply_few(ptrdiff_t vectors, const Real* t, Real* z) {
-  for (Real* const end = z + vectors * Order; z != end; z += Order) {
-    Real x[Order];
-    std::copy_n(z, Order, x);
-#pragma GCC unroll 12
-    for (int i = 0; i < Order; ++i) {
-      Real sum = t[i * Order] * x[0];
-#pragma GCC unroll 12
-      for (int j = 1; j <= i; ++j) sum += t[i * Order + j] * x[j];
-      z[i] = sum;
-    }
-  }
-}
-
-template <class Real, int... Order>
-void multiply_plainly(ptrdiff_t order, ptrdiff_t vectors, const Real* t, Real* z,
-                      std::integer_sequence<int, Order...>) {
-  static constexpr void (*by_order[])(ptrdiff_t, const Real*, Real*) = {multiply_few<Order + 1, Real>...};
-  by_order[order - 1](vectors, t, z);
-}
-
 template <class Real>
-struct affine_map {
-  ptrdiff_t order;
-  int32_t storage;
-  const Real *a, *t;  // t full or diagonal
-
-  void operator()(ptrdiff_t vectors, Real* z) const {
-    if (storage == storage_diagonal) {
-      for (Real* const end = z + vectors * order; z != end; z += order)
-        for (ptrdiff_t j = 0; j < order; ++j) z[j] = t[j] * z[j] + a[j];
-      return;
-    }
-    if (order < least_order_for_blas)
-      multiply_plainly(order, vectors, t, z, std::make_integer_sequence<int, least_order_for_blas - 1>());
-    else
-      multiply(static_cast<int>(order), static_cast<int>(vectors), t, z);
-    for (Real* const end = z + vectors * order; z != end; z += order)
-      for (ptrdiff_t j = 0; j < order; ++j) z[j] += a[j];
-  }
-};
-
-template <class Real>
-std::unique_ptr<Real[]> unpack(const Real* t, ptrdiff_t order) {
-  std::unique_ptr<Real[]> full(new (std::nothrow) Real[static_cast<size_t>(order * order)]);
-  if (full != nullptr)
-    for (ptrdiff_t i = 0; i < order; t += ++i) std::copy_n(t, i + 1, &full[static_cast<size_t>(i * order)]);
-  return full;
+void scale_components(ptrdiff_t order, ptrdiff_t vectors, const Real* t, const Real* a, Real* z) {
+  for (Real* const end = z + vectors * order; z != end; z += order)
+    for (ptrdiff_t j = 0; j < order; ++j) z[j] = t[j] * z[j] + a[j];
 }
 
 template <class Real>
@@ -120,20 +62,19 @@ int32_t gaussian_mv(gaussian_draw<Real> gaussian, int32_t method, VtsStreamHandl
       !are_finite(a, order) || !is_finite_factor(t, order, storage))
     return VTS_STATUS_BAD_ARGUMENT;
   if (n <= 0) return VTS_STATUS_OK;
-  std::unique_ptr<Real[]> full;
-  if (storage == storage_packed) {
-    full = unpack(t, order);
-    if (full == nullptr) return VTS_STATUS_NO_MEMORY;
-    t = full.get();
-  }
-  const affine_map<Real> map{order, storage, a, t};
+  const auto& kernels = triangular_kernels_now<Real>();
+  const bool diagonal = storage == storage_diagonal;
+  const tmk::scratch<Real> packed(diagonal ? 1 : static_cast<size_t>(kernels.packed_size(order)));
+  if (!packed) return VTS_STATUS_NO_MEMORY;
+  if (!diagonal) kernels.pack(order, t, storage == storage_packed, packed.get());
   const ptrdiff_t most = std::max<ptrdiff_t>(2, block_elements / order & -2);
   int32_t status = VTS_STATUS_OK;
   for (ptrdiff_t left = n, vectors; left > 0; left -= vectors, r += vectors * order) {
     vectors = std::min(left, most);
     status = draw(gaussian, method, stream, vectors * order, r);
     if (status < 0) return status;
-    map(vectors, r);
+    diagonal ? scale_components(order, vectors, t, a, r)
+             : kernels.multiply(order, vectors, packed.get(), a, r);
   }
   return status;
 }
