@@ -151,7 +151,7 @@ class stream {
   // first few after any other use are drawn one by one, since a program that mixes the two wants no copies.
   struct block_ahead {
     unsigned singles = 0, taken = block_words;
-    handle_owner after{};
+    handle_owner after;
     result_type words[block_words];
   };
 
