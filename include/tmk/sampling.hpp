@@ -85,7 +85,8 @@ void shuffle(stream& g, Range&& r) {
 [[nodiscard]] std::vector<std::size_t> permutation(stream& g, std::size_t n);
 
 struct choice_options {
-  bool replace = false;                  ///< an element may come more than once
+  bool replace = false;  ///< an element may come more than once
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   std::span<const double> weights = {};  ///< one for each element; none: all the same
 };
 

@@ -83,21 +83,25 @@ double worst_moment(const std::vector<double>& x, const Reference& reference) {
   constexpr std::size_t batches = 100;
   const double mean = math::mean(reference), sd = math::standard_deviation(reference);
   const double truth[] = {0, 1, math::skewness(reference), kurtosis_of(reference)};
-  double worst = 0;
-  for (int order = 1; order <= 4; ++order) {
-    double sum = 0, squares = 0;
-    const std::size_t length = x.size() / batches;
-    for (std::size_t b = 0; b < batches; ++b) {
-      double of_batch = 0;
-      for (std::size_t i = b * length; i < (b + 1) * length; ++i)
-        of_batch += std::pow((x[i] - mean) / sd, order);
-      of_batch /= static_cast<double>(length);
-      sum += of_batch;
-      squares += of_batch * of_batch;
+  double sum[4] = {}, squares[4] = {}, worst = 0;
+  const std::size_t length = x.size() / batches;
+  for (std::size_t b = 0; b < batches; ++b) {
+    double of_batch[4] = {};
+    for (std::size_t i = b * length; i < (b + 1) * length; ++i) {
+      const double z = (x[i] - mean) / sd;
+      double power = 1;
+      for (double& moment : of_batch) moment += power *= z;
     }
-    const double average = sum / batches,
-                 error = std::sqrt((squares / batches - average * average) / (batches - 1));
-    if (error > 1e-9) worst = std::max(worst, std::abs(average - truth[order - 1]) / error);
+    for (int k = 0; k < 4; ++k) {
+      const double moment = of_batch[k] / static_cast<double>(length);
+      sum[k] += moment;
+      squares[k] += moment * moment;
+    }
+  }
+  for (int k = 0; k < 4; ++k) {
+    const double average = sum[k] / batches;
+    const double error = std::sqrt((squares[k] / batches - average * average) / (batches - 1));
+    if (error > 1e-9) worst = std::max(worst, std::abs(average - truth[k]) / error);
   }
   return worst;
 }
@@ -280,6 +284,18 @@ void all_counting(const options& wish) {
       });
 }
 
+constexpr char heading[] = R"(
+## The laws
+
+Each at twelve points of its parameters, %zu variates of mt19937 at each, seeds 0 to 11, compared with Boost.Math: the
+largest distance of Kolmogorov and Smirnov (sqrt(n) D; above 1.95 once in a thousand samples), or chi-square of up to
+200 cells as a normal deviate; and the largest of the first four moments' deviates, with the standard errors of a
+hundred batches, where moments exist and are not ruled by single variates.
+
+| law | points | worst fit | worst moment, z |
+|---|---|---|---|
+)";
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -288,7 +304,7 @@ int main(int argc, char** argv) {
   app.add_option("filter", wish.filter, "laws whose names contain this");
   app.add_option("--variates", wish.n, "variates at each point");
   CLI11_PARSE(app, argc, argv);
-  std::printf("| law | points | worst fit | worst of four moments, z |\n|---|---|---|---|\n");
+  std::printf(heading, wish.n);
   all_continuous(wish);
   all_counting(wish);
 }

@@ -153,7 +153,7 @@ constexpr char tail[] = R"(
 |---|---|---|
 | mt19937, sfmt19937, mt2203, r250 | linear over GF(2): binary matrix rank of large matrices and linear complexity tests fail (the Crush batteries have them) | P. L'Ecuyer, R. Simard 2007 |
 | mt19937 | slow to leave states that are almost all zero; hashed seeds do not give such | F. Panneton, P. L'Ecuyer, M. Matsumoto, ACM TOMS 32 (2006) |
-| r250 | three-point correlations: x[i] is the exclusive or of two earlier words; wrong results in cluster simulations | A. M. Ferrenberg, D. P. Landau, Y. J. Wong, Phys. Rev. Lett. 69 (1992) |
+| r250 | three-point correlations: x[i] is the exclusive or of two earlier words, which the gap test sees; wrong results in cluster simulations | A. M. Ferrenberg, D. P. Landau, Y. J. Wong, Phys. Rev. Lett. 69 (1992) |
 | mcg31m1, mcg59 | points on a lattice: birthday spacings fail from a few times the cube root of the period on, a few thousand numbers of mcg31m1, some million of mcg59 | P. L'Ecuyer, R. Simard, Math. Comput. Simul. 55 (2001) |
 | mcg59 | low bits have short periods; elements at distances that are multiples of high powers of two are related | A. De Matteis, S. Pagnutti, Numer. Math. 53 (1988) |
 | wh | 24 bits of resolution; four small moduli | B. A. Wichmann, I. D. Hill, Appl. Stat. 31 (1982) |

@@ -296,7 +296,7 @@ draw<int32_t> make_draw(const distribution::hypergeometric& law) {
 }  // namespace
 
 void check_mean(const char* function, const std::string& argument, double mean) {
-  if (!(mean > 0 && mean <= rng::greatest_poisson_mean))
+  if (!(mean > 0) || mean > rng::greatest_poisson_mean)
     refuse_value(function, argument, number(mean), "more than 0 and no more than 2^31 - 2^19");
 }
 

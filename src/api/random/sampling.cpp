@@ -18,7 +18,7 @@ double sum_of(const char* function, std::span<const double> weights) {
   detail::check_data(function, {"weights", {weights.data(), weights.size()}, sizeof(double)});
   double sum = 0;
   for (std::size_t i = 0; i < weights.size(); ++i) {
-    if (!(weights[i] >= 0 && std::isfinite(weights[i])))
+    if (!(weights[i] >= 0) || !std::isfinite(weights[i]))
       detail::refuse_value(function, detail::place("weights", i), detail::number(weights[i]),
                            "a finite number, 0 or more");
     sum += weights[i];
