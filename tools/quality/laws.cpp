@@ -128,8 +128,8 @@ void report(const options& wish, const char* name, const char* points, bool coun
     stream g(tmk::generator::mt19937, static_cast<std::uint64_t>(i));
     row(g, static_cast<std::size_t>(i), worst);
   }
-  std::printf("| %s | %s | %s %.2f | %.2f |\n", name, points, counts ? "chi-square, z" : "sqrt(n) D",
-              worst.fit, worst.moment);
+  std::printf("| %s | %s | %s %.2f | ", name, points, counts ? "chi-square, z" : "sqrt(n) D", worst.fit);
+  worst.moment > 0 ? std::printf("%.2f |\n", worst.moment) : std::printf("none |\n");
   std::fflush(stdout);
 }
 
