@@ -58,7 +58,7 @@ void clamp(int32_t n, Real* r, Real a, Real b) {
   map(n, r, [=](const auto& x) { return xsimd::min(at_least<Real>(x, a), batch<Real>(b)); });
 }
 
-// In place behind the reads: the registers of pair i and later are read after those of pair i are written.
+// In place: u[i] is written after the pairs up to i have been read, which begin at u[2 i].
 template <class Real>
 void split_pairs(int32_t n, Real* u, Real* r) {
   constexpr int width = lanes<Real>;
