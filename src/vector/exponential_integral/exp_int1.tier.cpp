@@ -34,17 +34,19 @@ struct transposed {
   }
 };
 
-// The row of each x from 1/2 to below 2^10.
+// The row of each x from 1/2 to below 2^10; that of any other x, whose result nobody uses, is within the
+// table.
 template <const auto& Rows, int Columns>
 [[gnu::always_inline]] inline void series_at(const f64& x, f64 (&c)[Columns]) {
-  const u64 half_octave = bits_as<uint64_t>(x) - u64(to_bits(0.5));
   if constexpr (this_tier == 2) {
+    const u64 half_octave = bits_as<uint64_t>(x) - u64(to_bits(0.5));
     static constexpr transposed<Columns> table(Rows);
     const auto i = table_index<double, 32, 51>(half_octave);
 #pragma GCC unroll 32
     for (int j = 0; j < Columns; ++j) c[j] = lane_table<double, 32>(table.column[j])[i];
   } else {
     uint32_t row[lanes<double>];
+    const u64 half_octave = bits_as<uint64_t>(minimum_or_second(x, f64(1000))) - u64(to_bits(0.5));
     store_lower_words(row, (half_octave >> 51) * u64(Columns / 4));
 #pragma GCC unroll 8
     for (int j = 0; j < Columns; j += 4)
