@@ -17,7 +17,7 @@
 //
 // fast() and flagged() take a register of each argument, flagged() then those of the results; fast() returns
 // a pack where there are two. A complex argument or result is a complex_value, or parts_in_turn where `value`
-// says so: then a lane stands for its element, and rare() takes any. Scalar arguments are members:
+// says so: then a flagged lane means its element, and rare() takes any. Scalar arguments are members:
 // the description is made from them. Without flagged() every lane is fast; without rare() and
 // shortcut() the function's reference in extended precision takes the lanes that are not. It takes some 300
 // nanoseconds.
