@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// BLAS under the names of blas.hpp.
+// BLAS and LAPACK under the names of blas.hpp.
 #include "linalg/blas.hpp"
 
 #include "linalg/blas_routines.hpp"
@@ -51,24 +51,25 @@ void freely(Arguments... arguments) {
 
 }  // namespace tmk
 
-#define TMK_BLAS_FORM(prefix, run, letter, Real)                                                             \
-  void prefix##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,              \
-                            const int* k, const Real* alpha, const Real* a, const int* lda, const Real* b,   \
-                            const int* ldb, const Real* beta, Real* c, const int* ldc) {                     \
-    tmk::run<&tmk::blas_library::letter, &tmk::blas_routines<Real>::gemm>(transa, transb, m, n, k, alpha, a, \
-                                                                          lda, b, ldb, beta, c, ldc);        \
-  }                                                                                                          \
-  void prefix##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,                 \
-                            const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,     \
-                            const int* ldc) {                                                                \
-    tmk::run<&tmk::blas_library::letter, &tmk::blas_routines<Real>::syrk>(uplo, trans, n, k, alpha, a, lda,  \
-                                                                          beta, c, ldc);                     \
-  }                                                                                                          \
-  void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,                 \
-                           const int* incx, Real* a, const int* lda) {                                       \
-    tmk::run<&tmk::blas_library::letter, &tmk::blas_routines<Real>::syr>(uplo, n, alpha, x, incx, a, lda);   \
+#define TMK_REAL double
+#define TMK_ROUTINE(library, name, parameters, arguments)                              \
+  void tmk_##library##_d##name parameters {                                            \
+    tmk::freely<&tmk::blas_library::d, &tmk::blas_routines<double>::name> arguments;   \
+  }                                                                                    \
+  void tmk_##library##_xd##name parameters {                                           \
+    tmk::serially<&tmk::blas_library::d, &tmk::blas_routines<double>::name> arguments; \
   }
-TMK_BLAS_FORM(tmk_blas_, freely, d, double)
-TMK_BLAS_FORM(tmk_blas_, freely, s, float)
-TMK_BLAS_FORM(tmk_blas_x, serially, d, double)
-TMK_BLAS_FORM(tmk_blas_x, serially, s, float)
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+#undef TMK_REAL
+#define TMK_REAL float
+#define TMK_ROUTINE(library, name, parameters, arguments)                             \
+  void tmk_##library##_s##name parameters {                                           \
+    tmk::freely<&tmk::blas_library::s, &tmk::blas_routines<float>::name> arguments;   \
+  }                                                                                   \
+  void tmk_##library##_xs##name parameters {                                          \
+    tmk::serially<&tmk::blas_library::s, &tmk::blas_routines<float>::name> arguments; \
+  }
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+#undef TMK_REAL

@@ -1,21 +1,66 @@
 // SPDX-License-Identifier: Apache-2.0
-// BLAS under the library's own names, with the standard arguments of the Fortran interface. The x forms run
-// in the calling thread alone: they are for workers, where the caller's threads are already at work.
+// BLAS and LAPACK under the library's own names, with the standard arguments of the Fortran interface. The x
+// forms run in the calling thread alone: they are for workers, where the caller's threads are already at
+// work, and for results that do not depend on how many threads the BLAS has.
 #pragma once
 
 extern "C" {
-#define TMK_BLAS_FORM(prefix, letter, Real)                                                                \
-  void prefix##letter##gemm(const char* transa, const char* transb, const int* m, const int* n,            \
-                            const int* k, const Real* alpha, const Real* a, const int* lda, const Real* b, \
-                            const int* ldb, const Real* beta, Real* c, const int* ldc);                    \
-  void prefix##letter##syrk(const char* uplo, const char* trans, const int* n, const int* k,               \
-                            const Real* alpha, const Real* a, const int* lda, const Real* beta, Real* c,   \
-                            const int* ldc);                                                               \
-  void prefix##letter##syr(const char* uplo, const int* n, const Real* alpha, const Real* x,               \
-                           const int* incx, Real* a, const int* lda);
-TMK_BLAS_FORM(tmk_blas_, d, double)
-TMK_BLAS_FORM(tmk_blas_, s, float)
-TMK_BLAS_FORM(tmk_blas_x, d, double)
-TMK_BLAS_FORM(tmk_blas_x, s, float)
-#undef TMK_BLAS_FORM
+#define TMK_REAL double
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  void tmk_##library##_d##name parameters;                \
+  void tmk_##library##_xd##name parameters;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+#undef TMK_REAL
+#define TMK_REAL float
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  void tmk_##library##_s##name parameters;                \
+  void tmk_##library##_xs##name parameters;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+#undef TMK_REAL
 }
+
+namespace tmk {
+
+// The same by precision, for templates: threaded<double>::gemm is tmk_blas_dgemm, serial<double>::gemm is
+// tmk_blas_xdgemm.
+namespace linalg {
+
+template <class Real>
+struct threaded;
+template <class Real>
+struct serial;
+
+template <>
+struct threaded<double> {
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  static constexpr auto* name = tmk_##library##_d##name;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+};
+template <>
+struct threaded<float> {
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  static constexpr auto* name = tmk_##library##_s##name;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+};
+template <>
+struct serial<double> {
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  static constexpr auto* name = tmk_##library##_xd##name;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+};
+template <>
+struct serial<float> {
+#define TMK_ROUTINE(library, name, parameters, arguments) \
+  static constexpr auto* name = tmk_##library##_xs##name;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+};
+
+}  // namespace linalg
+
+}  // namespace tmk

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// The routines of a BLAS by the arguments of its Fortran interface, wherever they come from.
+// The routines of a BLAS and of a LAPACK by the arguments of their Fortran interface, wherever they come
+// from.
 #pragma once
 
 namespace tmk {
 
 template <class Real>
 struct blas_routines {
-  void (*gemm)(const char* transa, const char* transb, const int* m, const int* n, const int* k,
-               const Real* alpha, const Real* a, const int* lda, const Real* b, const int* ldb,
-               const Real* beta, Real* c, const int* ldc);
-  void (*syrk)(const char* uplo, const char* trans, const int* n, const int* k, const Real* alpha,
-               const Real* a, const int* lda, const Real* beta, Real* c, const int* ldc);
-  void (*syr)(const char* uplo, const int* n, const Real* alpha, const Real* x, const int* incx, Real* a,
-              const int* lda);
+#define TMK_REAL Real
+#define TMK_ROUTINE(library, name, parameters, arguments) void(*name) parameters;
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+#undef TMK_REAL
 };
 
 struct blas_library {
@@ -23,8 +22,9 @@ struct blas_library {
   void (*set_threads)(int);
 };
 
-// The BLAS of this process. The static library links one (linked/). The shared library loads one at the first
-// call (loaded/): a process that computes no covariance does not load it.
+// The BLAS and LAPACK of this process. The static library links a BLAS (linked/). The shared library loads
+// one at the first call (loaded/): a process that computes no covariance does not load it. A BLAS without
+// LAPACK is completed by plain loops.
 const blas_library& blas();
 
 // Plain loops, for a process without a BLAS.

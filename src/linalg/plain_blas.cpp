@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The products of matrices in plain loops. All matrices are stored by columns.
+// BLAS in plain loops. All matrices are stored by columns.
 #include <cstddef>
 
 #include "linalg/blas_routines.hpp"
+#include "linalg/plain_lapack.hpp"
 
 namespace tmk {
 
@@ -68,9 +69,74 @@ void syr(const char* uplo, const int* n, const Real* alpha, const Real* x, const
   });
 }
 
+template <class Real>
+void gemv(const char* trans, const int* m, const int* n, const Real* alpha, const Real* a, const int* lda,
+          const Real* x, const int* incx, const Real* beta, Real* y, const int* incy) {
+  const operand<Real> left(trans, a, lda);
+  const ptrdiff_t rows = *trans == 'N' ? *m : *n, columns = *trans == 'N' ? *n : *m, x_step = *incx,
+                  y_step = *incy;
+  for (ptrdiff_t i = 0; i < rows; ++i) {
+    Real sum = 0;
+    for (ptrdiff_t k = 0; k < columns; ++k) sum += left(i, k) * x[k * x_step];
+    update(y[i * y_step], *beta, *alpha * sum);
+  }
+}
+
+// A symmetric matrix of which one triangle is there.
+template <class Real>
+void symm(const char* side, const char* uplo, const int* m, const int* n, const Real* alpha, const Real* a,
+          const int* lda, const Real* b, const int* ldb, const Real* beta, Real* c, const int* ldc) {
+  const bool left = *side == 'L', upper = *uplo == 'U';
+  const ptrdiff_t size = left ? *m : *n, a_step = *lda, b_step = *ldb;
+  const auto element = [&](ptrdiff_t i, ptrdiff_t k) {
+    return (i < k) == upper ? a[i + k * a_step] : a[k + i * a_step];
+  };
+  for (ptrdiff_t j = 0; j < *n; ++j)
+    for (ptrdiff_t i = 0; i < *m; ++i) {
+      Real sum = 0;
+      for (ptrdiff_t k = 0; k < size; ++k)
+        sum += left ? element(i, k) * b[k + j * b_step] : b[i + k * b_step] * element(k, j);
+      update(c[i + j * *ldc], *beta, *alpha * sum);
+    }
+}
+
+// B = alpha op(A) B or alpha B op(A). Rows or columns of B are finished in the order in which none is needed
+// again.
+template <class Real>
+void trmm(const char* side, const char* uplo, const char* transa, const char* diag, const int* m,
+          const int* n, const Real* alpha, const Real* a, const int* lda, Real* b, const int* ldb) {
+  const operand<Real> matrix(transa, a, lda);
+  const bool left = *side == 'L', unit = *diag == 'U', transposed = *transa != 'N';
+  const bool upper = (*uplo == 'U') != transposed;  // of op(A)
+  const ptrdiff_t size = left ? *m : *n, others = left ? *n : *m;
+  const ptrdiff_t along = left ? 1 : *ldb, across = left ? *ldb : 1;
+  const auto element = [&](ptrdiff_t i, ptrdiff_t k) {
+    return unit && i == k ? Real{1} : left ? matrix(i, k) : matrix(k, i);
+  };
+  const bool later = upper == left;  // whether element i needs those after it
+  for (ptrdiff_t j = 0; j < others; ++j)
+    for (ptrdiff_t step = 0; step < size; ++step) {
+      const ptrdiff_t i = later ? step : size - 1 - step;
+      Real sum = 0;
+      for (ptrdiff_t k = later ? i : 0; k < (later ? size : i + 1); ++k)
+        sum += element(i, k) * b[k * along + j * across];
+      b[i * along + j * across] = *alpha * sum;
+    }
+}
+
+template <class Real>
+constexpr blas_routines<Real> plain_routines() {
+  using namespace plain;
+  return {
+#define TMK_ROUTINE(library, name, parameters, arguments) .name = name<Real>,
+#include "linalg/routines.def"
+#undef TMK_ROUTINE
+  };
+}
+
 }  // namespace
 
-constinit const blas_library plain_blas = {
-    {gemm<double>, syrk<double>, syr<double>}, {gemm<float>, syrk<float>, syr<float>}, nullptr, nullptr};
+constinit const blas_library plain_blas = {plain_routines<double>(), plain_routines<float>(), nullptr,
+                                           nullptr};
 
 }  // namespace tmk

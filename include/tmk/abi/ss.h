@@ -226,8 +226,12 @@ enum { VTS_SS_FULL = 0, VTS_SS_LOWER = 1, VTS_SS_UPPER = 2 };
 #define VTS_SS_ESTIMATE_MAXIMUM 0x800u
 #define VTS_SS_ESTIMATE_COV 0x1000u
 #define VTS_SS_ESTIMATE_COR 0x2000u
+#define VTS_SS_ESTIMATE_POOLED_COV 0x4000u
+#define VTS_SS_ESTIMATE_GROUP_COV 0x8000u
 #define VTS_SS_ESTIMATE_QUANTILES 0x10000u
 #define VTS_SS_ESTIMATE_ORDER_STATS 0x20000u
+#define VTS_SS_ESTIMATE_PARTIAL_COV 0x100000u
+#define VTS_SS_ESTIMATE_PARTIAL_COR 0x200000u
 #define VTS_SS_ESTIMATE_SUM 0x2000000u
 #define VTS_SS_ESTIMATE_RAW_SUM2 0x4000000u
 #define VTS_SS_ESTIMATE_RAW_SUM3 0x8000000u
@@ -237,10 +241,18 @@ enum { VTS_SS_FULL = 0, VTS_SS_LOWER = 1, VTS_SS_UPPER = 2 };
 #define VTS_SS_ESTIMATE_CENTRAL_SUM4 0x80000000u
 /* Of the high mask word. */
 #define VTS_SS_ESTIMATE_HIGH_CROSS 0x1u
+#define VTS_SS_ESTIMATE_HIGH_MEDIAN_DEV 0x2u
+#define VTS_SS_ESTIMATE_HIGH_MEAN_DEV 0x4u
+#define VTS_SS_ESTIMATE_HIGH_POOLED_MEAN 0x8u
+#define VTS_SS_ESTIMATE_HIGH_GROUP_MEAN 0x10u
 
 /* Methods of the low mask word. */
 #define VTS_SS_METHOD_FAST 0x1u
 #define VTS_SS_METHOD_ONE_PASS 0x2u
+#define VTS_SS_METHOD_SPECTRAL 0x4u /* of CorParametrization */
+#define VTS_SS_METHOD_TBS 0x8u      /* of RobustCovariance */
+#define VTS_SS_METHOD_MULTIPLE_IMPUTATION 0x10u
+#define VTS_SS_METHOD_BACON 0x20u            /* of OutliersDetection */
 #define VTS_SS_METHOD_STREAM_QUANTILES 0x40u /* absorb the block and answer */
 #define VTS_SS_METHOD_STREAM_ABSORB 0x80u    /* absorb the block */
 #define VTS_SS_METHOD_TWO_PASS 0x100u        /* about the mean that the caller gives */
@@ -333,6 +345,13 @@ int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, flo
   TMK_SS_COMPUTE(_vts##letter##SSQuantiles)                                                                  \
   TMK_SS_COMPUTE(_vts##letter##SSSort)                                                                       \
   TMK_SS_COMPUTE(_vts##letter##SSStreamQuantiles)                                                            \
+  TMK_SS_COMPUTE(_vts##letter##SSMAD)                                                                        \
+  TMK_SS_COMPUTE(_vts##letter##SSPooledCovariance)                                                           \
+  TMK_SS_COMPUTE(_vts##letter##SSPartialCovariance)                                                          \
+  TMK_SS_COMPUTE(_vts##letter##SSCorParametrization)                                                         \
+  TMK_SS_COMPUTE(_vts##letter##SSRobustCovariance)                                                           \
+  TMK_SS_COMPUTE(_vts##letter##SSOutliersDetection)                                                          \
+  TMK_SS_COMPUTE(_vts##letter##SSMissingValues)                                                              \
   int32_t _vts##letter##SSWMedian(SSTask* task);                                                             \
   void __vts##letter##QSort(int32_t n, Real* a);                                                             \
   void __vts##letter##QSortStep(int32_t n, Real* a, int32_t stride);                                         \

@@ -4,34 +4,13 @@
 #include "linalg/blas.hpp"
 
 namespace tmk::stats {
-namespace {
-
-template <class Real>
-struct blas;
-
-template <>
-struct blas<double> {
-  static constexpr auto syrk = tmk_blas_dsyrk, serial_syrk = tmk_blas_xdsyrk;
-  static constexpr auto syr = tmk_blas_dsyr, serial_syr = tmk_blas_xdsyr;
-  static constexpr auto serial_gemm = tmk_blas_xdgemm;
-};
-
-template <>
-struct blas<float> {
-  static constexpr auto syrk = tmk_blas_ssyrk, serial_syrk = tmk_blas_xssyrk;
-  static constexpr auto syr = tmk_blas_ssyr, serial_syr = tmk_blas_xssyr;
-  static constexpr auto serial_gemm = tmk_blas_xsgemm;
-};
-
-}  // namespace
-
 template <class Real>
 void add_products(const observations_block<Real>& block, Real* c, bool alone) {
   const int p = static_cast<int>(block.p), count = static_cast<int>(block.count),
             stride = static_cast<int>(block.columns ? block.p : block.stride);
   const Real one = 1;
-  (alone ? blas<Real>::serial_syrk : blas<Real>::syrk)("U", block.columns ? "N" : "T", &p, &count, &one,
-                                                       block.x, &stride, &one, c, &p);
+  (alone ? linalg::serial<Real>::syrk : linalg::threaded<Real>::syrk)(
+      "U", block.columns ? "N" : "T", &p, &count, &one, block.x, &stride, &one, c, &p);
 }
 
 template <class Real>
@@ -46,14 +25,15 @@ void add_weighted_products(const observations_block<Real>& block, const Real* w,
   const int stride = static_cast<int>(block.columns ? block.p : block.stride),
             own = block.columns ? p : count;
   const Real one = 1;
-  blas<Real>::serial_gemm(block.columns ? "N" : "T", block.columns ? "T" : "N", &p, &p, &count, &one, block.x,
-                          &stride, scratch, &own, &one, c, &p);
+  linalg::serial<Real>::gemm(block.columns ? "N" : "T", block.columns ? "T" : "N", &p, &p, &count, &one,
+                             block.x, &stride, scratch, &own, &one, c, &p);
 }
 
 template <class Real>
 void add_outer_product(ptrdiff_t p, Real factor, const Real* m, Real* c, bool alone) {
   const int order = static_cast<int>(p), step = 1;
-  (alone ? blas<Real>::serial_syr : blas<Real>::syr)("U", &order, &factor, m, &step, c, &order);
+  (alone ? linalg::serial<Real>::syr : linalg::threaded<Real>::syr)("U", &order, &factor, m, &step, c,
+                                                                    &order);
 }
 
 #define TMK_INSTANTIATE(Real)                                                                      \
