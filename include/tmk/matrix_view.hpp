@@ -108,6 +108,7 @@ class matrix {
   std::span<double> row(std::size_t i) { return std::span(values_).subspan(i * cols_, cols_); }
   std::span<const double> row(std::size_t i) const { return std::span(values_).subspan(i * cols_, cols_); }
   const std::vector<double>& values() const { return values_; }
+  operator matrix_view<const double>() const { return {values_.data(), rows_, cols_}; }
 
  private:
   std::size_t rows_ = 0, cols_ = 0;

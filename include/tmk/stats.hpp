@@ -119,6 +119,51 @@ struct quantile_options {
                                const quantile_options& options = {});
 [[nodiscard]] std::vector<double> median(const data_view& x, const quantile_options& options = {});
 
+/// Labels of groups, one per observation: any integers. Vectors, arrays and spans convert.
+using label_view = std::variant<std::span<const std::int32_t>, std::span<const std::int64_t>>;
+
+struct pooled_options {
+  weight_view weights = {};
+  int threads = 1;
+  nan_policy nan = nan_policy::propagate;  ///< omit leaves out the rows with a NaN, from all estimates
+  bool weights_are_counts = false;
+};
+
+/// What pooled_covariance returns. Of a group, and of all, without enough observations it is NaN.
+struct pooled_estimates {
+  std::vector<std::int64_t> labels;  ///< the distinct ones, ascending; what follows is in their order
+  std::vector<std::int64_t> n;       ///< observations of the group that counted
+  std::vector<double> weight;        ///< their total weight
+  matrix means;                      ///< (group, variable)
+  std::vector<matrix> covariances;   ///< of each group
+  std::vector<double> mean;          ///< of all observations
+  matrix covariance;                 ///< within groups, pooled
+};
+
+/// Means and covariances of groups of observations, and the covariance within groups: the sum of the groups'
+/// cross-products about their own means, divided by the sum of their divisors (n_g - 1 each without weights).
+/// Throws as describe does, and for another number of labels than rows.
+[[nodiscard]] pooled_estimates pooled_covariance(const data_view& x, const label_view& groups,
+                                                 const pooled_options& options = {});
+
+/// The covariance of the other variables given those whose numbers are listed: S11 - S12 inv(S22) S21
+/// (Anderson, An introduction to multivariate statistical analysis, 2.5). The result has the other variables
+/// in their order. Throws for a matrix that is not square, finite and symmetric (to 1e-10 of the variances),
+/// for a list that is empty, names a variable twice or one that does not exist, or takes all, and where the
+/// listed variables depend on each other.
+[[nodiscard]] matrix partial_covariance(const matrix_view<const double>& cov,
+                                        const std::vector<std::size_t>& given);
+/// The same as correlations, with a diagonal of exactly 1; NaN for a variable that the listed ones determine.
+/// `cov` may be a correlation matrix as well.
+[[nodiscard]] matrix partial_correlation(const matrix_view<const double>& cov,
+                                         const std::vector<std::size_t>& given);
+
+/// The correlation matrix (positive semidefinite, of unit diagonal) nearest to m in the sum of squared
+/// differences, whatever m has on its diagonal (Qi and Sun, SIAM J. Matrix Anal. Appl. 28, 2006); m itself,
+/// with a diagonal of 1, if that is one. Throws for a matrix that is not square, finite and symmetric (to
+/// 1e-10).
+[[nodiscard]] matrix nearest_correlation(const matrix_view<const double>& m);
+
 struct moments_options {
   bool cross_product = true;  ///< keeps a matrix of cols (cols + 1) / 2 numbers
   nan_policy nan = nan_policy::propagate;

@@ -8,25 +8,10 @@
 namespace tmk::stats {
 namespace {
 
-// Of element (i, j), j <= i.
-ptrdiff_t position(int storage, ptrdiff_t p, ptrdiff_t i, ptrdiff_t j) {
-  if (storage == VTS_SS_LOWER) return i * (i + 1) / 2 + j;
-  if (storage == VTS_SS_UPPER) return j * p - j * (j - 1) / 2 + (i - j);
-  return i * p + j;
-}
-
-// element(i, j) for the selected variables, j <= i.
-template <class Real, class Element>
-void pack(const task<Real>& task, ptrdiff_t p, int storage, Real* r, Element element) {
-  for (ptrdiff_t i = 0; i < p; ++i) {
-    if (!task.selects(i)) continue;
-    for (ptrdiff_t j = 0; j <= i; ++j) {
-      if (!task.selects(j)) continue;
-      const Real value = element(i, j);
-      r[position(storage, p, i, j)] = value;
-      if (storage == VTS_SS_FULL) r[j * p + i] = value;
-    }
-  }
+// The variables that the task selects.
+template <class Real>
+auto selected_in(const task<Real>& task) {
+  return [&task](ptrdiff_t j) { return task.selects(j); };
 }
 
 // With subnormals kept whatever the thread's mode.
@@ -46,7 +31,7 @@ int32_t pack_cor(const task<Real>& task, ptrdiff_t p, Real factor, const Real* c
   Real *const diagonal = memory.get(), *const r = diagonal + p;
   for (ptrdiff_t i = 0; i < p; ++i) diagonal[i] = cross[i * p + i];
   inverse_square_roots(p, diagonal, r);
-  pack(task, p, matrix_storage(task, task.corStorage), task.cor, [&](ptrdiff_t i, ptrdiff_t j) {
+  pack(p, matrix_storage(task, task.corStorage), task.cor, selected_in(task), [&](ptrdiff_t i, ptrdiff_t j) {
     return i == j ? factor * diagonal[i] : cross[i * p + j] * r[i] * r[j];
   });
   return 0;
@@ -92,11 +77,11 @@ int32_t write_matrices(const task<Real>& task, const demand& asked, ptrdiff_t p,
   if (asked.wants(correlation_estimate))
     if (const int32_t status = pack_cor(task, p, factor, cross); status != 0) return status;
   if (asked.wants(covariance_estimate))
-    pack(task, p, matrix_storage(task, task.covStorage), task.cov,
+    pack(p, matrix_storage(task, task.covStorage), task.cov, selected_in(task),
          [&](ptrdiff_t i, ptrdiff_t j) { return factor * cross[i * p + j]; });
   // Last, since the working matrix may be the caller's.
   if (asked.wants(cross_estimate))
-    pack(task, p, matrix_storage(task, task.crossStorage), task.cross,
+    pack(p, matrix_storage(task, task.crossStorage), task.cross, selected_in(task),
          [&](ptrdiff_t i, ptrdiff_t j) { return cross[i * p + j]; });
   return 0;
 }

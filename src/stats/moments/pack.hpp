@@ -13,6 +13,32 @@ namespace tmk::stats {
 template <class Real>
 int matrix_storage(const task<Real>& task, const void* code);
 
+// The place of element (i, j), j <= i.
+inline ptrdiff_t position(int storage, ptrdiff_t p, ptrdiff_t i, ptrdiff_t j) {
+  if (storage == VTS_SS_LOWER) return i * (i + 1) / 2 + j;
+  if (storage == VTS_SS_UPPER) return j * p - j * (j - 1) / 2 + (i - j);
+  return i * p + j;
+}
+
+// The count of elements of a matrix in that storage.
+inline ptrdiff_t stored_size(int storage, ptrdiff_t p) {
+  return storage == VTS_SS_FULL ? p * p : p * (p + 1) / 2;
+}
+
+// Writes element(i, j), j <= i, of the variables for which selects(i) and selects(j).
+template <class Real, class Selects, class Element>
+void pack(ptrdiff_t p, int storage, Real* r, Selects selects, Element element) {
+  for (ptrdiff_t i = 0; i < p; ++i) {
+    if (!selects(i)) continue;
+    for (ptrdiff_t j = 0; j <= i; ++j) {
+      if (!selects(j)) continue;
+      const Real value = element(i, j);
+      r[position(storage, p, i, j)] = value;
+      if (storage == VTS_SS_FULL) r[j * p + i] = value;
+    }
+  }
+}
+
 // The lower triangle of a full p by p matrix, from a matrix in that storage.
 template <class Real>
 void expand(ptrdiff_t p, int storage, const Real* packed, Real* full);

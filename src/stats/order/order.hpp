@@ -21,6 +21,13 @@ bool storage_is(const task<Real>& t, const void* storage, int64_t bits) {
   return (t.integer(storage) & bits) != 0;
 }
 
+// Whether a code is one of the two layouts and nothing else.
+template <class Real>
+bool is_layout(const task<Real>& t, const void* storage) {
+  const int64_t code = t.integer(storage);
+  return code == VTS_SS_ROWS || code == VTS_SS_COLUMNS;
+}
+
 // Counts may have changed since the task was made. No observations are allowed, no variables are not.
 template <class Real>
 int32_t counts_status(const task<Real>& t) {
