@@ -2,7 +2,6 @@
 // Covariance within groups: the moments of each group's observations, which are gathered in blocks.
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "api/stats/checks.hpp"
 
@@ -33,24 +32,21 @@ bool has_nan(const data_view& x, std::size_t row) {
 
 // Sorted by label; of equal labels in the order of the rows. `counts` leaves out rows, but no label.
 template <class Counts>
-grouping group_rows(const label_view& groups, std::size_t n, const Counts& counts) {
-  const auto label_of = [&](std::size_t i) {
-    return std::visit([i](const auto& labels) { return static_cast<std::int64_t>(labels[i]); }, groups);
-  };
-  rows all(n);
-  std::iota(all.begin(), all.end(), std::size_t{0});
-  std::stable_sort(all.begin(), all.end(),
-                   [&](std::size_t a, std::size_t b) { return label_of(a) < label_of(b); });
-  grouping r;
-  for (const std::size_t i : all) {
-    if (r.labels.empty() || r.labels.back() != label_of(i)) {
-      r.labels.push_back(label_of(i));
-      r.first.push_back(r.order.size());
-    }
-    if (counts(i)) r.order.push_back(i);
-  }
-  r.first.push_back(r.order.size());
-  return r;
+grouping group_rows(const label_view& groups, const Counts& counts) {
+  return std::visit(
+      [&](const auto& labels) {
+        grouping r;
+        for (const std::size_t i : sort_index(labels)) {
+          if (r.labels.empty() || r.labels.back() != labels[i]) {
+            r.labels.push_back(labels[i]);
+            r.first.push_back(r.order.size());
+          }
+          if (counts(i)) r.order.push_back(i);
+        }
+        r.first.push_back(r.order.size());
+        return r;
+      },
+      groups);
 }
 
 // A group's moments, and what the covariance divides by.
@@ -68,11 +64,11 @@ void add_rows(group_sums& sums, const data_view& x, std::span<const std::size_t>
   std::vector<double> values, weights;
   for (std::size_t from = 0; from < members.size(); from += block) {
     const auto part = members.subspan(from, std::min(block, members.size() - from));
-    values.clear(), weights.clear();
+    values.resize(part.size() * cols), weights.clear();
     std::visit(
         [&](const auto& view) {
-          for (const std::size_t i : part)
-            for (std::size_t j = 0; j < cols; ++j) values.push_back(view(i, j));
+          for (std::size_t k = 0; k < part.size(); ++k)
+            for (std::size_t j = 0; j < cols; ++j) values[k * cols + j] = view(part[k], j);
         },
         x);
     for (const std::size_t i : part) weights.push_back(options.weights ? (*options.weights)[i] : 1);
@@ -107,6 +103,7 @@ void check(const data_view& x, const label_view& groups, const pooled_options& o
   detail::check_data(function, x, false);
   const std::size_t cols = detail::cols_of(x), n = detail::rows_of(x);
   const std::size_t labels = std::visit([](const auto& view) { return view.size(); }, groups);
+  detail::refuse_unless_in(function, "x.rows", n, 1, INT32_MAX);
   if (labels != n) detail::refuse_value(function, "groups.size", detail::number(labels), detail::number(n));
   detail::check_weights(function, options.weights, n);
   detail::refuse_below(function, "threads", options.threads, 1);
@@ -126,7 +123,7 @@ pooled_estimates pooled_covariance(const data_view& x, const label_view& groups,
   check(x, groups, options);
   const std::size_t cols = detail::cols_of(x);
   const bool omits = options.nan == nan_policy::omit, counts = options.weights_are_counts;
-  const grouping found = group_rows(groups, detail::rows_of(x), [&](std::size_t i) {
+  const grouping found = group_rows(groups, [&](std::size_t i) {
     return (!options.weights || (*options.weights)[i] > 0) && !(omits && has_nan(x, i));
   });
   const std::size_t count = found.labels.size();
