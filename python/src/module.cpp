@@ -7,8 +7,8 @@
 
 #include "kernels.hpp"
 #include "numpy_api.hpp"
+#include "stats.hpp"
 #include "tmk/abi/threading.h"
-#include "tmk/version.hpp"
 #include "ufuncs.hpp"
 
 namespace nb = nanobind;
@@ -66,6 +66,8 @@ NB_MODULE(_core, m) {
   m.def("set_threads", set_threads);
   m.def("most_threads", tmk_threading_limit);
   m.def("collect", collect);
+  nb::module_ stats = m.def_submodule("stats");
+  add_stats(stats);
   m.attr("LOW") = static_cast<int>(TMK_SLOT_LA);
   m.attr("HIGH") = static_cast<int>(TMK_SLOT_HA);
   m.attr("FAST") = static_cast<int>(TMK_SLOT_EP);

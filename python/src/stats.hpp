@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nanobind/nanobind.h>
+
+namespace tmk::python {
+
+// Registers the classes and functions of statistics in a module, and how tmk::error becomes a Python
+// exception.
+void add_stats(nanobind::module_& m);
+
+}  // namespace tmk::python
