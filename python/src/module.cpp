@@ -7,6 +7,7 @@
 
 #include "kernels.hpp"
 #include "numpy_api.hpp"
+#include "random.hpp"
 #include "stats.hpp"
 #include "tmk/abi/threading.h"
 #include "ufuncs.hpp"
@@ -68,6 +69,8 @@ NB_MODULE(_core, m) {
   m.def("collect", collect);
   nb::module_ stats = m.def_submodule("stats");
   add_stats(stats);
+  nb::module_ random = m.def_submodule("random");
+  add_random(random);
   m.attr("LOW") = static_cast<int>(TMK_SLOT_LA);
   m.attr("HIGH") = static_cast<int>(TMK_SLOT_HA);
   m.attr("FAST") = static_cast<int>(TMK_SLOT_EP);
