@@ -5,6 +5,7 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include "interpolate.hpp"
 #include "kernels.hpp"
 #include "numpy_api.hpp"
 #include "random.hpp"
@@ -71,6 +72,8 @@ NB_MODULE(_core, m) {
   add_stats(stats);
   nb::module_ random = m.def_submodule("random");
   add_random(random);
+  nb::module_ interpolate = m.def_submodule("interpolate");
+  add_interpolate(interpolate);
   m.attr("LOW") = static_cast<int>(TMK_SLOT_LA);
   m.attr("HIGH") = static_cast<int>(TMK_SLOT_HA);
   m.attr("FAST") = static_cast<int>(TMK_SLOT_EP);
