@@ -181,3 +181,13 @@ def test_refusals_of_the_python_layer():
         with pytest.raises(kind, match=text):
             call()
     assert m.to_bytes() == image
+
+
+def test_frames_and_series():
+    pandas = pytest.importorskip("pandas")
+    frame = pandas.DataFrame(X, columns=list("abcd"))
+    s = stats.describe(frame)
+    assert s.names == list("abcd") and s.to_frame().loc["mean", "c"] == s.mean[2]
+    np.testing.assert_array_equal(s.cov, stats.cov(X))
+    assert stats.describe(pandas.Series([1, None, 3], dtype="Int64", name="n"), nan="omit").mean[0] == 2
+    np.testing.assert_array_equal(tmk.exp(frame["a"]).to_numpy(), tmk.exp(X[:, 0].copy()))

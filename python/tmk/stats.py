@@ -16,6 +16,7 @@ from dataclasses import dataclass, fields
 import numpy as _np
 
 from . import _core
+from ._data import names_of, square, table, thread_count, vector, weights_or_none
 
 _stats = _core.stats
 error = _stats.error
@@ -43,52 +44,6 @@ def _policy(nan):
     if nan not in _POLICIES:
         raise ValueError(f"nan is {nan!r}, want one of {', '.join(map(repr, _POLICIES))}")
     return _POLICIES[nan]
-
-
-def _names(x):
-    """The column names of a frame, or the name of a series."""
-    if hasattr(x, "columns") and not callable(x.columns):
-        return [str(name) for name in x.columns]
-    name = getattr(x, "name", None)
-    return [name] if isinstance(name, str) else None
-
-
-def _array(x, name, kinds="fiub"):
-    """A float32 or float64 array; integers become float64, a wider or another type is refused."""
-    if isinstance(x, _np.ma.MaskedArray):
-        x = (x if x.dtype.kind == "f" else x.astype(_np.float64)).filled(_np.nan)
-    elif hasattr(x, "to_numpy"):
-        x = x.to_numpy()
-    a = _np.asarray(x)
-    if a.dtype.kind not in kinds or a.dtype.itemsize > 8:
-        raise TypeError(f"{name} has elements of type {a.dtype}, want float64, float32 or integers")
-    if a.dtype in (_np.float32, _np.float64) and a.dtype.isnative and a.flags.aligned:
-        return a
-    return a.astype(_np.float32 if a.dtype == _np.float16 else _np.float64)
-
-
-def _table(x, name="x"):
-    a = _array(x, name)
-    if a.ndim == 1:
-        a = a[:, None]
-    if a.ndim != 2:
-        raise ValueError(f"{name} has {a.ndim} dimensions, want rows by variables")
-    return a
-
-
-def _vector(x, name):
-    a = _np.ascontiguousarray(_array(x, name), dtype=_np.float64)
-    if a.ndim != 1:
-        raise ValueError(f"{name} has {a.ndim} dimensions, want 1")
-    return a
-
-
-def _weights(weights):
-    return None if weights is None else _vector(weights, "weights")
-
-
-def _threads(threads):
-    return _core.threads() if threads is None else threads
 
 
 @dataclass(frozen=True, eq=False)
@@ -153,10 +108,10 @@ def describe(x, *, weights=None, nan="propagate", quantiles=(0.25, 0.5, 0.75), t
     Quantiles interpolate linearly between ranks (type 7 of Hyndman and Fan, 1996), with weights by A. Akinshin's form
     of that rule (2023). Without `matrices`, cov and corr are None.
     """
-    names = _names(x)
-    table, orders = _table(x), _vector(quantiles, "quantiles")
-    found = _stats.describe(table, _weights(weights), _threads(threads), _policy(nan), orders, matrices, counts)
-    return Summary(names=names or [str(j) for j in range(table.shape[1])], orders=orders, **found)
+    names = names_of(x)
+    data, orders = table(x), vector(quantiles, "quantiles")
+    found = _stats.describe(data, weights_or_none(weights), thread_count(threads), _policy(nan), orders, matrices, counts)
+    return Summary(names=names or [str(j) for j in range(data.shape[1])], orders=orders, **found)
 
 
 def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False):
@@ -164,8 +119,8 @@ def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False)
 
     The shape is (variables, orders); a number for `q`, or a vector for `x`, leaves out its dimension.
     """
-    table, orders = _table(x), _vector(_np.atleast_1d(q), "q")
-    found = _stats.quantiles(table, orders, _weights(weights), _threads(threads), _policy(nan), counts)
+    data, orders = table(x), vector(_np.atleast_1d(q), "q")
+    found = _stats.quantiles(data, orders, weights_or_none(weights), thread_count(threads), _policy(nan), counts)
     found = found if _np.ndim(q) else found[:, 0]
     return found if _np.ndim(x) == 2 else found[0]
 
@@ -186,7 +141,7 @@ def corr(x, *, weights=None, nan="propagate", threads=None, counts=False):
 
 
 def _moments_of(x, weights, nan, threads, counts):
-    m = Moments(_table(x).shape[1], nan=nan, counts=counts)
+    m = Moments(table(x).shape[1], nan=nan, counts=counts)
     m.add(x, weights, threads)
     return m
 
@@ -277,9 +232,9 @@ class Moments(_Mergeable):
 
     def add(self, x, weights=None, threads=None):
         """Add a batch: rows by variables, which may have no rows. Returns self."""
-        table, w = _table(x), _weights(weights)
+        data, w = table(x), weights_or_none(weights)
         with self._lock:
-            self._core.add(table, w, _threads(threads))
+            self._core.add(data, w, thread_count(threads))
         return self
 
     def var(self, ddof=None):
@@ -331,9 +286,9 @@ class QuantileSketch(_Mergeable):
 
     def add(self, x):
         """Add a batch. Returns self."""
-        table = _table(x)
+        data = table(x)
         with self._lock:
-            self._core.add(table)
+            self._core.add(data)
         return self
 
     epsilon = property(lambda self: self._core.epsilon())
@@ -378,27 +333,23 @@ def pooled_covariance(x, groups, *, weights=None, nan="propagate", threads=None,
     `groups` has a label for each row, of any type that sorts. nan="omit" leaves out the rows with a NaN.
     """
     labels, numbers = _np.unique(_np.asarray(groups), return_inverse=True)
-    table = _table(x)
+    data = table(x)
     found = _stats.pooled_covariance(
-        table, numbers.ravel().astype(_np.int64), _weights(weights), _threads(threads), _policy(nan), counts
+        data, numbers.ravel().astype(_np.int64), weights_or_none(weights), thread_count(threads), _policy(nan), counts
     )
     return PooledEstimates(**(found | {"labels": labels}))
 
 
-def _square(m, name):
-    return _np.ascontiguousarray(_table(m, name), dtype=_np.float64)
-
-
 def partial_covariance(cov, given):
     """The covariance of the other variables, in their order, given those whose numbers are listed."""
-    return _stats.partial(_square(cov, "cov"), [int(j) for j in given], False)
+    return _stats.partial(square(cov, "cov"), [int(j) for j in given], False)
 
 
 def partial_correlation(cov, given):
     """The same as correlations; `cov` may be a correlation matrix as well."""
-    return _stats.partial(_square(cov, "cov"), [int(j) for j in given], True)
+    return _stats.partial(square(cov, "cov"), [int(j) for j in given], True)
 
 
 def nearest_correlation(m):
     """The correlation matrix nearest to m in the sum of squared differences (Qi and Sun, 2006)."""
-    return _stats.nearest_correlation(_square(m, "m"))
+    return _stats.nearest_correlation(square(m, "m"))
