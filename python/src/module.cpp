@@ -5,6 +5,7 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include "arrow.hpp"
 #include "interpolate.hpp"
 #include "kernels.hpp"
 #include "numpy_api.hpp"
@@ -70,6 +71,7 @@ NB_MODULE(_core, m) {
   m.def("collect", collect);
   nb::module_ stats = m.def_submodule("stats");
   add_stats(stats);
+  add_arrow(stats);
   nb::module_ random = m.def_submodule("random");
   add_random(random);
   nb::module_ interpolate = m.def_submodule("interpolate");

@@ -191,3 +191,22 @@ def test_frames_and_series():
     np.testing.assert_array_equal(s.cov, stats.cov(X))
     assert stats.describe(pandas.Series([1, None, 3], dtype="Int64", name="n"), nan="omit").mean[0] == 2
     np.testing.assert_array_equal(tmk.exp(frame["a"]).to_numpy(), tmk.exp(X[:, 0].copy()))
+
+
+def test_tables_by_the_arrow_stream():
+    pyarrow = pytest.importorskip("pyarrow")
+    columns = {"a": X[:, 0], "b": X[:, 1].astype(np.float32), "c": np.arange(5000, dtype=np.int16), "d": X[:, 3] > 7}
+    table = pyarrow.table(columns)
+    want = np.column_stack([np.asarray(v, np.float64) for v in columns.values()])
+    np.testing.assert_array_equal(stats.cov(table), stats.cov(want))
+    assert stats.describe(table).names == list("abcd")
+    pieces = pyarrow.concat_tables([table[:7], table[7:4000], table[4000:]])
+    m = stats.Moments(4).add(pieces)
+    np.testing.assert_allclose(m.mean, want.mean(axis=0), rtol=1e-13, atol=1e-13)
+    assert m.count[0] == 5000 and stats.QuantileSketch(4).add(pieces).count(3) == 5000
+    holes = pyarrow.table({"a": [1.0, None, 3.0, 4.0], "b": [True, False, None, True]})[1:]
+    s = stats.describe(holes, nan="omit")
+    assert s.n.tolist() == [2, 2] and s.mean.tolist() == [3.5, 0.5]
+    assert stats.median(pyarrow.chunked_array([[1, 2], [30]])) == 2
+    with pytest.raises(TypeError, match="column 's' of the Arrow type"):
+        stats.describe(pyarrow.table({"s": ["x"]}))

@@ -6,8 +6,26 @@ import numpy as _np
 from . import _core
 
 
+def has_batches(x):
+    """Whether x is read by Arrow's C stream. pandas has one as well, but needs another package for it."""
+    return hasattr(x, "__arrow_c_stream__") and not type(x).__module__.startswith("pandas")
+
+
+def batches_of(x):
+    """The batches of a table that has Arrow's C stream, rows by variables, and the names of the variables."""
+    reader = _core.stats.ArrowBatches(x.__arrow_c_stream__())
+
+    def batches():
+        while (batch := reader.next()) is not None:
+            yield batch.T
+
+    return batches(), reader.names()
+
+
 def names_of(x):
     """The column names of a frame, or the name of a series."""
+    if hasattr(x, "column_names"):
+        return [str(name) for name in x.column_names]
     if hasattr(x, "columns") and not callable(x.columns):
         return [str(name) for name in x.columns]
     name = getattr(x, "name", None)
@@ -18,6 +36,9 @@ def array(x, name):
     """A float32 or float64 array; integers become float64, and a wider or another type is refused."""
     if isinstance(x, _np.ma.MaskedArray):
         x = (x if x.dtype.kind == "f" else x.astype(_np.float64)).filled(_np.nan)
+    elif has_batches(x):
+        found = list(batches_of(x)[0])
+        x = found[0] if len(found) == 1 else _np.concatenate(found) if found else _np.empty((0, 1))
     elif hasattr(x, "to_numpy"):
         x = _of_frame(x)
     a = _np.asarray(x)

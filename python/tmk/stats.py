@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Summary statistics of data in memory or in batches, to 15 digits, with weights, at any offset.
 
-Data are rows by variables: arrays of any strides, lists, masked arrays (masked values are NaN), Series and DataFrames;
-one dimension is one variable. float32 and float64 are read where they are; integers and booleans become float64.
+Data are rows by variables: arrays of any strides, lists, masked arrays (masked values are NaN), Series and DataFrames,
+and tables that have
+Arrow's C stream (polars, pyarrow, duckdb; nulls are NaN). One dimension is one variable. float32 and float64 are read where they are; integers and booleans become float64.
 Everything is computed in double; results are the same bits for any number of threads and any layout.
 
 What a NaN does is `nan`: "propagate" (estimates that it enters are NaN), "omit" (each variable leaves out its own;
@@ -16,7 +17,7 @@ from dataclasses import dataclass, fields
 import numpy as _np
 
 from . import _core
-from ._data import names_of, square, table, thread_count, vector, weights_or_none
+from ._data import batches_of, has_batches, names_of, square, table, thread_count, vector, weights_or_none
 
 _stats = _core.stats
 error = _stats.error
@@ -231,7 +232,14 @@ class Moments(_Mergeable):
         self._lock = _threading.Lock()
 
     def add(self, x, weights=None, threads=None):
-        """Add a batch: rows by variables, which may have no rows. Returns self."""
+        """Add a batch: rows by variables, which may have no rows. Returns self.
+
+        A table that has Arrow's C stream (polars, pyarrow, duckdb) is read batch by batch, without weights.
+        """
+        if has_batches(x) and weights is None:
+            for batch in batches_of(x)[0]:
+                self.add(batch, None, threads)
+            return self
         data, w = table(x), weights_or_none(weights)
         with self._lock:
             self._core.add(data, w, thread_count(threads))
@@ -285,7 +293,11 @@ class QuantileSketch(_Mergeable):
         self._lock = _threading.Lock()
 
     def add(self, x):
-        """Add a batch. Returns self."""
+        """Add a batch. Returns self. Tables are read as by Moments."""
+        if has_batches(x):
+            for batch in batches_of(x)[0]:
+                self.add(batch)
+            return self
         data = table(x)
         with self._lock:
             self._core.add(data)
