@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Exact quantiles and the description of a data set.
 #include <algorithm>
+#include <tmk/robust.hpp>
 
 #include "api/stats/checks.hpp"
 
@@ -48,6 +49,19 @@ matrix quantiles(const data_view& x, std::span<const double> orders, const quant
 std::vector<double> median(const data_view& x, const quantile_options& options) {
   constexpr double half[] = {0.5};
   return exact_quantiles("median", x, half, options).values();
+}
+
+std::vector<double> mad(const data_view& x, const quantile_options& options) {
+  constexpr auto function = "mad";
+  check(function, x, {}, options);
+  std::vector<double> deviations(detail::cols_of(x));
+  const TmkSSOptions o = c_options(options);
+  const detail::data_call c(x, options.weights, options.threads);
+  c.check(
+      function,
+      tmk_ss_pooled_quantiles(c.data(), &o, 0, nullptr, nullptr, deviations.data(), nullptr, c.threading()),
+      options.weights_are_counts);
+  return deviations;
 }
 
 summary describe(const data_view& x, const describe_options& options) {

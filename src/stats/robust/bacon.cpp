@@ -13,7 +13,7 @@
 namespace tmk::stats::robust {
 namespace {
 
-constexpr int most_rounds = 1000;
+constexpr int64_t most_rounds = 1000;
 
 double weighted_median(const double* x, const double* weights, size_t n) {
   constexpr int32_t p = 1;

@@ -98,6 +98,16 @@ void mirror(int32_t p, Real* c) {
     for (size_t j = i + 1; j < order; ++j) c[j * order + i] = c[i * order + j];
 }
 
+double log_determinant_of(int32_t p, const double* c) {
+  const auto order = static_cast<size_t>(p);
+  std::vector<double> factor(c, c + order * order);
+  int info = 0;
+  linalg::serial<double>::potrf("L", &p, factor.data(), &p, &info);
+  double sum = info == 0 ? 0 : HUGE_VAL;
+  for (size_t i = 0; i < order; ++i) sum += 2 * std::log(factor[i * order + i]);
+  return sum;
+}
+
 // By the pivots of the correlation matrix: what a variable has that the ones before it do not explain.
 bool well_conditioned(int32_t p, const double* c) {
   constexpr double least_share = 1e-13;

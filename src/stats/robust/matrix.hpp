@@ -22,6 +22,9 @@ int32_t invert(int32_t p, Real* c);
 template <class Real>
 void mirror(int32_t p, Real* c);
 
+// The logarithm of the determinant; not finite where the matrix is not positive definite.
+double log_determinant_of(int32_t p, const double* c);
+
 // Whether a covariance has an inverse worth computing, whatever the scales of its variables.
 bool well_conditioned(int32_t p, const double* c);
 
