@@ -50,16 +50,22 @@ void check_data(const char* function, const data_view& x, std::size_t least_rows
   detail::refuse_below(function, "threads", threads, 1);
 }
 
-void check(const char* function, const detail::data_call& call, int32_t status) {
+std::string value_text(const data_view& x, std::size_t row, std::size_t col) {
+  return std::visit([=](const auto& view) { return detail::number(view(row, col)); }, x);
+}
+
+void check(const char* function, const data_view& x, const detail::data_call& call, int32_t status) {
   std::int64_t row = 0, col = 0;
   if (status == TMK_SS_NAN && tmk_ss_robust_find_not_finite(call.data(), &row, &col) == 1)
-    detail::refuse(function, element("x", static_cast<std::size_t>(row), static_cast<std::size_t>(col)), "",
-                   "is not a finite number");
+    detail::refuse_value(function, element("x", static_cast<std::size_t>(row), static_cast<std::size_t>(col)),
+                         value_text(x, static_cast<std::size_t>(row), static_cast<std::size_t>(col)),
+                         "a finite number");
   if (status == TMK_SS_FLAT && tmk_ss_robust_find_flat(call.data(), &col, call.threading()) == 1)
     detail::refuse(function, "x column " + detail::number(col), "0",
                    "has a median absolute deviation of 0: half its values or more are equal");
   if (status == VTS_STATUS_SS_NOT_POSITIVE)
-    detail::refuse(function, "x", "", "has too many rows on a hyperplane: their covariance is singular");
+    detail::refuse(function, "x", "singular",
+                   "has too many rows on a hyperplane: their covariance is singular");
   detail::check_status(function, status);
 }
 
@@ -105,7 +111,7 @@ robust_estimate robust_covariance(const data_view& x, const robust_options& opti
   const detail::data_call c(x, {}, options.threads);
   const int32_t status = tmk_ss_robust_covariance(c.data(), &o, &e, c.threading());
   w.rethrow();
-  check(function, c, status);
+  check(function, x, c, status);
   r.correlation = correlation_of(r.covariance);
   r.rounds = e.rounds, r.converged = e.converged != 0;
   r.breakdown = e.breakdown, r.rejection = e.rejection;
@@ -131,7 +137,7 @@ outlier_result outliers(const data_view& x, const outlier_options& options) {
   const detail::data_call c(x, {}, options.threads);
   const int32_t status = tmk_ss_robust_outliers(c.data(), &o, &found, c.threading());
   w.rethrow();
-  check(function, c, status);
+  check(function, x, c, status);
   for (std::size_t i = 0; i < rows; ++i)
     if (weights[i] == 0) r.rows.push_back(i);
   r.cutoff = found.cutoff, r.rounds = found.rounds, r.converged = found.converged != 0;
@@ -163,7 +169,7 @@ std::vector<double> mahalanobis(const data_view& x, std::span<const double> loca
   const int32_t status =
       tmk_ss_robust_distances(c.data(), location.data(), covariance.row(0).data(), d.data(), c.threading());
   if (status == VTS_STATUS_SS_NOT_POSITIVE)
-    detail::refuse(function, "covariance", "", "is not positive definite, or nearly so");
+    detail::refuse(function, "covariance", "singular", "is not positive definite, or nearly so");
   detail::check_status(function, status);
   return d;
 }

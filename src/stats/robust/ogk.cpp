@@ -89,8 +89,10 @@ void measure_along(const double* x, size_t n, principal_axes& a, double* d2,
     const auto [mu, sigma] = tau_estimate(zk, n, work);
     a.location[k] = mu;
     a.scale[k] = sigma;
+    // An axis along which nothing varies puts nothing far away.
+    const double inverse = sigma > 0 ? 1 / sigma : 0;
     for (size_t i = 0; i < n; ++i) {
-      const double t = (zk[i] - mu) / sigma;
+      const double t = (zk[i] - mu) * inverse;
       zk[i] = t * t;
     }
   });
