@@ -55,12 +55,26 @@ s_state from_half(const TmkSSData& data, const std::vector<double>& d2, const Th
   return state;
 }
 
+namespace {
+
+// False where the covariance has no inverse.
+bool invert_both(const estimate& e, std::vector<double>& inverse) {
+  const auto p = static_cast<int32_t>(e.mean.size());
+  inverse = e.covariance;
+  if (invert(p, inverse.data()) != 0) return false;
+  mirror(p, inverse.data());
+  return true;
+}
+
+double root_mean_square(double squares, size_t n) { return std::sqrt(squares / static_cast<double>(n)); }
+
+}  // namespace
+
 double s_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
               const ThreadingService* threading) {
   const size_t n = pooled::rows_of(data), p = pooled::columns_of(data);
-  std::vector<double> inverse = state.e.covariance;
-  if (invert(static_cast<int32_t>(p), inverse.data()) != 0) return state.regular = false, 0;
-  mirror(static_cast<int32_t>(p), inverse.data());
+  std::vector<double> inverse;
+  if (!(state.regular = invert_both(state.e, inverse))) return 0;
   distances(data, state.e.mean.data(), inverse.data(), state.d.data(), threading);
   double guess = state.scale;
   if (!(guess > 0)) {
@@ -70,14 +84,34 @@ double s_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
   state.scale = m_scale(state.d, w, guess);
   double moved = 0;
   for (size_t i = 0; i < n; ++i) {
-    state.d[i] /= state.scale;
-    const double weight = w.w.weight(state.d[i]), change = weight - state.weights[i];
+    const double weight = w.w.weight(state.d[i] / state.scale), change = weight - state.weights[i];
     moved += change * change;
     state.weights[i] = weight;
   }
   state.e = weighted_estimate(data, state.weights.data(), state.e.mean.data(), threading);
   state.regular = normalise(state.e.covariance, p);
-  return std::sqrt(moved / static_cast<double>(n));
+  return root_mean_square(moved, n);
+}
+
+double quick_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
+                  const ThreadingService* threading) {
+  const size_t n = pooled::rows_of(data), p = pooled::columns_of(data);
+  std::vector<double> inverse, before = state.weights;
+  if (!(state.regular = invert_both(state.e, inverse))) return 0;
+  const double scale = state.scale;
+  const auto sums = scan(data, state.e.mean.data(), inverse.data(), true, threading,
+                         [&](size_t first, size_t count, const double* d2, double* weights) {
+                           for (size_t k = 0; k < count; ++k) {
+                             const double d = state.d[first + k] = std::sqrt(d2[k]);
+                             weights[k] = state.weights[first + k] = w.w.weight(d / scale);
+                           }
+                         });
+  state.e = finish(p, sums, state.e.mean.data());
+  state.regular = normalise(state.e.covariance, p);
+  state.scale = m_scale(state.d, w, scale);
+  double moved = 0;
+  for (size_t i = 0; i < n; ++i) moved += (state.weights[i] - before[i]) * (state.weights[i] - before[i]);
+  return root_mean_square(moved, n);
 }
 
 namespace {
@@ -99,11 +133,12 @@ std::vector<double> sample_rows(const std::vector<double>& x, size_t n, size_t p
   return r;
 }
 
-void run(const TmkSSData& data, const tuned_biweight& w, s_state& state, const s_rules& rules,
-         s_result& result, const ThreadingService* threading, const progress& report) {
+template <class Step>
+void run(const Step& step, const TmkSSData& data, const tuned_biweight& w, s_state& state,
+         const s_rules& rules, s_result& result, const ThreadingService* threading, const progress& report) {
   result.converged = false;
   for (int64_t round = 0; round < rules.rounds && state.regular && !result.converged; ++round) {
-    const double change = s_step(data, w, state, threading);
+    const double change = step(data, w, state, threading);
     result.converged = change <= rules.tolerance;
     if (!report(++result.rounds, change)) break;
   }
@@ -140,7 +175,7 @@ std::vector<s_state> distinct_fits(const std::vector<double>& x, size_t n, size_
   }
   for (auto& state : states) {
     s_result ignored;
-    run(data, w, state, {1e-2, rules.rounds}, ignored, threading, {});
+    run(s_step, data, w, state, {1e-2, rules.rounds}, ignored, threading, {});
   }
   return states;
 }
@@ -166,7 +201,7 @@ s_state best_start(const std::vector<double>& x, size_t n, size_t p, const tuned
 
 s_result s_estimate(const std::vector<double>& x, size_t n, size_t p, const tuned_biweight& w,
                     const s_rules& rules, const ThreadingService* threading, const progress& report) {
-  const size_t count = std::max<size_t>(2000, 40 * p);
+  const size_t count = std::max<size_t>(1000, 20 * p);
   const bool sampled = n > 2 * count;
   s_state state = sampled ? best_start(sample_rows(x, n, p, count), count, p, w, rules, threading)
                           : best_start(x, n, p, w, rules, threading);
@@ -174,11 +209,10 @@ s_result s_estimate(const std::vector<double>& x, size_t n, size_t p, const tune
   state.weights.resize(n);
   state.d.resize(n);
   s_result result;
-  run(data, w, state, rules, result, threading, report);
+  run(quick_step, data, w, state, rules, result, threading, report);
   if (!state.regular) throw failed{VTS_STATUS_SS_NOT_POSITIVE};
   result.e = std::move(state.e);
   for (double& c : result.e.covariance) c *= state.scale * state.scale;
-  result.d = std::move(state.d);
   result.weights = std::move(state.weights);
   return result;
 }

@@ -15,7 +15,7 @@ namespace tmk::stats::robust {
 struct s_state {
   estimate e;             // of the last step's weights; its covariance has determinant 1
   double scale = 0;       // of the distances from the estimate before
-  std::vector<double> d;  // distances from the estimate before, divided by the scale
+  std::vector<double> d;  // distances from the estimate before
   std::vector<double> weights;
   bool regular = true;  // false: the observations with weight lie on a hyperplane
 };
@@ -23,9 +23,14 @@ struct s_state {
 // The estimate of the observations of the least half of the given squared distances.
 s_state from_half(const TmkSSData& data, const std::vector<double>& d2, const ThreadingService* threading);
 
-// One step; how much the weights changed, as the root of the mean square.
+// One step, which lowers the scale; how much the weights changed, as the root of the mean square.
 double s_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
               const ThreadingService* threading);
+
+// The same fixed point in one walk over the data instead of two: the weights go by the scale of the step
+// before. For states near the end.
+double quick_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
+                  const ThreadingService* threading);
 
 struct s_rules {
   double tolerance;  // a change of the weights that ends the steps
@@ -33,7 +38,7 @@ struct s_rules {
 };
 struct s_result {
   estimate e;
-  std::vector<double> d, weights;
+  std::vector<double> weights;
   int64_t rounds = 0;
   bool converged = false;
 };

@@ -56,10 +56,14 @@ void multiply_tile(size_t p, const double* x, const double* a, double* y) {
 }
 
 void row_products(size_t p, const double* x, const double* y, double* sums) {
-  std::fill(sums, sums + tile_length, 0.0);
-  for (size_t j = 0; j < p; ++j) {
-    const double *const a = x + j * tile_length, *const b = y + j * tile_length;
-    for (size_t k = 0; k < tile_length; ++k) sums[k] += a[k] * b[k];
+  constexpr size_t lanes = 16;  // sums that stay in registers
+  for (size_t first = 0; first < tile_length; first += lanes) {
+    double sum[lanes] = {};
+    for (size_t j = 0; j < p; ++j) {
+      const double *const a = x + j * tile_length + first, *const b = y + j * tile_length + first;
+      for (size_t k = 0; k < lanes; ++k) sum[k] += a[k] * b[k];
+    }
+    std::copy_n(sum, lanes, sums + first);
   }
 }
 

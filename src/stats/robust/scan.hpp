@@ -14,7 +14,7 @@
 
 namespace tmk::stats::robust {
 
-constexpr size_t tile_length = 256;
+constexpr size_t tile_length = 128;
 
 // A matrix of double, variable by variable.
 inline TmkSSData column_data(const double* x, size_t n, size_t p) {
@@ -58,7 +58,7 @@ struct chunks {
   chunks(size_t n, size_t p) {
     const size_t tiles = (n + tile_length - 1) / tile_length;
     const size_t affordable = std::clamp<size_t>((size_t{1} << 22) / ((p + 1) * (p + 1)), 1, 64);
-    const size_t in_chunk = std::max<size_t>(16, (tiles + affordable - 1) / affordable);
+    const size_t in_chunk = std::max<size_t>(32, (tiles + affordable - 1) / affordable);
     length = in_chunk * tile_length;
     count = (n + length - 1) / length;
   }
