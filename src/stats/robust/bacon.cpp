@@ -90,7 +90,9 @@ basic_subset first_subset(const TmkSSData& data, const bacon_rules& rules, doubl
                           const ThreadingService* threading) {
   const size_t n = pooled::rows_of(data);
   std::vector<double> inverse;
-  std::vector<double> centre = medians(data, rules.weights, threading);
+  std::vector<double> centre =
+      rules.medians != nullptr ? std::vector<double>(rules.medians, rules.medians + pooled::columns_of(data))
+                               : medians(data, rules.weights, threading);
   if (rules.start == bacon_start::mahalanobis) {
     const estimate all = weighted_estimate(data, rules.weights, centre.data(), threading);
     if (!invert_covariance(all, rules.ridge, inverse)) throw failed{VTS_STATUS_SS_NOT_POSITIVE};

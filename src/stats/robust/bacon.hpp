@@ -18,6 +18,7 @@ struct bacon_rules {
   double tail;            // the probability that the cut-off leaves to normal observations
   double growth;          // a relative growth of the subset below this ends the search, and so does none
   size_t subset;          // size of the first one
+  const double* medians;  // of the variables, if they are known
   const double* weights;  // what observations weigh in the subset; null: 1
   bool ridge;  // a singular covariance gets a ridge; otherwise the first subset grows until it is none
 };

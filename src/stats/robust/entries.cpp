@@ -135,12 +135,14 @@ int32_t tmk_ss_robust_outliers(const TmkSSData* data, const TmkSSOutlierOptions*
   return tmk::guarded(VTS_STATUS_SS_MEMORY, [&] {
     const standardised copy = copy_of(*data, threading);
     const size_t first = std::max(copy.p + 1, std::min(5 * copy.p, copy.n / 2));
-    const bacon_rules rules{static_cast<bacon_start>(options->start),
-                            options->alpha / static_cast<double>(copy.n),
-                            0,
-                            first,
-                            nullptr,
-                            false};
+    const std::vector<double> medians(copy.p, 0.0);
+    const bacon_rules rules{.start = static_cast<bacon_start>(options->start),
+                            .tail = options->alpha / static_cast<double>(copy.n),
+                            .growth = 0,
+                            .subset = first,
+                            .medians = medians.data(),
+                            .weights = nullptr,
+                            .ridge = false};
     std::vector<double> weights(copy.n), d(copy.n);
     const bacon_result found =
         bacon(copy.data(), rules, weights.data(), d.data(), threading, {options->progress, options->context});

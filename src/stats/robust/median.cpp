@@ -33,14 +33,16 @@ ranks select_ranks(double* a, size_t n, size_t k, bool pair) {
 ranks find(const double* y, size_t n, size_t k, bool pair, double* work) {
   constexpr size_t long_array = 2000;
   if (n >= long_array) {
-    const auto root = static_cast<size_t>(std::cbrt(static_cast<double>(n)));
-    const size_t step = std::max<size_t>(1, root / 2), m = n / step;
+    const auto step = static_cast<size_t>(std::cbrt(static_cast<double>(n)));
+    const size_t m = n / step;
     for (size_t i = 0; i < m; ++i) work[i] = y[i * step];
-    const auto rank = static_cast<ptrdiff_t>(k / step);
-    const auto margin = static_cast<ptrdiff_t>(2 * std::sqrt(static_cast<double>(m))) + 2;
-    const auto most = static_cast<ptrdiff_t>(m) - 1;
-    const double low = select(work, m, static_cast<size_t>(std::clamp<ptrdiff_t>(rank - margin, 0, most)));
-    const double high = select(work, m, static_cast<size_t>(std::clamp<ptrdiff_t>(rank + margin, 0, most)));
+    const auto rank = static_cast<ptrdiff_t>(k / step), last = static_cast<ptrdiff_t>(m) - 1;
+    const auto margin = static_cast<ptrdiff_t>(1.5 * std::sqrt(static_cast<double>(m))) + 2;  // three sigma
+    const ptrdiff_t from = std::clamp<ptrdiff_t>(rank - margin, 0, last),
+                    to = std::clamp<ptrdiff_t>(rank + margin, 0, last);
+    quick_select(contiguous<double>{work}, {0, last}, from);
+    quick_select(contiguous<double>{work}, {from, last}, to);
+    const double low = work[from], high = work[to];
     size_t below = 0, inside = 0;
     for (size_t i = 0; i < n; ++i) {
       const double value = y[i];

@@ -26,7 +26,8 @@ int32_t check(const task<Real>& t, uint32_t method) {
 // Parameters count only if there are exactly three; each that is out of its range takes its default.
 template <class Real>
 bacon_rules rules_of(const task<Real>& t) {
-  bacon_rules rules{bacon_start::medians, 0.05, 0.005, 5 * static_cast<size_t>(t.p()), nullptr, true};
+  bacon_rules rules{
+      bacon_start::medians, 0.05, 0.005, 5 * static_cast<size_t>(t.p()), nullptr, nullptr, true};
   const Real* const given = t.outlierParams;
   if (given == nullptr || t.outlierParamCount == nullptr || t.integer(t.outlierParamCount) != 3) return rules;
   if (given[0] >= 1 && given[0] < 2) rules.start = bacon_start::mahalanobis;

@@ -183,7 +183,7 @@ std::vector<s_state> distinct_fits(const std::vector<double>& x, size_t n, size_
 // Of the fits whose mismatch is near the least, the one of the least scale.
 s_state best_start(const std::vector<double>& x, size_t n, size_t p, const tuned_biweight& w,
                    const s_rules& rules, const ThreadingService* threading) {
-  constexpr double near = 0.1;
+  constexpr double near = 0.02;
   std::vector<s_state> states = distinct_fits(x, n, p, w, rules, threading);
   std::vector<double> misfit;
   for (const auto& state : states)
