@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <new>
+#include <stdexcept>
 
 namespace tmk {
 
@@ -24,6 +25,8 @@ int32_t guarded(int32_t no_memory, const Body& body) {
   } catch (const failed& f) {
     return f.status;
   } catch (const std::bad_alloc&) {
+    return no_memory;
+  } catch (const std::length_error&) {  // more elements than the address space has
     return no_memory;
   }
 }

@@ -33,7 +33,10 @@ int32_t check(const TmkSSData* data, int64_t rows_per_column, int64_t more_rows)
       first_status({{data->columns > pooled::most_matrix_columns, VTS_STATUS_SS_BAD_DIMENSION},
                     {data->rows < rows_per_column * data->columns + more_rows || data->rows > INT32_MAX,
                      VTS_STATUS_SS_BAD_OBSERVATIONS},
-                    {data->weights != nullptr, TMK_SS_BAD_WEIGHTS}});
+                    {data->weights != nullptr, TMK_SS_BAD_WEIGHTS},
+       {data->rows > INT64_MAX / 64 / data->columns ||
+            data->rows * data->columns > static_cast<int64_t>(SIZE_MAX / 64),
+        VTS_STATUS_SS_MEMORY}});
   if (bad != 0) return bad;
   size_t row, column;
   return find_not_finite(*data, row, column) ? int32_t{TMK_SS_NAN} : 0;

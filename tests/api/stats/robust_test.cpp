@@ -11,6 +11,7 @@
 #include <tmk/robust.hpp>
 
 #include "api/stats/samples.hpp"
+#include "stats/robust/biweight.hpp"
 #include "stats/robust_sets.hpp"
 
 namespace tmk {
@@ -39,6 +40,36 @@ TEST(robust, outliers_that_the_literature_names) {
     EXPECT_TRUE(std::binary_search(o.rows.begin(), o.rows.end(), giant));
   for (std::size_t i = 0; i < o.distances.size(); ++i)
     EXPECT_EQ(o.distances[i] >= o.cutoff, std::binary_search(o.rows.begin(), o.rows.end(), i));
+}
+
+// Weights by the distances give location and covariance again, and the distances' M-scale is 1.
+TEST(robust, the_estimate_solves_its_equations) {
+  for (const data_set* s : {&tests::hbk, &tests::starscyg, &tests::stackloss}) {
+    const auto e = robust_covariance(view_of(*s), {.breakdown = 0.4, .tolerance = 1e-12, .max_rounds = 1000});
+    const auto p = static_cast<std::int32_t>(s->cols);
+    const auto w = stats::robust::tune_biweight(p, std::min(0.4, e.breakdown), 0.001);
+    long double total = 0, rho = 0, trace = 0;
+    std::vector<long double> mean(s->cols);
+    for (std::size_t i = 0; i < s->rows; ++i) {
+      EXPECT_NEAR(e.weights[i], w.w.weight(e.distances[i]), 1e-9);
+      total += e.weights[i], rho += w.w.rho(e.distances[i]);
+      for (std::size_t j = 0; j < s->cols; ++j) mean[j] += e.weights[i] * s->values[i * s->cols + j];
+      trace += e.weights[i] * e.distances[i] * e.distances[i];
+    }
+    EXPECT_NEAR(static_cast<double>(rho / static_cast<long double>(s->rows)), w.mean_rho, 1e-9) << s->name;
+    for (std::size_t j = 0; j < s->cols; ++j)
+      EXPECT_NEAR(static_cast<double>(mean[j] / total), e.location[j], 1e-9 * std::sqrt(e.covariance(j, j)));
+    for (std::size_t a = 0; a < s->cols; ++a)
+      for (std::size_t b = 0; b < s->cols; ++b) {
+        long double sum = 0;
+        for (std::size_t i = 0; i < s->rows; ++i)
+          sum += e.weights[i] * (s->values[i * s->cols + a] - mean[a] / total) *
+                 (s->values[i * s->cols + b] - mean[b] / total);
+        EXPECT_NEAR(static_cast<double>(sum * p / trace), e.covariance(a, b),
+                    1e-8 * std::sqrt(e.covariance(a, a) * e.covariance(b, b)))
+            << s->name;
+      }
+  }
 }
 
 // Of 30 % in a tight cluster nothing remains, near it or far, in few variables and in many.
