@@ -42,6 +42,26 @@ TEST(robust, outliers_that_the_literature_names) {
     EXPECT_EQ(o.distances[i] >= o.cutoff, std::binary_search(o.rows.begin(), o.rows.end(), i));
 }
 
+// R 4.2.2, rrcov 1.7-2: CovSest(x, method = "sfast", bdp = (n - p) / (2 n), nsamp = 2000), Tukey's biweight.
+TEST(robust, in_few_variables_the_estimate_is_the_S_estimate_of_rrcov) {
+  struct row {
+    const data_set& set;
+    std::vector<double> location, covariance;
+  };
+  const row rows[] = {
+      {tests::hbk,
+       {1.5344909, 1.8230752, 1.6593261},
+       {1.835546102, 0.052956723, 0.24144997, 0.052956723, 1.849150258, 0.251417839, 0.24144997, 0.251417839,
+        1.75343594}},
+      {tests::starscyg, {4.4212735, 4.9676611}, {0.017768914, 0.061918857, 0.061918857, 0.388229137}}};
+  for (const auto& r : rows) {
+    const auto e = robust_covariance(view_of(r.set));
+    for (std::size_t i = 0; i < r.location.size(); ++i) EXPECT_NEAR(e.location[i], r.location[i], 1e-6);
+    for (std::size_t k = 0; k < r.covariance.size(); ++k)
+      EXPECT_NEAR(e.covariance.values()[k], r.covariance[k], 1e-5 * r.covariance.back());
+  }
+}
+
 // Weights by the distances give location and covariance again, and the distances' M-scale is 1.
 TEST(robust, the_estimate_solves_its_equations) {
   for (const data_set* s : {&tests::hbk, &tests::starscyg, &tests::stackloss}) {
