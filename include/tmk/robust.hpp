@@ -48,6 +48,9 @@ struct robust_options {
   double rejection = 0.001;  ///< share of the rows of normal data that get weight 0, above 0 and below 1
   double tolerance = 1e-6;   ///< stops when weights change by less, as the root of the mean square
   std::int64_t max_rounds = 200;
+  /// Of tbs: ends with the mean and covariance of the rows within the 0.975 quantile of the estimate, which
+  /// in one variable varies less than half as much.
+  bool reweight = false;
   int threads = 1;
   robust_watch watch = {};
 };

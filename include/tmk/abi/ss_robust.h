@@ -70,6 +70,7 @@ typedef struct TmkSSRobustOptions {
   double rejection;       /* the share of normal observations that get weight 0, above 0 and below 1 */
   double tolerance;       /* ends the rounds: root of the mean square by which weights changed, at least 0 */
   int64_t rounds;         /* the most, at least 1 */
+  int32_t reweight;       /* not 0: last, mean and covariance of the rows within the 0.975 quantile */
   TmkSSProgress progress; /* or null */
   void* context;
 } TmkSSRobustOptions;
@@ -83,9 +84,9 @@ typedef struct TmkSSRobustEstimate {
 /* TMK_SS_TBS: the S-estimate with the translated biweight (D. Rocke 1996), or with the biweight, which takes
  * a larger rejection probability, where the translated one cannot have the breakdown point, by weighted steps
  * from the best of the six starts of M. Hubert, P. Rousseeuw and T. Verdonck (2012). TMK_SS_OGK: one step of
- * R. Maronna and R. Zamar (2002), reweighted; breakdown, rejection, tolerance and rounds are not used. Both
- * are consistent at the normal distribution. VTS_STATUS_SS_BAD_OBSERVATIONS: fewer rows than 2 columns + 1,
- * or above 2147483647. TMK_SS_BAD_OPTIONS. */
+ * R. Maronna and R. Zamar (2002), reweighted; breakdown, rejection, tolerance, rounds and reweight are not
+ * used. Both are consistent at the normal distribution. VTS_STATUS_SS_BAD_OBSERVATIONS: fewer rows than 2
+ * columns + 1, or above 2147483647. TMK_SS_BAD_OPTIONS. */
 int32_t tmk_ss_robust_covariance(const TmkSSData* data, const TmkSSRobustOptions* options,
                                  TmkSSRobustEstimate* result, const ThreadingService* threading);
 

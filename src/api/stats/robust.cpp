@@ -104,8 +104,14 @@ robust_estimate robust_covariance(const data_view& x, const robust_options& opti
   r.location.resize(cols), r.covariance = matrix(cols, cols);
   r.distances.resize(rows), r.weights.resize(rows);
   watcher w{options.watch};
-  const TmkSSRobustOptions o{
-      method, options.breakdown, options.rejection, options.tolerance, options.max_rounds, w.function(), &w};
+  const TmkSSRobustOptions o{.method = method,
+                             .breakdown = options.breakdown,
+                             .rejection = options.rejection,
+                             .tolerance = options.tolerance,
+                             .rounds = options.max_rounds,
+                             .reweight = options.reweight,
+                             .progress = w.function(),
+                             .context = &w};
   TmkSSRobustEstimate e{
       r.location.data(), r.covariance.row(0).data(), r.distances.data(), r.weights.data(), 0, 0, 0, 0};
   const detail::data_call c(x, {}, options.threads);

@@ -34,9 +34,9 @@ int32_t check(const TmkSSData* data, int64_t rows_per_column, int64_t more_rows)
                     {data->rows < rows_per_column * data->columns + more_rows || data->rows > INT32_MAX,
                      VTS_STATUS_SS_BAD_OBSERVATIONS},
                     {data->weights != nullptr, TMK_SS_BAD_WEIGHTS},
-       {data->rows > INT64_MAX / 64 / data->columns ||
-            data->rows * data->columns > static_cast<int64_t>(SIZE_MAX / 64),
-        VTS_STATUS_SS_MEMORY}});
+                    {data->rows > INT64_MAX / 64 / data->columns ||
+                         data->rows * data->columns > static_cast<int64_t>(SIZE_MAX / 64),
+                     VTS_STATUS_SS_MEMORY}});
   if (bad != 0) return bad;
   size_t row, column;
   return find_not_finite(*data, row, column) ? int32_t{TMK_SS_NAN} : 0;
@@ -64,19 +64,36 @@ struct outcome {
   bool converged;
 };
 
-// Within the 0.9 quantile normal data vary less than they do as a whole.
+// Mean and covariance of the rows that have weight, which are those of normal data within a quantile: they
+// vary less than all do.
+estimate within_quantile(const standardised& copy, const std::vector<double>& weights, double kept,
+                         const ThreadingService* threading) {
+  estimate e = weighted_estimate(copy.data(), weights.data(), nullptr, threading);
+  const auto p = static_cast<double>(copy.p);
+  const double factor = kept / __vtsdChi2CDF(p + 2, __vtsdChi2ICDF(p, kept));
+  for (double& x : e.covariance) x *= factor;
+  return e;
+}
+
 outcome ogk(const standardised& copy, TmkSSRobustEstimate& result, const ThreadingService* threading) {
   constexpr double kept = 0.9;
   std::vector<double> d2(copy.n), weights(copy.n);
   ogk_step(copy.x.data(), copy.n, copy.p, d2.data(), threading);
   reject_far(d2, copy.p, weights.data());
-  estimate e = weighted_estimate(copy.data(), weights.data(), nullptr, threading);
-  const auto p = static_cast<double>(copy.p);
-  const double factor = kept / __vtsdChi2CDF(p + 2, __vtsdChi2ICDF(p, kept));
-  for (double& x : e.covariance) x *= factor;
   result.breakdown = 0.5;
   result.rejection = 1 - kept;
-  return {std::move(e), std::move(weights), 1, true};
+  return {within_quantile(copy, weights, kept, threading), std::move(weights), 1, true};
+}
+
+outcome reweighted(const standardised& copy, s_result s, TmkSSRobustEstimate& result,
+                   const ThreadingService* threading) {
+  constexpr double kept = 0.975;
+  const double limit = std::sqrt(__vtsdChi2ICDF(static_cast<double>(copy.p), kept));
+  const std::vector<double> inverse = inverse_of(s.e.covariance.data(), copy.p);
+  distances(copy.data(), s.e.mean.data(), inverse.data(), s.weights.data(), threading);
+  for (double& value : s.weights) value = value <= limit ? 1 : 0;
+  result.rejection = 1 - kept;
+  return {within_quantile(copy, s.weights, kept, threading), std::move(s.weights), s.rounds, s.converged};
 }
 
 outcome tbs(const standardised& copy, const TmkSSRobustOptions& by, TmkSSRobustEstimate& result,
@@ -88,6 +105,7 @@ outcome tbs(const standardised& copy, const TmkSSRobustOptions& by, TmkSSRobustE
       s_estimate(copy.x, copy.n, copy.p, w, {by.tolerance, by.rounds}, threading, {by.progress, by.context});
   result.breakdown = w.breakdown;
   result.rejection = w.rejection;
+  if (by.reweight != 0) return reweighted(copy, std::move(s), result, threading);
   return {std::move(s.e), std::move(s.weights), s.rounds, s.converged};
 }
 

@@ -135,6 +135,28 @@ TEST(robust, estimates_of_normal_data_are_consistent) {
   EXPECT_NEAR(low.rejection, 0.001, 1e-6);
 }
 
+TEST(robust, reweighting_takes_the_rows_within_the_quantile) {
+  for (const std::size_t p : {1, 4}) {
+    const auto x = clustered(500, p, 100, 9, 6);
+    const view v(x.data(), 500, p);
+    const auto plain = robust_covariance(v);
+    const auto e = robust_covariance(v, {.reweight = true});
+    std::vector<double> weights(500, 1);
+    for (const std::size_t i : plain.outliers(0.025)) weights[i] = 0;
+    EXPECT_EQ(e.weights, weights);
+    const auto s = describe(v, {.weights = weights});
+    // In one variable, within 2.2414 sd: 0.975 / P(chi2 with 3 degrees of freedom < 2.2414^2).
+    const double factor = e.covariance(0, 0) / s.cov(0, 0);
+    if (p == 1) {
+      EXPECT_NEAR(factor * s.weight[0] / (s.weight[0] - 1), 1.174779, 1e-6);
+    }
+    for (std::size_t i = 0; i < p; ++i) {
+      EXPECT_NEAR(e.location[i], s.mean[i], 1e-13);
+      for (std::size_t j = 0; j < p; ++j) EXPECT_NEAR(e.covariance(i, j), factor * s.cov(i, j), 1e-13);
+    }
+  }
+}
+
 TEST(robust, few_rows_of_clean_data_are_flagged) {
   std::size_t flagged = 0;
   for (unsigned seed = 0; seed < 20; ++seed) {
