@@ -394,6 +394,7 @@ int32_t tmk_ss_nearest_correlation(int32_t p, const double* matrix, double* resu
 }
 #endif
 
+#include "tmk/abi/ss_impute.h"
 #include "tmk/abi/ss_pooled.h"
 #include "tmk/abi/ss_robust.h"
 #endif

@@ -1,37 +1,105 @@
 // SPDX-License-Identifier: Apache-2.0
-// EM for the task (A. Dempster, N. Laird and D. Rubin, JRSS B 39, 1977): holes take their expected values,
-// and their products the conditional covariance besides. It stops on an absolute change, whatever the units.
-#include "stats/missing/missing_values.hpp"
-#include "stats/missing/sums.hpp"
+#include "stats/missing/em.hpp"
+
+#include "platform/guarded.hpp"
 
 namespace tmk::stats::missing {
+namespace {
 
-template <class Real>
-void run_em(const imputation_request<Real>& request, const data_rows<Real>& data,
-            const square<Real>& observed, square<Real>& theta) {
-  square<Real> half(data.p), sums(data.p), next(data.p);
-  swept_model<Real> model(data.p);
-  const auto add_covariance = [&](ptrdiff_t, const row_block<Real>& block, const square<Real>& swept, Real*) {
-    const Real share = static_cast<Real>(block.count) / 2;
-    for (ptrdiff_t a = 0; a < block.k; ++a)
-      for (ptrdiff_t c = 0; c < block.k; ++c)
-        half[block.holes[a]][block.holes[c]] += share * swept[block.holes[a]][block.holes[c]];
-  };
-  for (int64_t round = 0; round < request.em_rounds; ++round) {
-    fill_holes(data, theta, model, half, add_covariance);
-    complete_sums(observed, half, sums);
-    maximise(sums, next);
-    const bool settled = largest_difference(next, theta) < request.accuracy;
-    std::swap(theta, next);
-    if (settled) return;
+// Over means and lower triangle, of b - a and of c - 2 b + a.
+struct step_norms {
+  double first = 0, second = 0, curvature = 0;
+
+  step_norms(const square<double>& a, const square<double>& b, const square<double>& c) {
+    for (ptrdiff_t i = 0; i < a.order; ++i)
+      for (ptrdiff_t j = 0; j <= i; ++j) {
+        const double r = b[i][j] - a[i][j], s = c[i][j] - b[i][j];
+        first += r * r, second += s * s, curvature += (s - r) * (s - r);
+      }
+    first = std::sqrt(first), second = std::sqrt(second), curvature = std::sqrt(curvature);
   }
-}
+};
 
-#define TMK_INSTANTIATE(Real)                                                                        \
-  template void run_em(const imputation_request<Real>&, const data_rows<Real>&, const square<Real>&, \
-                       square<Real>&);
-TMK_INSTANTIATE(double)
-TMK_INSTANTIATE(float)
-#undef TMK_INSTANTIATE
+class run {
+ public:
+  run(likelihood& l, const TmkSSEmOptions& options) : l_(l), options_(options), sums_(l.p()) {}
+
+  em_result operator()() {
+    square<double> theta = standard_model<double>(l_.p()), first = theta, second = theta, beyond = theta;
+    while (!over()) {
+      step(theta, first);
+      if (over()) return result(first);
+      const double reached = step(first, second);
+      const step_norms norms(theta, first, second);
+      // Closer to 1 no rate can be told from the roundings of a change.
+      const double rate = std::min(norms.second / norms.first, 0.9999);
+      converged_ = change_ == 0 || change_ * rate / (1 - rate) <= options_.tolerance;
+      if (over()) return result(second);
+      extrapolate(theta, first, second, norms, beyond);
+      if (!try_step(beyond, reached, theta)) theta = second;
+    }
+    return result(theta);
+  }
+
+ private:
+  bool over() const { return converged_ || stopped_ || rounds_ >= options_.rounds; }
+
+  // One step of EM; returns the log likelihood before it.
+  double step(const square<double>& from, square<double>& to) {
+    double log_likelihood;
+    if (!l_.expect(from, sums_, log_likelihood)) throw failed{TMK_SS_NOT_REGULAR};
+    finish(from, to);
+    return log_likelihood;
+  }
+
+  bool try_step(const square<double>& from, double reached, square<double>& to) {
+    double log_likelihood;
+    const double rounding = 1e-13 * std::fabs(reached);
+    const bool good = l_.expect(from, sums_, log_likelihood) && log_likelihood >= reached - rounding;
+    if (good)
+      finish(from, to);
+    else
+      ++rounds_, longest_ = 1;
+    return good;
+  }
+
+  void finish(const square<double>& from, square<double>& to) {
+    maximise(sums_, to);
+    change_ = largest_difference(from, to);
+    ++rounds_;
+    if (options_.progress != nullptr)
+      stopped_ |= options_.progress(options_.context, -1, rounds_, change_) != 0;
+  }
+
+  // Steps grow by degrees: the first changes say little about the last.
+  void extrapolate(const square<double>& theta, const square<double>& first, const square<double>& second,
+                   const step_norms& norms, square<double>& beyond) {
+    double length = norms.curvature > 0 ? norms.first / norms.curvature : 1;
+    if (length >= longest_) length = longest_, longest_ *= 4;
+    length = std::max(length, 1.0);
+    for (size_t i = 0; i < theta.values.size(); ++i) {
+      const double r = first.values[i] - theta.values[i];
+      const double v = second.values[i] - first.values[i] - r;
+      beyond.values[i] = theta.values[i] + 2 * length * r + length * length * v;
+    }
+  }
+
+  em_result result(const square<double>& theta) {
+    double log_likelihood;
+    if (!l_.expect(theta, sums_, log_likelihood)) throw failed{TMK_SS_NOT_REGULAR};
+    return {theta, log_likelihood, rounds_, converged_, stopped_};
+  }
+
+  likelihood& l_;
+  const TmkSSEmOptions& options_;
+  square<double> sums_;
+  double change_ = 0, longest_ = 1;
+  int64_t rounds_ = 0;
+  bool converged_ = false, stopped_ = false;
+};
+
+}  // namespace
+
+em_result maximise_likelihood(likelihood& l, const TmkSSEmOptions& options) { return run(l, options)(); }
 
 }  // namespace tmk::stats::missing

@@ -6,8 +6,8 @@
 // round; the C interface keeps it so.
 #include <array>
 
-#include "stats/missing/missing_values.hpp"
 #include "stats/missing/sums.hpp"
+#include "stats/missing/task_imputation.hpp"
 
 namespace tmk::stats::missing {
 namespace {

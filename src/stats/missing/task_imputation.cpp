@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // MissingValues: checks of the task, and the run from the data to the imputations.
-#include "stats/missing/missing_values.hpp"
+#include "stats/missing/task_imputation.hpp"
 
 #include <bit>
 #include <cstring>

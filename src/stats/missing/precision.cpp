@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "stats/missing/precision.hpp"
+
+#include "linalg/blas.hpp"
+
+namespace tmk::stats::missing {
+
+bool precision_model::set(const square<double>& theta) {
+  using blas = linalg::serial<double>;
+  const ptrdiff_t p = theta.p();
+  const int order = static_cast<int>(p);
+  double* const k = factor_.data();
+  for (ptrdiff_t i = 0; i < p; ++i) std::copy_n(theta[i + 1] + 1, p, k + i * p);
+  int info = 0;
+  blas::potrf("U", &order, k, &order, &info);
+  if (info != 0) return false;
+  log_product diagonal;
+  for (ptrdiff_t i = 0; i < p; ++i) diagonal.multiply(k[i * p + i]);
+  log_determinant_ = 2 * diagonal.value();
+  if (!std::isfinite(log_determinant_)) return false;
+  blas::potri("U", &order, k, &order, &info);
+  if (info != 0) return false;
+  for (ptrdiff_t i = 0; i < p; ++i)
+    for (ptrdiff_t j = 0; j <= i; ++j) rows_[i + 1][j + 1] = rows_[j + 1][i + 1] = -k[i * p + j];
+  for (ptrdiff_t i = 1; i <= p; ++i) {
+    double h = 0;
+    for (ptrdiff_t j = 1; j <= p; ++j) h -= rows_[i][j] * theta[0][j];
+    rows_[i][0] = h;
+  }
+  return true;
+}
+
+// Lists the holes of the stretch, whose expected values' right-hand sides go to values_, and factorises K_mm.
+bool completion::prepare(const precision_model& model, const stretch& s, row_block<double>& block) {
+  const ptrdiff_t k = list_missing(data_.patterns[s.pattern], data_.p, holes_.data());
+  block = {data_.width, s.count, data_.row(s.first), k, holes_.data()};
+  if (k == 0) return true;
+  row_kernels_now<double>().products(block, model.rows()[0], values_.data());
+  double *const l = factor_.data(), *const inverse = inverse_diagonal_.data();
+  for (ptrdiff_t i = 0; i < k; ++i)
+    for (ptrdiff_t j = 0; j <= i; ++j) {
+      double sum = model(holes_[static_cast<size_t>(i)], holes_[static_cast<size_t>(j)]);
+      for (ptrdiff_t c = 0; c < j; ++c) sum -= l[i * k + c] * l[j * k + c];
+      if (i != j) {
+        l[i * k + j] = sum * inverse[j];
+      } else {
+        if (!(sum > 0)) return false;
+        l[i * k + i] = std::sqrt(sum);
+        inverse[i] = 1 / l[i * k + i];
+      }
+    }
+  return true;
+}
+
+// L'^-1 (L^-1 q + z) in the place of each row's q; z is 0 without variates.
+void completion::solve(const row_block<double>& block, const double* normals) {
+  const ptrdiff_t k = block.k;
+  const double *const l = factor_.data(), *const inverse = inverse_diagonal_.data();
+  double* x = values_.data();
+  for (ptrdiff_t row = 0; row < block.count; ++row, x += k) {
+    for (ptrdiff_t i = 0; i < k; ++i) {
+      for (ptrdiff_t j = 0; j < i; ++j) x[i] -= l[i * k + j] * x[j];
+      x[i] *= inverse[i];
+    }
+    if (normals != nullptr)
+      for (ptrdiff_t i = 0; i < k; ++i) x[i] += *normals++;
+    for (ptrdiff_t i = k - 1; i >= 0; --i) {
+      for (ptrdiff_t j = i + 1; j < k; ++j) x[i] -= l[j * k + i] * x[j];
+      x[i] *= inverse[i];
+    }
+  }
+}
+
+// K_mm^-1 for each row, of which `half` takes half, column by column.
+void completion::add_residuals(const row_block<double>& block, square<double>& half) {
+  const ptrdiff_t k = block.k;
+  const double *const l = factor_.data(), *const inverse = inverse_diagonal_.data();
+  double* const x = column_.data();
+  const double share = static_cast<double>(block.count) / 2;
+  for (ptrdiff_t column = 0; column < k; ++column) {
+    for (ptrdiff_t i = 0; i < k; ++i) {
+      x[i] = i == column ? 1 : 0;
+      for (ptrdiff_t j = column; j < i; ++j) x[i] -= l[i * k + j] * x[j];
+      x[i] *= inverse[i];
+    }
+    for (ptrdiff_t i = k - 1; i >= 0; --i) {
+      for (ptrdiff_t j = i + 1; j < k; ++j) x[i] -= l[j * k + i] * x[j];
+      x[i] *= inverse[i];
+      half[block.holes[i]][block.holes[column]] += share * x[i];
+    }
+  }
+}
+
+bool completion::expect(const precision_model& model, ptrdiff_t begin, ptrdiff_t end, square<double>& half,
+                        log_product& determinants) {
+  const auto& kernels = row_kernels_now<double>();
+  bool regular = true;
+  for_each_stretch(data_.patterns, begin, end, [&](const stretch& s) {
+    row_block<double> block;
+    regular = regular && prepare(model, s, block);
+    if (!regular || block.k == 0) return;
+    solve(block, nullptr);
+    kernels.accumulate(block, values_.data(), half[0]);
+    add_residuals(block, half);
+    for (ptrdiff_t i = 0; i < block.k; ++i) {
+      const double pivot = factor_[static_cast<size_t>(i * block.k + i)];
+      if (block.count == 1)
+        determinants.multiply(pivot * pivot);
+      else
+        determinants.add(2 * static_cast<double>(block.count) * std::log(pivot));
+    }
+  });
+  return regular;
+}
+
+}  // namespace tmk::stats::missing
