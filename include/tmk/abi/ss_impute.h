@@ -76,13 +76,14 @@ typedef struct TmkSSImputeOptions {
 } TmkSSImputeOptions;
 
 /* Multiple imputation by data augmentation with Jeffreys' prior. streams: one for each chain, which the draws
- * advance. imputed: the holes of each imputation, by observation and then by variable. chain, or null: mean
- * and lower triangle of the covariance by rows, columns (columns + 3) / 2 numbers, for each round of each
- * imputation. report, of EM, may be null. TMK_SS_BAD_OPTIONS, TMK_SS_NOT_REGULAR, TMK_SS_STOPPED,
- * VTS_STATUS_SS_ISTEP_DRAW_FAILED, VTS_STATUS_SS_PSTEP_DRAW_FAILED. */
+ * advance. imputed: the holes of each imputation, by observation and then by variable. A model is its mean
+ * and the lower triangle of its covariance by rows, columns (columns + 3) / 2 numbers: chain, or null, has
+ * one for each round of each imputation; start, or null, is EM's, whose report may be null, too.
+ * TMK_SS_BAD_OPTIONS, TMK_SS_NOT_REGULAR, TMK_SS_STOPPED, VTS_STATUS_SS_ISTEP_DRAW_FAILED,
+ * VTS_STATUS_SS_PSTEP_DRAW_FAILED. */
 int32_t tmk_ss_impute(const TmkSSData* data, const TmkSSImputeOptions* options,
-                      const VtsStreamHandle* streams, double* imputed, double* chain, TmkSSEmReport* report,
-                      const ThreadingService* threading);
+                      const VtsStreamHandle* streams, double* imputed, double* chain, double* start,
+                      TmkSSEmReport* report, const ThreadingService* threading);
 
 #ifdef __GNUC__
 #pragma GCC visibility pop

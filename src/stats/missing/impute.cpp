@@ -70,12 +70,14 @@ struct imputation_run {
 };
 
 void impute(const TmkSSData& data, const TmkSSImputeOptions& options, const VtsStreamHandle* streams,
-            double* imputed, double* chain_out, TmkSSEmReport* report, const ThreadingService* threading) {
+            double* imputed, double* chain_out, double* start, TmkSSEmReport* report,
+            const ThreadingService* threading) {
   const standardised_data standard = standardise(data);
   if (standard.rows.holes() != 0 && imputed == nullptr) throw failed{TMK_SS_BAD_OPTIONS};
   likelihood l(standard, threading);
   const em_result fitted = fit(standard, l, options.em, report);
   if (fitted.stopped) throw failed{TMK_SS_STOPPED};
+  if (start != nullptr) write_packed(standard, fitted.theta, start);
   std::mutex reporting;
   const imputation_run run{options, standard, l.observed(), fitted.theta,
                            streams, imputed,  chain_out,    reporting};
@@ -129,13 +131,13 @@ int32_t tmk_ss_em(const TmkSSData* data, const TmkSSEmOptions* options, double* 
 }
 
 int32_t tmk_ss_impute(const TmkSSData* data, const TmkSSImputeOptions* options,
-                      const VtsStreamHandle* streams, double* imputed, double* chain, TmkSSEmReport* report,
-                      const ThreadingService* threading) {
+                      const VtsStreamHandle* streams, double* imputed, double* chain, double* start,
+                      TmkSSEmReport* report, const ThreadingService* threading) {
   int64_t row, column;
   if (options == nullptr || !is_valid(*options, streams)) return TMK_SS_BAD_OPTIONS;
   if (const int32_t status = tmk_ss_impute_refusal(data, &row, &column); status != 0) return status;
   return tmk::guarded(VTS_STATUS_SS_MEMORY, [&] {
-    impute(*data, *options, streams, imputed, chain, report, threading);
+    impute(*data, *options, streams, imputed, chain, start, report, threading);
     return 0;
   });
 }
