@@ -141,10 +141,9 @@ class imputations {
 
 /// Multiple imputation under a normal model by data augmentation (J. Schafer, Analysis of Incomplete
 /// Multivariate Data, 1997): holes are drawn given mean and covariance, these given the completed data under
-/// Jeffreys' prior, in turn. Chains begin at em_estimate. As many rounds as EM took for the last half of its
-/// way are few; a chain that is far from settled shows in chain(). Observations of holes alone are drawn from
-/// the last model. Streams are of philox4x32x10. Throws also where `progress` stopped it, and for a generator
-/// that was moved from.
+/// Jeffreys' prior, in turn. Chains begin at em_estimate, and forget their beginning the more slowly the more
+/// rounds EM took (start().rounds). Observations of holes alone are drawn from the last model. Streams are of
+/// philox4x32x10. Throws also where `progress` stopped it, and for a generator that was moved from.
 [[nodiscard]] imputations impute(const data_view& x, const impute_options& options = {});
 
 }  // namespace tmk

@@ -13,7 +13,6 @@
 #define TMK_ABI_SS_IMPUTE_H
 
 #include "tmk/abi/ss.h"
-#include "tmk/abi/ss_pooled.h"
 #include "tmk/abi/vts.h"
 
 #ifdef __cplusplus
@@ -33,14 +32,16 @@ enum {
   TMK_SS_STOPPED = -4136 /* the caller's function stopped an imputation */
 };
 
+struct TmkSSData; /* of ss_pooled.h */
+
 /* What the data are refused for, or 0: VTS_STATUS_SS_DATA_NULL, VTS_STATUS_SS_BAD_DIMENSION (columns),
  * VTS_STATUS_SS_BAD_OBSERVATIONS (rows), TMK_SS_BAD_WEIGHTS (weights are not offered), then TMK_SS_INFINITE
  * to TMK_SS_FEW_ROWS in this order. *row and *column are the first place, by rows, or -1 where there is none.
  */
-int32_t tmk_ss_impute_refusal(const TmkSSData* data, int64_t* row, int64_t* column);
+int32_t tmk_ss_impute_refusal(const struct TmkSSData* data, int64_t* row, int64_t* column);
 
 /* How many holes the data have. */
-int32_t tmk_ss_impute_holes(const TmkSSData* data, int64_t* holes);
+int32_t tmk_ss_impute_holes(const struct TmkSSData* data, int64_t* holes);
 
 /* Called after each round with the number of the imputation (-1 for EM), the round from 1 and the largest
  * change of a mean or covariance in units of the variables' deviations. Not 0 stops. Calls for several
@@ -64,8 +65,8 @@ typedef struct TmkSSEmReport {
  * by EM with the extrapolation of R. Varadhan and C. Roland (Scand. J. Statist. 35, 2008), which is taken
  * where the likelihood does not fall. It ends when the distance that is left, from the last two changes, is
  * within the tolerance. TMK_SS_BAD_OPTIONS, TMK_SS_NOT_REGULAR. */
-int32_t tmk_ss_em(const TmkSSData* data, const TmkSSEmOptions* options, double* mean, double* covariance,
-                  TmkSSEmReport* report, const ThreadingService* threading);
+int32_t tmk_ss_em(const struct TmkSSData* data, const TmkSSEmOptions* options, double* mean,
+                  double* covariance, TmkSSEmReport* report, const ThreadingService* threading);
 
 typedef struct TmkSSImputeOptions {
   int64_t count;     /* imputations, at least 1 */
@@ -81,7 +82,7 @@ typedef struct TmkSSImputeOptions {
  * one for each round of each imputation; start, or null, is EM's, whose report may be null, too.
  * TMK_SS_BAD_OPTIONS, TMK_SS_NOT_REGULAR, TMK_SS_STOPPED, VTS_STATUS_SS_ISTEP_DRAW_FAILED,
  * VTS_STATUS_SS_PSTEP_DRAW_FAILED. */
-int32_t tmk_ss_impute(const TmkSSData* data, const TmkSSImputeOptions* options,
+int32_t tmk_ss_impute(const struct TmkSSData* data, const TmkSSImputeOptions* options,
                       const VtsStreamHandle* streams, double* imputed, double* chain, double* start,
                       TmkSSEmReport* report, const ThreadingService* threading);
 

@@ -11,8 +11,8 @@
 
 #include <cstdint>
 
-#include "linalg/blas.hpp"
 #include "platform/guarded.hpp"
+#include "stats/missing/factor.hpp"
 #include "stats/missing/model.hpp"
 #include "tmk/abi/ss.h"
 
@@ -93,8 +93,7 @@ class posterior_step {
     const Real one = 1, zero = 0;
     const int p = static_cast<int>(p_), step = 1;
     int info = 0;
-    blas::potrf("L", &p, scale_.data(), &p, &info);
-    if (info != 0) throw failed{VTS_STATUS_SS_PSTEP_FACTOR_FAILED};
+    if (!factorise("L", p_, scale_.data())) throw failed{VTS_STATUS_SS_PSTEP_FACTOR_FAILED};
     blas::trtri("U", "N", &p, bartlett_.data(), &p, &info);
     if (info != 0) throw failed{VTS_STATUS_SS_PSTEP_INVERSE_FAILED};
     blas::trmm("R", "U", "N", "N", &p, &p, &one, bartlett_.data(), &p, scale_.data(), &p);

@@ -1,24 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stats/missing/precision.hpp"
 
-#include "linalg/blas.hpp"
+#include "stats/missing/factor.hpp"
 
 namespace tmk::stats::missing {
 
 bool precision_model::set(const square<double>& theta) {
-  using blas = linalg::serial<double>;
   const ptrdiff_t p = theta.p();
   const int order = static_cast<int>(p);
   double* const k = factor_.data();
   for (ptrdiff_t i = 0; i < p; ++i) std::copy_n(theta[i + 1] + 1, p, k + i * p);
   int info = 0;
-  blas::potrf("U", &order, k, &order, &info);
-  if (info != 0) return false;
+  if (!factorise("U", p, k)) return false;
   log_product diagonal;
   for (ptrdiff_t i = 0; i < p; ++i) diagonal.multiply(k[i * p + i]);
   log_determinant_ = 2 * diagonal.value();
   if (!std::isfinite(log_determinant_)) return false;
-  blas::potri("U", &order, k, &order, &info);
+  linalg::serial<double>::potri("U", &order, k, &order, &info);
   if (info != 0) return false;
   for (ptrdiff_t i = 0; i < p; ++i)
     for (ptrdiff_t j = 0; j <= i; ++j) rows_[i + 1][j + 1] = rows_[j + 1][i + 1] = -k[i * p + j];

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "stats/missing/data.hpp"
-#include "tmk/abi/ss_impute.h"
+#include "tmk/abi/ss_pooled.h"
 
 namespace tmk::stats::missing {
 

@@ -66,7 +66,7 @@ class residual_draws {
       : zeros_(static_cast<size_t>(p)), factor_(static_cast<size_t>(p * p)) {}
 
   void add(VtsStreamHandle stream, const row_block<Real>& block, const square<Real>& swept, Real* values) {
-    factorise(block, swept);
+    set_factor(block, swept);
     const size_t count = static_cast<size_t>(block.count * block.k);
     if (drawn_.size() < count) drawn_.resize(count);
     const int32_t status = draw_vectors(stream, static_cast<int32_t>(block.count), drawn_.data(),
@@ -77,14 +77,11 @@ class residual_draws {
 
  private:
   // The upper factor by columns is the lower one by rows, as the draw reads it.
-  void factorise(const row_block<Real>& block, const square<Real>& swept) {
+  void set_factor(const row_block<Real>& block, const square<Real>& swept) {
     for (ptrdiff_t a = 0; a < block.k; ++a)
       for (ptrdiff_t c = 0; c < block.k; ++c)
         factor_[static_cast<size_t>(a * block.k + c)] = swept[block.holes[a]][block.holes[c]];
-    const int k = static_cast<int>(block.k);
-    int info = 0;
-    linalg::serial<Real>::potrf("U", &k, factor_.data(), &k, &info);
-    if (info != 0) throw failed{VTS_STATUS_SS_ISTEP_FACTOR_FAILED};
+    if (!factorise("U", block.k, factor_.data())) throw failed{VTS_STATUS_SS_ISTEP_FACTOR_FAILED};
   }
 
   std::vector<Real> zeros_, factor_, drawn_;
