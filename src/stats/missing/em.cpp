@@ -31,9 +31,7 @@ class run {
       if (over()) return result(first);
       const double reached = step(first, second);
       const step_norms norms(theta, first, second);
-      // Closer to 1 no rate can be told from the roundings of a change.
-      const double rate = std::min(norms.second / norms.first, 0.9999);
-      converged_ = change_ == 0 || change_ * rate / (1 - rate) <= options_.tolerance;
+      converged_ = is_near(norms);
       if (over()) return result(second);
       extrapolate(theta, first, second, norms, beyond);
       if (!try_step(beyond, reached, theta)) theta = second;
@@ -43,6 +41,13 @@ class run {
 
  private:
   bool over() const { return converged_ || stopped_ || rounds_ >= options_.rounds; }
+
+  // The first changes after an extrapolation may be of directions that settle fast: the slowest rate is given
+  // up by degrees. Closer to 1 no rate can be told from the roundings of a change.
+  bool is_near(const step_norms& norms) {
+    slowest_ = std::min(std::max(norms.second / norms.first, 1 - 2 * (1 - slowest_)), 0.9999);
+    return change_ == 0 || change_ * slowest_ / (1 - slowest_) <= options_.tolerance;
+  }
 
   // One step of EM; returns the log likelihood before it.
   double step(const square<double>& from, square<double>& to) {
@@ -93,7 +98,7 @@ class run {
   likelihood& l_;
   const TmkSSEmOptions& options_;
   square<double> sums_;
-  double change_ = 0, longest_ = 1;
+  double change_ = 0, longest_ = 1, slowest_ = 0;
   int64_t rounds_ = 0;
   bool converged_ = false, stopped_ = false;
 };
