@@ -4,6 +4,13 @@
 #include "stats/missing/factor.hpp"
 
 namespace tmk::stats::missing {
+namespace {
+
+// The share of a variable's variance that others must leave: roundings leave 1e-14 of one that depends on
+// them.
+constexpr double least_residual = 1e-12;
+
+}  // namespace
 
 bool precision_model::set(const square<double>& theta) {
   const ptrdiff_t p = theta.p();
@@ -13,7 +20,11 @@ bool precision_model::set(const square<double>& theta) {
   int info = 0;
   if (!factorise("U", p, k)) return false;
   log_product diagonal;
-  for (ptrdiff_t i = 0; i < p; ++i) diagonal.multiply(k[i * p + i]);
+  for (ptrdiff_t i = 0; i < p; ++i) {
+    const double pivot = k[i * p + i];
+    if (!(pivot * pivot >= least_residual * theta[i + 1][i + 1])) return false;
+    diagonal.multiply(pivot);
+  }
   log_determinant_ = 2 * diagonal.value();
   if (!std::isfinite(log_determinant_)) return false;
   linalg::serial<double>::potri("U", &order, k, &order, &info);

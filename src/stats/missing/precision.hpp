@@ -30,7 +30,7 @@ class precision_model {
  public:
   explicit precision_model(ptrdiff_t p) : rows_(p), factor_(static_cast<size_t>(p * p)) {}
 
-  // False where the covariance is not positive definite.
+  // False where the covariance is not positive definite, by more than roundings.
   bool set(const square<double>& theta);
 
   // The row of variable j is (h_j, -K_j1, ..., -K_jp): times a row of data it is element j of h - K x.
