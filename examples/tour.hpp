@@ -8,4 +8,5 @@ void black_scholes_page();
 void spectrum_page();
 void random_page();
 void statistics_page();
+void imputation_page();
 void splines_page();

@@ -50,9 +50,11 @@ pooled_estimate pooled(const char* function, std::span<const double> estimates,
                              ? complete_df
                              : (complete_df + 1) / (complete_df + 3) * complete_df * (1 - share);
   r.df = 1 / (1 / of_imputations + 1 / of_data);
-  // (r + 2 / (df + 3)) / (r + 1), which is 1 where there is nothing within.
-  r.missing_information = r.within > 0 ? (r.relative_increase + 2 / (r.df + 3)) / (r.relative_increase + 1)
-                                       : (increase > 0 ? 1 : 0);
+  // (r + 2 / (df + 3)) / (r + 1); nothing is missing where all estimates agree, all where nothing is within.
+  r.missing_information = r.between == 0 ? 0
+                          : r.within == 0
+                              ? 1
+                              : (r.relative_increase + 2 / (r.df + 3)) / (r.relative_increase + 1);
   return r;
 }
 

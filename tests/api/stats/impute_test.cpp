@@ -218,6 +218,7 @@ TEST(impute, pools_by_the_rules_of_rubin) {
   const pooled_estimate agreed =
       pool_estimates(std::vector<double>(3, 2.0), std::vector<double>(3, 0.25), 10);
   EXPECT_EQ(agreed.se, 0.5);
+  EXPECT_EQ(agreed.missing_information, 0);
   EXPECT_NEAR(agreed.df, 10 * 11 / 13.0, 1e-12);  // no df are lost to imputation
 }
 
