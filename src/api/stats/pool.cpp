@@ -38,7 +38,9 @@ pooled_estimate pooled(const char* function, std::span<const double> estimates,
 
   const auto m = static_cast<double>(estimates.size());
   pooled_estimate r{};
-  for (const double q : estimates) r.estimate += q / m;
+  // About the first, so that estimates that are all equal have no variance.
+  for (const double q : estimates) r.estimate += (q - estimates[0]) / m;
+  r.estimate += estimates[0];
   for (const double q : estimates) r.between += (q - r.estimate) * (q - r.estimate) / (m - 1);
   for (const double u : variances) r.within += u / m;
   const double increase = (1 + 1 / m) * r.between, total = r.within + increase;
