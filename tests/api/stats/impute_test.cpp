@@ -217,7 +217,7 @@ TEST(impute, pools_by_the_rules_of_rubin) {
   EXPECT_NEAR(small.missing_information, 0.657734311116019, 1e-13);
   const pooled_estimate agreed =
       pool_estimates(std::vector<double>(7, 0.1), std::vector<double>(7, 0.25), 10);
-  EXPECT_EQ(agreed.se, 0.5);
+  EXPECT_DOUBLE_EQ(agreed.se, 0.5);
   EXPECT_EQ(agreed.missing_information, 0);
   EXPECT_NEAR(agreed.df, 10 * 11 / 13.0, 1e-12);  // no df are lost to imputation
 }
