@@ -61,8 +61,12 @@ void gray_place(const uint64_t* pattern, ptrdiff_t words, uint64_t* place) {
 
 ptrdiff_t list_missing(const uint64_t* pattern, ptrdiff_t variables, int32_t* missing) {
   ptrdiff_t count = 0;
-  for (ptrdiff_t j = 0; j < variables; ++j)
-    if (!has_variable(pattern, j)) missing[count++] = static_cast<int32_t>(j + 1);
+  for (ptrdiff_t first = 0; first < variables; first += 64) {
+    const ptrdiff_t here = std::min<ptrdiff_t>(variables - first, 64);
+    uint64_t holes = ~pattern[first / 64] & (~uint64_t{0} >> (64 - here));
+    for (; holes != 0; holes &= holes - 1)
+      missing[count++] = static_cast<int32_t>(first + std::countr_zero(holes) + 1);
+  }
   return count;
 }
 

@@ -61,41 +61,50 @@ bool completion::prepare(const precision_model& model, const stretch& s, row_blo
   return true;
 }
 
+namespace {
+
+// a[i] less the products of a row of L, or of a column below its diagonal, with a.
+double less_row(ptrdiff_t k, const double* l, const double* a, ptrdiff_t i, ptrdiff_t first) {
+  double sum = a[i];
+  for (ptrdiff_t j = first; j < i; ++j) sum -= l[i * k + j] * a[j];
+  return sum;
+}
+double less_column(ptrdiff_t k, const double* l, const double* a, ptrdiff_t i) {
+  double sum = a[i];
+  for (ptrdiff_t j = i + 1; j < k; ++j) sum -= l[j * k + i] * a[j];
+  return sum;
+}
+
+}  // namespace
+
 // L'^-1 (L^-1 q + z) in the place of each row's q; z is 0 without variates.
 void completion::solve(const row_block<double>& block, const double* normals) {
   const ptrdiff_t k = block.k;
   const double *const l = factor_.data(), *const inverse = inverse_diagonal_.data();
   double* x = values_.data();
   for (ptrdiff_t row = 0; row < block.count; ++row, x += k) {
-    for (ptrdiff_t i = 0; i < k; ++i) {
-      for (ptrdiff_t j = 0; j < i; ++j) x[i] -= l[i * k + j] * x[j];
-      x[i] *= inverse[i];
-    }
+    for (ptrdiff_t i = 0; i < k; ++i) x[i] = less_row(k, l, x, i, 0) * inverse[i];
     if (normals != nullptr)
       for (ptrdiff_t i = 0; i < k; ++i) x[i] += *normals++;
-    for (ptrdiff_t i = k - 1; i >= 0; --i) {
-      for (ptrdiff_t j = i + 1; j < k; ++j) x[i] -= l[j * k + i] * x[j];
-      x[i] *= inverse[i];
-    }
+    for (ptrdiff_t i = k - 1; i >= 0; --i) x[i] = less_column(k, l, x, i) * inverse[i];
   }
 }
 
-// K_mm^-1 for each row, of which `half` takes half, column by column.
+// K_mm^-1 for each row, column by column from the diagonal down. `half` takes half of it: of what is not on
+// the diagonal one of two.
 void completion::add_residuals(const row_block<double>& block, square<double>& half) {
   const ptrdiff_t k = block.k;
   const double *const l = factor_.data(), *const inverse = inverse_diagonal_.data();
   double* const x = column_.data();
-  const double share = static_cast<double>(block.count) / 2;
+  const auto share = static_cast<double>(block.count);
   for (ptrdiff_t column = 0; column < k; ++column) {
-    for (ptrdiff_t i = 0; i < k; ++i) {
+    for (ptrdiff_t i = column; i < k; ++i) {
       x[i] = i == column ? 1 : 0;
-      for (ptrdiff_t j = column; j < i; ++j) x[i] -= l[i * k + j] * x[j];
-      x[i] *= inverse[i];
+      x[i] = less_row(k, l, x, i, column) * inverse[i];
     }
-    for (ptrdiff_t i = k - 1; i >= 0; --i) {
-      for (ptrdiff_t j = i + 1; j < k; ++j) x[i] -= l[j * k + i] * x[j];
-      x[i] *= inverse[i];
-      half[block.holes[i]][block.holes[column]] += share * x[i];
+    for (ptrdiff_t i = k - 1; i >= column; --i) {
+      x[i] = less_column(k, l, x, i) * inverse[i];
+      half[block.holes[i]][block.holes[column]] += (i == column ? share / 2 : share) * x[i];
     }
   }
 }
