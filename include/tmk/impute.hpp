@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Observations with holes: the likeliest normal model, and multiple imputation.
 //
-//   auto e = tmk::em_estimate(x);                                   // e.mean, e.covariance; every NaN is a
-//   hole auto m = tmk::impute(x, {.count = 20, .rounds = 100, .seed = 7}); for (std::size_t k = 0; k <
-//   m.count(); ++k) analyse(m.completed(k));   // an estimate and its variance each auto r =
-//   m.pool(estimates, variances);                          // r.estimate, r.se, r.df
+//   auto e = tmk::em_estimate(x);  // every NaN is a hole; e.mean, e.covariance
+//   auto m = tmk::impute(x, {.count = 20, .rounds = 100, .seed = 7});
+//   for (std::size_t k = 0; k < m.count(); ++k)
+//     analyse(m.completed(k));  // an estimate and its variance each
+//   auto r = m.pool(estimates, variances);  // r.estimate, r.se, r.df
 //
 // The observations are taken as normal vectors whose holes are missing at random: whether a value is missing
 // may depend on what is observed, not on the value itself. Variables are brought to mean 0 and deviation 1

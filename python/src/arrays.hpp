@@ -53,6 +53,19 @@ nb::ndarray<nb::numpy, T> array_of(std::vector<T> values) {
 }
 inline numpy_doubles array_of(const matrix& m) { return array_of(m.values(), {m.rows(), m.cols()}); }
 
+inline matrix_view<const double> square_of(const table& m) {
+  const data_view view = view_of(m);
+  if (const auto* doubles = std::get_if<matrix_view<const double>>(&view)) return *doubles;
+  throw nb::type_error("the matrix is not float64");
+}
+
+// The computation f() without Python's lock.
+template <class Call>
+auto unlocked(const Call& f) {
+  const nb::gil_scoped_release release;
+  return f();
+}
+
 inline nb::bytes bytes_of(const std::vector<std::byte>& image) {
   return nb::bytes(image.data(), image.size());
 }

@@ -71,6 +71,7 @@ NB_MODULE(_core, m) {
   m.def("collect", collect);
   nb::module_ stats = m.def_submodule("stats");
   add_stats(stats);
+  add_robust(stats);
   add_arrow(stats);
   nb::module_ random = m.def_submodule("random");
   add_random(random);

@@ -11,13 +11,6 @@ namespace tmk::python {
 
 namespace {
 
-// The computation f() without Python's lock.
-template <class Call>
-auto unlocked(const Call& f) {
-  const nb::gil_scoped_release release;
-  return f();
-}
-
 std::vector<double> to_vector(const doubles& x) { return {x.data(), x.data() + x.size()}; }
 
 nb::dict describe_table(const table& x, const std::optional<doubles>& weights, int threads, int policy,
@@ -55,12 +48,6 @@ nb::dict pooled_table(const table& x, const labels& groups, const std::optional<
   r["covariances"] = array_of(std::move(covariances), {p.labels.size(), cols, cols});
   r["mean"] = array_of(p.mean), r["covariance"] = array_of(p.covariance);
   return r;
-}
-
-matrix_view<const double> square_of(const table& m) {
-  const data_view view = view_of(m);
-  if (const auto* doubles = std::get_if<matrix_view<const double>>(&view)) return *doubles;
-  throw nb::type_error("the matrix is not float64");
 }
 
 void add_moments(nb::module_& m) {

@@ -210,3 +210,67 @@ def test_tables_by_the_arrow_stream():
     assert stats.median(pyarrow.chunked_array([[1, 2], [30]])) == 2
     with pytest.raises(TypeError, match="column 's' of the Arrow type"):
         stats.describe(pyarrow.table({"s": ["x"]}))
+
+
+def test_robust_covariance_and_outliers():
+    clean = RNG.normal(size=(700, 3)) @ np.array([[1, 0, 0], [0.5, 1, 0], [0, 0.2, 2]]).T
+    x = np.vstack([clean, RNG.normal(size=(300, 3)) * 0.1 + [50, -50, 80]])
+    e = stats.robust_covariance(x, threads=2)
+    assert e.converged and np.all(np.abs(e.location) < 0.3)
+    np.testing.assert_allclose(e.correlation, np.corrcoef(clean.T), atol=0.15)
+    reweighted = stats.robust_covariance(x, reweight=True)
+    np.testing.assert_allclose(reweighted.covariance, np.cov(clean.T), rtol=0.3, atol=0.3)
+    assert set(range(700, 1000)) <= set(e.outliers(0.01).tolist()) and np.all(e.weights[700:] == 0)
+    np.testing.assert_allclose(stats.mahalanobis(x, e.location, e.covariance), e.distances, rtol=1e-9)
+    found = stats.outliers(x[:850])
+    assert set(range(700, 850)) <= set(found.rows.tolist()) and found.flags[700:].all()
+    rounds = []
+    stopped = stats.robust_covariance(x, tolerance=1e-15, progress=lambda k, change: rounds.append(change) or k < 3)
+    assert len(rounds) == 3 and not stopped.converged
+    with pytest.raises(ZeroDivisionError):
+        stats.robust_covariance(x, progress=lambda *_: 1 / 0)
+    for call, argument in [
+        (lambda: stats.robust_covariance(x, breakdown=0.7), "breakdown"),
+        (lambda: stats.robust_covariance(x[:6]), "x.rows"),
+        (lambda: stats.outliers(x, 1.5), "alpha"),
+        (lambda: stats.mahalanobis(x, e.location[:2], e.covariance), "location"),
+    ]:
+        with pytest.raises(tmk.error) as caught:
+            call()
+        assert argument in caught.value.argument
+    with pytest.raises(ValueError, match="method is 'mcd'"):
+        stats.robust_covariance(x, method="mcd")
+
+
+def test_imputation():
+    full = RNG.normal(size=(400, 3)) @ np.array([[1, 0, 0], [0.8, 0.6, 0], [0.5, 0.5, 0.7]]).T + [5, 6, 7]
+    x = np.where(RNG.random(full.shape) < 0.15, np.nan, full)
+    e = stats.em_estimate(x)
+    assert e.converged
+    np.testing.assert_allclose(e.mean, full.mean(axis=0), atol=0.1)
+    m = stats.impute(x, 10, rounds=20, seed=7)
+    assert len(m) == m.count == 10 and len(m.holes) == np.isnan(x).sum()
+    for filled in m:
+        assert not np.isnan(filled).any()
+        np.testing.assert_array_equal(filled[~np.isnan(x)], x[~np.isnan(x)])
+    np.testing.assert_array_equal(m.completed(3), stats.impute(x, 10, rounds=20, seed=7, threads=2).completed(3))
+    assert np.any(m.values != stats.impute(x, 10, rounds=20, seed=8).values)
+    assert m.chain.shape == (200, 9)
+    means, variances = [f.mean(axis=0) for f in m], [f.var(axis=0, ddof=1) / 400 for f in m]
+    for j, pooled in enumerate(m.pool(means, variances, complete_df=399)):
+        assert abs(pooled.estimate - full[:, j].mean()) < 4 * pooled.se and pooled.df < 399
+    drawn = stats.impute(x, 2, rounds=5, stream=tmk.random.Stream(seed=1))
+    assert drawn.count == 2
+    infinite = x.copy()
+    infinite[3, 1] = np.inf
+    for call, argument in [
+        (lambda: stats.impute(x, 0), "count"),
+        (lambda: stats.impute(infinite), "x(3, 1)"),
+        (lambda: stats.em_estimate(np.where(np.arange(3) == 1, np.nan, x)), "x"),
+        (lambda: stats.pool_estimates([1.0, 2.0], [-1.0, 1.0]), "variances[0]"),
+    ]:
+        with pytest.raises(tmk.error) as caught:
+            call()
+        assert argument in caught.value.argument
+    with pytest.raises(ValueError, match="want 10 rows"):
+        m.pool([1.0], [1.0])

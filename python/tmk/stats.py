@@ -17,25 +17,39 @@ from dataclasses import dataclass, fields
 import numpy as _np
 
 from . import _core
+from ._impute import Imputations, NormalModel, PooledEstimate, em_estimate, impute, pool_estimates
+from ._robust import Outliers, RobustEstimate, mahalanobis, outliers, robust_covariance
 from ._data import batches_of, has_batches, names_of, square, table, thread_count, vector, weights_or_none
 
 _stats = _core.stats
 error = _stats.error
 
 __all__ = [
+    "Imputations",
     "Moments",
+    "NormalModel",
+    "Outliers",
+    "PooledEstimate",
     "PooledEstimates",
     "QuantileSketch",
+    "RobustEstimate",
     "Summary",
     "corr",
     "cov",
     "describe",
+    "em_estimate",
+    "impute",
+    "mad",
+    "mahalanobis",
     "median",
     "nearest_correlation",
+    "outliers",
     "partial_correlation",
     "partial_covariance",
+    "pool_estimates",
     "pooled_covariance",
     "quantile",
+    "robust_covariance",
 ]
 
 _POLICIES = {"propagate": 0, "omit": 1, "raise": 2}
@@ -129,6 +143,11 @@ def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False)
 def median(x, **options):
     """`quantile` of order 0.5."""
     return quantile(x, 0.5, **options)
+
+
+def mad(x, *, weights=None, nan="propagate", threads=None, counts=False):
+    """The median of |x - median| of each variable; times 1.4826 it estimates the deviation of normal data."""
+    return describe(x, weights=weights, nan=nan, quantiles=(), threads=threads, matrices=False, counts=counts).mad
 
 
 def cov(x, *, weights=None, nan="propagate", threads=None, counts=False):

@@ -46,12 +46,12 @@ int32_t tmk_ss_impute_holes(const struct TmkSSData* data, int64_t* holes);
 /* Called after each round with the number of the imputation (-1 for EM), the round from 1 and the largest
  * change of a mean or covariance in units of the variables' deviations. Not 0 stops. Calls for several
  * imputations come from several threads, one at a time. */
-typedef int32_t (*TmkSSProgress)(void* context, int64_t imputation, int64_t round, double change);
+typedef int32_t (*TmkSSImputeProgress)(void* context, int64_t imputation, int64_t round, double change);
 
 typedef struct TmkSSEmOptions {
   int64_t rounds;         /* the most rounds, at least 1 */
   double tolerance;       /* bound of the parameters' distance from the maximum, in deviations; above 0 */
-  TmkSSProgress progress; /* or null */
+  TmkSSImputeProgress progress; /* or null */
   void* context;          /* of progress */
 } TmkSSEmOptions;
 

@@ -2,8 +2,7 @@
 // The sweep operator on a symmetric matrix (J. Schafer, Analysis of Incomplete Multivariate Data, 1997,
 // section 5.2). Swept on the observed variables, theta has the regression of the missing ones: intercepts in
 // row 0, coefficients in the rows of observed variables, the residual covariance in the rest.
-//   g = a(k, k):   a(k, k) -> -1 / g,   a(j, k) -> sign a(j, k) / g,   a(i, j) -> a(i, j) - a(i, k) a(k, j) /
-//   g
+//   g = a(k, k):  a(k, k) -> -1 / g,  a(j, k) -> sign a(j, k) / g,  a(i, j) -> a(i, j) - a(i, k) a(k, j) / g
 // with sign 1 forward and -1 in reverse. The diagonal shows what is swept: a covariance is positive, and
 // negative after the sweep.
 #pragma once
