@@ -69,6 +69,7 @@ enum class nan_policy {
 };
 
 struct describe_options {
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   weight_view weights = {};
   int threads = 1;
   nan_policy nan = nan_policy::propagate;
@@ -102,6 +103,7 @@ struct summary {
 [[nodiscard]] summary describe(const data_view& x, const describe_options& options = {});
 
 struct quantile_options {
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   weight_view weights = {};
   int threads = 1;
   nan_policy nan = nan_policy::propagate;
@@ -123,6 +125,7 @@ struct quantile_options {
 using label_view = std::variant<std::span<const std::int32_t>, std::span<const std::int64_t>>;
 
 struct pooled_options {
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   weight_view weights = {};
   int threads = 1;
   nan_policy nan = nan_policy::propagate;  ///< omit leaves out the rows with a NaN, from all estimates

@@ -210,10 +210,10 @@ void write_pooled(const groups_call<Real>& call) {
 }
 
 template <class Real>
-int32_t pooled_covariance(SSTask* handle, uint32_t low, uint32_t high, uint32_t method,
+int32_t pooled_covariance(SSTask* handle, uint32_t estimates_low, uint32_t estimates_high, uint32_t method,
                           const ThreadingService* threading) {
   const auto& t = task<Real>::of(handle);
-  const wanted_groups wanted(low, high);
+  const wanted_groups wanted(estimates_low, estimates_high);
   if (const int32_t status = check(t, wanted, method); status != 0) return status;
   const int64_t groups = count_groups(t);
   if (groups < 0) return static_cast<int32_t>(groups);
