@@ -63,17 +63,6 @@ double bisect(double low, double high, const Wanted& is_below) {
 
 }  // namespace
 
-double biweight::weight(double d) const {
-  if (!(c > 0)) return d < M ? 1 : 0;
-  const double t = std::clamp((d - M) / c, 0.0, 1.0), u = 1 - t * t;
-  return u * u;
-}
-
-double biweight::rho(double d) const {
-  const double low = std::min(d, M), t = c > 0 ? std::clamp((d - M) / c, 0.0, 1.0) : 0, t2 = t * t;
-  return 0.5 * low * low + c * t * (M * (1 - t2 * (2.0 / 3 - t2 / 5)) + c * t * (0.5 - t2 * (0.5 - t2 / 6)));
-}
-
 double mean_rho(int32_t order, const biweight& w) {
   const double p = order, M = w.M, c = w.c, M2 = M * M, c2 = c * c, c4 = c2 * c2;
   const double below = 0.5 * partial_moments{p, 0, M2}(2);

@@ -14,9 +14,26 @@ namespace tmk::stats::robust {
 struct biweight {
   double M, c;
 
-  double weight(double d) const;
-  double rho(double d) const;
+  // Without branches, so that loops over distances compile to vector code. A c of 0 is taken as a range that
+  // is too short to matter.
+  double weight(double d) const {
+    const double u = 1 - square(transition(d));
+    return d < M ? 1 : c > 0 ? u * u : 0;
+  }
+  double rho(double d) const {
+    const double low = d < M ? d : M, t = transition(d), t2 = t * t;
+    return 0.5 * low * low +
+           c * t * (M * (1 - t2 * (2.0 / 3 - t2 / 5)) + c * t * (0.5 - t2 * (0.5 - t2 / 6)));
+  }
   double top() const { return (c / 6 + M * (8.0 / 15)) * c + M * M / 2; }
+
+ private:
+  static double square(double x) { return x * x; }
+  // From 0 at M to 1 at M + c.
+  double transition(double d) const {
+    const double t = (d - M) / (c > 0 ? c : 1e-300), above = t > 0 ? t : 0;
+    return above < 1 ? above : 1;
+  }
 };
 
 // E rho(d) with d^2 chi-square with p degrees of freedom.
