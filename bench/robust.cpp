@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// tmk-bench-robust: robust covariance and outliers, on one thread, beside the same data's plain covariance
+// tmk-bench-robust: robust covariance and outliers, on one thread, next to the same data's plain covariance
 // and, where R and its package robustbase are installed, what they take. R runs as a program of its own and
 // measures its calls by itself.
 #include <cstdio>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Outliers: the mean and covariance of all data beside a robust estimate, and a picture of both. The program
+// Outliers: the mean and covariance of all data next to a robust estimate, and a picture of both. The program
 // writes robust-hbk.svg and robust-stackloss.svg to the directory that is its argument, if there is one.
 #include <algorithm>
 #include <cmath>
