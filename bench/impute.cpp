@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// tmk-bench-impute: EM and rounds of augmentation over data with holes, beside a plain product of the data
-// with themselves, which is what a pass over complete data costs.
+// tmk-bench-impute: EM and rounds of augmentation over data with holes, compared with a plain product of the
+// data with themselves, which is what a pass over complete data costs.
 #include <omp.h>
 
 #include <cmath>

@@ -300,14 +300,14 @@ int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, flo
  * count; p stays that of the first block (VTS_STATUS_SS_BAD_DIMENSION).
  * MissingValues imputes under a normal model: EM, then data augmentation with a stream of its own, so that
  * equal calls give equal results. A hole is a NaN with the sign and the first bit of the fraction set; other
- * NaNs are data. missingParams: the most rounds of EM (below 1: 50), rounds of augmentation for each imputation
- * (below 1: 30), the change at which EM stops (not above 0: 0.001), the number of imputations, the number of
- * holes. Symmetric matrices are lower triangles packed by rows: initEstimates are p means and a covariance;
- * priors mean, inverse scale, tau and degrees of freedom; estimates mean and covariance of each round of each
- * imputation. simulations has the holes of each imputation, by observation and then by variable; with a
- * count of 0, or none, only estimates are wanted. The data hold the last imputation afterwards. The trust in
- * the prior grows by the observations in each round, so that the chain drifts to the prior's mean;
- * tmk_ss_impute (ss_impute.h) restores it.
+ * NaNs are data. missingParams: the most rounds of EM (below 1: 50), rounds of augmentation for each
+ * imputation (below 1: 30), the change at which EM stops (not above 0: 0.001), the number of imputations, the
+ * number of holes. Symmetric matrices are lower triangles packed by rows: initEstimates are p means and a
+ * covariance; priors mean, inverse scale, tau and degrees of freedom; estimates mean and covariance of each
+ * round of each imputation. simulations has the holes of each imputation, by observation and then by
+ * variable; with a count of 0, or none, only estimates are wanted. The data hold the last imputation
+ * afterwards. The trust in the prior grows by the observations in each round, so that the chain drifts to the
+ * prior's mean; tmk_ss_impute (ss_impute.h) restores it.
  *
  * MAD gives the median of |x - median| and the weighted mean of |x - mean| of each selected variable, by the fast
  * method or, with the two-pass one, about the mean that the caller gives. PooledCovariance gives means and

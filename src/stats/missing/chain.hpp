@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A chain of data augmentation (M. Tanner and W. Wong, JASA 82, 1987): holes drawn given the model, and the
 // model given the completed data under Jeffreys' prior, which is the same in every round. Observations of
-// holes alone take no part, since they would only slow the chain down; they are imputed from its last model.
+// holes alone are left out, since they would only slow the chain down; they are imputed from its last model.
 #pragma once
 
 #include "stats/missing/posterior.hpp"

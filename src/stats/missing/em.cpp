@@ -43,7 +43,7 @@ class run {
   bool over() const { return converged_ || stopped_ || rounds_ >= options_.rounds; }
 
   // The first changes after an extrapolation may be of directions that settle fast: the slowest rate is given
-  // up by degrees. Closer to 1 no rate can be told from the roundings of a change.
+  // up by degrees. Closer to 1 no rate can be distinguished from the roundings of a change.
   bool is_near(const step_norms& norms) {
     slowest_ = std::min(std::max(norms.second / norms.first, 1 - 2 * (1 - slowest_)), 0.9999);
     return change_ == 0 || change_ * slowest_ / (1 - slowest_) <= options_.tolerance;

@@ -2,7 +2,7 @@
 // The likeliest normal model of data with holes, by EM that is extrapolated: two steps of EM from theta, r
 // and r + v, lead to theta + 2 a r + a^2 v with a = |r| / |v| (the scheme S3 of R. Varadhan and C. Roland,
 // Scand. J. Statist. 35, 2008), and one more step of EM from there. Where the covariance is not positive
-// definite or the likelihood is less than before, the plain steps stand, so that it never falls.
+// definite or the likelihood is less than before, the plain steps are taken, so that it never falls.
 #pragma once
 
 #include "stats/missing/likelihood.hpp"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // EM for the task (A. Dempster, N. Laird and D. Rubin, JRSS B 39, 1977): holes take their expected values,
-// and their products the conditional covariance besides. It stops on an absolute change, whatever the units.
+// and their products the conditional covariance in addition. It stops on an absolute change, whatever the
+// units.
 #include "stats/missing/sums.hpp"
 #include "stats/missing/task_imputation.hpp"
 
