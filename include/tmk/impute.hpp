@@ -52,6 +52,7 @@ struct em_options {
   double tolerance = 1e-11;      ///< bound of the estimates' distance from the maximum, in deviations
   std::int64_t rounds = 10'000;  ///< the most
   int threads = 1;
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   impute_watcher progress = {};
 };
 
@@ -75,6 +76,7 @@ struct impute_options {
   bool one_chain = false;       ///< one chain gives all imputations, `rounds` apart; else each has its own
   bool keep_chain = true;       ///< count rounds cols (cols + 3) / 2 numbers
   int threads = 1;              ///< at work on different imputations, and on EM
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   impute_watcher progress = {};
 };
 

@@ -32,7 +32,7 @@ struct robust_progress {
   std::int64_t round;  ///< from 1
   double change;       ///< what the convergence test looks at
 };
-using robust_watch = std::function<bool(const robust_progress&)>;
+using robust_watcher = std::function<bool(const robust_progress&)>;
 
 enum class robust {
   tbs,  ///< S-estimate with the translated biweight (D. Rocke, Robustness properties of S-estimators of
@@ -52,7 +52,8 @@ struct robust_options {
   /// in one variable varies less than half as much.
   bool reweight = false;
   int threads = 1;
-  robust_watch watch = {};
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
+  robust_watcher progress = {};
 };
 
 /// What robust_covariance returns.
@@ -87,7 +88,8 @@ struct outlier_options {
                         ///< over the number of rows
   tmk::start start = tmk::start::median;
   int threads = 1;
-  robust_watch watch = {};
+  // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
+  robust_watcher progress = {};
 };
 
 /// What outliers returns.

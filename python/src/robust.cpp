@@ -23,7 +23,7 @@ std::function<bool(const Progress&)> watcher(const nb::object& callback, Argumen
   };
 }
 
-std::function<bool(const robust_progress&)> robust_watcher(const nb::object& callback) {
+std::function<bool(const robust_progress&)> robust_callback(const nb::object& callback) {
   return watcher<robust_progress>(callback, [](const nb::object& f, const robust_progress& p) {
     return nb::object(f(p.round, p.change));
   });
@@ -49,7 +49,7 @@ nb::dict robust_table(const table& x, int method, double breakdown, double rejec
                                .max_rounds = max_rounds,
                                .reweight = reweight,
                                .threads = threads,
-                               .watch = robust_watcher(progress)};
+                               .progress = robust_callback(progress)};
   const robust_estimate e = unlocked([&] { return robust_covariance(view, options); });
   nb::dict r;
   r["location"] = array_of(e.location), r["covariance"] = array_of(e.covariance);
@@ -63,7 +63,7 @@ nb::dict robust_table(const table& x, int method, double breakdown, double rejec
 nb::dict outliers_table(const table& x, double alpha, int start_method, int threads,
                         const nb::object& progress) {
   const data_view view = view_of(x);
-  const outlier_options options{alpha, static_cast<start>(start_method), threads, robust_watcher(progress)};
+  const outlier_options options{alpha, static_cast<start>(start_method), threads, robust_callback(progress)};
   const outlier_result o = unlocked([&] { return outliers(view, options); });
   nb::dict r;
   r["rows"] = array_of_rows(o.rows), r["distances"] = array_of(o.distances);

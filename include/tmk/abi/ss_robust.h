@@ -61,7 +61,7 @@ enum { TMK_SS_FLAT = -4121 /* a variable of which half the observations or more 
 
 /* Called in the caller's thread after each round with its number, from 1, and how much it changed; a result
  * other than 0 ends the computation after that round. It does not throw. */
-typedef int32_t (*TmkSSProgress)(int64_t round, double change, void* context);
+typedef int32_t (*TmkSSRobustProgress)(void* context, int64_t round, double change);
 
 enum { TMK_SS_TBS = 0, TMK_SS_OGK = 1 };
 typedef struct TmkSSRobustOptions {
@@ -71,7 +71,7 @@ typedef struct TmkSSRobustOptions {
   double tolerance;       /* ends the rounds: root of the mean square by which weights changed, at least 0 */
   int64_t rounds;         /* the most, at least 1 */
   int32_t reweight;       /* not 0: last, mean and covariance of the rows within the 0.975 quantile */
-  TmkSSProgress progress; /* or null */
+  TmkSSRobustProgress progress; /* or null */
   void* context;
 } TmkSSRobustOptions;
 typedef struct TmkSSRobustEstimate {
@@ -94,7 +94,7 @@ enum { TMK_SS_START_MAHALANOBIS = 1, TMK_SS_START_MEDIAN = 2 };
 typedef struct TmkSSOutlierOptions {
   int32_t start;
   double alpha; /* the probability that clean normal data have an outlier, above 0 and below 1 */
-  TmkSSProgress progress;
+  TmkSSRobustProgress progress;
   void* context;
 } TmkSSOutlierOptions;
 typedef struct TmkSSOutliers {

@@ -150,6 +150,7 @@ imputations impute(const data_view& x, const impute_options& options) {
 
   const std::vector<stream> own = chain_streams(options);
   std::vector<VtsStreamHandle> handles;
+  handles.reserve(own.size());
   for (const stream& s : own) handles.push_back(s.handle());
   watching watch(options.progress);
   const TmkSSImputeOptions o{options.count, options.rounds, options.one_chain, watch.options({})};

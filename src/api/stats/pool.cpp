@@ -87,6 +87,7 @@ std::vector<pooled_estimate> imputations::pool(const matrix& estimates, const ma
     detail::refuse_value(function, "variances.cols", detail::number(variances.cols()),
                          detail::number(estimates.cols()));
   std::vector<pooled_estimate> all;
+  all.reserve(estimates.cols());
   for (std::size_t j = 0; j < estimates.cols(); ++j)
     all.push_back(pooled(function, column_of(estimates, j), column_of(variances, j), complete_df));
   return all;

@@ -14,11 +14,11 @@ namespace {
 
 // The caller's function as the C interface calls it; what it throws waits for the end of the call.
 struct watcher {
-  const robust_watch& watch;
+  const robust_watcher& watch;
   std::exception_ptr thrown = nullptr;
 
-  TmkSSProgress function() const { return watch ? &call : nullptr; }
-  static int32_t call(int64_t round, double change, void* context) {
+  TmkSSRobustProgress function() const { return watch ? &call : nullptr; }
+  static int32_t call(void* context, int64_t round, double change) {
     auto& self = *static_cast<watcher*>(context);
     try {
       return self.watch({round, change}) ? 0 : 1;
@@ -103,7 +103,7 @@ robust_estimate robust_covariance(const data_view& x, const robust_options& opti
   robust_estimate r;
   r.location.resize(cols), r.covariance = matrix(cols, cols);
   r.distances.resize(rows), r.weights.resize(rows);
-  watcher w{options.watch};
+  watcher w{options.progress};
   const TmkSSRobustOptions o{.method = method,
                              .breakdown = options.breakdown,
                              .rejection = options.rejection,
@@ -136,7 +136,7 @@ outlier_result outliers(const data_view& x, const outlier_options& options) {
   outlier_result r;
   r.distances.resize(rows);
   std::vector<double> weights(rows);
-  watcher w{options.watch};
+  watcher w{options.progress};
   const TmkSSOutlierOptions o{options.start == start::median ? TMK_SS_START_MEDIAN : TMK_SS_START_MAHALANOBIS,
                               options.alpha, w.function(), &w};
   TmkSSOutliers found{weights.data(), r.distances.data(), 0, 0, 0, 0};

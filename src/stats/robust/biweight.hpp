@@ -37,11 +37,11 @@ struct biweight {
 };
 
 // E rho(d) with d^2 chi-square with p degrees of freedom.
-double mean_rho(int32_t p, const biweight& w);
+double mean_rho(int32_t order, const biweight& w);
 
 // Newton's method from sqrt(p), and rejection at the quantile where it does not converge, or where even
 // rejection at the quantile breaks down later than b.
-biweight task_biweight(int32_t p, double breakdown, double rejection);
+biweight task_biweight(int32_t p, double b, double a);
 
 // The biweight with that breakdown point, and with that rejection probability if there is one. Where the
 // biweight without a full range breaks down too early, a larger probability; where rejection at the quantile
@@ -50,6 +50,6 @@ struct tuned_biweight {
   biweight w;
   double breakdown, rejection, mean_rho;
 };
-tuned_biweight tune_biweight(int32_t p, double breakdown, double rejection);
+tuned_biweight tune_biweight(int32_t p, double b, double a);
 
 }  // namespace tmk::stats::robust

@@ -7,12 +7,12 @@
 namespace tmk::stats::robust {
 
 struct progress {
-  TmkSSProgress function = nullptr;
+  TmkSSRobustProgress function = nullptr;
   void* context = nullptr;
 
   // Whether to go on.
   bool operator()(int64_t round, double change) const {
-    return function == nullptr || function(round, change, context) == 0;
+    return function == nullptr || function(context, round, change) == 0;
   }
 };
 

@@ -93,7 +93,8 @@ double s_step(const TmkSSData& data, const tuned_biweight& w, s_state& state,
               const ThreadingService* threading) {
   const size_t n = pooled::rows_of(data), p = pooled::columns_of(data);
   std::vector<double> inverse;
-  if (!(state.regular = invert_both(state.e, inverse))) return 0;
+  state.regular = invert_both(state.e, inverse);
+  if (!state.regular) return 0;
   distances(data, state.e.mean.data(), inverse.data(), state.d.data(), threading);
   double guess = state.scale;
   if (!(guess > 0)) {
@@ -116,7 +117,8 @@ double quick_step(const TmkSSData& data, const tuned_biweight& w, s_state& state
                   const ThreadingService* threading) {
   const size_t n = pooled::rows_of(data), p = pooled::columns_of(data);
   std::vector<double> inverse, before = state.weights;
-  if (!(state.regular = invert_both(state.e, inverse))) return 0;
+  state.regular = invert_both(state.e, inverse);
+  if (!state.regular) return 0;
   const double scale = state.scale;
   const auto sums = scan(data, state.e.mean.data(), inverse.data(), true, threading,
                          [&](size_t first, size_t count, const double* d2, double* weights) {

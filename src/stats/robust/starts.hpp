@@ -11,7 +11,7 @@
 namespace tmk::stats::robust {
 
 // Squared distances, n for each start, of standardised data variable by variable.
-std::vector<std::vector<double>> start_distances(const std::vector<double>& x, size_t n, size_t p,
+std::vector<std::vector<double>> start_distances(const std::vector<double>& given, size_t n, size_t p,
                                                  const ThreadingService* threading);
 
 }  // namespace tmk::stats::robust

@@ -237,17 +237,17 @@ TEST(robust, a_watch_sees_rounds_and_may_stop_or_throw) {
   const view v(x.data(), 300, 4);
   std::vector<robust_progress> seen;
   const auto all =
-      robust_covariance(v, {.watch = [&](const robust_progress& r) { return seen.push_back(r), true; }});
+      robust_covariance(v, {.progress = [&](const robust_progress& r) { return seen.push_back(r), true; }});
   ASSERT_EQ(static_cast<std::size_t>(all.rounds), seen.size());
   EXPECT_LE(seen.back().change, 1e-6);
-  const auto stopped =
-      robust_covariance(v, {.tolerance = 0, .watch = [](const robust_progress& r) { return r.round < 2; }});
+  const auto stopped = robust_covariance(
+      v, {.tolerance = 0, .progress = [](const robust_progress& r) { return r.round < 2; }});
   EXPECT_EQ(stopped.rounds, 2);
   EXPECT_FALSE(stopped.converged);
-  EXPECT_FALSE(outliers(v, {.watch = [](const robust_progress&) { return false; }}).converged);
+  EXPECT_FALSE(outliers(v, {.progress = [](const robust_progress&) { return false; }}).converged);
   const auto thrower = [](const robust_progress&) -> bool { throw std::runtime_error("enough"); };
-  EXPECT_THROW((void)robust_covariance(v, {.watch = thrower}), std::runtime_error);
-  EXPECT_THROW((void)outliers(v, {.watch = thrower}), std::runtime_error);
+  EXPECT_THROW((void)robust_covariance(v, {.progress = thrower}), std::runtime_error);
+  EXPECT_THROW((void)outliers(v, {.progress = thrower}), std::runtime_error);
 }
 
 TEST(robust, refusals_name_argument_and_value) {
