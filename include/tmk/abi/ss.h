@@ -309,14 +309,15 @@ int32_t tmk_ss_sstream_quantile(SSTask* task, int32_t variable, float order, flo
  * afterwards. The trust in the prior grows by the observations in each round, so that the chain drifts to the
  * prior's mean; tmk_ss_impute (ss_impute.h) restores it.
  *
- * MAD gives the median of |x - median| and the weighted mean of |x - mean| of each selected variable, by the fast
- * method or, with the two-pass one, about the mean that the caller gives. PooledCovariance gives means and
- * covariances of groups (that of group g is g-th in groupMean and groupCov; groups whose groupEnable is 0 are left
- * out) and those pooled over all groups: sums of the groups' cross-products over the sum of W_g - W2_g / W_g.
- * PartialCovariance gives the covariance of the variables whose partialIndices is not positive, given the others,
- * from cov or else from cor; the diagonal of partialCor holds the partial variances. CorParametrization makes a
- * correlation matrix of one whose eigenvalues are negative: these become 0, and rows and columns are scaled to a
- * unit diagonal; VTS_STATUS_SS_COR_PARAM_FAILED where a variable has nothing left to scale.
+ * MAD gives the median of |x - median| and the weighted mean of |x - mean| of each selected variable, by the
+ * fast method or, with the two-pass one, about the mean that the caller gives. PooledCovariance gives means
+ * and covariances of groups (that of group g is g-th in groupMean and groupCov; groups whose groupEnable is 0
+ * are left out) and those pooled over all groups: sums of the groups' cross-products over the sum of W_g -
+ * W2_g / W_g. PartialCovariance gives the covariance of the variables whose partialIndices is not positive,
+ * given the others, from cov or else from cor; the diagonal of partialCor holds the partial variances.
+ * CorParametrization makes a correlation matrix of one whose eigenvalues are negative: these become 0, and
+ * rows and columns are scaled to a unit diagonal; VTS_STATUS_SS_COR_PARAM_FAILED where a variable has nothing
+ * left to scale.
  *
  * QSort sorts n reals in place; QSortStep elements that lie `stride` apart; QSortSelect puts in a[k] the
  * element of rank k, none greater before it and none less after it, and returns it. */
@@ -380,8 +381,8 @@ TMK_SS_TWIN(d, double)
 TMK_SS_TWIN(s, float)
 #undef TMK_SS_TWIN
 
-/* The correlation matrix nearest to a symmetric p by p matrix, of which the lower triangle by rows without the
- * diagonal is read, in the sum of squared differences. `result` takes all elements and may be `matrix`.
+/* The correlation matrix nearest to a symmetric p by p matrix, of which the lower triangle by rows without
+ * the diagonal is read, in the sum of squared differences. `result` takes all elements and may be `matrix`.
  * VTS_STATUS_SS_BAD_DIMENSION, VTS_STATUS_SS_COR_NULL, VTS_STATUS_SS_COR_PARAM_NULL (result);
  * VTS_STATUS_SS_COR_EIGEN_FAILED or VTS_STATUS_SS_COR_PARAM_FAILED for values that are not finite. */
 int32_t tmk_ss_nearest_correlation(int32_t p, const double* matrix, double* result);

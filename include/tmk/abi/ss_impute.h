@@ -49,10 +49,10 @@ int32_t tmk_ss_impute_holes(const struct TmkSSData* data, int64_t* holes);
 typedef int32_t (*TmkSSImputeProgress)(void* context, int64_t imputation, int64_t round, double change);
 
 typedef struct TmkSSEmOptions {
-  int64_t rounds;         /* the most rounds, at least 1 */
-  double tolerance;       /* bound of the parameters' distance from the maximum, in deviations; above 0 */
+  int64_t rounds;   /* the most rounds, at least 1 */
+  double tolerance; /* bound of the parameters' distance from the maximum, in deviations; above 0 */
   TmkSSImputeProgress progress; /* or null */
-  void* context;          /* of progress */
+  void* context;                /* of progress */
 } TmkSSEmOptions;
 
 typedef struct TmkSSEmReport {

@@ -66,11 +66,11 @@ typedef int32_t (*TmkSSRobustProgress)(void* context, int64_t round, double chan
 enum { TMK_SS_TBS = 0, TMK_SS_OGK = 1 };
 typedef struct TmkSSRobustOptions {
   int32_t method;
-  double breakdown;       /* above 0 and at most 0.5; no more than (rows - columns) / (2 rows) is used */
-  double rejection;       /* the share of normal observations that get weight 0, above 0 and below 1 */
-  double tolerance;       /* ends the rounds: root of the mean square by which weights changed, at least 0 */
-  int64_t rounds;         /* the most, at least 1 */
-  int32_t reweight;       /* not 0: last, mean and covariance of the rows within the 0.975 quantile */
+  double breakdown; /* above 0 and at most 0.5; no more than (rows - columns) / (2 rows) is used */
+  double rejection; /* the share of normal observations that get weight 0, above 0 and below 1 */
+  double tolerance; /* ends the rounds: root of the mean square by which weights changed, at least 0 */
+  int64_t rounds;   /* the most, at least 1 */
+  int32_t reweight; /* not 0: last, mean and covariance of the rows within the 0.975 quantile */
   TmkSSRobustProgress progress; /* or null */
   void* context;
 } TmkSSRobustOptions;
