@@ -23,8 +23,8 @@ thread_local int thread_count = 1;
 thread_local collector* active = nullptr;
 thread_local std::ptrdiff_t first_of_call = 0;
 
-// Errors of this thread only leave their status behind. The extension is the one user of its copy of the
-// library.
+// Errors of this thread set their status and do nothing else. The extension is the one user of its copy of
+// the library.
 void set_up_thread() {
   thread_local const bool done = [] {
     tmk_vtm_kernel_SetMode(VTM_HA | VTM_ERRMODE_IGNORE);
