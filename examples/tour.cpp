@@ -8,7 +8,7 @@
 int main() {
   vector_math_page();
   for (const auto page : {elementary_page, black_scholes_page, spectrum_page, random_page, statistics_page,
-                          imputation_page, splines_page}) {
+                          robust_page, imputation_page, splines_page}) {
     std::puts("\n----------------------------------------------------------------------------\n");
     page();
   }

@@ -8,5 +8,6 @@ void black_scholes_page();
 void spectrum_page();
 void random_page();
 void statistics_page();
+void robust_page();
 void imputation_page();
 void splines_page();
