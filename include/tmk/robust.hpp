@@ -48,9 +48,9 @@ struct robust_options {
   double rejection = 0.001;  ///< share of the rows of normal data that get weight 0, above 0 and below 1
   double tolerance = 1e-6;   ///< stops when weights change by less, as the root of the mean square
   std::int64_t max_rounds = 200;
-  /// Of tbs: ends with the mean and covariance of the rows within the 0.975 quantile of the estimate, which
-  /// in one variable varies less than half as much.
-  bool reweight = false;
+  /// Of tbs: ends with the mean and covariance of the rows within the 0.975 quantile of the S-estimate, which
+  /// in one variable vary less than half as much. Without it, the S-estimate is the result.
+  bool reweight = true;
   int threads = 1;
   // NOLINTNEXTLINE(readability-redundant-member-init): for callers that warn of missing initializers
   robust_watcher progress = {};
@@ -67,7 +67,8 @@ struct robust_estimate {
   bool converged = false;
   double breakdown = 0;  ///< in force: at most (rows - cols) / (2 rows)
   double rejection = 0;  ///< in force: raised where no translated biweight has the breakdown point, which is
-                         ///< so for few variables; then the estimate is that of Tukey's biweight
+                         ///< so for few variables; then the S-estimate is that of Tukey's biweight. 0.025
+                         ///< after reweighting
 
   /// The rows whose squared distance is above the chi-square quantile of 1 - alpha. Throws for an alpha
   /// outside 0 to 1.

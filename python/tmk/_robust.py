@@ -62,7 +62,7 @@ def robust_covariance(
     rejection=0.001,
     tolerance=1e-6,
     max_rounds=200,
-    reweight=False,
+    reweight=True,
     threads=None,
     progress=None,
 ):
