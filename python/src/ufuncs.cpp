@@ -114,8 +114,14 @@ void copy_strided(std::ptrdiff_t n, const char* from, std::ptrdiff_t from_step, 
   for (std::ptrdiff_t i = 0; i < n; ++i) std::memcpy(to + i * to_step, from + i * from_step, Size);
 }
 
+// Every other element has registers in the library's kernels, which move bits of any type.
 void copy(std::uint8_t size, std::ptrdiff_t n, const char* from, std::ptrdiff_t from_step, char* to,
           std::ptrdiff_t to_step) {
+  if (from_step == 2 * size && to_step == size && size != 16) {
+    const auto& record = size == 4 ? tmk_vtm_kernel_sPackI_ttab : tmk_vtm_kernel_dPackI_ttab;
+    return reinterpret_cast<void (*)(std::int64_t, const void*, std::int64_t, void*, std::int32_t)>(
+        record.kernel[0])(n, from, 2, to, 1);
+  }
   (size == 4   ? copy_strided<4>
    : size == 8 ? copy_strided<8>
                : copy_strided<16>)(n, from, from_step, to, to_step);
