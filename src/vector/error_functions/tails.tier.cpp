@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "vector/error_functions/cells.hpp"
+#include "vector/toolbox/cells.hpp"
 #include "vector/error_functions/tails_data.hpp"
 #include "vector/exponential/eighth_powers.hpp"
 #include "vector/hyperbolic/series_data.hpp"

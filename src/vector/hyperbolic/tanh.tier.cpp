@@ -4,11 +4,13 @@
 // Around x = 0 1 - f is zero and p alone the numerator. HA has N = 8, keeps both sums in two parts and
 // divides what the quotient left once more; the levels below take N = 1, with no table. In single they take
 //   p = e^(-r) - 1,  tanh |x| = ((1 - f) - f p) / ((1 + f) + f p)
-// whose products are exact, and whose divisor is at most 2, next to which its last place counts least.
+// whose products are exact, and whose divisor is at most 2, next to which its last place counts least. V4 has
+// cells for single.
 #include "simd/tables.hpp"
 #include "vector/exponential/eighth_powers.hpp"
 #include "vector/hyperbolic/series_data.hpp"
 #include "vector/hyperbolic/tanh_data.hpp"
+#include "vector/toolbox/cells.hpp"
 #include "vector/toolbox/near.hpp"
 #include "vector/toolbox/odd.hpp"
 #include "vector/walk/kernel.hpp"
@@ -23,8 +25,10 @@ namespace {
 //   double LA, EP: 2.000 at 0x1.25e4f87ef6c05p+4: got 0x1p+0, want 0x1.ffffffffffffep-1
 //   double HA: 0.5462 at 0x1.7804e03be8a16p-6: got 0x1.77f3fa879531cp-6, want 0x1.77f3fa879531c8cp-6
 // Maximum errors in ulp (V3, V4), by tmk-accuracy Tanh --search thorough, single LA by random arguments:
-//   single LA: 1.954 at 0x1.09e4c2p-1: got 0x1.e8a13ep-2
-//   single HA: 0.5378 at 0x1.7f63ep-6: got 0x1.7f51f8p-6, want 0x1.7f51f6edp-6
+//   single LA (V3): 1.954 at 0x1.09e4c2p-1: got 0x1.e8a13ep-2
+//   single LA (V4, all numbers): 1.003 at 0x1.ff6c8p-4: got 0x1.fcc85cp-4, want 0x1.fcc859fep-4
+//   single HA (V4, all numbers): 0.5774 at 0x1.6014dcp+0: got 0x1.c2821p-1, want 0x1.c2821128p-1
+//   single HA (V3): 0.5378 at 0x1.7f63ep-6: got 0x1.7f51f8p-6, want 0x1.7f51f6edp-6
 //   single EP: 1631 at 0x1.0ef834p+0: got 0x1.9202acp-1, want 0x1.91f5ed9bp-1
 //   double LA, EP: 2.000 at 0x1.25e4f87ef6c05p+4: got 0x1p+0, want 0x1.ffffffffffffep-1
 //   double HA: 0.5448 at 0x1.68b9c86c6b918p-6: got 0x1.68aadd47d96c9p-6, want 0x1.68aadd47d96c98cp-6
@@ -38,6 +42,7 @@ struct hyperbolic_tangent : description<Real> {
 
   static value fast(const value& x) {
     return odd_function(x, [](const value& magnitude) {
+      if constexpr (single && this_tier == 2) return by_cells(magnitude);
       const value a = minimum_or_second(value(saturated), magnitude), twice = a + a;
       const value shifted =
           negative_multiply_add(a, value(Real(0x1.71547652b82fep1 * steps)), value(shifter<Real>));
@@ -50,6 +55,17 @@ struct hyperbolic_tangent : description<Real> {
       else
         return by_words(shifted, multiply_add(k, value(high), twice), k * value(low));
     });
+  }
+
+  // The cells grow with x, as tanh flattens.
+  static value by_cells(const value& magnitude) {
+    const value clamped = minimum_or_second(value(Real(tanh_data::last)), magnitude);
+    const cells<tanh_data::float_cells, 21> cell(
+        bits_as<typename format<Real>::bits>(clamped + value(Real(tanh_data::shift))));
+    const value t = clamped - cell.center(), rest = cell.rest(t);
+    if constexpr (Level == level::la) return multiply_add(rest + cell.slope(), t, cell.at_center());
+    const auto line = add_product(cell.at_center(), cell.slope(), t);
+    return line.high + multiply_add(t, rest, line.low);
   }
 
   static value by_pairs(const value& shifted, const value& r, const value& r_low) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Functions by 16 cells, whose tables (tools/tables/vector/error_functions/cells_common.sollya) hold for each
+// Functions by 16 cells, whose tables (tools/tables/vector/cells_common.sollya) hold for each
 // cell
 //   center, value, slope, [slope_low,] c2, c3, ...
 //   f(center + t) = value + slope t + slope_low t + c2 t^2 + c3 t^3 + ...
