@@ -8,6 +8,7 @@
 
 #include "vector/arithmetic/exact.hpp"
 #include "vector/toolbox/pair.hpp"
+#include "vector/walk/by_flags.hpp"
 
 TMK_TIER_OPEN
 namespace {
@@ -46,6 +47,8 @@ bool is_product(Real x, Real y, Real r) {
 template <class Real>
 struct sum : memory_bound<Real> {
   using value = batch<Real>;
+  static constexpr bool by_flags = true;
+  static value in_order(const value& x, const value& y) { return add_in_order(x, y); }
   static value fast(const value& x, const value& y) { return x + y; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r); }
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
@@ -56,6 +59,7 @@ struct sum : memory_bound<Real> {
 template <class Real>
 struct difference : sum<Real> {
   using value = batch<Real>;
+  static value in_order(const value& x, const value& y) { return x - y; }
   static value fast(const value& x, const value& y) { return x - y; }
 };
 
@@ -63,12 +67,15 @@ struct difference : sum<Real> {
 template <class Real>
 struct positive_difference : sum<Real> {
   using value = batch<Real>;
+  static constexpr bool by_flags = false;  // comparing a NaN raises one
   static value fast(const value& x, const value& y) { return xsimd::select(x <= y, value(Real(0)), x - y); }
 };
 
 template <class Real>
 struct product : memory_bound<Real> {
   using value = batch<Real>;
+  static constexpr bool by_flags = true;
+  static value in_order(const value& x, const value& y) { return multiply_in_order(x, y); }
   static value fast(const value& x, const value& y) { return x * y; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_normal(r); }
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
@@ -86,6 +93,8 @@ struct product : memory_bound<Real> {
 template <class Real>
 struct square : memory_bound<Real> {
   using value = batch<Real>;
+  static constexpr bool by_flags = true;
+  static value in_order(const value& x) { return x * x; }
   static value fast(const value& x) { return x * x; }
   static lane_mask<Real> flagged(const value&, const value& r) { return not_normal(r); }
   static lane_mask<Real> patch(const value& x, value& r) {

@@ -2,6 +2,7 @@
 // Sums and differences, each part rounded once by the processor: formulas of reals, whose lanes need not be
 // taken apart. HA looks for overflows; EP does not.
 #include "vector/toolbox/lane_tests.hpp"
+#include "vector/walk/by_flags.hpp"
 #include "vector/walk/kernel.hpp"
 
 TMK_TIER_OPEN
@@ -9,17 +10,11 @@ namespace {
 
 struct plus {
   static auto of(const auto& x, const auto& y) { return x + y; }
+  static auto in_order(const auto& x, const auto& y) { return add_in_order(x, y); }
 };
 struct minus {
   static auto of(const auto& x, const auto& y) { return x - y; }
-};
-
-// x - (-y): the compiler cannot swap the arguments, the first of two NaNs being the answer.
-struct ordered_plus {
-  template <class Real>
-  static batch<Real> of(const batch<Real>& x, const batch<Real>& y) {
-    return x - (y ^ batch<Real>(Real(-0.0)));
-  }
+  static auto in_order(const auto& x, const auto& y) { return x - y; }
 };
 
 template <class Operation, class Real>
@@ -27,18 +22,22 @@ struct by_parts : description<Real> {
   using value = parts_in_turn<Real>;
   static constexpr int group = 2 * lanes<Real>;
   static constexpr bool streams = true;
-  static value fast(const value& x, const value& y) { return {Operation::of(x.parts, y.parts)}; }
+  static value in_order(const value& x, const value& y) { return {Operation::in_order(x.parts, y.parts)}; }
 };
 
 template <class Operation, class Real>
 struct coarse_by_parts : by_parts<Operation, Real> {
+  using value = parts_in_turn<Real>;
   static constexpr auto controls = control_class::b;
+  static value fast(const value& x, const value& y) { return by_parts<Operation, Real>::in_order(x, y); }
 };
 
 // A part infinite, and no argument: an overflow. rare() sees the other part.
 template <class Operation, class Real>
 struct reported_by_parts : by_parts<Operation, Real> {
   using value = parts_in_turn<Real>;
+  static constexpr bool by_flags = true;
+  static value fast(const value& x, const value& y) { return {Operation::of(x.parts, y.parts)}; }
   static lane_mask<Real> flagged(const value&, const value&, const value& r) { return not_finite(r.parts); }
   static lane_mask<Real> patch(const value& x, const value& y, value& r) {
     pack result{r.parts};
@@ -55,8 +54,8 @@ struct reported_by_parts : by_parts<Operation, Real> {
 };
 
 template <class Real, level Level>
-using sum = std::conditional_t<Level == level::ep, coarse_by_parts<ordered_plus, Real>,
-                               reported_by_parts<plus, Real>>;
+using sum =
+    std::conditional_t<Level == level::ep, coarse_by_parts<plus, Real>, reported_by_parts<plus, Real>>;
 template <class Real, level Level>
 using difference =
     std::conditional_t<Level == level::ep, coarse_by_parts<minus, Real>, reported_by_parts<minus, Real>>;
