@@ -137,6 +137,14 @@ class stream {
   result_type operator()() {
     return ahead_ != nullptr && ahead_->taken < block_words ? ahead_->words[ahead_->taken++] : next_block();
   }
+  /// The next two words, the first of them in the upper half.
+  std::uint64_t next_pair() {
+    if (ahead_ == nullptr || ahead_->taken + 2 > block_words) [[unlikely]]
+      return pair_across_blocks();
+    const result_type* const words = ahead_->words + ahead_->taken;
+    ahead_->taken += 2;
+    return static_cast<std::uint64_t>(words[0]) << 32 | words[1];
+  }
 
   /// For the C interface. What it draws follows the last word taken; after another word, ask again.
   [[nodiscard]] VtsStream* handle() const;
@@ -146,7 +154,7 @@ class stream {
     void operator()(VtsStream* p) const;
   };
   using handle_owner = std::unique_ptr<VtsStream, release>;
-  static constexpr unsigned block_words = 256, singles_first = 8;
+  static constexpr unsigned block_words = 1024, singles_first = 8;
   // Words of the stream that are drawn already, from a copy: the handle is before the first of them. The
   // first few after any other use are drawn one by one, since a program that mixes the two wants no copies.
   struct block_ahead {
@@ -161,6 +169,7 @@ class stream {
   VtsStream* settled(const char* function) const;  // just after the last word taken
   static void pass_over_taken(VtsStream* handle, const block_ahead* ahead);
   result_type next_block();
+  std::uint64_t pair_across_blocks();
   handle_owner handle_;
   mutable std::unique_ptr<block_ahead> ahead_;
   std::optional<seed_sequence> seeds_;

@@ -118,9 +118,20 @@ void fill_bits(stream& g, const output<T>& r) {
   bits(g, span_of(r));
 }
 
-// NumPy's doubles of two words: 27 bits of the first, 26 of the second.
-double double_of(std::uint32_t first, std::uint32_t second) {
-  return static_cast<double>(static_cast<std::uint64_t>(first >> 5) << 26 | second >> 6) * 0x1p-53;
+// NumPy's doubles of two words: 27 bits of the first, 26 of the second. No operation rounds.
+double double_of(std::uint64_t pair) {
+  return static_cast<double>(static_cast<std::int64_t>(pair >> 37 << 26 | (pair & 0xFFFFFFFF) >> 6)) *
+         0x1p-53;
+}
+
+// Integers of 32 bits have conversions in registers.
+[[gnu::target_clones("avx512f", "avx2", "default")]] void to_doubles(const std::uint32_t* words,
+                                                                     std::size_t n, double* r) {
+  for (std::size_t i = 0; i < n; ++i) {
+    const auto first = static_cast<std::int32_t>(words[2 * i] >> 5),
+               second = static_cast<std::int32_t>(words[2 * i + 1] >> 6);
+    r[i] = (first * 0x1p26 + second) * 0x1p-53;
+  }
 }
 
 void fill_numpy_doubles(stream& g, const output<double>& r) {
@@ -131,7 +142,7 @@ void fill_numpy_doubles(stream& g, const output<double>& r) {
   for (std::size_t from = 0; from < all.size(); from += block) {
     const std::span<double> part = all.subspan(from, std::min(block, all.size() - from));
     bits(g, std::span(words, 2 * part.size()));
-    for (std::size_t i = 0; i < part.size(); ++i) part[i] = double_of(words[2 * i], words[2 * i + 1]);
+    to_doubles(words, part.size(), part.data());
   }
 }
 
@@ -141,16 +152,8 @@ void attach(const nb::capsule& capsule, stream& g) {
   b->state = &g;
   b->next_uint32 = [](void* s) { return (*static_cast<stream*>(s))(); };
   b->next_raw = [](void* s) -> std::uint64_t { return (*static_cast<stream*>(s))(); };
-  b->next_uint64 = [](void* s) {
-    stream& words = *static_cast<stream*>(s);
-    const std::uint64_t high = words();
-    return high << 32 | words();
-  };
-  b->next_double = [](void* s) {
-    stream& words = *static_cast<stream*>(s);
-    const std::uint32_t first = words();
-    return double_of(first, words());
-  };
+  b->next_uint64 = [](void* s) { return static_cast<stream*>(s)->next_pair(); };
+  b->next_double = [](void* s) { return double_of(static_cast<stream*>(s)->next_pair()); };
 }
 
 stream make_stream(int kind, const std::vector<std::uint32_t>& entropy,

@@ -316,4 +316,9 @@ stream::result_type stream::next_block() {
   return b.words[0];
 }
 
+std::uint64_t stream::pair_across_blocks() {
+  const std::uint64_t first = (*this)();
+  return first << 32 | (*this)();
+}
+
 }  // namespace tmk

@@ -184,6 +184,18 @@ TEST(random_seeds, raw_words_are_the_generators_own) {
 }
 
 // Products of functions with mean 1 have mean 1 over the cube; over one dimension's points they have not.
+TEST(random_streams, pairs_are_two_words_wherever_blocks_end) {
+  for (const int before : {0, 1, 7, 8, 9, 1031}) {
+    stream pairs(generator::mt19937, 1), words = pairs;
+    EXPECT_EQ(next_words(pairs, before), next_words(words, before));
+    for (int i = 0; i < 1500; ++i) {
+      const std::uint64_t first = words();
+      ASSERT_EQ(pairs.next_pair(), first << 32 | words()) << i << " after " << before;
+    }
+    EXPECT_EQ(first_uniform(pairs, 1), first_uniform(words, 1));
+  }
+}
+
 // Of a generator with a counter, 2^64 elements are 2^62 blocks: 2^30 in the counter's second word.
 TEST(random_streams, jump_over_more_elements_than_a_count_can_say) {
   stream g(generator::philox4x32x10, raw_seed{1, 2, 3, 0xF0000000, 5, 6}),
