@@ -24,9 +24,22 @@ _ufuncs = _core.ufuncs(_core.HIGH)
 globals().update(_ufuncs)
 
 from . import fast, interpolate, low, random, stats  # noqa: E402
-from .stats import error  # noqa: E402
+from .stats import describe, error  # noqa: E402
 
-__all__ = [*_ufuncs, "bad_elements", "error", "fast", "interpolate", "low", "random", "select_tier", "stats", "threads", "tier"]
+__all__ = [
+    *_ufuncs,
+    "bad_elements",
+    "describe",
+    "error",
+    "fast",
+    "interpolate",
+    "low",
+    "random",
+    "select_tier",
+    "stats",
+    "threads",
+    "tier",
+]
 
 STATUS_NAMES = {1: "domain", 2: "singularity", 3: "overflow", 4: "underflow"}
 

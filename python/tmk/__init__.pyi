@@ -7,7 +7,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import fast as fast, interpolate as interpolate, low as low, random as random, stats as stats
-from .stats import error as error
+from .stats import describe as describe, error as error
 
 __version__: str
 STATUS_NAMES: dict[int, str]

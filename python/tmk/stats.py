@@ -2,16 +2,19 @@
 """Summary statistics of data in memory or in batches, to 15 digits, with weights, at any offset.
 
 Data are rows by variables: arrays of any strides, lists, masked arrays (masked values are NaN), Series and DataFrames,
-and tables that have
-Arrow's C stream (polars, pyarrow, duckdb; nulls are NaN). One dimension is one variable. float32 and float64 are read where they are; integers and booleans become float64.
-Everything is computed in double; results are the same bits for any number of threads and any layout.
+and tables that have Arrow's C stream (polars, pyarrow, duckdb; nulls are NaN). One dimension is one variable. float32 and
+float64 are read where they are; integers and booleans become float64. Everything is computed in double; results are the
+same bits for any number of threads and any layout.
+
+`describe`, `quantile`, `median`, `cov`, `corr`, `Moments.add` and `QuantileSketch.add` take batches as well: a generator,
+another iterator, or a list of tables that have the same columns, such as `pandas.read_csv(chunksize=...)` or polars'
+`collect_batches()`. They are read in one pass, and no more than one is held. `weights` may name a column of a table.
 
 What a NaN does is `nan`: "propagate" (estimates that it enters are NaN), "omit" (each variable leaves out its own;
 matrices are over the complete rows) or "raise". Weights are finite and not negative; with `counts=True` they are whole
 numbers and say how often a row was seen. Bad input raises `tmk.error`, a ValueError with `argument` and `value`.
 """
 
-import threading as _threading
 from dataclasses import dataclass, fields
 
 import numpy as _np
@@ -19,7 +22,9 @@ import numpy as _np
 from . import _core
 from ._impute import Imputations, NormalModel, PooledEstimate, em_estimate, impute, pool_estimates
 from ._robust import Outliers, RobustEstimate, mahalanobis, outliers, robust_covariance
-from ._data import batches_of, has_batches, names_of, square, table, thread_count, vector, weights_or_none
+from ._batches import batches, is_iterable, refusal, whole
+from ._data import square, table, thread_count, vector, weights_or_none
+from ._mergeable import Moments, QuantileSketch, policy_number as _policy
 
 _stats = _core.stats
 error = _stats.error
@@ -52,14 +57,6 @@ __all__ = [
     "robust_covariance",
 ]
 
-_POLICIES = {"propagate": 0, "omit": 1, "raise": 2}
-
-
-def _policy(nan):
-    if nan not in _POLICIES:
-        raise ValueError(f"nan is {nan!r}, want one of {', '.join(map(repr, _POLICIES))}")
-    return _POLICIES[nan]
-
 
 @dataclass(frozen=True, eq=False)
 class Summary:
@@ -83,6 +80,8 @@ class Summary:
     complete: int  #: rows that the matrices are made of
     cov: _np.ndarray | None
     corr: _np.ndarray | None
+    #: 0 where quantiles are exact; of batches, their ranks are off by at most this share of n
+    epsilon: float = 0.0
 
     def _rows(self):
         plain = {f.name: getattr(self, f.name) for f in fields(self)}
@@ -117,27 +116,120 @@ def _escaped(text):
     return html.escape(str(text))
 
 
-def describe(x, *, weights=None, nan="propagate", quantiles=(0.25, 0.5, 0.75), threads=None, matrices=True, counts=False):
+def describe(
+    x,
+    *,
+    weights=None,
+    nan="propagate",
+    quantiles=(0.25, 0.5, 0.75),
+    threads=None,
+    matrices=True,
+    counts=False,
+    epsilon=0.001,
+):
     """Moments to order 4, extrema, quantiles, covariance and correlation of each variable of `x`: a `Summary`.
 
     Quantiles interpolate linearly between ranks (type 7 of Hyndman and Fan, 1996), with weights by A. Akinshin's form
     of that rule (2023). Without `matrices`, cov and corr are None.
+
+    Parameters
+    ----------
+    x : table or iterable of tables
+        Of batches, quantiles and median are those of `QuantileSketch`: their ranks are off by at most `epsilon` times the
+        number of values. `mad` is NaN, and with ``quantiles=()``, which takes a ninth of the time, so is the median.
+    weights : array_like of shape (rows,) or str, optional
+        A string names a column of x, and so it must for batches. The quantiles of batches have no weights:
+        ask for ``quantiles=()``.
+    nan : {"propagate", "omit", "raise"}
+    quantiles : array_like
+        Orders from 0 to 1.
+    threads : int, optional
+    matrices, counts : bool
+    epsilon : float
+        Used for batches alone.
+
+    Raises
+    ------
+    tmk.error
+        For bad weights and orders, no rows, a NaN under "raise", and batches whose columns differ.
     """
-    names = names_of(x)
-    data, orders = table(x), vector(quantiles, "quantiles")
-    found = _stats.describe(data, weights_or_none(weights), thread_count(threads), _policy(nan), orders, matrices, counts)
-    return Summary(names=names or [str(j) for j in range(data.shape[1])], orders=orders, **found)
+    orders = vector(quantiles, "quantiles")
+    if is_iterable(x):
+        return _describe_batches(x, weights, nan, orders, threads, matrices, counts, epsilon)
+    rows = whole(x, weights)
+    found = _stats.describe(rows.data, rows.weights, thread_count(threads), _policy(nan), orders, matrices, counts)
+    return Summary(names=_names(rows), orders=orders, **found)
 
 
-def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False):
-    """Exact quantiles of the orders `q`, as in `describe`.
+def _names(rows):
+    return rows.names or [str(j) for j in range(rows.data.shape[1])]
 
-    The shape is (variables, orders); a number for `q`, or a vector for `x`, leaves out its dimension.
+
+def _describe_batches(x, weights, nan, orders, threads, matrices, counts, epsilon):
+    if weights is not None and orders.size:
+        raise refusal("quantiles", orders.tolist(), "none of weighted batches: their quantiles need all rows at once")
+    m = None
+    for rows in batches(x, weights):
+        if m is None:
+            m = Moments(_names(rows), nan=nan, cross=matrices, counts=counts)
+            sketch = QuantileSketch(_names(rows), epsilon, nan=nan)
+            nans = _np.zeros(m.cols, _np.int64)
+        m.add(rows.data, rows.weights, threads)
+        if orders.size:
+            sketch.add(rows.data)
+        counted = rows.data if rows.weights is None else rows.data[rows.weights > 0]
+        nans += _np.isnan(counted).sum(axis=0)
+    if not m.count.any() and not nans.any():
+        raise refusal("x.rows", 0, "1 or more")
+    by_order = _np.array([sketch.quantile([*orders, 0.5], variable=j) for j in range(m.cols)])
+    return Summary(
+        names=m.names,
+        n=m.count,
+        nans=nans,
+        weight=m.weight,
+        mean=m.mean,
+        variance=m.var(),
+        std=m.std,
+        skewness=m.skewness,
+        kurtosis=m.kurtosis,
+        min=m.min,
+        max=m.max,
+        median=by_order[:, -1],
+        mad=_np.full(m.cols, _np.nan),
+        orders=orders,
+        quantiles=by_order[:, :-1],
+        complete=m.complete if matrices else 0,
+        cov=m.cov if matrices else None,
+        corr=m.corr if matrices else None,
+        epsilon=epsilon,
+    )
+
+
+def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False, epsilon=0.001):
+    """Quantiles of the orders `q`: exact, as in `describe`, or of batches within `epsilon` of rank.
+
+    The shape is (variables, orders); a number for `q`, or one dimension of `x`, leaves out its dimension. `weights` are a
+    vector or name a column of the table x; batches take none.
     """
-    data, orders = table(x), vector(_np.atleast_1d(q), "q")
-    found = _stats.quantiles(data, orders, weights_or_none(weights), thread_count(threads), _policy(nan), counts)
+    orders = vector(_np.atleast_1d(q), "q")
+    if is_iterable(x):
+        found, is_vector = _quantiles_of_batches(x, orders, weights, nan, epsilon)
+    else:
+        rows = whole(x, weights)
+        found = _stats.quantiles(rows.data, orders, rows.weights, thread_count(threads), _policy(nan), counts)
+        is_vector = rows.vector
     found = found if _np.ndim(q) else found[:, 0]
-    return found if _np.ndim(x) == 2 else found[0]
+    return found[0] if is_vector else found
+
+
+def _quantiles_of_batches(x, orders, weights, nan, epsilon):
+    if weights is not None:
+        raise refusal("weights", repr(weights), "none for batches, whose weighted quantiles need all rows at once")
+    sketch = None
+    for rows in batches(x):
+        sketch = sketch or QuantileSketch(rows.data.shape[1], epsilon, nan=nan)
+        sketch.add(rows.data)
+    return _np.array([sketch.quantile(orders, variable=j) for j in range(sketch.cols)]), rows.vector
 
 
 def median(x, **options):
@@ -146,7 +238,12 @@ def median(x, **options):
 
 
 def mad(x, *, weights=None, nan="propagate", threads=None, counts=False):
-    """The median of |x - median| of each variable; times 1.4826 it estimates the deviation of normal data."""
+    """The median of |x - median| of each variable; times 1.4826 it estimates the deviation of normal data.
+
+    It looks at the data twice: batches are refused.
+    """
+    if is_iterable(x):
+        raise refusal("x", f"a {type(x).__name__}", "all rows at once")
     return describe(x, weights=weights, nan=nan, quantiles=(), threads=threads, matrices=False, counts=counts).mad
 
 
@@ -161,188 +258,11 @@ def corr(x, *, weights=None, nan="propagate", threads=None, counts=False):
 
 
 def _moments_of(x, weights, nan, threads, counts):
-    m = Moments(table(x).shape[1], nan=nan, counts=counts)
-    m.add(x, weights, threads)
+    m = None
+    for rows in batches(x, weights):
+        m = m or Moments(rows.data.shape[1], nan=nan, counts=counts)
+        m.add(rows.data, rows.weights, threads)
     return m
-
-
-class _Mergeable:
-    """What `Moments` and `QuantileSketch` share: merging, copies, pickles, and one thread at a time."""
-
-    def merge(self, other):
-        """Add what the other has seen, as if it had been added here."""
-        if not isinstance(other, type(self)):
-            raise TypeError(f"other is a {type(other).__name__}, want a {type(self).__name__}")
-        image = other._core if other is not self else self._core.copy()
-        with self._lock:
-            self._core.merge(image)
-        return self
-
-    def __ior__(self, other):
-        return self.merge(other)
-
-    __iadd__ = __ior__
-
-    def __add__(self, other):
-        return self.copy().merge(other)
-
-    __or__ = __add__
-
-    def copy(self):
-        return self._of(self._core.copy(), self.names)
-
-    __copy__ = copy
-
-    def __deepcopy__(self, memo):
-        return self.copy()
-
-    @classmethod
-    def _of(cls, core, names=None):
-        self = cls.__new__(cls)
-        self._core, self._lock, self.names = core, _threading.Lock(), names
-        return self
-
-    def to_bytes(self):
-        """An image that is the same on every machine, and that the C++ API reads."""
-        return self._core.to_bytes()
-
-    @classmethod
-    def from_bytes(cls, image):
-        """Raises `tmk.error` for one that is truncated, damaged, of another version or impossible."""
-        return cls._of(cls._type.from_bytes(bytes(image)))
-
-    def __reduce__(self):
-        return _restore, (type(self), self.to_bytes(), self.names)
-
-    def reset(self):
-        """Forget all data."""
-        with self._lock:
-            self._core.reset()
-
-    @property
-    def cols(self):
-        return self._core.cols()
-
-
-def _restore(cls, image, names):
-    self = cls.from_bytes(image)
-    self.names = names
-    return self
-
-
-def _made(cols, core):
-    """The core of that many variables, or of so many as are named, and the names."""
-    names = None if isinstance(cols, (int, _np.integer)) else [str(name) for name in cols]
-    return core(int(cols) if names is None else len(names)), names
-
-
-class Moments(_Mergeable):
-    """Moments to order 4, extrema and cross-product of data that come in batches.
-
-    `cols` is the number of variables or their names. `m.add(batch)`; `a + b`, `a |= b` join what two have seen, bit for
-    bit the same in the same order; a pickle is the image of `to_bytes`. Without `cross`, no matrices are kept.
-    """
-
-    _type = _stats.Moments
-
-    def __init__(self, cols, *, nan="propagate", cross=True, counts=False):
-        policy = _policy(nan)
-        self._core, self.names = _made(cols, lambda n: self._type(n, cross, policy, counts))
-        self._lock = _threading.Lock()
-
-    def add(self, x, weights=None, threads=None):
-        """Add a batch: rows by variables, which may have no rows. Returns self.
-
-        A table that has Arrow's C stream (polars, pyarrow, duckdb) is read batch by batch, without weights.
-        """
-        if has_batches(x) and weights is None:
-            for batch in batches_of(x)[0]:
-                self.add(batch, None, threads)
-            return self
-        data, w = table(x), weights_or_none(weights)
-        with self._lock:
-            self._core.add(data, w, thread_count(threads))
-        return self
-
-    def var(self, ddof=None):
-        """The unbiased variance; with `ddof`, over weight - ddof instead."""
-        if ddof is None:
-            return self._core.variance()
-        weight = self._core.weight()
-        return self._core.central(2) * weight / (weight - ddof)
-
-    def raw(self, order):
-        """The weighted mean of x ** order, for orders 1 to 4."""
-        return self._core.raw(order)
-
-    def central(self, order):
-        """The weighted mean of (x - mean) ** order, for orders 1 to 4."""
-        return self._core.central(order)
-
-    count = property(lambda self: self._core.count(), doc="Observations that counted.")
-    complete = property(lambda self: self._core.complete(), doc="Rows that the matrices are made of.")
-    weight = property(lambda self: self._core.weight(), doc="Their total weight.")
-    mean = property(lambda self: self._core.mean())
-    std = property(lambda self: self._core.std(), doc="The root of the unbiased variance.")
-    skewness = property(lambda self: self._core.skewness())
-    kurtosis = property(lambda self: self._core.kurtosis(), doc="In excess of the normal distribution's.")
-    min = property(lambda self: self._core.min())
-    max = property(lambda self: self._core.max())
-    cov = property(lambda self: self._core.cov())
-    corr = property(lambda self: self._core.corr())
-    cross_product = property(lambda self: self._core.cross_product(), doc="Sums of products about the means.")
-
-    def __repr__(self):
-        count = int(self.count.max()) if self.cols else 0
-        return f"Moments of {self.cols} variables, {count} rows"
-
-
-class QuantileSketch(_Mergeable):
-    """Approximate quantiles of data that come in batches and are not kept.
-
-    The rank of an answer is off by at most `epsilon` times the number of values, in whatever order they came and
-    sketches were merged (blocks as in Zhang and Wang, 2007).
-    """
-
-    _type = _stats.QuantileSketch
-
-    def __init__(self, cols=1, epsilon=0.001, *, nan="propagate"):
-        policy = _policy(nan)
-        self._core, self.names = _made(cols, lambda n: self._type(n, epsilon, policy))
-        self._lock = _threading.Lock()
-
-    def add(self, x):
-        """Add a batch. Returns self. Tables are read as by Moments."""
-        if has_batches(x):
-            for batch in batches_of(x)[0]:
-                self.add(batch)
-            return self
-        data = table(x)
-        with self._lock:
-            self._core.add(data)
-        return self
-
-    epsilon = property(lambda self: self._core.epsilon())
-
-    def count(self, variable=0):
-        """Values of the variable so far, without NaNs."""
-        return self._core.count(variable)
-
-    def quantile(self, q, variable=0):
-        """The quantile of order q, or an array of them."""
-        found = [self._core.quantile(variable, float(order)) for order in _np.atleast_1d(q)]
-        return _np.array(found) if _np.ndim(q) else found[0]
-
-    def bounds(self, q, variable=0):
-        """(value, lowest rank, highest rank, count) of the answer for order q."""
-        return self._core.bounds(variable, q)
-
-    def rank(self, value, variable=0):
-        """(value, lowest rank, highest rank, count): how many values are not above this one."""
-        return self._core.rank(variable, value)
-
-    def __repr__(self):
-        return f"QuantileSketch of {self.cols} variables, epsilon {self.epsilon:g}"
 
 
 @dataclass(frozen=True, eq=False)
