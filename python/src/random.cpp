@@ -11,6 +11,7 @@
 #include <tmk/sampling.hpp>
 
 #include "arrays.hpp"
+#include "random/generators/owen.hpp"
 
 namespace tmk::python {
 
@@ -156,6 +157,21 @@ void attach(const nb::capsule& capsule, stream& g) {
   b->next_double = [](void* s) { return double_of(static_cast<stream*>(s)->next_pair()); };
 }
 
+// Points first, first + 1, ... as rows of coordinates; scrambled ones by Owen's method.
+void fill_sobol(const output<double>& r, int dimensions, bool scrambled, std::uint64_t seed,
+                std::uint32_t first) {
+  const nb::gil_scoped_release release;
+  sobol_points(span_of(r), dimensions, {scrambled ? scrambling::owen : scrambling::none, seed, first});
+}
+
+// Owen's scrambling of words by a key for each; their number is a multiple of rng::words_together.
+void scramble(const output<std::uint32_t>& words, const output<std::uint32_t>& keys) {
+  if (words.size() != keys.size() || words.size() % rng::words_together != 0 || words.size() > INT32_MAX)
+    throw nb::value_error("words and keys are not as many, or not a multiple of 16");
+  const nb::gil_scoped_release release;
+  rng::point_kernels_now().scramble(static_cast<std::int32_t>(words.size()), words.data(), keys.data());
+}
+
 stream make_stream(int kind, const std::vector<std::uint32_t>& entropy,
                    const std::vector<std::uint32_t>& spawn_key, int set, bool raw) {
   const auto g = static_cast<generator>(kind);
@@ -195,6 +211,8 @@ void add_random(nb::module_& m) {
   c.def("fill_int", [](stream& g, const output<std::int32_t>& r, const std::string& law, const parameters& p,
                        int threads) { fill_with(g, r, discrete_laws.at(law)(p), threads); });
   c.def("permutation", [](stream& g, std::size_t n) { return array_of(permutation(g, n)); });
+  m.def("sobol_points", fill_sobol);
+  m.def("scramble", scramble);
   m.def("attach", attach);  // the bit generator holds the stream
 }
 

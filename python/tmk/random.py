@@ -4,7 +4,8 @@
 `Stream` has the library's own laws, by wide registers and on several threads, with the same numbers for any number of
 threads. The bit generators (`MT19937`, `Philox4x32x10`, ...) are NumPy's `BitGenerator` in every respect: they serve
 `numpy.random.Generator`, SciPy's `random_state` and whatever else takes one. `Generator` is NumPy's with `random`, `bytes`
-and full-range `integers` in bulk: the same numbers, faster.
+and full-range `integers` in bulk: the same numbers, faster. `Sobol` and `Niederreiter` are engines of quasi-random points
+with the interface of those of `scipy.stats.qmc`.
 
 >>> rng = tmk.random.default_rng(42)
 >>> s = tmk.random.Stream("philox4x32x10", seed=7)
@@ -18,10 +19,11 @@ import threading as _threading
 import numpy as _np
 
 from . import _core
+from ._qmc import Niederreiter, Sobol
 
 _random = _core.random
 
-__all__ = ["Generator", "Stream", "default_rng"]
+__all__ = ["Generator", "Niederreiter", "Sobol", "Stream", "default_rng"]
 
 _KINDS = {
     "mcg31m1": 0x100000,

@@ -136,7 +136,7 @@ def describe(
     ----------
     x : table or iterable of tables
         Of batches, quantiles and median are those of `QuantileSketch`: their ranks are off by at most `epsilon` times the
-        number of values. `mad` is NaN, and with ``quantiles=()``, which takes a ninth of the time, so is the median.
+        number of values. `mad` is NaN, and with ``quantiles=()``, which is faster, so is the median.
     weights : array_like of shape (rows,) or str, optional
         A string names a column of x, and so it must for batches. The quantiles of batches have no weights:
         ask for ``quantiles=()``.
@@ -173,6 +173,7 @@ def _describe_batches(x, weights, nan, orders, threads, matrices, counts, epsilo
         if m is None:
             m = Moments(_names(rows), nan=nan, cross=matrices, counts=counts)
             sketch = QuantileSketch(_names(rows), epsilon, nan=nan)
+            sketch.quantile(orders)  # refuses bad orders before all data are read
             nans = _np.zeros(m.cols, _np.int64)
         m.add(rows.data, rows.weights, threads)
         if orders.size:
@@ -227,7 +228,9 @@ def _quantiles_of_batches(x, orders, weights, nan, epsilon):
         raise refusal("weights", repr(weights), "none for batches, whose weighted quantiles need all rows at once")
     sketch = None
     for rows in batches(x):
-        sketch = sketch or QuantileSketch(rows.data.shape[1], epsilon, nan=nan)
+        if sketch is None:
+            sketch = QuantileSketch(rows.data.shape[1], epsilon, nan=nan)
+            sketch.quantile(orders)  # refuses bad orders before all data are read
         sketch.add(rows.data)
     return _np.array([sketch.quantile(orders, variable=j) for j in range(sketch.cols)]), rows.vector
 
