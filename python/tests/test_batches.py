@@ -144,11 +144,11 @@ def test_refusals_name_argument_and_value(call, argument, value, text):
 
 
 @pytest.mark.parametrize("call", [stats.quantile, lambda x, q: stats.describe(x, quantiles=q)])
-def test_bad_orders_are_refused_before_all_is_read(call):
+def test_bad_orders_are_refused_before_data_are_read(call):
     source = iter([X, X, X])
     with pytest.raises(tmk.error, match="1.5"):
         call(source, [1.5])
-    assert len(list(source)) == 2
+    assert len(list(source)) == 3
 
 
 def broken():

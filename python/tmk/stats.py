@@ -15,7 +15,7 @@ matrices are over the complete rows) or "raise". Weights are finite and not nega
 numbers and say how often a row was seen. Bad input raises `tmk.error`, a ValueError with `argument` and `value`.
 """
 
-from dataclasses import dataclass, fields
+from dataclasses import dataclass
 
 import numpy as _np
 
@@ -25,6 +25,7 @@ from ._robust import Outliers, RobustEstimate, mahalanobis, outliers, robust_cov
 from ._batches import batches, is_iterable, refusal, whole
 from ._data import square, table, thread_count, vector, weights_or_none
 from ._mergeable import Moments, QuantileSketch, policy_number as _policy
+from ._summary import RunningSummary, Summary, variable_names
 
 _stats = _core.stats
 error = _stats.error
@@ -56,64 +57,6 @@ __all__ = [
     "quantile",
     "robust_covariance",
 ]
-
-
-@dataclass(frozen=True, eq=False)
-class Summary:
-    """What `describe` returns: an array with an element for each variable, where nothing else is said."""
-
-    names: list  #: of the variables
-    n: _np.ndarray  #: observations that counted
-    nans: _np.ndarray  #: NaNs among them, left out or not
-    weight: _np.ndarray  #: the total weight of what counted
-    mean: _np.ndarray
-    variance: _np.ndarray
-    std: _np.ndarray
-    skewness: _np.ndarray
-    kurtosis: _np.ndarray  #: in excess of the normal distribution's
-    min: _np.ndarray
-    max: _np.ndarray
-    median: _np.ndarray
-    mad: _np.ndarray  #: median of |x - median|; times 1.4826 it estimates the deviation of normal data
-    orders: _np.ndarray  #: of the quantiles
-    quantiles: _np.ndarray  #: (variable, order)
-    complete: int  #: rows that the matrices are made of
-    cov: _np.ndarray | None
-    corr: _np.ndarray | None
-    #: 0 where quantiles are exact; of batches, their ranks are off by at most this share of n
-    epsilon: float = 0.0
-
-    def _rows(self):
-        plain = {f.name: getattr(self, f.name) for f in fields(self)}
-        rows = {k: plain[k] for k in "n nans mean std skewness kurtosis min".split()}
-        rows |= {f"{order:.4g}": self.quantiles[:, k] for k, order in enumerate(self.orders)}
-        return rows | {"max": self.max}
-
-    def to_frame(self):
-        """A pandas DataFrame with a row for each estimate and a column for each variable."""
-        import pandas
-
-        return pandas.DataFrame(self._rows(), index=self.names).T
-
-    def _repr_html_(self):
-        head = "".join(f"<th>{_escaped(name)}</th>" for name in self.names)
-        body = "".join(
-            f"<tr><th>{name}</th>{''.join(f'<td>{value:.6g}</td>' for value in values)}</tr>"
-            for name, values in self._rows().items()
-        )
-        return f"<table><thead><tr><th></th>{head}</tr></thead><tbody>{body}</tbody></table>"
-
-    def __repr__(self):
-        lines = [f"{'':10}" + "".join(f"{name[:12]:>13}" for name in self.names)]
-        for name, values in self._rows().items():
-            lines.append(f"{name:10}" + "".join(f"{value:13.6g}" for value in values))
-        return "\n".join(lines)
-
-
-def _escaped(text):
-    import html
-
-    return html.escape(str(text))
 
 
 def describe(
@@ -155,55 +98,13 @@ def describe(
     """
     orders = vector(quantiles, "quantiles")
     if is_iterable(x):
-        return _describe_batches(x, weights, nan, orders, threads, matrices, counts, epsilon)
+        running = RunningSummary(weights is not None, orders, nan, matrices, counts, epsilon)
+        for rows in batches(x, weights):
+            running.add(rows, threads)
+        return running.summary()
     rows = whole(x, weights)
     found = _stats.describe(rows.data, rows.weights, thread_count(threads), _policy(nan), orders, matrices, counts)
-    return Summary(names=_names(rows), orders=orders, **found)
-
-
-def _names(rows):
-    return rows.names or [str(j) for j in range(rows.data.shape[1])]
-
-
-def _describe_batches(x, weights, nan, orders, threads, matrices, counts, epsilon):
-    if weights is not None and orders.size:
-        raise refusal("quantiles", orders.tolist(), "none of weighted batches: their quantiles need all rows at once")
-    m = None
-    for rows in batches(x, weights):
-        if m is None:
-            m = Moments(_names(rows), nan=nan, cross=matrices, counts=counts)
-            sketch = QuantileSketch(_names(rows), epsilon, nan=nan)
-            sketch.quantile(orders)  # refuses bad orders before all data are read
-            nans = _np.zeros(m.cols, _np.int64)
-        m.add(rows.data, rows.weights, threads)
-        if orders.size:
-            sketch.add(rows.data)
-        counted = rows.data if rows.weights is None else rows.data[rows.weights > 0]
-        nans += _np.isnan(counted).sum(axis=0)
-    if not m.count.any() and not nans.any():
-        raise refusal("x.rows", 0, "1 or more")
-    by_order = _np.array([sketch.quantile([*orders, 0.5], variable=j) for j in range(m.cols)])
-    return Summary(
-        names=m.names,
-        n=m.count,
-        nans=nans,
-        weight=m.weight,
-        mean=m.mean,
-        variance=m.var(),
-        std=m.std,
-        skewness=m.skewness,
-        kurtosis=m.kurtosis,
-        min=m.min,
-        max=m.max,
-        median=by_order[:, -1],
-        mad=_np.full(m.cols, _np.nan),
-        orders=orders,
-        quantiles=by_order[:, :-1],
-        complete=m.complete if matrices else 0,
-        cov=m.cov if matrices else None,
-        corr=m.corr if matrices else None,
-        epsilon=epsilon,
-    )
+    return Summary(names=variable_names(rows), orders=orders, **found)
 
 
 def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False, epsilon=0.001):
@@ -226,11 +127,11 @@ def quantile(x, q, *, weights=None, nan="propagate", threads=None, counts=False,
 def _quantiles_of_batches(x, orders, weights, nan, epsilon):
     if weights is not None:
         raise refusal("weights", repr(weights), "none for batches, whose weighted quantiles need all rows at once")
+    QuantileSketch(1, epsilon).quantile(orders)  # refuses bad ones before data are read
     sketch = None
     for rows in batches(x):
         if sketch is None:
             sketch = QuantileSketch(rows.data.shape[1], epsilon, nan=nan)
-            sketch.quantile(orders)  # refuses bad orders before all data are read
         sketch.add(rows.data)
     return _np.array([sketch.quantile(orders, variable=j) for j in range(sketch.cols)]), rows.vector
 
