@@ -1,12 +1,24 @@
 # SPDX-License-Identifier: Apache-2.0
 """Quasi-random points with the interface of SciPy's engines, for tmk.random."""
 
+from __future__ import annotations
+
 import operator as _operator
 import sys as _sys
+from typing import TYPE_CHECKING
 
 import numpy as _np
 
 from . import _core
+
+if TYPE_CHECKING:
+    from typing import TypeAlias
+
+    from numpy.typing import ArrayLike as _ArrayLike, NDArray as _NDArray
+    from typing_extensions import Self as _Self
+
+    _Points: TypeAlias = _NDArray[_np.float64]
+    _Seed: TypeAlias = int | list[int] | _np.random.SeedSequence | _np.random.Generator | None
 
 _random = _core.random
 _LIMIT = 2**32  # points, by the bits of a coordinate
@@ -27,7 +39,9 @@ class QuasiRandom:
 
     _most = 0  # dimensions
 
-    def __init__(self, d, *, scramble=True, rng=None, seed=None, optimization=None):
+    def __init__(
+        self, d: int, *, scramble: bool = True, rng: _Seed = None, seed: _Seed = None, optimization: None = None
+    ) -> None:
         if rng is not None and seed is not None:
             raise TypeError("rng and seed are two names of one argument")
         if optimization is not None:
@@ -40,7 +54,7 @@ class QuasiRandom:
         self.num_generated = 0
         self._optimization = None
 
-    @property
+    @property  # type: ignore[misc]
     def __class__(self):
         # isinstance asks for this. SciPy's abstract class learns of ours when it does: to import scipy.stats for that
         # purpose takes longer than most programs draw, and which of the two is imported first must not matter.
@@ -49,14 +63,14 @@ class QuasiRandom:
             qmc.QMCEngine.register(QuasiRandom)
         return type(self)
 
-    def random(self, n=1, *, workers=1):
+    def random(self, n: int = 1, *, workers: int = 1) -> _Points:
         """The next n points, of shape (n, d), at least 0 and below 1. `workers` is without effect."""
         n = self._count(n)
         points = self._points(self.num_generated, n) if n else _np.empty((0, self.d))
         self.num_generated += n
         return points
 
-    def random_base2(self, m):
+    def random_base2(self, m: int) -> _Points:
         """The next 2**m points. Refused where so many do not end at a power of two, since they are not balanced."""
         n = 2 ** _whole(m, "m", 0, 32)
         total = self.num_generated + n
@@ -64,7 +78,15 @@ class QuasiRandom:
             raise ValueError(f"m is {m} after {self.num_generated} points: balanced sets end at a power of two")
         return self.random(n)
 
-    def integers(self, l_bounds, *, u_bounds=None, n=1, endpoint=False, workers=1):
+    def integers(
+        self,
+        l_bounds: _ArrayLike,
+        *,
+        u_bounds: _ArrayLike | None = None,
+        n: int = 1,
+        endpoint: bool = False,
+        workers: int = 1,
+    ) -> _NDArray[_np.int64]:
         """The next n points as integers from l_bounds to u_bounds, which `endpoint` includes, or from 0 to l_bounds.
 
         Bounds are numbers or have one for each dimension. The shape is (n, d), the type int64.
@@ -81,15 +103,19 @@ class QuasiRandom:
             raise ValueError(f"l_bounds is {low.tolist()}, want less than u_bounds, {high.tolist()}")
         return low + _np.floor(self.random(n) * (high - low)).astype(_np.int64)
 
-    def fast_forward(self, n):
+    def fast_forward(self, n: int) -> _Self:
         """Leave n points out. Returns self."""
         self.num_generated += self._count(n)
         return self
 
-    def reset(self):
+    def reset(self) -> _Self:
         """Begin with the first point again, under the same scrambling. Returns self."""
         self.num_generated = 0
         return self
+
+    def _points(self, first: int, n: int) -> _Points:
+        """Points first, first + 1, ..., of which there is one at least."""
+        raise NotImplementedError
 
     def _count(self, n):
         return _whole(n, "n", 0, _LIMIT - self.num_generated)
@@ -181,5 +207,5 @@ class Niederreiter(QuasiRandom):
 
 
 for _engine in (Sobol, Niederreiter):
-    _engine.__doc__ = _engine.__doc__.format(text=_TEXT.format(most=_engine._most))
+    _engine.__doc__ = (_engine.__doc__ or "").format(text=_TEXT.format(most=_engine._most))
     _engine.__module__ = "tmk.random"

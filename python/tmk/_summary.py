@@ -8,7 +8,8 @@ from dataclasses import dataclass, fields
 import numpy as _np
 
 from ._batches import refusal
-from ._mergeable import Moments, QuantileSketch
+from ._moments import Moments
+from ._sketch import QuantileSketch
 
 
 @dataclass(frozen=True, eq=False)

@@ -14,8 +14,8 @@ from ._summary import RunningSummary
 
 try:
     from dask import delayed as _delayed
-except ImportError as missing:
-    raise ImportError("tmk.dask needs dask: pip install 'tmk[dask]'") from missing
+except ImportError as _missing:
+    raise ImportError("tmk.dask needs dask: pip install 'tmk[dask]'") from _missing
 
 __all__ = ["describe"]
 

@@ -177,7 +177,7 @@ class Stream:
         return f"Stream({self.kind!r}" + (f", set={self.set})" if self.kind in ("wh", "mt2203") else ")")
 
 
-Stream.__doc__ = Stream.__doc__.format(kinds=", ".join(_KINDS))
+Stream.__doc__ = (Stream.__doc__ or "").format(kinds=", ".join(_KINDS))
 
 # The laws: parameters with their defaults, and what the law is. Scales, rates and shapes are positive.
 _CONTINUOUS = {

@@ -24,7 +24,9 @@ from ._impute import Imputations, NormalModel, PooledEstimate, em_estimate, impu
 from ._robust import Outliers, RobustEstimate, mahalanobis, outliers, robust_covariance
 from ._batches import batches, is_iterable, refusal, whole
 from ._data import square, table, thread_count, vector, weights_or_none
-from ._mergeable import Moments, QuantileSketch, policy_number as _policy
+from ._mergeable import policy_number as _policy
+from ._moments import Moments
+from ._sketch import QuantileSketch
 from ._summary import RunningSummary, Summary, variable_names
 
 _stats = _core.stats

@@ -15,7 +15,7 @@ try:
     from .covariance import EllipticEnvelope, RobustCovariance
     from .imputation import NormalImputer
     from .scaling import Scaler
-except ImportError as missing:
-    raise ImportError("tmk.sklearn needs scikit-learn 1.6 or later: pip install 'tmk[sklearn]'") from missing
+except ImportError as _missing:
+    raise ImportError("tmk.sklearn needs scikit-learn 1.6 or later: pip install 'tmk[sklearn]'") from _missing
 
 __all__ = ["EllipticEnvelope", "NormalImputer", "RobustCovariance", "Scaler"]

@@ -6,7 +6,7 @@ import warnings as _warnings
 import numpy as _np
 from sklearn.exceptions import ConvergenceWarning
 
-FLOATS = (_np.float64, _np.float32)  #: types that are taken as they are; others become the first
+FLOATS: tuple[type, ...] = (_np.float64, _np.float32)  #: types that are taken as they are; others become the first
 
 
 def warn_unless(converged, what):
