@@ -1,9 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Tables in batches: one pass gives what the whole gives, names agree, and nothing is half added."""
 
-import base64
 import io
-import pickle
 import tracemalloc
 
 import numpy as np
@@ -175,19 +173,3 @@ def test_no_more_than_a_batch_is_held():
     peak = tracemalloc.get_traced_memory()[1]
     tracemalloc.stop()
     assert s.n[0] == 2_000_000 and peak < 5 * 50_000 * 2 * 8
-
-
-def test_a_pickle_of_an_earlier_version():
-    """Moments(["a", "b"]) of the rows (1, 2) and (3, 5)."""
-    m = pickle.loads(base64.b64decode(PICKLE))
-    assert m.names == ["a", "b"] and m.mean.tolist() == [2, 3.5] and m.cov.tolist() == [[2, 3], [3, 4.5]]
-    assert pickle.dumps(m, 4) == base64.b64decode(PICKLE)
-
-
-PICKLE = """
-gASVZgEAAAAAAACMCGJ1aWx0aW5zlIwHZ2V0YXR0cpSTlIwJdG1rLnN0YXRzlIwHTW9tZW50c5STlIwJX3Jlc3RvcmVklIaUUpRCEAEAAFRNS01PTVRTAgAA
-AAEAAAACAAAAAAAAAAIAAAAAAAAAAAAAAAAAAEAAAAAAAADwPwAAAAAAAABAAAAAAAAAAAAAAAAAAAAAQAAAAAAAAAAAAAAAAAAAAEAAAAAAAADwPwAAAAAA
-AAhAAgAAAAAAAAAAAAAAAAAAQAAAAAAAAPA/AAAAAAAADEAAAAAAAAAAAAAAAAAAABJAAAAAAAAAAAAAAAAAAEAkQAAAAAAAAABAAAAAAAAAFEACAAAAAAAA
-AAAAAAAAAABAAAAAAAAA8D8AAAAAAAAAQAAAAAAAAAxAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAAAAAAAAACEAAAAAAAAASQERyty44RD/ylF2UKIwBYZSM
-AWKUZYaUUpQu
-"""

@@ -11,7 +11,6 @@ import pytest
 import scipy.stats
 from scipy.stats import qmc
 
-import tmk
 from tmk.random import Niederreiter, Sobol, Stream
 
 ENGINES = [Sobol, Niederreiter]
@@ -144,14 +143,3 @@ REFUSALS = [
 def test_refusals(engine, call, kind, text):
     with pytest.raises(kind, match=text):
         call(engine)
-
-
-def test_tiers_give_the_same_points():
-    before = tmk.tier()
-    want = [engine(9, rng=2).random(100) for engine in ENGINES]
-    try:
-        tmk.select_tier("W7")
-        for points, engine in zip(want, ENGINES):
-            np.testing.assert_array_equal(engine(9, rng=2).random(100), points)
-    finally:
-        tmk.select_tier(before)

@@ -96,13 +96,17 @@ def _is_vector(x):
 
 
 def _rows(data, weights, names, vector):
+    if isinstance(weights, str):
+        data, weights, names = _without(weights, data, names)
     if names == [str(j) for j in range(data.shape[1])] or names == [""]:
         names = None  # what frames and Arrow's columns have where nobody named them
-    if not isinstance(weights, str):
-        return Rows(data, weights_or_none(weights), names, vector)
-    if names is None or weights not in names:
-        raise refusal("weights", repr(weights), f"the name of a column of x, which has {names or 'no names'}")
-    j = names.index(weights)
+    return Rows(data, weights_or_none(weights), names, vector)
+
+
+def _without(column, data, names):
+    """The other columns, that column, and the names of the others."""
+    if names is None or column not in names:
+        raise refusal("weights", repr(column), f"the name of a column of x, which has {names or 'no names'}")
+    j = names.index(column)
     others = [k for k in range(len(names)) if k != j]
-    column = _np.ascontiguousarray(data[:, j], dtype=_np.float64)
-    return Rows(data[:, others], column, [names[k] for k in others], vector)
+    return data[:, others], data[:, j], [names[k] for k in others]

@@ -2,6 +2,7 @@
 """What the accumulators of tmk.stats share."""
 
 import threading as _threading
+from typing import Any as _Any
 
 import numpy as _np
 
@@ -18,6 +19,10 @@ def policy_number(nan):
 
 class Mergeable:
     """What `Moments` and `QuantileSketch` share: batches, merging, copies, pickles, and one thread at a time."""
+
+    _core: _Any  # the extension's object
+    _type: _Any  # its class
+    names: list[str] | None  #: of the variables
 
     def merge(self, other):
         """Add what the other has seen, as if it had been added here. Of two that have names these are the same."""

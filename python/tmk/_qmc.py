@@ -54,14 +54,16 @@ class QuasiRandom:
         self.num_generated = 0
         self._optimization = None
 
-    @property  # type: ignore[misc]
-    def __class__(self):
-        # isinstance asks for this. SciPy's abstract class learns of ours when it does: to import scipy.stats for that
-        # purpose takes longer than most programs draw, and which of the two is imported first must not matter.
-        qmc = getattr(_sys.modules.get("scipy.stats"), "qmc", None)
-        if hasattr(qmc, "QMCEngine"):
-            qmc.QMCEngine.register(QuasiRandom)
-        return type(self)
+    if not TYPE_CHECKING:  # which knows no __class__ but the type's own
+
+        @property
+        def __class__(self):
+            # isinstance asks for this. SciPy's abstract class learns of ours when it does: to import scipy.stats for that
+            # purpose takes longer than most programs draw, and which of the two is imported first must not matter.
+            qmc = getattr(_sys.modules.get("scipy.stats"), "qmc", None)
+            if hasattr(qmc, "QMCEngine"):
+                qmc.QMCEngine.register(QuasiRandom)
+            return type(self)
 
     def random(self, n: int = 1, *, workers: int = 1) -> _Points:
         """The next n points, of shape (n, d), at least 0 and below 1. `workers` is without effect."""
