@@ -7,15 +7,35 @@ import numpy as np
 import numpy.typing as npt
 
 from . import fast as fast, interpolate as interpolate, low as low, random as random, stats as stats
-from .stats import describe as describe, error as error
+from .stats import describe as describe
 
 __version__: str
 STATUS_NAMES: dict[int, str]
+
+class error(ValueError):
+    argument: str
+    value: str
+    status: int
 
 def tier() -> str: ...
 def select_tier(name: str) -> str: ...
 def threads(n: int) -> AbstractContextManager[None]: ...
 def bad_elements(f: np.ufunc, *args: npt.ArrayLike) -> np.ndarray[Any, Any]: ...
+
+__all__ = [
+    "add", "subtract", "sub", "multiply", "mul", "multiply_conj", "mul_by_conj", "divide", "div",
+    "true_divide", "square", "sqr", "absolute", "abs", "conjugate", "conj", "angle", "arg", "linear_frac",
+    "fmod", "ieee_remainder", "fdim", "fmax", "fmin", "max_mag", "min_mag", "copysign", "copy_sign",
+    "nextafter", "next_after", "reciprocal", "inv", "sqrt", "rsqrt", "inv_sqrt", "cbrt", "rcbrt", "inv_cbrt",
+    "power", "pow", "powr", "pow2o3", "pow3o2", "hypot", "exp", "exp2", "exp10", "expm1", "log", "ln", "log2",
+    "log10", "log1p", "logb", "sin", "cos", "sin_cos", "tan", "cis", "sinpi", "cospi", "tanpi", "sind",
+    "cosd", "tand", "arcsin", "asin", "arccos", "acos", "arctan", "atan", "arctan2", "atan2", "arcsinpi",
+    "asinpi", "arccospi", "acospi", "arctanpi", "atanpi", "arctan2pi", "atan2pi", "sinh", "cosh", "tanh",
+    "arcsinh", "asinh", "arccosh", "acosh", "arctanh", "atanh", "erf", "erfc", "erfinv", "erfcinv", "ndtr",
+    "cdf_norm", "ndtri", "cdf_norm_inv", "gammaln", "lgamma", "gamma", "tgamma", "exp1", "exp_int1", "floor",
+    "ceil", "trunc", "round_away", "nearby_int", "rint", "modf", "frac", "bad_elements", "describe", "error",
+    "fast", "interpolate", "low", "random", "select_tier", "stats", "threads", "tier",
+]
 
 add: np.ufunc
 subtract: np.ufunc

@@ -2,6 +2,20 @@
 # Made by python/tools/stubs.py.
 import numpy as np
 
+__all__ = [
+    "add", "subtract", "sub", "multiply", "mul", "multiply_conj", "mul_by_conj", "divide", "div",
+    "true_divide", "square", "sqr", "absolute", "abs", "conjugate", "conj", "angle", "arg", "linear_frac",
+    "fmod", "ieee_remainder", "fdim", "fmax", "fmin", "max_mag", "min_mag", "copysign", "copy_sign",
+    "nextafter", "next_after", "reciprocal", "inv", "sqrt", "rsqrt", "inv_sqrt", "cbrt", "rcbrt", "inv_cbrt",
+    "power", "pow", "powr", "pow2o3", "pow3o2", "hypot", "exp", "exp2", "exp10", "expm1", "log", "ln", "log2",
+    "log10", "log1p", "logb", "sin", "cos", "sin_cos", "tan", "cis", "sinpi", "cospi", "tanpi", "sind",
+    "cosd", "tand", "arcsin", "asin", "arccos", "acos", "arctan", "atan", "arctan2", "atan2", "arcsinpi",
+    "asinpi", "arccospi", "acospi", "arctanpi", "atanpi", "arctan2pi", "atan2pi", "sinh", "cosh", "tanh",
+    "arcsinh", "asinh", "arccosh", "acosh", "arctanh", "atanh", "erf", "erfc", "erfinv", "erfcinv", "ndtr",
+    "cdf_norm", "ndtri", "cdf_norm_inv", "gammaln", "lgamma", "gamma", "tgamma", "exp1", "exp_int1", "floor",
+    "ceil", "trunc", "round_away", "nearby_int", "rint", "modf", "frac",
+]
+
 add: np.ufunc
 subtract: np.ufunc
 sub: np.ufunc

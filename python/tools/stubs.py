@@ -4,6 +4,7 @@
 
 import re
 import sys
+import textwrap
 from pathlib import Path
 
 HEAD = "# SPDX-License-Identifier: Apache-2.0\n# Made by python/tools/stubs.py.\n"
@@ -14,10 +15,15 @@ import numpy as np
 import numpy.typing as npt
 
 from . import fast as fast, interpolate as interpolate, low as low, random as random, stats as stats
-from .stats import describe as describe, error as error
+from .stats import describe as describe
 
 __version__: str
 STATUS_NAMES: dict[int, str]
+
+class error(ValueError):
+    argument: str
+    value: str
+    status: int
 
 def tier() -> str: ...
 def select_tier(name: str) -> str: ...
@@ -25,14 +31,21 @@ def threads(n: int) -> AbstractContextManager[None]: ...
 def bad_elements(f: np.ufunc, *args: npt.ArrayLike) -> np.ndarray[Any, Any]: ...
 
 """
+OTHERS = "bad_elements describe error fast interpolate low random select_tier stats threads tier".split()
+
+
+def public(names):
+    lines = textwrap.fill(", ".join(f'"{name}"' for name in names), 110, initial_indent="    ", subsequent_indent="    ")
+    return f"__all__ = [\n{lines},\n]\n\n"
 
 
 def main(names, package):
     rows = re.findall(r'^TMK_NAME\(\w+, (\w+), "([^"]*)"\)', Path(names).read_text(), re.M)
-    ufuncs = "".join(f"{name}: np.ufunc\n" for row in rows for name in [row[0], *row[1].split()])
-    Path(package, "__init__.pyi").write_text(HEAD + PACKAGE + ufuncs)
+    names = [name for row in rows for name in [row[0], *row[1].split()]]
+    ufuncs = "".join(f"{name}: np.ufunc\n" for name in names)
+    Path(package, "__init__.pyi").write_text(HEAD + PACKAGE + public([*names, *OTHERS]) + ufuncs)
     for level in ("low", "fast"):
-        Path(package, f"{level}.pyi").write_text(HEAD + "import numpy as np\n\n" + ufuncs)
+        Path(package, f"{level}.pyi").write_text(HEAD + "import numpy as np\n\n" + public(names) + ufuncs)
 
 
 if __name__ == "__main__":
