@@ -136,7 +136,8 @@ def test_table_of_names():
 
 
 def test_stubs_are_made_of_the_names(tmp_path):
-    subprocess.run([sys.executable, ROOT / "python/tools/stubs.py", ROOT / "python/src/names.def", tmp_path], check=True)
+    program, names, package = (ROOT / "python" / name for name in ("tools/stubs.py", "src/names.def", "tmk"))
+    subprocess.run([sys.executable, program, names, package, tmp_path], check=True)
     for stub in ("__init__", "low", "fast"):
         assert (tmp_path / f"{stub}.pyi").read_text() == (ROOT / f"python/tmk/{stub}.pyi").read_text()
     declared = set(re.findall(r"^(\w+): np.ufunc", (tmp_path / "low.pyi").read_text(), re.M))

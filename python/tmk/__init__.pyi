@@ -7,7 +7,6 @@ import numpy as np
 import numpy.typing as npt
 
 from . import fast as fast, interpolate as interpolate, low as low, random as random, stats as stats
-from .stats import describe as describe
 
 __version__: str
 STATUS_NAMES: dict[int, str]
@@ -22,6 +21,7 @@ def select_tier(name: str) -> str: ...
 def threads(n: int) -> AbstractContextManager[None]: ...
 def bad_elements(f: np.ufunc, *args: npt.ArrayLike) -> np.ndarray[Any, Any]: ...
 
+from .stats import describe as describe
 __all__ = [
     "add", "subtract", "sub", "multiply", "mul", "multiply_conj", "mul_by_conj", "divide", "div",
     "true_divide", "square", "sqr", "absolute", "abs", "conjugate", "conj", "angle", "arg", "linear_frac",

@@ -16,7 +16,7 @@ import sys
 from pathlib import Path
 
 ELSEWHERE = ("_core", "fast", "low")  # by nanobind and by stubs.py
-UNTOUCHED = ("sklearn",)  # whose bases are not installed everywhere
+UNTOUCHED = ("dask", "sklearn")  # whose bases are not installed everywhere
 HEAD = """# SPDX-License-Identifier: Apache-2.0
 # Made by python/tools/class_stubs.py.
 from collections.abc import Iterator
@@ -124,7 +124,7 @@ def is_finite(default):
 def definition(name, function, owner=""):
     signature = inspect.signature(function)
     parameters = [declared(p) for p in signature.parameters.values()]
-    return f"def {name}{signature.replace(parameters=parameters)} -> {result_of(name, owner)}: ..."
+    return f"def {name}{signature.replace(parameters=parameters, return_annotation=signature.empty)} -> {result_of(name, owner)}: ..."
 
 
 def result_of(name, owner):
@@ -148,7 +148,8 @@ def base_name(base, module):
     """numpy.random.Generator, for one, says that it is of a private module."""
     if base.__module__ == module.__name__:
         return base.__name__
-    return f"numpy.random.{base.__name__}" if base.__module__.startswith("numpy.random.") else base.__qualname__
+    public = "numpy.random" if base.__module__.startswith("numpy.random.") else base.__module__
+    return f"{public}.{base.__qualname__}"
 
 
 def class_head(cls, module):
@@ -157,7 +158,8 @@ def class_head(cls, module):
     if not dataclasses.is_dataclass(cls):
         return [head, *("    " + line for line in ATTRIBUTES.get(cls.__name__, []))]
     options = cls.__dataclass_params__
-    fields = [f"    {f.name}: {type_name(f.type)}" for f in dataclasses.fields(cls)]
+    missing = dataclasses.MISSING
+    fields = [f"    {f.name}: {type_name(f.type)}" + " = ..." * (f.default is not missing) for f in dataclasses.fields(cls)]
     return [f"@dataclass(frozen={options.frozen}, eq={options.eq})", head, *fields]
 
 
@@ -188,7 +190,9 @@ def stub_of(module):
     here = [item for item in public.values() if item.__module__ == module.__name__]
     imports = [f"from {f.__module__} import {name} as {name}" for name, f in public.items() if f not in here]
     classes = {base: None for c in here if isinstance(c, type) for base in c.__mro__[::-1] if base.__module__ == module.__name__}
-    lines = [*imports, f"\n__all__ = {module.__all__!r}"] if hasattr(module, "__all__") else []
+    bases = {c.__base__.__module__ for c in classes} - {module.__name__}
+    imports += [f"import {name}" for name in sorted(bases) if name.startswith("tmk.")]
+    lines = [*imports, f"\n__all__ = {module.__all__!r}"] if hasattr(module, "__all__") else imports
     for cls in classes:
         lines += ["", *class_lines(cls, module)]
     lines += [line for f in here if inspect.isfunction(f) for line in ("", definition(f.__name__, f))]
@@ -198,9 +202,11 @@ def stub_of(module):
 def main(folder):
     sys.path.insert(0, folder)
     for module in pkgutil.iter_modules([str(Path(folder, "tmk"))]):
-        if module.name not in ELSEWHERE + UNTOUCHED:
-            stub = stub_of(importlib.import_module(f"tmk.{module.name}"))
-            Path(folder, "tmk", f"{module.name}.pyi").write_text(stub, encoding="utf-8")
+        if module.name in ELSEWHERE + UNTOUCHED:
+            continue
+        imported = importlib.import_module(f"tmk.{module.name}")
+        if not hasattr(imported, "annotations"):  # of __future__: a module with it has types of its own
+            Path(folder, "tmk", f"{module.name}.pyi").write_text(stub_of(imported), encoding="utf-8")
 
 
 if __name__ == "__main__":

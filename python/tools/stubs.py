@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""stubs.py python/src/names.def python/tmk writes the stubs of the modules whose names are made when they are imported."""
+"""stubs.py python/src/names.def python/tmk [OUT] writes the stubs of the modules whose names are made when they are imported."""
 
 import re
 import sys
@@ -15,7 +15,6 @@ import numpy as np
 import numpy.typing as npt
 
 from . import fast as fast, interpolate as interpolate, low as low, random as random, stats as stats
-from .stats import describe as describe
 
 __version__: str
 STATUS_NAMES: dict[int, str]
@@ -31,7 +30,13 @@ def threads(n: int) -> AbstractContextManager[None]: ...
 def bad_elements(f: np.ufunc, *args: npt.ArrayLike) -> np.ndarray[Any, Any]: ...
 
 """
-OTHERS = "bad_elements describe error fast interpolate low random select_tier stats threads tier".split()
+DECLARED = "bad_elements error fast interpolate low random select_tier stats threads tier".split()
+
+
+def others(package):
+    """What the package makes public beyond the ufuncs."""
+    listed = re.search(r"^__all__ = \[\s*\*_ufuncs,([^\]]*)", Path(package, "__init__.py").read_text(), re.M)[1]
+    return re.findall(r'"(\w+)"', listed)
 
 
 def public(names):
@@ -39,13 +44,15 @@ def public(names):
     return f"__all__ = [\n{lines},\n]\n\n"
 
 
-def main(names, package):
+def main(names, package, out=None):
+    out, extra = out or package, others(package)
     rows = re.findall(r'^TMK_NAME\(\w+, (\w+), "([^"]*)"\)', Path(names).read_text(), re.M)
     names = [name for row in rows for name in [row[0], *row[1].split()]]
     ufuncs = "".join(f"{name}: np.ufunc\n" for name in names)
-    Path(package, "__init__.pyi").write_text(HEAD + PACKAGE + public([*names, *OTHERS]) + ufuncs)
+    imports = "".join(f"from .stats import {name} as {name}\n" for name in extra if name not in DECLARED)
+    Path(out, "__init__.pyi").write_text(HEAD + PACKAGE + imports + public([*names, *extra]) + ufuncs)
     for level in ("low", "fast"):
-        Path(package, f"{level}.pyi").write_text(HEAD + "import numpy as np\n\n" + public(names) + ufuncs)
+        Path(out, f"{level}.pyi").write_text(HEAD + "import numpy as np\n\n" + public(names) + ufuncs)
 
 
 if __name__ == "__main__":
