@@ -66,6 +66,7 @@ def test_batches_are_the_whole(source):
         ranks = np.searchsorted(values, [*s.quantiles[j], s.median[j]])
         np.testing.assert_allclose(ranks, values.size * np.array([0.1, 0.9, 0.5]), atol=0.01 * values.size + 1)
     assert (s.epsilon, want.epsilon) == (0.01, 0) and np.isnan(s.mad).all()
+    assert "within 0.01 of rank" in repr(s) and "within" not in repr(want) + want._repr_html_()
     assert s.names == (NAMES if source in ("read_csv", "collect_batches", "arrow") else ["0", "1", "2"])
     np.testing.assert_allclose(stats.cov(SOURCES[source](), nan="omit"), want.cov, rtol=1e-9, atol=1e-9)
     m = stats.Moments(3, nan="omit").add(X).add(SOURCES[source]())

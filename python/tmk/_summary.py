@@ -54,13 +54,16 @@ class Summary:
             f"<tr><th>{name}</th>{''.join(f'<td>{value:.6g}</td>' for value in values)}</tr>"
             for name, values in self._rows().items()
         )
-        return f"<table><thead><tr><th></th>{head}</tr></thead><tbody>{body}</tbody></table>"
+        return f"<table><thead><tr><th></th>{head}</tr></thead><tbody>{body}</tbody></table>{self._note()}"
 
     def __repr__(self):
         lines = [f"{'':10}" + "".join(f"{name[:12]:>13}" for name in self.names)]
         for name, values in self._rows().items():
             lines.append(f"{name:10}" + "".join(f"{value:13.6g}" for value in values))
-        return "\n".join(lines)
+        return "\n".join([*lines, *filter(None, [self._note()])])
+
+    def _note(self):
+        return f"quantiles within {self.epsilon:g} of rank" if self.epsilon and self.orders.size else ""
 
 
 def variable_names(rows):
