@@ -28,7 +28,7 @@ BY_CLASS = {"argvalues": ALL, "ids": lambda e: type(e).__name__}
 @pytest.mark.parametrize("estimator", **BY_CLASS)
 def test_checks_of_scikit_learn(estimator):
     results = check_estimator(estimator, on_skip=None)
-    # A check of another array protocol runs only where SciPy is told so before it is imported.
+    # A check of another array protocol runs only where an environment variable of SciPy asks for it.
     assert {r["check_name"] for r in results if r["status"] != "passed"} <= {"check_array_api_input"}
 
 
