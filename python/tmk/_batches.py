@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Data that come in one piece or in many: tables, Arrow streams, and iterables of either, with weights by name."""
 
-from dataclasses import dataclass
 from itertools import chain
+from typing import NamedTuple
 
 import numpy as _np
 
@@ -10,8 +10,7 @@ from . import _core
 from ._data import batches_of, has_batches, names_of, table, weights_or_none
 
 
-@dataclass(frozen=True)
-class Rows:
+class Rows(NamedTuple):
     """Rows that are in memory."""
 
     data: _np.ndarray  #: rows by variables

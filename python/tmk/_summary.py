@@ -2,7 +2,6 @@
 """What tmk.stats.describe returns, and how it comes by it from batches."""
 
 import copy as _copy
-import html as _html
 from dataclasses import dataclass, fields
 
 import numpy as _np
@@ -49,7 +48,9 @@ class Summary:
         return pandas.DataFrame(self._rows(), index=self.names).T
 
     def _repr_html_(self):
-        head = "".join(f"<th>{_html.escape(str(name))}</th>" for name in self.names)
+        import html
+
+        head = "".join(f"<th>{html.escape(str(name))}</th>" for name in self.names)
         body = "".join(
             f"<tr><th>{name}</th>{''.join(f'<td>{value:.6g}</td>' for value in values)}</tr>"
             for name, values in self._rows().items()
