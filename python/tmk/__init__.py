@@ -13,6 +13,7 @@ array([1.        , 2.71828183])
 
 import os as _os
 from contextlib import contextmanager as _contextmanager
+from importlib import import_module as _import_module
 
 import numpy as _np
 
@@ -23,8 +24,9 @@ __version__ = "0.1.0"
 _ufuncs = _core.ufuncs(_core.HIGH)
 globals().update(_ufuncs)
 
-from . import fast, interpolate, low, random, stats  # noqa: E402
-from .stats import describe, error  # noqa: E402
+from . import fast, low  # noqa: E402
+
+error = _core.stats.error
 
 __all__ = [
     *_ufuncs,
@@ -40,6 +42,22 @@ __all__ = [
     "threads",
     "tier",
 ]
+
+_LATE = {"describe": "stats", "interpolate": "interpolate", "random": "random", "stats": "stats"}
+
+
+def __getattr__(name):
+    """The services, which are imported by their first use: together they take longer than all the rest."""
+    if name not in _LATE:
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    module = _import_module(f"{__name__}.{_LATE[name]}")
+    globals()[name] = found = module if name == _LATE[name] else getattr(module, name)
+    return found
+
+
+def __dir__():
+    return sorted({*globals(), *__all__})
+
 
 STATUS_NAMES = {1: "domain", 2: "singularity", 3: "overflow", 4: "underflow"}
 
@@ -124,5 +142,5 @@ _OURS = frozenset((*_ufuncs.values(), *low._ufuncs.values(), *fast._ufuncs.value
 if "TMK_NUM_THREADS" in _os.environ:
     try:
         _core.set_threads(_checked_threads(int(_os.environ["TMK_NUM_THREADS"]), "TMK_NUM_THREADS"))
-    except ValueError as error:
-        raise ImportError(f"the environment's TMK_NUM_THREADS: {error}") from None
+    except ValueError as _refusal:
+        raise ImportError(f"the environment's TMK_NUM_THREADS: {_refusal}") from None

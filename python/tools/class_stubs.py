@@ -146,7 +146,7 @@ def member(name, value, owner):
 
 def base_name(base, module):
     """numpy.random.Generator, for one, says that it is of a private module."""
-    if base.__module__ == module.__name__:
+    if base.__module__ in (module.__name__, "builtins"):
         return base.__name__
     public = "numpy.random" if base.__module__.startswith("numpy.random.") else base.__module__
     return f"{public}.{base.__qualname__}"
