@@ -236,7 +236,7 @@ PyObject* make_ufuncs(int slot) {
   static constexpr struct {
     const char *module, *text;
   } levels[] = {{"tmk.low", "low accuracy (below 4 ulp)"},
-                {"tmk", "high accuracy (below 1 ulp)"},
+                {"tmk", "high accuracy (below 1 ulp, complex powers below 2)"},
                 {"tmk.fast", "fast (about half the bits)"}};
   PyObject* const all = PyDict_New();
   for (const name_row& name : names) {
