@@ -35,7 +35,7 @@ REVEALED = {
 
 def mypy(module, *arguments, cwd):
     environment = dict(os.environ, PYTHONPATH=PACKAGES)
-    if "site-packages" not in PACKAGES:  # which mypy looks through unasked, and refuses to be told of
+    if "site-packages" not in PACKAGES:  # which mypy looks through unasked, and refuses as a path
         environment["MYPYPATH"] = PACKAGES
     command = [sys.executable, "-m", module, *map(str, arguments)]
     return subprocess.run(command, cwd=cwd, env=environment, capture_output=True, text=True, timeout=300)

@@ -7,9 +7,9 @@
 // where a few terms are enough; they fall further with s(r). HA knows erf(r) and s(r) in two words. V4 has
 // cells for single.
 #include "simd/rows.hpp"
-#include "vector/toolbox/cells.hpp"
 #include "vector/error_functions/erf_data.hpp"
 #include "vector/error_functions/near_zero.hpp"
+#include "vector/toolbox/cells.hpp"
 #include "vector/toolbox/near.hpp"
 #include "vector/toolbox/pair.hpp"
 #include "vector/walk/kernel.hpp"

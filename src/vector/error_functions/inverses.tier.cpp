@@ -2,10 +2,10 @@
 // The inverses of the error functions and of the normal distribution. By symmetry each is g(m) >= 0 of the
 // smaller probability m, up to 1 (erfc) or 1/2 (normal), and a sign: by cells of m, two to an octave. For m
 // below 2^-8, where g nears w = sqrt(-ln m), or sqrt(2) times the w of 2 m, by cells of w.
-#include "vector/toolbox/cells.hpp"
 #include "vector/error_functions/inverses_data.hpp"
 #include "vector/error_functions/near_zero.hpp"
 #include "vector/power/pair_log.hpp"
+#include "vector/toolbox/cells.hpp"
 #include "vector/toolbox/pair.hpp"
 #include "vector/walk/kernel.hpp"
 

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "vector/toolbox/cells.hpp"
 #include "vector/error_functions/tails_data.hpp"
 #include "vector/exponential/eighth_powers.hpp"
 #include "vector/hyperbolic/series_data.hpp"
+#include "vector/toolbox/cells.hpp"
 #include "vector/toolbox/pair.hpp"
 #include "vector/toolbox/scaled_back.hpp"
 #include "vector/walk/kernel.hpp"
