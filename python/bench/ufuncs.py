@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Times of the ufuncs as ratios to NumPy's and SciPy's in one process: below 1 tmk is faster.
 
-Both sides in turn, the least of many rounds each. TMK_TIER caps ours; NPY_DISABLE_CPU_FEATURES caps NumPy's.
+Both sides in turn, the least of many rounds each. TMK_TIER=V3 caps ours, NPY_DISABLE_CPU_FEATURES="X86_V4 AVX512_ICL AVX512_SPR" NumPy's.
 """
 
 import sys
