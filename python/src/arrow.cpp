@@ -53,13 +53,19 @@ bool bit(const void* bits, std::int64_t i) {
   return (static_cast<const std::uint8_t*>(bits)[i / 8] >> (i % 8) & 1) != 0;
 }
 
-// Value i of the values buffer as a double, for each type of Arrow that is a number.
-using reader = double (*)(const void* buffer, std::int64_t i);
+// n values of the values buffer from the first on as doubles, for each type of Arrow that is a number.
+using reader = void (*)(const void* buffer, std::int64_t first, std::int64_t n, double* r);
 template <class T>
-double read(const void* buffer, std::int64_t i) {
-  T value;
-  std::memcpy(&value, static_cast<const char*>(buffer) + i * static_cast<std::int64_t>(sizeof(T)), sizeof(T));
-  return static_cast<double>(value);
+void read(const void* buffer, std::int64_t first, std::int64_t n, double* r) {
+  const char* const from = static_cast<const char*>(buffer) + first * static_cast<std::int64_t>(sizeof(T));
+  for (std::int64_t i = 0; i < n; ++i) {
+    T value;
+    std::memcpy(&value, from + i * static_cast<std::int64_t>(sizeof(T)), sizeof(T));
+    r[i] = static_cast<double>(value);
+  }
+}
+void read_bits(const void* bits, std::int64_t first, std::int64_t n, double* r) {
+  for (std::int64_t i = 0; i < n; ++i) r[i] = bit(bits, first + i);
 }
 constexpr struct {
   char format;
@@ -74,7 +80,7 @@ constexpr struct {
                {'I', read<std::uint32_t>},
                {'S', read<std::uint16_t>},
                {'C', read<std::uint8_t>},
-               {'b', [](const void* bits, std::int64_t i) -> double { return bit(bits, i); }}};
+               {'b', read_bits}};
 
 reader reader_of(const ArrowSchema& column) {
   for (const auto& row : readers)
@@ -137,11 +143,11 @@ class batches {
     const std::int64_t first = column.offset + (is_struct_ ? batch.offset : 0);
     const void* const valid = column.null_count != 0 ? column.buffers[0] : nullptr;
     const void* const rows = is_struct_ && batch.null_count != 0 ? batch.buffers[0] : nullptr;
-    for (std::int64_t i = 0; i < batch.length; ++i) {
-      const bool missing =
-          (valid != nullptr && !bit(valid, first + i)) || (rows != nullptr && !bit(rows, batch.offset + i));
-      r[i] = missing ? std::numeric_limits<double>::quiet_NaN() : readers_[j](column.buffers[1], first + i);
-    }
+    readers_[j](column.buffers[1], first, batch.length, r);
+    if (valid == nullptr && rows == nullptr) return;
+    for (std::int64_t i = 0; i < batch.length; ++i)
+      if ((valid != nullptr && !bit(valid, first + i)) || (rows != nullptr && !bit(rows, batch.offset + i)))
+        r[i] = std::numeric_limits<double>::quiet_NaN();
   }
 
   nb::capsule capsule_;
