@@ -78,8 +78,7 @@ inline int32_t reference_power(power_domain domain, const double* a, const doubl
 //     got 0x1.d2a721797be14p-13, want 0x1.d2a721797be1378p-13
 //   double LA, HA (V3): 0.5584 at (0x1.0000050362832p+0, -0x1.e2fcdf426ce38p+30):
 //     got 0x1.9d813fad92e6dp-874, want 0x1.9d813fad92e6c71p-874
-//   double LA, HA (V4): 0.5580 with |y| below 1000, 0.6475 at (0x1.091a5740f9702p+0, 0x1.2583554b5f313p+14):
-//     got 0x1.e37ab26c42482p+946
+//   double LA, HA (V4): 0.5580 with |y| below 1000, 0.6646 at (0x1.091a5740f96efp+0, 0x1.2583554b5f11dp+14)
 //   single EP: 12.2 bits (W7), 12.7 bits (V3, V4); double EP: 26.8 bits (W7, V3), 27.7 bits (V4)
 template <class Real, level Level, power_domain Domain>
 struct power : description<Real> {
